@@ -56,12 +56,12 @@ std::optional<AdSegmenter::Event> AdSegmenter::updateInside(float confidence, fl
 AdSummary AdSegmenter::forceEnd() {
     inAd_ = false;
     above_ = 0;
-    return {peak_, peakReasons_};
+    return {peak_, reasons(peakContributions_)};
 }
 
 void AdSegmenter::setPeak(float confidence, const Contributions& contributions) {
     peak_ = confidence;
-    peakReasons_ = reasons(contributions);
+    peakContributions_ = contributions;
 }
 
 std::vector<std::string> AdSegmenter::reasons(const Contributions& contributions) {

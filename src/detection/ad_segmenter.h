@@ -40,6 +40,7 @@ private:
     [[nodiscard]] std::optional<Event> updateInside(float confidence, float threshold, double hop,
                                                     const Contributions& contributions);
     void setPeak(float confidence, const Contributions& contributions);
+    /// Names of the strongest shares above 0.15, at most three, strongest first.
     [[nodiscard]] static std::vector<std::string> reasons(const Contributions& contributions);
 
     static constexpr double maxAdSeconds = 240;  // longest ad: the volume must come back
@@ -50,7 +51,7 @@ private:
     double belowTime_ = 0;    // seconds of low confidence so far while inside
     double elapsed_ = 0;
     float peak_ = 0;
-    std::vector<std::string> peakReasons_;
+    Contributions peakContributions_;  // those at the peak; the reasons are made of them when the ad ends
 };
 
 }  // namespace sordin

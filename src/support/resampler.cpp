@@ -3,6 +3,7 @@
 
 #include <samplerate.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <stdexcept>
@@ -39,6 +40,7 @@ Resampler::Resampler(double fromRate, double toRate, Quality quality) : ratio_(t
 
 void Resampler::process(std::span<const float> input, std::vector<float>& output) {
     if (converter_) {
+        taken_ += static_cast<double>(input.size());
         convert(input, false, output);
     } else {
         output.insert(output.end(), input.begin(), input.end());
@@ -48,6 +50,11 @@ void Resampler::process(std::span<const float> input, std::vector<float>& output
 void Resampler::finish(std::vector<float>& output) {
     if (converter_) {
         convert({}, true, output);
+        // The library ends up to a few samples off.
+        const double missing = std::round(taken_ * ratio_) - given_;
+        const auto end = static_cast<double>(output.size()) + missing;
+        output.resize(static_cast<std::size_t>(std::max(0.0, end)));
+        taken_ = given_ = 0;
         check(src_reset(converter_.get()));
     }
 }
@@ -66,6 +73,7 @@ void Resampler::convert(std::span<const float> input, bool last, std::vector<flo
         check(src_process(converter_.get(), &data));
         input = input.subspan(static_cast<std::size_t>(data.input_frames_used));
         output.insert(output.end(), block.begin(), block.begin() + data.output_frames_gen);
+        given_ += static_cast<double>(data.output_frames_gen);
         if (data.input_frames_used == 0 && data.output_frames_gen == 0) {
             return;
         }

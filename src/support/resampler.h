@@ -25,7 +25,8 @@ public:
     /// Appends to `output` what `input` makes available; the filter holds a few milliseconds back.
     void process(std::span<const float> input, std::vector<float>& output);
 
-    /// Ends the stream: appends what was held back and starts anew, as after construction.
+    /// Ends the stream: appends what was held back, so that the whole stream has given its length times the ratio
+    /// of the rates (rounded), and starts anew, as after construction.
     void finish(std::vector<float>& output);
 
 private:
@@ -36,6 +37,8 @@ private:
     void convert(std::span<const float> input, bool last, std::vector<float>& output);
 
     double ratio_;
+    double taken_ = 0;  // samples of the stream so far
+    double given_ = 0;
     std::unique_ptr<SRC_STATE_tag, ConverterDeleter> converter_;  // none when the rates are equal
 };
 

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#include "allocation_counter.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<std::size_t> allocations = 0;
+
+}  // namespace
+
+std::size_t sordin::allocationCount() {
+    return allocations.load();
+}
+
+// The array and nothrow forms call these two.
+
+void* operator new(std::size_t size) {
+    ++allocations;
+    if (void* memory = std::malloc(size == 0 ? 1 : size)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "support/resampler.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sordin::replay {
+
+/// Rate at which recordings are replayed, as the capture will deliver: Hz, mono.
+inline constexpr double replayRate = 16'000;
+
+/// A recording, read piece by piece as 16 kHz mono; several channels are averaged.
+class AudioFile {
+public:
+    /// Opens what libsndfile reads. Throws InputError.
+    explicit AudioFile(const std::string& path);
+    ~AudioFile();
+    AudioFile(const AudioFile&) = delete;
+    AudioFile& operator=(const AudioFile&) = delete;
+
+    /// Appends the next stretch of at most about a second to `samples`; false at the end of the recording.
+    bool read(std::vector<float>& samples);
+
+    /// How much has been read, 0 to 1; none when the file does not tell its length.
+    [[nodiscard]] std::optional<double> progress() const;
+
+    /// Once read() has returned false: why the recording ended before its end, if it did.
+    [[nodiscard]] const std::optional<std::string>& damage() const { return damage_; }
+
+private:
+    class Decoder;
+
+    std::unique_ptr<Decoder> decoder_;
+    std::optional<Resampler> resampler_;
+    std::vector<float> mono_;
+    std::optional<std::string> damage_;
+    bool ended_ = false;
+};
+
+}  // namespace sordin::replay

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include "replay/cues.h"
+
+#include "replay/input_error.h"
+#include "replay/text_input.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <utility>
+
+namespace sordin::replay {
+
+namespace {
+
+using nlohmann::json;
+
+/// One line: what it sets, not yet what it keeps.
+struct CueLine {
+    double time = 0;
+    json fields;
+};
+
+[[noreturn]] void fail(const std::string& where, const std::string& why) {
+    throw InputError(where + ": " + why);
+}
+
+CueLine parseLine(const std::string& line, const std::string& where) {
+    json fields = json::parse(line, nullptr, false);
+    if (!fields.is_object()) {
+        fail(where, "not a JSON object");
+    }
+    for (const auto& [key, value] : fields.items()) {
+        if (key == "t" || key == "music" || key == "speech" || key == "jingle") {
+            if (!value.is_number()) {
+                fail(where, "\"" + key + "\" is not a number");
+            }
+        } else if (key == "transcript") {
+            if (!value.is_string()) {
+                fail(where, "\"transcript\" is not a text");
+            }
+        } else if (key == "available") {
+            if (!value.is_boolean()) {
+                fail(where, "\"available\" is neither true nor false");
+            }
+        } else {
+            fail(where, "unknown field \"" + key + "\"");
+        }
+    }
+    if (!fields.contains("t")) {
+        fail(where, "no \"t\"");
+    }
+    const double time = fields["t"].get<double>();
+    return {time, std::move(fields)};
+}
+
+CueState applied(CueState state, const json& fields) {
+    auto& scores = state.classification;
+    scores.music = fields.value("music", scores.music);
+    scores.speech = fields.value("speech", scores.speech);
+    scores.jingle = fields.value("jingle", scores.jingle);
+    state.transcript = fields.value("transcript", state.transcript);
+    state.available = fields.value("available", state.available);
+    return state;
+}
+
+}  // namespace
+
+CueTrack CueTrack::read(std::istream& input, const std::string& name) {
+    std::vector<CueLine> lines;
+    forEachLine(input, name, [&](const std::string& line, const std::string& where) {
+        lines.push_back(parseLine(line, where));
+    });
+    std::stable_sort(lines.begin(), lines.end(),
+                     [](const auto& a, const auto& b) { return a.time < b.time; });
+    CueTrack track;
+    CueState state;
+    for (const CueLine& line : lines) {
+        state = applied(std::move(state), line.fields);
+        track.cues_.push_back({line.time, state});
+    }
+    return track;
+}
+
+CueTrack CueTrack::read(const std::filesystem::path& path) {
+    auto input = openText(path);
+    return read(input, path.string());
+}
+
+const CueState& CueTrack::at(double time) {
+    while (next_ < cues_.size() && cues_[next_].time <= time) {
+        state_ = cues_[next_++].state;
+    }
+    return state_;
+}
+
+}  // namespace sordin::replay

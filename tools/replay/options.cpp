@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+#include "replay/options.h"
+
+#include "detection/sensitivity.h"
+#include "replay/numbers.h"
+
+#include <array>
+#include <getopt.h>
+
+namespace sordin::replay {
+
+namespace {
+
+enum Code : int { hops = 1, json, cues, truth, threshold, sensitivity, noTranscription, help, version };
+
+constexpr std::array<option, 10> longOptions{{
+    {"hops", no_argument, nullptr, hops},
+    {"json", no_argument, nullptr, json},
+    {"cues", required_argument, nullptr, cues},
+    {"truth", required_argument, nullptr, truth},
+    {"threshold", required_argument, nullptr, threshold},
+    {"sensitivity", required_argument, nullptr, sensitivity},
+    {"no-transcription", no_argument, nullptr, noTranscription},
+    {"help", no_argument, nullptr, help},
+    {"version", no_argument, nullptr, version},
+    {nullptr, 0, nullptr, 0},
+}};
+
+double unitNumber(const std::string& name, const char* text) {
+    const auto value = parseNumber(text);
+    if (!value || *value < 0 || *value > 1) {
+        throw UsageError(name + " takes a number from 0 to 1, not '" + text + "'");
+    }
+    return *value;
+}
+
+void check(const Options& options, bool bothLevels) {
+    if (bothLevels) {
+        throw UsageError("--threshold and --sensitivity exclude each other");
+    }
+    if (options.files.empty()) {
+        throw UsageError("no recording given");
+    }
+    if (options.files.size() > 1 && (options.cues || options.truth)) {
+        throw UsageError("--cues and --truth go with one recording only");
+    }
+}
+
+}  // namespace
+
+Options parseOptions(std::vector<std::string> arguments) {
+    std::vector<char*> argv;
+    for (std::string& argument : arguments) {
+        argv.push_back(argument.data());
+    }
+    argv.push_back(nullptr);
+
+    Options options;
+    bool thresholdGiven = false;
+    bool sensitivityGiven = false;
+    optind = 0;  // starts anew, also for a second call
+    opterr = 0;
+    int code = 0;
+    while ((code = getopt_long(static_cast<int>(arguments.size()), argv.data(), ":h", longOptions.data(),
+                               nullptr)) != -1) {
+        switch (code) {
+        case hops:
+            options.hops = true;
+            break;
+        case json:
+            options.json = true;
+            break;
+        case cues:
+            options.cues = optarg;
+            break;
+        case truth:
+            options.truth = optarg;
+            break;
+        case threshold:
+            options.settings.threshold = static_cast<float>(unitNumber("--threshold", optarg));
+            thresholdGiven = true;
+            break;
+        case sensitivity:
+            options.settings.threshold = detectionThreshold(unitNumber("--sensitivity", optarg));
+            sensitivityGiven = true;
+            break;
+        case noTranscription:
+            options.settings.transcription = false;
+            break;
+        case 'h':
+        case help:
+            options.help = true;
+            return options;
+        case version:
+            options.version = true;
+            return options;
+        case ':':
+            throw UsageError(std::string(argv[static_cast<std::size_t>(optind - 1)]) + " needs a value");
+        default:
+            throw UsageError(std::string("bad option '") + argv[static_cast<std::size_t>(optind - 1)] + "'");
+        }
+    }
+    for (char** file = argv.data() + optind; *file != nullptr; ++file) {
+        options.files.emplace_back(*file);
+    }
+    check(options, thresholdGiven && sensitivityGiven);
+    return options;
+}
+
+std::string helpText() {
+    return "Usage: sordin-replay [OPTION]... FILE...\n"
+           "Runs Sordin's ad detector over recordings, as if they were playing, and prints the ads that it "
+           "finds.\n"
+           "\n"
+           "  --json              print one JSON object per recording instead of a table\n"
+           "  --hops              print one JSON object per half-second hop instead of a table\n"
+           "  --cues FILE         JSON lines of what classifier and transcriber answer\n"
+           "  --truth FILE        label track of where the ads really are; measures the detector against it\n"
+           "  --threshold T       confidence that makes an ad, 0 to 1 (default 0.575)\n"
+           "  --sensitivity S     the same as the program's slider, 0 to 1: threshold 0.8 - 0.45 S\n"
+           "  --no-transcription  as with transcription switched off\n"
+           "  -h, --help          show this and exit\n"
+           "  --version           show the version and exit\n"
+           "\n"
+           "Exit status: 0 all recordings replayed, 1 a file could not be used or nothing could be written,\n"
+           "2 the command line makes no sense. See sordin-replay(1) for the formats.\n";
+}
+
+}  // namespace sordin::replay

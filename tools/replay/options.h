@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "replay/replay.h"
+
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace sordin::replay {
+
+/// What the command line asks for.
+struct Options {
+    bool help = false;
+    bool version = false;
+    bool hops = false;
+    bool json = false;
+    std::optional<std::string> cues;
+    std::optional<std::string> truth;
+    Settings settings;
+    std::vector<std::string> files;
+};
+
+/// The command line makes no sense. The text is one line.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+/// Throws UsageError. With --help or --version nothing else matters.
+[[nodiscard]] Options parseOptions(std::vector<std::string> arguments);
+
+/// The text of --help.
+[[nodiscard]] std::string helpText();
+
+}  // namespace sordin::replay

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#include "replay/replay.h"
+
+#include "detection/heuristic_ad_scorer.h"
+#include "detection/keyword_transcript_scorer.h"
+#include "replay/input_error.h"
+#include "replay/stand_ins.h"
+#include "support/manual_serial_queue.h"
+
+#include <utility>
+
+namespace sordin::replay {
+
+namespace {
+
+/// Seconds that the clock shows at the start: far from 0, which would count as the end of a session just now.
+constexpr double clockStart = 1e9;
+
+/// Frames that the pipeline gets at a time: 20 ms, about what an audio server delivers, and a whole number of
+/// them to the hop, so that at the end of a hop the clock shows just that.
+constexpr std::size_t pieceFrames = 320;
+
+/// A pipeline on a clock and a queue that are moved by hand.
+class Player {
+public:
+    Player(const Settings& settings, CueTrack cues, const HopHandler& onHop)
+        : cues_(std::move(cues)),
+          pipeline_(std::make_shared<DetectionPipeline>(DetectionPipeline::Parts{
+              queue_, clock_, classifier_, transcriber_, std::make_shared<KeywordTranscriptScorer>(),
+              std::make_shared<HeuristicAdScorer>()})) {
+        pipeline_->configure(settings.threshold, settings.transcription);
+        pipeline_->onAdStart = [this] { ads_.push_back({{position(), position()}, 0, {}, true}); };
+        pipeline_->onAdEnd = [this](const AdSummary& summary) {
+            ads_.back().interval.end = position();
+            ads_.back().peak = summary.peakConfidence;
+            ads_.back().reasons = summary.reasons;
+            ads_.back().cutOff = ended_;
+        };
+        if (onHop) {
+            pipeline_->onHop = [this, onHop](const auto& observation) { onHop(position(), observation); };
+        }
+    }
+
+    void play(std::vector<float> piece) {
+        frames_ += piece.size();
+        clock_->set(clockStart + position());
+        const CueState& state = cues_.at(position());
+        classifier_->follow(state);
+        transcriber_->follow(state);
+        pipeline_->ingest(PcmBuffer({replayRate, 1}, std::move(piece)));
+        queue_->runPending();
+    }
+
+    ReplayResult finish() {
+        ended_ = true;
+        pipeline_->stop();
+        queue_->runPending();
+        return {position(), std::move(ads_)};
+    }
+
+private:
+    [[nodiscard]] double position() const { return static_cast<double>(frames_) / replayRate; }
+
+    CueTrack cues_;
+    std::size_t frames_ = 0;
+    bool ended_ = false;
+    std::vector<FoundAd> ads_;
+    std::shared_ptr<ManualSerialQueue> queue_ = std::make_shared<ManualSerialQueue>("sordin.audio");
+    std::shared_ptr<ManualClock> clock_ = std::make_shared<ManualClock>(clockStart);
+    std::shared_ptr<CueClassifier> classifier_ = std::make_shared<CueClassifier>();
+    std::shared_ptr<CueTranscriber> transcriber_ = std::make_shared<CueTranscriber>();
+    std::shared_ptr<DetectionPipeline> pipeline_;
+};
+
+}  // namespace
+
+ReplayResult replay(AudioFile& recording, const std::string& name, const Settings& settings, CueTrack cues,
+                    const HopHandler& onHop, const ProgressHandler& onProgress) {
+    Player player(settings, std::move(cues), onHop);
+    std::vector<float> waiting;
+    bool more = true;
+    while (more) {
+        more = recording.read(waiting);
+        auto begin = waiting.begin();
+        while (static_cast<std::size_t>(waiting.end() - begin) >= pieceFrames) {
+            player.play({begin, begin + pieceFrames});
+            begin += pieceFrames;
+        }
+        waiting.erase(waiting.begin(), begin);
+        if (onProgress) {
+            onProgress(recording.progress());
+        }
+    }
+    if (!waiting.empty()) {
+        player.play(std::move(waiting));
+    }
+    ReplayResult result = player.finish();
+    if (result.duration == 0) {
+        throw InputError(name + ": the recording holds no audio");
+    }
+    return result;
+}
+
+}  // namespace sordin::replay

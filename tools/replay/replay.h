@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "detection/detection_pipeline.h"
+#include "replay/audio_file.h"
+#include "replay/cues.h"
+#include "replay/labels.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace sordin::replay {
+
+/// How the detector is set.
+struct Settings {
+    float threshold = 0.575F;
+    bool transcription = true;
+};
+
+/// One ad as the program would have faded it.
+struct FoundAd {
+    Interval interval;  ///< from the end of the hop that starts it to the end of the hop that ends it
+    float peak = 0;     ///< highest confidence, 0 to 1
+    std::vector<std::string> reasons;
+    bool cutOff = false;  ///< the recording ended before the ad
+};
+
+struct ReplayResult {
+    double duration = 0;  ///< seconds
+    std::vector<FoundAd> ads;
+};
+
+/// Called after each hop with its end, seconds from the start of the recording.
+using HopHandler = std::function<void(double, const DetectionPipeline::HopObservation&)>;
+/// Called now and then with the share of the recording done, 0 to 1 (none when unknown).
+using ProgressHandler = std::function<void(std::optional<double>)>;
+
+/// Runs the detector over a recording as if it were playing, with the clock at the sample position, so that
+/// the same recording always gives the same result. The handlers may be empty. Throws InputError for a
+/// recording without any audio.
+[[nodiscard]] ReplayResult replay(AudioFile& recording, const std::string& name, const Settings& settings,
+                                  CueTrack cues, const HopHandler& onHop, const ProgressHandler& onProgress);
+
+}  // namespace sordin::replay

@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: MIT
+#include "replay/report.h"
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <variant>
+
+namespace sordin::replay {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+/// printf into a string; the formats here make short lines.
+[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...) {
+    std::array<char, 256> text;
+    va_list arguments;
+    va_start(arguments, format);
+    std::vsnprintf(text.data(), text.size(), format, arguments);
+    va_end(arguments);
+    return text.data();
+}
+
+/// The shortest decimal that a float stands for, so that 0.575 reads 0.575; null for what JSON cannot say.
+ordered_json number(float value) {
+    if (!std::isfinite(value)) {
+        return nullptr;
+    }
+    return std::strtod(formatted("%.7g", static_cast<double>(value)).c_str(), nullptr);
+}
+
+template <class Value>
+ordered_json orNull(const std::optional<Value>& value) {
+    return value ? ordered_json(*value) : ordered_json(nullptr);
+}
+
+ordered_json delaysJson(const std::optional<Delays>& delays) {
+    if (!delays) {
+        return nullptr;
+    }
+    return {{"median", delays->median}, {"percentile90", delays->percentile90}};
+}
+
+ordered_json eventJson(const std::optional<AdSegmenter::Event>& event) {
+    if (!event) {
+        return nullptr;
+    }
+    if (const auto* ended = std::get_if<AdSegmenter::Ended>(&*event)) {
+        return {{"ended",
+                 {{"peak", number(ended->summary.peakConfidence)}, {"reasons", ended->summary.reasons}}}};
+    }
+    return "started";
+}
+
+double totalSeconds(const std::vector<FoundAd>& ads) {
+    double sum = 0;
+    for (const FoundAd& ad : ads) {
+        sum += ad.interval.length();
+    }
+    return sum;
+}
+
+/// Percent as the program shows it everywhere: cut off, not rounded.
+int percent(double share) {
+    return static_cast<int>(share * 100);
+}
+
+/// 75.5 is 1:15.5, 3675.5 is 1:01:15.5.
+std::string timeText(double seconds) {
+    const auto tenths = std::llround(seconds * 10);
+    const long long whole = tenths / 10;
+    const std::string end = formatted("%02lld.%lld", whole % 60, tenths % 10);
+    if (whole < 3600) {
+        return formatted("%lld:", whole / 60) + end;
+    }
+    return formatted("%lld:%02lld:", whole / 3600, whole / 60 % 60) + end;
+}
+
+std::string joined(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        text += (text.empty() ? "" : ", ") + word;
+    }
+    return text;
+}
+
+std::string adTable(const std::vector<FoundAd>& ads) {
+    std::string text = "    #       start         end     length  peak  reasons\n";
+    int count = 0;
+    for (const FoundAd& ad : ads) {
+        const auto& [start, end] = ad.interval;
+        text += formatted("  %3d  %10s  %10s  %7.1f s  %3d%%  ", ++count, timeText(start).c_str(),
+                          timeText(end).c_str(), ad.interval.length(), percent(static_cast<double>(ad.peak)));
+        text += (ad.reasons.empty() ? "none above the rest" : joined(ad.reasons));
+        text += ad.cutOff ? " (still on at the end)\n" : "\n";
+    }
+    return text;
+}
+
+std::string shareText(const std::optional<double>& share) {
+    return share ? formatted("%.3f", *share) : "-";
+}
+
+std::string delaysText(const std::optional<Delays>& delays) {
+    return delays ? formatted("median %.1f s, 90th percentile %.1f s", delays->median, delays->percentile90)
+                  : "-";
+}
+
+std::string evaluationText(const Evaluation& evaluation) {
+    return "against the labels:\n"
+           "  seconds       precision " +
+           shareText(evaluation.precision) + ", recall " + shareText(evaluation.recall) +
+           "\n"
+           "  ads           precision " +
+           shareText(evaluation.eventPrecision) + ", recall " + shareText(evaluation.eventRecall) +
+           ", F0.5 " + shareText(evaluation.f05) + " (sharing at least half of their union)\n" +
+           "  reaction      " + delaysText(evaluation.reaction) + "\n" + "  late release  " +
+           delaysText(evaluation.lateRelease) + "\n" + "  false         " +
+           (evaluation.falsePerHour ? formatted("%.1f s per hour of programme", *evaluation.falsePerHour)
+                                    : "-") +
+           "\n";
+}
+
+}  // namespace
+
+ordered_json hopJson(double time, const DetectionPipeline::HopObservation& hop) {
+    ordered_json db = nullptr;
+    ordered_json bands = nullptr;
+    if (hop.features) {
+        db = number(hop.features->db);
+        bands = ordered_json::array();
+        for (const float band : hop.features->bands) {
+            bands.push_back(number(band));
+        }
+    }
+    ordered_json contributions = ordered_json::array();
+    for (const Contribution& contribution : hop.verdict.contributions) {
+        contributions.push_back(ordered_json::array({contribution.name, number(contribution.value)}));
+    }
+    return {
+        {"t", time},
+        {"silent", hop.signals.silent},
+        {"db", std::move(db)},
+        {"bands", std::move(bands)},
+        {"boundary", number(hop.signals.boundary)},
+        {"repetition", number(hop.signals.repetition)},
+        {"loudnessRise", number(hop.signals.loudnessRise)},
+        {"keyword", number(hop.signals.keyword)},
+        {"raw", number(hop.verdict.raw)},
+        {"confidence", number(hop.verdict.confidence)},
+        {"contributions", std::move(contributions)},
+        {"inAd", hop.inAd},
+        {"event", eventJson(hop.event)},
+        {"transcribing", hop.transcribing},
+    };
+}
+
+ordered_json reportJson(const Report& report) {
+    ordered_json ads = ordered_json::array();
+    for (const FoundAd& ad : report.result.ads) {
+        ads.push_back({{"start", ad.interval.start},
+                       {"end", ad.interval.end},
+                       {"length", ad.interval.length()},
+                       {"peak", number(ad.peak)},
+                       {"reasons", ad.reasons},
+                       {"cutOff", ad.cutOff}});
+    }
+    ordered_json json{{"file", report.file},
+                      {"duration", report.result.duration},
+                      {"ads", std::move(ads)},
+                      {"adSeconds", totalSeconds(report.result.ads)}};
+    if (report.evaluation) {
+        const Evaluation& evaluation = *report.evaluation;
+        json["truth"] = {{"precision", orNull(evaluation.precision)},
+                         {"recall", orNull(evaluation.recall)},
+                         {"eventPrecision", orNull(evaluation.eventPrecision)},
+                         {"eventRecall", orNull(evaluation.eventRecall)},
+                         {"f05", orNull(evaluation.f05)},
+                         {"reaction", delaysJson(evaluation.reaction)},
+                         {"lateRelease", delaysJson(evaluation.lateRelease)},
+                         {"falseSecondsPerHour", orNull(evaluation.falsePerHour)}};
+    }
+    json["speed"] = std::round(report.speed);
+    return json;
+}
+
+std::string reportText(const Report& report) {
+    const auto& [duration, ads] = report.result;
+    std::string text = report.file + ": " + timeText(duration) + " of audio\n";
+    if (ads.empty()) {
+        text += "no ads found\n";
+    } else {
+        const double seconds = totalSeconds(ads);
+        text += adTable(ads);
+        text += formatted("%zu %s, ", ads.size(), ads.size() == 1 ? "ad" : "ads") + timeText(seconds) +
+                formatted(" in all, %d%% of the recording\n", percent(seconds / duration));
+    }
+    if (report.evaluation) {
+        text += evaluationText(*report.evaluation);
+    }
+    text += formatted("%.0f times real time\n", report.speed);
+    return text;
+}
+
+}  // namespace sordin::replay

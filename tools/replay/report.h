@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "replay/evaluation.h"
+#include "replay/replay.h"
+
+#include <nlohmann/json.hpp>
+
+#include <optional>
+#include <string>
+
+namespace sordin::replay {
+
+/// Everything that is said of one recording in the end.
+struct Report {
+    std::string file;
+    ReplayResult result;
+    std::optional<Evaluation> evaluation;
+    double speed = 0;  ///< recording's seconds per second that the replay took
+};
+
+/// One line of --hops: what the detector knew and decided at `time` (end of the hop, seconds).
+[[nodiscard]] nlohmann::ordered_json hopJson(double time, const DetectionPipeline::HopObservation& hop);
+
+[[nodiscard]] nlohmann::ordered_json reportJson(const Report& report);
+
+/// A table of the ads, their totals, how they match the truth if it is known, and the speed; ends with a line
+/// end.
+[[nodiscard]] std::string reportText(const Report& report);
+
+}  // namespace sordin::replay
