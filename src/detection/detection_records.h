@@ -72,7 +72,8 @@ struct DetectionSignals {
     float loudnessRise = 0;      ///< dB above the running average level, any sign; 0 without an average
     float keyword = 0;           ///< advertising phrases in recent transcripts
     bool keywordActive = false;  ///< transcription is on and usable, so `keyword` means something
-    std::optional<double> sinceLastAd;  ///< seconds since the last ad ended; none before the first end
+    std::optional<double> sinceLastAd =
+        std::nullopt;  ///< seconds since the last ad ended; none before the first end
     bool silent = false;
 };
 

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#include "allocation_counter.h"
+#include "detection/detection_pipeline.h"
+#include "detection/heuristic_ad_scorer.h"
+#include "detection/keyword_transcript_scorer.h"
+#include "fakes/detection_fakes.h"
+#include "random_seed.h"
+#include "support/manual_serial_queue.h"
+
+#include <gtest/gtest.h>
+
+namespace sordin {
+namespace {
+
+TEST(HopAllocation, ASteadyStreamAllocatesNothing) {
+    auto random = seededRandom();
+    std::normal_distribution<float> noise(0, 0.1F);
+    const auto classifier = std::make_shared<FakeClassifier>();
+    classifier->positions.reserve(1000);
+    const auto transcriber = std::make_shared<FakeTranscriber>();
+    const auto clock = std::make_shared<ManualClock>(1e9);
+    const auto pipeline = std::make_shared<DetectionPipeline>(DetectionPipeline::Parts{
+        std::make_shared<ManualSerialQueue>("sordin.audio"), clock, classifier, transcriber,
+        std::make_shared<KeywordTranscriptScorer>(), std::make_shared<HeuristicAdScorer>()});
+    std::size_t ticks = 0;
+    pipeline->onTick = [&](const PipelineTick& /*tick*/) { ++ticks; };
+    std::vector<PcmBuffer> buffers;
+    for (int i = 0; i < 60; ++i) {
+        std::vector<float> samples(5000);  // no whole number of them makes a hop
+        for (float& sample : samples) {
+            sample = noise(random);
+        }
+        buffers.emplace_back(AudioFormat{16'000, 1}, std::move(samples));
+    }
+    const auto play = [&] {
+        for (const PcmBuffer& buffer : buffers) {
+            clock->advance(0.3125);
+            pipeline->ingest(buffer);
+        }
+    };
+    const auto allocationsOf = [&](SoundClassification scores) {
+        classifier->scores = scores;
+        play();  // settles: starts or ends the ad
+        const std::size_t before = allocationCount();
+        play();
+        return allocationCount() - before;
+    };
+    EXPECT_EQ(allocationsOf({}), 0U);
+    EXPECT_EQ(allocationsOf({1, 1, 1}), 0U) << "inside an ad that is learned and recognised";
+    EXPECT_GT(ticks, 60U);
+    EXPECT_GT(transcriber->begins, 0);
+}
+
+}  // namespace
+}  // namespace sordin

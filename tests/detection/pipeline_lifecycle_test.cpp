@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: MIT
+// Ads over time: learning, the watchdog, stopping, forgetting, going away.
+#include "detection/heuristic_ad_scorer.h"
+#include "detection/pipeline_fixture.h"
+#include "random_seed.h"
+#include "support/asio_serial_queue.h"
+
+#include <chrono>
+#include <future>
+#include <thread>
+
+namespace sordin {
+namespace {
+
+using testing::SizeIs;
+
+class PipelineLifecycleTest : public PipelineTest {
+protected:
+    /// A programme that never repeats: noise whose colour and level change with every hop.
+    std::vector<std::vector<float>> variedHops(std::size_t count) {
+        std::normal_distribution<float> noise;
+        std::uniform_real_distribution<float> unit(0, 1);
+        std::vector<std::vector<float>> result;
+        for (std::size_t i = 0; i < count; ++i) {
+            const float smoothing = 0.98F * unit(random_);
+            const float level = 0.01F + 0.1F * unit(random_);
+            float state = 0;
+            std::vector<float> hop(hopSize);
+            for (float& sample : hop) {
+                state = smoothing * state + (1 - smoothing) * noise(random_);
+                sample = level * state;
+            }
+            result.push_back(std::move(hop));
+        }
+        return result;
+    }
+
+    void play(const std::vector<float>& hop) {
+        clock->advance(0.5);
+        ingest(hop);
+    }
+
+private:
+    std::mt19937 random_ = seededRandom();
+};
+
+TEST_F(PipelineLifecycleTest, LearnsAnAdEveryEightSoundingHopsAndKnowsItAgain) {
+    const auto ad = variedHops(18);  // 9 s
+    startAd();
+    std::size_t sounding = 0;
+    for (const auto& hop : ad) {
+        play(hop);
+        EXPECT_LT(hops.back().signals.repetition, 0.9F);
+        if (++sounding == 5) {
+            playHops(3, 0);  // silence does not count
+        }
+    }
+    playHops(6, 0.1F, 0);
+    ASSERT_THAT(ends, SizeIs(1));
+    stop();  // keeps what was learned, drops the recent hops
+    std::vector<std::size_t> matches;
+    for (std::size_t i = 0; i < ad.size(); ++i) {
+        play(ad[i]);
+        if (hops.back().signals.repetition > 0.99F) {
+            matches.push_back(i + 1);
+        }
+    }
+    EXPECT_THAT(matches, testing::ElementsAre(8, 16));
+
+    pipeline->forgetLearnedAds();
+    queue->runPending();
+    for (const auto& hop : ad) {
+        play(hop);
+        EXPECT_EQ(hops.back().signals.repetition, 0);
+    }
+}
+
+TEST_F(PipelineLifecycleTest, CountsTheHopsOfEachAdAnew) {
+    const auto ad = variedHops(7);
+    for (int round = 0; round < 3; ++round) {
+        startAd();
+        for (const auto& hop : ad) {
+            play(hop);
+        }
+        playHops(6, 0, 0);  // ends in silence, before the eighth sounding hop
+    }
+    ASSERT_THAT(ends, SizeIs(3));
+    for (const auto& hop : ad) {
+        play(hop);
+        EXPECT_EQ(hops.back().signals.repetition, 0) << "something was learned";
+    }
+}
+
+TEST_F(PipelineLifecycleTest, WatchdogEndsAnAdWhoseAudioStopped) {
+    const auto watch = [&](double secondsLater) {
+        clock->advance(secondsLater);
+        pipeline->watchdog();
+        queue->runPending();
+        return ends.size();
+    };
+    EXPECT_EQ(watch(100), 0U) << "no ad, nothing to end";
+    scorer->contributions.append({"Audio", 0.5F});
+    startAd();
+    EXPECT_EQ(watch(3), 0U) << "three seconds are not more than three seconds";
+    ingest({});  // no audio, so it does not count
+    EXPECT_EQ(watch(0.25), 1U);
+    EXPECT_EQ(ends[0].peakConfidence, 0.9F);
+    EXPECT_THAT(ends[0].reasons, testing::ElementsAre("Audio"));
+    EXPECT_EQ(watch(10), 1U);
+    playHops(1, 0.1F, 0.9F);
+    EXPECT_EQ(scorer->last.sinceLastAd, 10.5) << "the ad counts as ended by the watchdog";
+    EXPECT_FALSE(hops.back().inAd) << "the count of strong hops starts anew";
+
+    startAd();
+    clock->advance(2.9);
+    ingest(sound(10));
+    EXPECT_EQ(watch(2.9), 1U);
+}
+
+TEST_F(PipelineLifecycleTest, StopEndsTheAdOnceAndCleansUp) {
+    startAd();
+    playHops(6, 0.1F, 0);
+    ASSERT_THAT(ends, SizeIs(1));
+    playHops(20, 0.1F, 0);
+    startAd();
+    transcriber->running = true;
+    ingest(sound(5000));
+    pipeline->stop();
+    EXPECT_THAT(ends, SizeIs(1)) << "stopping waits for its turn on the queue";
+    queue->runPending();
+    ASSERT_THAT(ends, SizeIs(2));
+    EXPECT_EQ(ends[1].peakConfidence, 0.9F);
+    EXPECT_FALSE(transcriber->running);
+    EXPECT_EQ(classifier->resets, 1);
+    EXPECT_EQ(scorer->resets, 1);
+
+    hops.clear();
+    ingest(sound(3000));
+    EXPECT_THAT(hops, SizeIs(0)) << "samples from before the stop are gone";
+    EXPECT_THAT(classifier->prepared, SizeIs(2)) << "the first buffer prepares anew";
+    ingest(sound(5000));
+    ASSERT_THAT(hops, SizeIs(1));
+    EXPECT_EQ(scorer->last.sinceLastAd, 0.5 * 22) << "the ad that stop ended does not count as the last";
+    stop();
+    stop();
+    EXPECT_THAT(ends, SizeIs(2));
+}
+
+TEST_F(PipelineLifecycleTest, MayGoAwayWithWorkWaitingAndFromItsOwnQueue) {
+    pipeline->stop();
+    pipeline->watchdog();
+    pipeline->forgetLearnedAds();
+    pipeline.reset();
+    queue->runPending();
+    EXPECT_EQ(classifier->resets, 0);
+
+    // The owner lets go while the pipeline's own work runs: the pipeline, its queue and all that it holds end
+    // there.
+    struct WaitingTranscriber final : SpeechTranscribing {
+        std::promise<void> entered;
+        std::promise<void> proceed;
+        [[nodiscard]] bool active() const override { return false; }
+        [[nodiscard]] std::string text() const override { return {}; }
+        [[nodiscard]] bool available() const override { return false; }
+        void begin() override {}
+        void append(const PcmBuffer& /*buffer*/) override {}
+        void end() override {
+            entered.set_value();
+            proceed.get_future().wait();
+        }
+    };
+    const auto waiting = std::make_shared<WaitingTranscriber>();
+    auto real = std::make_shared<DetectionPipeline>(
+        DetectionPipeline::Parts{std::make_shared<AsioSerialQueue>("sordin.audio"), clock, classifier,
+                                 waiting, std::make_shared<KeywordTranscriptScorer>(), scorer});
+    real->stop();
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    ASSERT_EQ(waiting->entered.get_future().wait_until(deadline), std::future_status::ready);
+    real.reset();
+    waiting->proceed.set_value();
+    while (waiting.use_count() > 1) {
+        ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+        std::this_thread::yield();
+    }
+}
+
+}  // namespace
+}  // namespace sordin

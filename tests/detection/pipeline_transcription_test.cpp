@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+// When speech is transcribed, and what becomes of the words.
+#include "detection/pipeline_fixture.h"
+
+namespace sordin {
+namespace {
+
+class PipelineTranscriptionTest : public PipelineTest {
+protected:
+    PipelineTranscriptionTest() { classifier->scores.speech = 0.9F; }
+
+    /// Makes a session begin: a suspicious hop, then the one on which it begins.
+    void beginSession() {
+        playHops(2, 0.1F, 0.3F);
+        ASSERT_TRUE(transcriber->running);
+    }
+
+    [[nodiscard]] float keyword() const { return hops.back().signals.keyword; }
+};
+
+TEST_F(PipelineTranscriptionTest, BeginsOnSuspiciousSpeechOnly) {
+    const auto begins = [&](float speech, float confidence, bool enabled = true, bool usable = true) {
+        pipeline->configure(0.575F, enabled);
+        classifier->scores.speech = 0;
+        transcriber->usable = usable;
+        playHops(1, 0.1F, confidence);  // the next hop goes by this confidence
+        classifier->scores.speech = speech;
+        playHops(1);
+        const bool begun = transcriber->running;
+        transcriber->running = false;
+        return begun;
+    };
+    EXPECT_FALSE(begins(0.3F, 0.3F));
+    EXPECT_FALSE(begins(0.31F, 0.24F));
+    EXPECT_FALSE(begins(0.9F, 0.3F, false));
+    EXPECT_FALSE(begins(0.9F, 0.3F, true, false));
+    EXPECT_TRUE(begins(0.31F, 0.25F));
+    EXPECT_EQ(transcriber->begins, 1);
+}
+
+TEST_F(PipelineTranscriptionTest, GoesByTheConfidenceBeforeTheHopAndNeverInSilence) {
+    playHops(1, 0.1F, 0.9F);
+    EXPECT_FALSE(transcriber->running) << "the hop before was quiet";
+    playHops(1, 0);
+    EXPECT_FALSE(transcriber->running) << "silence is not managed";
+    playHops(1);
+    EXPECT_TRUE(transcriber->running);
+    EXPECT_TRUE(hops.back().transcribing);
+}
+
+TEST_F(PipelineTranscriptionTest, BeginsInsideAnAdWhateverTheConfidence) {
+    startAd();
+    transcriber->end();
+    playHops(1, 0.1F, 0);
+    transcriber->end();
+    const int before = transcriber->begins;
+    playHops(1, 0.1F, 0);
+    EXPECT_EQ(transcriber->begins, before + 1);
+}
+
+TEST_F(PipelineTranscriptionTest, EndsAfterFifteenSecondsAndPausesForEight) {
+    beginSession();
+    playHops(30);  // 15.0 s after it began
+    EXPECT_TRUE(transcriber->running);
+    playHops(1);
+    EXPECT_FALSE(transcriber->running);
+    playHops(16);  // 8.0 s after it ended
+    EXPECT_EQ(transcriber->begins, 1);
+    playHops(1);
+    EXPECT_EQ(transcriber->begins, 2);
+}
+
+TEST_F(PipelineTranscriptionTest, EndsAfterEightUnsuspiciousHopsInARow) {
+    beginSession();
+    playHops(8, 0.1F, 0.14F);  // the first still goes by the confidence before
+    EXPECT_TRUE(transcriber->running);
+    playHops(1, 0.1F, 0.15F);
+    EXPECT_FALSE(transcriber->running);
+
+    playHops(17, 0.1F, 0.3F);
+    ASSERT_TRUE(transcriber->running) << "the count starts anew with each session";
+    playHops(8, 0.1F, 0.14F);
+    playHops(1, 0.1F, 0.15F);
+    EXPECT_FALSE(transcriber->running);
+
+    playHops(17, 0.1F, 0.3F);
+    ASSERT_TRUE(transcriber->running);
+    playHops(7, 0.1F, 0.1F);
+    playHops(1, 0.1F, 0.15F);
+    playHops(8, 0.1F, 0.1F);
+    EXPECT_TRUE(transcriber->running) << "one suspicious hop between starts the count anew";
+    playHops(20, 0);
+    EXPECT_TRUE(transcriber->running) << "silent hops do not count";
+}
+
+TEST_F(PipelineTranscriptionTest, AnAdKeepsTheSessionGoing) {
+    startAd();
+    ASSERT_TRUE(transcriber->running);
+    playHops(4, 0.1F, 0.5F);
+    playHops(5, 0.1F, 0.1F);
+    ASSERT_TRUE(hops.back().inAd);
+    playHops(1, 0.1F, 0.1F);
+    ASSERT_FALSE(hops.back().inAd);
+    EXPECT_TRUE(transcriber->running);
+    playHops(7, 0.1F, 0.1F);
+    EXPECT_TRUE(transcriber->running);
+    playHops(1, 0.1F, 0.1F);
+    EXPECT_FALSE(transcriber->running);
+}
+
+TEST_F(PipelineTranscriptionTest, SwitchingOffEndsTheSessionOnTheNextSoundingHop) {
+    beginSession();
+    pipeline->configure(0.575F, false);
+    playHops(1, 0);
+    EXPECT_TRUE(transcriber->running);
+    transcriber->transcript = "promo code";
+    playHops(1);
+    EXPECT_FALSE(transcriber->running);
+    EXPECT_FALSE(hops.back().signals.keywordActive);
+    playHops(60);
+    EXPECT_EQ(transcriber->begins, 1);
+}
+
+TEST_F(PipelineTranscriptionTest, FeedsTheSessionAllButSilence) {
+    ingest(sound(4000));
+    EXPECT_EQ(transcriber->framesAppended, 0U);
+    transcriber->running = true;
+    ingest(sound(300));
+    ingest(sound(300, 0.0001F));
+    ingest(sound(20));
+    EXPECT_EQ(transcriber->framesAppended, 320U);
+}
+
+TEST_F(PipelineTranscriptionTest, TheKeywordLevelTakesTheBestAndFades) {
+    beginSession();
+    transcriber->transcript = "visit";  // 0.25
+    playHops(1);
+    EXPECT_FLOAT_EQ(keyword(), 0.25F);
+    transcriber->transcript = "visit and subscribe";  // 0.5 / 1.2
+    playHops(1);
+    EXPECT_FLOAT_EQ(keyword(), 0.5F / 1.2F);
+    transcriber->transcript = "nothing";
+    float expected = 0.5F / 1.2F;
+    for (int i = 0; i < 10; ++i) {
+        expected *= 0.985F;
+        playHops(1);
+        EXPECT_FLOAT_EQ(keyword(), expected);
+    }
+    playHops(5, 0);
+    playHops(1);
+    EXPECT_FLOAT_EQ(keyword(), expected * 0.985F) << "silence does not fade it";
+    stop();
+    transcriber->transcript = "promo code";
+    playHops(1);
+    EXPECT_EQ(keyword(), 0) << "a stop forgets, and nothing is read without a session";
+}
+
+TEST_F(PipelineTranscriptionTest, TheEndOfAnAdDiscountsWhatWasSaid) {
+    startAd();
+    ASSERT_TRUE(transcriber->running);
+    transcriber->transcript = "sponsored by";
+    playHops(1);
+    EXPECT_FLOAT_EQ(keyword(), 1 / 1.2F);
+    transcriber->transcript = "";
+    playHops(6, 0.1F, 0);
+    ASSERT_EQ(ends.size(), 1U);
+    const float atEnd = keyword();
+    playHops(1, 0.1F, 0);
+    EXPECT_FLOAT_EQ(keyword(), atEnd * 0.985F * 0.3F);
+}
+
+}  // namespace
+}  // namespace sordin

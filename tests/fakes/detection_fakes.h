@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// One fake for each of the detector's collaborators: it answers what the test sets and keeps what it was
+// given.
+#pragma once
+
+#include "detection/detection_interfaces.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace sordin {
+
+struct FakeClassifier final : SoundClassifying {
+    SoundClassification scores;
+    bool preparable = true;
+    std::vector<AudioFormat> prepared;
+    std::vector<std::int64_t> positions;  // of the buffers analysed
+    int resets = 0;
+
+    bool prepare(const AudioFormat& format) override {
+        prepared.push_back(format);
+        return preparable;
+    }
+    void analyze(const PcmBuffer& /*buffer*/, std::int64_t framePosition) override {
+        positions.push_back(framePosition);
+    }
+    [[nodiscard]] SoundClassification current() const override { return scores; }
+    void reset() override {
+        scores = {};
+        ++resets;
+    }
+};
+
+struct FakeTranscriber final : SpeechTranscribing {
+    bool running = false;
+    bool usable = true;
+    std::string transcript;
+    int begins = 0;
+    int ends = 0;
+    std::size_t framesAppended = 0;
+
+    [[nodiscard]] bool active() const override { return running; }
+    [[nodiscard]] std::string text() const override { return transcript; }
+    [[nodiscard]] bool available() const override { return usable; }
+    void begin() override {
+        running = true;
+        transcript.clear();
+        ++begins;
+    }
+    void end() override {
+        running = false;
+        ++ends;
+    }
+    void append(const PcmBuffer& buffer) override { framesAppended += buffer.frameLength(); }
+};
+
+/// Answers one confidence for all hops and keeps the evidence of the last.
+struct FakeScorer final : AdScoring {
+    float confidence = 0;
+    Contributions contributions;
+    DetectionSignals last;
+    int resets = 0;
+
+    [[nodiscard]] AdVerdict update(const DetectionSignals& signals) override {
+        last = signals;
+        return {confidence, confidence, contributions};
+    }
+    void reset() override { ++resets; }
+};
+
+}  // namespace sordin

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <cstdlib>
+#include <iostream>
+#include <random>
+
+namespace sordin {
+
+/// Random numbers of a test: the same in every run, unless SORDIN_TEST_SEED says otherwise. Prints the seed.
+inline std::mt19937 seededRandom() {
+    const char* wish = std::getenv("SORDIN_TEST_SEED");
+    const auto seed =
+        static_cast<std::uint32_t>(wish != nullptr ? std::strtoul(wish, nullptr, 10) : 20261121UL);
+    std::cout << "seed " << seed << '\n';
+    return std::mt19937(seed);
+}
+
+}  // namespace sordin

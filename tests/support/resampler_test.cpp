@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+#include "random_seed.h"
+#include "support/resampler.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <numbers>
+#include <stdexcept>
+
+namespace sordin {
+namespace {
+
+std::vector<float> tone(double frequency, double rate, double seconds) {
+    std::vector<float> samples(static_cast<std::size_t>(rate * seconds));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<float>(
+            0.5 * std::sin(2 * std::numbers::pi * frequency * static_cast<double>(i) / rate));
+    }
+    return samples;
+}
+
+/// Amplitude of one frequency over the middle half of the samples.
+double amplitudeAt(double frequency, double rate, const std::vector<float>& samples) {
+    std::complex<double> sum = 0;
+    const std::size_t begin = samples.size() / 4;
+    const std::size_t end = 3 * samples.size() / 4;
+    for (std::size_t i = begin; i < end; ++i) {
+        sum += static_cast<double>(samples[i]) *
+               std::polar(1.0, -2 * std::numbers::pi * frequency * static_cast<double>(i) / rate);
+    }
+    return 2 * std::abs(sum) / static_cast<double>(end - begin);
+}
+
+std::vector<float> resampled(const std::vector<float>& input, double from, double to,
+                             Resampler::Quality quality = Resampler::Quality::fast) {
+    Resampler resampler(from, to, quality);
+    std::vector<float> output;
+    resampler.process(input, output);
+    resampler.finish(output);
+    return output;
+}
+
+TEST(Resampler, KeepsWhatFitsAndRemovesWhatWouldFoldBack) {
+    for (const auto quality : {Resampler::Quality::fast, Resampler::Quality::high}) {
+        for (const double from : {8'000.0, 22'050.0, 44'100.0, 48'000.0, 96'000.0}) {
+            const auto kept = resampled(tone(1'000, from, 1), from, 16'000, quality);
+            EXPECT_EQ(kept.size(), 16'000U) << from;
+            EXPECT_NEAR(amplitudeAt(1'000, 16'000, kept), 0.5, 0.005) << from;
+        }
+        const auto removed = resampled(tone(11'000, 48'000, 1), 48'000, 16'000, quality);
+        EXPECT_LT(amplitudeAt(5'000, 16'000, removed), 0.5e-4);  // 11 kHz folds to 5 kHz
+    }
+}
+
+TEST(Resampler, DoesNotDependOnHowTheStreamIsCut) {
+    auto random = seededRandom();
+    const auto input = tone(440, 44'100, 2);
+    const auto whole = resampled(input, 44'100, 16'000);
+    Resampler resampler(44'100, 16'000);
+    for (int round = 0; round < 3; ++round) {  // each finish starts anew
+        std::vector<float> output;
+        std::span<const float> rest(input);
+        while (!rest.empty()) {
+            const auto size = std::min<std::size_t>(
+                rest.size(), std::uniform_int_distribution<std::size_t>(1, 9'000)(random));
+            resampler.process(rest.first(size), output);
+            rest = rest.subspan(size);
+        }
+        resampler.finish(output);
+        ASSERT_EQ(output.size(), whole.size());
+        for (std::size_t i = 0; i < whole.size(); ++i) {
+            ASSERT_NEAR(output[i], whole[i], 1e-6) << i;
+        }
+    }
+}
+
+TEST(Resampler, PassesEqualRatesUnchangedAndRefusesImpossibleOnes) {
+    const auto input = tone(440, 16'000, 0.1);
+    EXPECT_EQ(resampled(input, 16'000, 16'000), input);
+    for (const double bad : {0.0, -1.0, std::nan(""), HUGE_VAL, 50.0, 1e9}) {
+        EXPECT_THROW(Resampler(bad, 16'000), std::invalid_argument) << bad;
+    }
+}
+
+}  // namespace
+}  // namespace sordin
