@@ -25,8 +25,8 @@ public:
     /// Appends to `output` what `input` makes available; the filter holds a few milliseconds back.
     void process(std::span<const float> input, std::vector<float>& output);
 
-    /// Ends the stream: appends what was held back, so that the whole stream has given its length times the ratio
-    /// of the rates (rounded), and starts anew, as after construction.
+    /// Ends the stream: appends what was held back, so that the whole stream has given its length times the
+    /// ratio of the rates (rounded), and starts anew, as after construction.
     void finish(std::vector<float>& output);
 
 private:

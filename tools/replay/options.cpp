@@ -50,6 +50,7 @@ void check(const Options& options, bool bothLevels) {
 
 Options parseOptions(std::vector<std::string> arguments) {
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) {
         argv.push_back(argument.data());
     }

@@ -1,0 +1,304 @@
+// SPDX-License-Identifier: MIT
+// The program itself, over recordings made here.
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <sndfile.h>
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <vector>
+
+namespace sordin::replay {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::SizeIs;
+
+struct Outcome {
+    int status;
+    std::string output;  // standard output, then what went to standard error
+};
+
+std::string contents(const fs::path& path) {
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
+class CommandLineTest : public testing::Test {
+protected:
+    CommandLineTest() {
+        std::string pattern = (fs::temp_directory_path() / "sordin-replay-XXXXXX").string();
+        folder_ = mkdtemp(pattern.data());
+    }
+    ~CommandLineTest() override { fs::remove_all(folder_); }
+    CommandLineTest(const CommandLineTest&) = delete;
+    CommandLineTest& operator=(const CommandLineTest&) = delete;
+
+    /// Runs the program in the test's folder; `arguments` as in a shell.
+    [[nodiscard]] Outcome run(const std::string& arguments) const {
+        const std::string command =
+            "cd '" + folder_.string() + "' && '" SORDIN_REPLAY "' " + arguments + " >.out 2>.err </dev/null";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+                contents(folder_ / ".out") + contents(folder_ / ".err")};
+    }
+
+    void write(const std::string& name, const std::string& text) const {
+        std::ofstream(folder_ / name) << text;
+    }
+
+    /// Steady noise of the same level in every channel.
+    void record(const std::string& name, double seconds, int rate, int channels, int format) const {
+        SF_INFO info{};
+        info.samplerate = rate;
+        info.channels = channels;
+        info.format = format;
+        const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(
+            sf_open((folder_ / name).c_str(), SFM_WRITE, &info), sf_close);
+        ASSERT_TRUE(file);
+        std::mt19937 random(1);
+        std::uniform_real_distribution<float> noise(-0.2F, 0.2F);
+        std::vector<float> frame(static_cast<std::size_t>(channels));
+        for (int i = 0; i < static_cast<int>(seconds * rate); ++i) {
+            std::fill(frame.begin(), frame.end(), noise(random));
+            sf_writef_float(file.get(), frame.data(), 1);
+        }
+    }
+
+    void recordWav(const std::string& name, double seconds) const {
+        record(name, seconds, 16'000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    }
+
+    /// Standard output as one JSON value a line.
+    [[nodiscard]] std::vector<json> runJson(const std::string& arguments) const {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.output;
+        std::vector<json> lines;
+        std::istringstream input(outcome.output);
+        for (std::string line; std::getline(input, line);) {
+            lines.push_back(json::parse(line));
+        }
+        return lines;
+    }
+
+    [[nodiscard]] const fs::path& folder() const { return folder_; }
+
+private:
+    fs::path folder_;
+};
+
+// Speech over music from 20 s on makes Audio 0.55, the jump of the scores Boundary 0.35, which fades by 7 % a
+// hop. Smoothed, the confidence of the hops that end at 20, 20.5, ... is .283 .448 .543 .597 .625 .639: the
+// third at or above 0.575 ends at 22.5. At 40 s the scores drop, with another jump; .4 and less from 40.5 on
+// ends the ad at 43.
+constexpr auto adCues =
+    "{\"t\": 20, \"music\": 1, \"speech\": 1}\n{\"t\": 40, \"music\": 0, \"speech\": 0}\n";
+
+TEST_F(CommandLineTest, FindsTheAdThatTheCuesDescribe) {
+    recordWav("radio.wav", 60);
+    write("radio.cues", adCues);
+    write("radio.txt", "20\t40\tad\n");
+    const auto reports = runJson("--json --cues radio.cues --truth radio.txt --no-transcription radio.wav");
+    ASSERT_THAT(reports, SizeIs(1));
+    const json& report = reports[0];
+    EXPECT_EQ(report["file"], "radio.wav");
+    EXPECT_EQ(report["duration"], 60);
+    ASSERT_THAT(report["ads"], SizeIs(1));
+    const json& ad = report["ads"][0];
+    EXPECT_EQ(ad["start"], 22.5);
+    EXPECT_EQ(ad["end"], 43);
+    EXPECT_EQ(ad["length"], 20.5);
+    EXPECT_EQ(ad["reasons"], (json{"Audio", "Boundary"}));
+    EXPECT_NEAR(ad["peak"].get<double>(), 0.645, 0.01);
+    EXPECT_EQ(ad["cutOff"], false);
+    EXPECT_EQ(report["truth"]["reaction"]["median"], 2.5);
+    EXPECT_EQ(report["truth"]["lateRelease"]["median"], 3);
+    EXPECT_NEAR(report["truth"]["recall"].get<double>(), 17.5 / 20, 1e-9);
+    EXPECT_EQ(report["truth"]["f05"], 1);
+
+    const auto table = run("--cues radio.cues --truth radio.txt --no-transcription radio.wav");
+    EXPECT_THAT(table.output, HasSubstr("0:22.5"));
+    EXPECT_THAT(table.output, HasSubstr("0:43.0"));
+    EXPECT_THAT(table.output, HasSubstr("64%  Audio, Boundary\n"));
+    EXPECT_THAT(table.output, HasSubstr("1 ad, 0:20.5 in all, 34% of the recording\n"));
+    EXPECT_THAT(table.output, HasSubstr("median 2.5 s"));
+    EXPECT_THAT(table.output, HasSubstr("times real time\n"));
+
+    EXPECT_THAT(runJson("--json --cues radio.cues --threshold 0.99 radio.wav")[0]["ads"], SizeIs(0));
+    EXPECT_EQ(
+        runJson(
+            "--json --cues radio.cues --no-transcription --sensitivity 1 radio.wav")[0]["ads"][0]["start"],
+        21.5);
+}
+
+TEST_F(CommandLineTest, PrintsEveryHop) {
+    recordWav("radio.wav", 50.25);
+    write("radio.cues", std::string(adCues) + "{\"t\": 21, \"transcript\": \"promo code\"}\n");
+    const auto hops = runJson("--hops --cues radio.cues radio.wav");
+    ASSERT_THAT(hops, SizeIs(100));
+    const json& first = hops[0];
+    EXPECT_EQ(first["t"], 0.5);
+    EXPECT_EQ(first["silent"], false);
+    EXPECT_NEAR(first["db"].get<double>(), 20 * std::log10(0.2 / std::sqrt(3.0)), 0.2);
+    EXPECT_THAT(first["bands"], SizeIs(8));
+    EXPECT_EQ(first["event"], nullptr);
+    EXPECT_EQ(first["transcribing"], false);
+    const json& change = hops[39];
+    EXPECT_EQ(change["t"], 20);
+    EXPECT_EQ(change["boundary"], 1);
+    EXPECT_NEAR(change["raw"].get<double>(), 1 - 0.45 * 0.65, 0.02);
+    EXPECT_EQ(change["contributions"][0], (json{"Audio", 0.55}));
+    EXPECT_EQ(change["contributions"][2], (json{"Boundary", 0.35}));
+    EXPECT_EQ(hops[40]["transcribing"], true);
+    EXPECT_EQ(hops[40]["keyword"], 0);
+    EXPECT_NEAR(hops[41]["keyword"].get<double>(), 1 / 1.2, 1e-6);
+    int starts = 0;
+    int ends = 0;
+    for (const json& hop : hops) {
+        starts += hop["event"] == "started" ? 1 : 0;
+        ends += hop["event"].is_object() ? 1 : 0;
+    }
+    EXPECT_EQ(starts, 1);
+    EXPECT_EQ(ends, 0);
+    EXPECT_EQ(hops.back()["inAd"], true);
+
+    const auto both = runJson("--hops --json --cues radio.cues radio.wav");
+    ASSERT_THAT(both, SizeIs(101));
+    EXPECT_EQ(both.back()["ads"][0]["cutOff"], true);
+    EXPECT_EQ(both.back()["ads"][0]["end"], 50.25);
+}
+
+TEST_F(CommandLineTest, ReadsManyFormatsAlikeAndSilenceToo) {
+    write("radio.cues", adCues);
+    record("a.wav", 50, 16'000, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
+    record("b.flac", 50, 48'000, 2, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+    record("c.ogg", 50, 44'100, 2, SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+    record("d.au", 50, 8'000, 3, SF_FORMAT_AU | SF_FORMAT_ULAW);
+    for (const std::string name : {"a.wav", "b.flac", "c.ogg", "d.au"}) {
+        const json report = runJson("--json --no-transcription --cues radio.cues " + name).at(0);
+        EXPECT_EQ(report["duration"], 50) << name;
+        ASSERT_THAT(report["ads"], SizeIs(1)) << name;
+        EXPECT_EQ(report["ads"][0]["start"], 22.5) << name;
+    }
+    const auto all = runJson("--json a.wav b.flac");
+    ASSERT_THAT(all, SizeIs(2));
+    EXPECT_EQ(all[1]["file"], "b.flac");
+
+    SF_INFO info{0, 16'000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 0, 0};
+    SNDFILE* silence = sf_open((folder() / "silence.wav").c_str(), SFM_WRITE, &info);
+    sf_write_float(silence, std::vector<float>(16'000).data(), 16'000);
+    sf_close(silence);
+    const auto hops = runJson("--hops silence.wav");
+    ASSERT_THAT(hops, SizeIs(2));
+    EXPECT_EQ(hops[1]["silent"], true);
+    EXPECT_EQ(hops[1]["db"], nullptr);
+    EXPECT_EQ(hops[1]["bands"], nullptr);
+    EXPECT_THAT(hops[1]["contributions"], SizeIs(0));
+}
+
+TEST_F(CommandLineTest, RepeatsItselfToTheByte) {
+    record("radio.ogg", 45, 44'100, 2, SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+    write("radio.cues", std::string(adCues) + "{\"t\": 22, \"transcript\": \"visit us\"}\n");
+    const auto first = run("--hops --cues radio.cues radio.ogg");
+    EXPECT_EQ(run("--hops --cues radio.cues radio.ogg").output, first.output);
+    EXPECT_GT(first.output.size(), 10'000U);
+}
+
+TEST_F(CommandLineTest, FindsTheCommercialsOfABroadcastAndKnowsThemAgain) {
+    const std::string make = "'" SORDIN_MAKE_BROADCAST "' '" + folder().string() + "'";
+    ASSERT_EQ(std::system(make.c_str()), 0);
+    const std::string broadcast = "--cues broadcast.cues --truth broadcast.txt broadcast.flac";
+    const json report = runJson("--json " + broadcast).at(0);
+    EXPECT_GT(report["truth"]["recall"], 0.85);
+    EXPECT_LT(report["truth"]["reaction"]["percentile90"], 4);
+    ASSERT_THAT(report["ads"], SizeIs(3)) << "one for each break";
+    EXPECT_THAT(report["ads"][0]["reasons"], testing::Not(testing::Contains("Repetition")));
+    EXPECT_THAT(report["ads"][1]["reasons"], testing::Contains("Repetition")) << "a spot heard before";
+
+    const auto silenced = runJson("--hops --no-transcription " + broadcast);
+    for (const json& hop : silenced) {
+        ASSERT_EQ(hop.value("transcribing", false), false);
+        ASSERT_EQ(hop.value("keyword", 0.0), 0);
+    }
+    EXPECT_EQ(silenced.back()["file"], "broadcast.flac") << "with labels, the figures come last";
+}
+
+TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
+    recordWav("good.wav", 2);
+    recordWav("none.wav", 0);
+    write("empty.wav", "");
+    write("text.wav", "this is no sound");
+    write("bad.cues", "{\"t\": 1}\nnonsense\n");
+    const auto expectError = [&](int status, const std::string& arguments, const std::string& why) {
+        const Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.status, status) << arguments;
+        EXPECT_EQ(outcome.output.rfind("sordin-replay: ", 0), 0U) << outcome.output;
+        EXPECT_THAT(outcome.output, HasSubstr(why)) << arguments;
+        EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 1) << outcome.output;
+    };
+    expectError(1, "nowhere.wav", "nowhere.wav: No such file or directory");
+    expectError(1, ".", ".: is a folder");
+    expectError(1, "empty.wav", "empty.wav: the file is empty");
+    expectError(1, "none.wav", "none.wav: the recording holds no audio");
+    expectError(1, "text.wav", "text.wav: no recording that can be read");
+    expectError(1, "--cues bad.cues good.wav", "bad.cues:2: not a JSON object");
+    expectError(1, "--cues nowhere.cues good.wav", "nowhere.cues: No such file or directory");
+    expectError(1, "--truth nowhere.txt good.wav", "nowhere.txt: No such file or directory");
+    expectError(2, "", "no recording given");
+    expectError(2, "--nonsense good.wav", "bad option '--nonsense'");
+    expectError(2, "--hops=5 good.wav", "bad option");
+    expectError(2, "good.wav --cues", "--cues needs a value");
+    expectError(2, "--threshold 1.5 good.wav", "--threshold takes a number from 0 to 1, not '1.5'");
+    expectError(2, "--sensitivity high good.wav", "--sensitivity takes a number");
+    expectError(2, "--threshold 0.5 --sensitivity 0.5 good.wav", "exclude each other");
+    expectError(2, "--cues bad.cues good.wav good.wav", "one recording only");
+    EXPECT_EQ(run("good.wav nowhere.wav").status, 1);
+    EXPECT_THAT(run("nowhere.wav good.wav").output, HasSubstr("good.wav: 0:02.0 of audio\nno ads found\n"));
+
+    const std::string full =
+        "cd '" + folder().string() + "' && '" SORDIN_REPLAY "' good.wav >/dev/full 2>.err";
+    EXPECT_EQ(WEXITSTATUS(std::system(full.c_str())), 1);
+    EXPECT_THAT(contents(folder() / ".err"), HasSubstr("the output cannot be written"));
+}
+
+TEST_F(CommandLineTest, ReportsWhatItReadOfADamagedRecording) {
+    recordWav("cut.wav", 10);
+    fs::resize_file(folder() / "cut.wav", 44 + 32'000 * 4);
+    record("cut.flac", 10, 16'000, 1, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+    fs::resize_file(folder() / "cut.flac", fs::file_size(folder() / "cut.flac") / 2);
+    for (const std::string name : {"cut.wav", "cut.flac"}) {
+        const auto outcome = run(name);
+        EXPECT_THAT(outcome.output, HasSubstr(" of audio\n")) << name;
+        if (name == "cut.flac") {  // a cut WAV file counts as ending where it ends
+            EXPECT_EQ(outcome.status, 1);
+            EXPECT_THAT(outcome.output, HasSubstr("cut.flac: the recording is damaged"));
+        }
+    }
+}
+
+TEST_F(CommandLineTest, ExplainsItself) {
+    const auto help = run("--help");
+    EXPECT_EQ(help.status, 0);
+    for (const std::string option : {"--json", "--hops", "--cues", "--truth", "--threshold", "--sensitivity",
+                                     "--no-transcription", "--version"}) {
+        EXPECT_THAT(help.output, HasSubstr(option));
+        EXPECT_THAT(contents(SORDIN_REPLAY_MANUAL), HasSubstr("Fl -" + option.substr(2)))
+            << "missing in the manual";
+    }
+    EXPECT_THAT(run("--version").output, MatchesRegex("sordin-replay [0-9]+\\.[0-9]+\\.[0-9]+\n"));
+}
+
+}  // namespace
+}  // namespace sordin::replay
