@@ -23,7 +23,8 @@ public:
         info.samplerate = rate;
         info.channels = channels;
         info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-        const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(sf_open(path_.c_str(), SFM_WRITE, &info), sf_close);
+        const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(sf_open(path_.c_str(), SFM_WRITE, &info),
+                                                               sf_close);
         std::mt19937 random(1);
         std::normal_distribution<float> noise(0, 0.1F);
         std::vector<float> second(static_cast<std::size_t>(rate) * static_cast<std::size_t>(channels));
