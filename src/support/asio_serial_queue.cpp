@@ -57,12 +57,11 @@ public:
     }
 
     void post(Work work) {
-        if (!ended_.load()) {
-            asio::post(io_, [work = std::move(work)] { sordin::run(work); });
-        }
+        asio::post(io_, [work = std::move(work)] { sordin::run(work); });
     }
 
-    /// Runs what is waiting, then returns from run(). Call on another thread.
+    /// Runs what is waiting, then returns from run(); what comes later waits behind and is dropped. Call on
+    /// another thread.
     void endWhenIdle() {
         ended_.store(true);
         asio::post(io_, [this] { io_.stop(); });
@@ -145,7 +144,7 @@ private:
     // work has posted before.
     asio::io_context io_;
     asio::executor_work_guard<asio::io_context::executor_type> guard_ = asio::make_work_guard(io_);
-    std::atomic<bool> ended_ = false;
+    std::atomic<bool> ended_ = false;  // timers fire no more
     std::atomic<std::uint64_t> nextTimer_ = 0;
     std::map<std::uint64_t, ActiveTimer> timers_;
 };

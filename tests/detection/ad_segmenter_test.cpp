@@ -59,6 +59,7 @@ TEST(AdSegmenter, EndsAfterThreeSecondsClearlyBelow) {
     EXPECT_EQ(steps(segmenter, {0.5F, 0.42F, 0.42F, 0.42F, 0.42F, 0.42F, 0.42F}), "......E");
     EXPECT_FALSE(segmenter.inAd());
     EXPECT_EQ(steps(segmenter, {0.6F, 0.6F, 0.6F}), "..S") << "the count starts anew after an ad";
+    EXPECT_EQ(steps(segmenter, {0.1F, 0.1F, 0.1F, 0.1F, 0.1F, 0.1F}), ".....E") << "so does the hold time";
 }
 
 TEST(AdSegmenter, EndsAtFourMinutesWhateverHappens) {

@@ -56,6 +56,10 @@ TEST(CapturedAudio, AnswersNothingForWhatCannotBeRead) {
     EXPECT_TRUE(pcmBuffer(captured(good, 100, floats)));
     EXPECT_FALSE(pcmBuffer(captured(good, 101, floats)));
     EXPECT_FALSE(pcmBuffer(captured(good, 0, floats)));
+    for (const bool interleaved : {true, false}) {
+        EXPECT_TRUE(pcmBuffer(captured({16'000, 2, SampleType::float32, interleaved}, 50, floats)));
+        EXPECT_FALSE(pcmBuffer(captured({16'000, 2, SampleType::float32, interleaved}, 51, floats)));
+    }
     EXPECT_FALSE(pcmBuffer(captured(good, std::numeric_limits<std::uint32_t>::max(), floats)));
     EXPECT_FALSE(pcmBuffer({std::nullopt, 100, std::vector<std::byte>(400)}));
     auto cut = captured(good, 100, floats);

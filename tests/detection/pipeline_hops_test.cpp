@@ -73,6 +73,11 @@ TEST_F(PipelineHopsTest, BoundaryComesFromTheSpectrumToo) {
     // Band 7 has moved by 40 dB: a mean shift of 5, (5 - 2) / 8.
     EXPECT_NEAR(hops[11].signals.boundary, 0.375, 0.01);
     EXPECT_EQ(hops[10].signals.boundary, 0);
+    stop();
+    for (int hop = 0; hop < 11; ++hop) {
+        playHops(1, hop < 6 ? 0.001F : 0.1F);
+        EXPECT_EQ(hops.back().signals.boundary, 0) << "a stop forgets the spectrum before it";
+    }
 }
 
 TEST_F(PipelineHopsTest, LoudnessIsMeasuredAgainstASlowAverage) {

@@ -66,6 +66,14 @@ TEST_F(PipelineLifecycleTest, LearnsAnAdEveryEightSoundingHopsAndKnowsItAgain) {
         }
     }
     EXPECT_THAT(matches, testing::ElementsAre(8, 16));
+    stop();
+    for (std::size_t i = 0; i < 8; ++i) {
+        if (i == 4) {
+            stop();
+        }
+        play(ad[i]);
+    }
+    EXPECT_EQ(hops.back().signals.repetition, 0) << "a stop forgets the recent hops";
 
     pipeline->forgetLearnedAds();
     queue->runPending();
@@ -85,9 +93,9 @@ TEST_F(PipelineLifecycleTest, CountsTheHopsOfEachAdAnew) {
         playHops(6, 0, 0);  // ends in silence, before the eighth sounding hop
     }
     ASSERT_THAT(ends, SizeIs(3));
-    for (const auto& hop : ad) {
-        play(hop);
-        EXPECT_EQ(hops.back().signals.repetition, 0) << "something was learned";
+    // What an ad had learned too early would be known again at the same place of the next.
+    for (const auto& hop : hops) {
+        EXPECT_EQ(hop.signals.repetition, 0) << hop.index;
     }
 }
 

@@ -49,6 +49,17 @@ TEST(ManualSerialQueue, TimersFireAtTheirTimesAmongEachOther) {
     EXPECT_THAT(done, ElementsAre("again", "posted", "once", "again", "posted", "again", "posted"));
 }
 
+TEST(ManualSerialQueue, TimersStartedByTimersCountFromTheirTime) {
+    ManualSerialQueue queue("sordin.test");
+    int runs = 0;
+    Timer second;
+    const auto first = queue.after(10ms, [&] { second = queue.after(10ms, [&] { ++runs; }); });
+    queue.advance(19ms);
+    EXPECT_EQ(runs, 0);
+    queue.advance(1ms);
+    EXPECT_EQ(runs, 1);
+}
+
 TEST(ManualSerialQueue, DroppingATimerCancelsItAndItMayOutliveTheQueue) {
     auto queue = std::make_unique<ManualSerialQueue>("sordin.test");
     int runs = 0;
