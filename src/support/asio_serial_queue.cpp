@@ -87,8 +87,9 @@ public:
         return Timer([weak = weak_from_this(), id, cancelled] {
             cancelled->store(true);
             if (const auto loop = weak.lock()) {
-                // Gone at once rather than at its deadline, and with it all that the work holds.
-                loop->onLoop([raw = loop.get(), id] { raw->timers_.erase(id); });
+                // Gone at once rather than at its deadline, and with it all that the work holds (which may
+                // cancel other timers as it goes, so it goes when the map is whole again).
+                loop->onLoop([raw = loop.get(), id] { const auto gone = raw->timers_.extract(id); });
             }
         });
     }
