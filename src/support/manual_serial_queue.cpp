@@ -128,6 +128,10 @@ void ManualSerialQueue::runPending() {
     state->runPending();
 }
 
+SerialQueue::Duration ManualSerialQueue::now() const {
+    return state_->now;
+}
+
 void ManualSerialQueue::advance(Duration duration) {
     const auto state = state_;
     const auto end = state->now + duration;

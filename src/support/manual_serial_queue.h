@@ -27,6 +27,9 @@ public:
     /// Runs posted work, and what it posts in turn, until nothing is waiting.
     void runPending();
 
+    /// Time that has passed since construction.
+    [[nodiscard]] Duration now() const;
+
     /// Lets `duration` pass: runs posted work and, at their times and in their order, the timers that fall
     /// due.
     void advance(Duration duration);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "replay/labels.h"
 
-#include "replay/numbers.h"
+#include "support/numbers.h"
 #include "replay/text_input.h"
 
 #include <algorithm>

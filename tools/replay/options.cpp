@@ -2,7 +2,7 @@
 #include "replay/options.h"
 
 #include "detection/sensitivity.h"
-#include "replay/numbers.h"
+#include "support/numbers.h"
 
 #include <array>
 #include <getopt.h>

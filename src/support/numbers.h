@@ -6,7 +6,7 @@
 #include <sstream>
 #include <string>
 
-namespace sordin::replay {
+namespace sordin {
 
 /// A finite decimal number with nothing behind it, written with a point whatever the locale; none otherwise.
 [[nodiscard]] inline std::optional<double> parseNumber(const std::string& text) {
@@ -20,4 +20,4 @@ namespace sordin::replay {
     return input.eof() ? std::optional(value) : std::nullopt;
 }
 
-}  // namespace sordin::replay
+}  // namespace sordin

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace sordin {
+
+/// The user's settings, by key. All operations may be called from any thread.
+class UserDefaults {
+public:
+    using Value = std::variant<bool, double, std::string>;  // texts are UTF-8
+    /// Keys with their new values, none to remove a key.
+    using Changes = std::vector<std::pair<std::string, std::optional<Value>>>;
+
+    virtual ~UserDefaults() = default;
+
+    /// The value under a key; none when there is none or when it is of another type.
+    [[nodiscard]] virtual std::optional<bool> boolean(const std::string& key) const = 0;
+    [[nodiscard]] virtual std::optional<double> number(const std::string& key) const = 0;
+    [[nodiscard]] virtual std::optional<std::string> text(const std::string& key) const = 0;
+
+    /// Makes changes that belong together, all at once. Readers see them when it returns. A number that is
+    /// not finite changes nothing.
+    virtual void apply(const Changes& changes) = 0;
+
+    void set(const std::string& key, Value value) { apply({{key, std::move(value)}}); }
+    void remove(const std::string& key) { apply({{key, std::nullopt}}); }
+};
+
+}  // namespace sordin

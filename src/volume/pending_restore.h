@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/audio_objects.h"
+#include "platform/user_defaults.h"
+
+#include <optional>
+
+namespace sordin {
+
+/// What has to come back if the program ends while the volume is down, as it lies in the user defaults.
+struct PendingRestore {
+    float volume = 0;  ///< 0 to 1
+    std::optional<OutputDeviceRecord>
+        device;  ///< absent when only the volume was kept: then any default device
+
+    /// The key of the volume; what else is kept has keys that begin with the same word.
+    static constexpr auto key = "pendingRestoreVolume";
+
+    /// None when nothing is pending. What describes the device counts only if all of it can be read.
+    [[nodiscard]] static std::optional<PendingRestore> read(const UserDefaults& defaults);
+
+    void write(UserDefaults& defaults) const;
+
+    static void remove(UserDefaults& defaults);
+};
+
+}  // namespace sordin

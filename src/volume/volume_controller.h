@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/audio_objects.h"
+#include "platform/user_defaults.h"
+#include "support/serial_queue.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace sordin {
+
+/// Fades the default output device down for an ad and back up after it, and makes sure that the volume comes
+/// back whatever happens. Where a device has no settable volume its mute switch is used instead.
+///
+/// All state lives on one serial queue. Always held by shared pointers: work on the queue knows the
+/// controller weakly. Failures of the audio system are silent: no device, no duck.
+class VolumeController : public std::enable_shared_from_this<VolumeController> {
+public:
+    /// None may be null; `queue` is labelled "sordin.volume".
+    VolumeController(std::shared_ptr<SerialQueue> queue, std::shared_ptr<AudioObjects> objects,
+                     std::shared_ptr<UserDefaults> defaults);
+    ~VolumeController();
+    VolumeController(const VolumeController&) = delete;
+    VolumeController& operator=(const VolumeController&) = delete;
+
+    /// Fades the default output device to `fraction` (0 to 1) of its volume within `ramp` seconds; does
+    /// nothing while a duck is in force. Any thread; happens on the queue, later.
+    void duck(float fraction, double ramp);
+
+    /// Fades the device that was ducked back to its volume within `ramp` seconds, also if another has become
+    /// the default; does nothing when no duck is in force. Any thread; happens on the queue, later.
+    void restore(double ramp);
+
+    /// Puts the volume back at once, without a ramp, and returns when that is done. For the end of the
+    /// program.
+    void restoreImmediately();
+
+    /// Brings back a volume that an earlier run of the program left down, as soon as there is a device to
+    /// bring it back to. It is only ever raised. Call once, before the first duck.
+    void recoverFromCrash();
+
+private:
+    struct Ramp {
+        AudioObjectId device;
+        float from;
+        float to;
+        int steps;
+        bool restoring;
+        int counter = 0;
+    };
+
+    void post(void (VolumeController::*action)());
+    void duckNow(float fraction, double seconds);
+    void restoreNow(double seconds);
+    void restoreAtOnce();
+    void tryToRecover();
+    void devicesChanged();
+
+    [[nodiscard]] std::optional<AudioObjectId> defaultOutputDevice() const;
+    [[nodiscard]] std::vector<std::uint32_t> volumeElements(AudioObjectId device) const;
+    [[nodiscard]] std::optional<float> volume(AudioObjectId device) const;
+    void set(AudioObjectId device, float volume);
+    [[nodiscard]] bool canMute(AudioObjectId device) const;
+    void setMute(AudioObjectId device, bool muted);
+
+    void startRamp(Ramp ramp, double seconds);
+    void stepRamp();
+    void cancelRamp();
+    /// Takes a restore ramp to its end at once.
+    void finishRestoreRamp();
+    /// A device has its volume back: forgets the record, unless the device is away and has yet to take it.
+    void restored(AudioObjectId device);
+
+    const std::shared_ptr<SerialQueue> queue_;
+    const std::shared_ptr<AudioObjects> objects_;
+    const std::shared_ptr<UserDefaults> defaults_;
+
+    Timer timer_;
+    std::optional<Ramp> ramp_;  // the one in progress
+    bool ducked_ = false;
+    AudioObjectId device_ = 0;  // the one that was ducked
+    std::optional<float> savedVolume_;
+    bool usedMute_ = false;
+    bool recovering_ = false;                // a record of an earlier run waits for a device
+    std::optional<AudioObjectId> awaiting_;  // restored while it was away; the record stays until it is back
+};
+
+}  // namespace sordin

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+// What a crash left down comes back.
+#include "volume/volume_fixture.h"
+
+namespace sordin {
+namespace {
+
+using testing::SizeIs;
+
+class VolumeRecoveryTest : public VolumeTest {
+protected:
+    /// The program dies with the volume down, and starts anew.
+    void crashWhileDucked() {
+        duck();
+        controller.reset();
+        controller = std::make_shared<VolumeController>(queue, objects, defaults);
+        writes.clear();
+    }
+
+    void recover() {
+        controller->recoverFromCrash();
+        pass(1);
+    }
+};
+
+TEST_F(VolumeRecoveryTest, RaisesTheDeviceThatWasDuckedAndNoOther) {
+    crashWhileDucked();
+    objects->makeDefault(headphones);
+    recover();
+    EXPECT_EQ(volumeOf(speakers), 0.8F);
+    EXPECT_EQ(volumeOf(headphones), 0.5F);
+    EXPECT_TRUE(defaults->values.empty());
+}
+
+TEST_F(VolumeRecoveryTest, NeverLowers) {
+    crashWhileDucked();
+    objects->devices[speakers].volumes[0] = 0.9F;
+    recover();
+    EXPECT_THAT(writes, SizeIs(0));
+    EXPECT_TRUE(defaults->values.empty());
+
+    defaults->set(PendingRestore::key, 0.7);  // all that another implementation keeps
+    recover();
+    EXPECT_EQ(volumeOf(speakers), 0.9F);
+    objects->devices[speakers].volumes[0] = 0.2F;
+    defaults->set(PendingRestore::key, 0.7);
+    recover();
+    EXPECT_FLOAT_EQ(volumeOf(speakers), 0.7F);
+    objects->devices[speakers].readable = false;
+    defaults->set(PendingRestore::key, 0.9);
+    recover();
+    EXPECT_FLOAT_EQ(volumeOf(speakers), 0.7F) << "unreadable counts as full";
+    EXPECT_TRUE(defaults->values.empty());
+    defaults->set(PendingRestore::key, std::string("loud"));
+    writes.clear();
+    recover();
+    EXPECT_THAT(writes, SizeIs(0));
+}
+
+TEST_F(VolumeRecoveryTest, WaitsForADeviceBeforeAnyDuck) {
+    crashWhileDucked();
+    objects->makeDefault(0);
+    recover();
+    EXPECT_TRUE(pending());
+    duck();
+    EXPECT_THAT(writes, SizeIs(0));
+    objects->makeDefault(speakers);
+    duck(0.5F);  // comes before the news of the device
+    EXPECT_FLOAT_EQ(static_cast<float>(*pending()), 0.8F) << "recovered first, then ducked from there";
+    EXPECT_FLOAT_EQ(volumeOf(speakers), 0.4F);
+    restore();
+    EXPECT_EQ(volumeOf(speakers), 0.8F);
+    EXPECT_TRUE(defaults->values.empty());
+}
+
+TEST_F(VolumeRecoveryTest, ReachesADeviceThatIsAway) {
+    crashWhileDucked();
+    objects->leave(speakers);
+    objects->makeDefault(headphones);
+    recover();
+    EXPECT_EQ(volumeOf(headphones), 0.5F);
+    EXPECT_TRUE(pending()) << "not yet";
+    objects->comeBack(speakers);
+    pass(1);
+    EXPECT_EQ(volumeOf(speakers), 0.8F);
+    EXPECT_TRUE(defaults->values.empty());
+
+    defaults->values = {};
+    objects->devices.erase(speakers);  // a device that this run has never seen
+    PendingRestore{0.6F, OutputDeviceRecord{"usb", "", 1, {}}}.write(*defaults);
+    recover();
+    EXPECT_TRUE(pending());
+    objects->comeBack(1'000);
+    pass(1);
+    EXPECT_FLOAT_EQ(volumeOf(1'000), 0.6F);
+    EXPECT_FALSE(pending());
+}
+
+TEST_F(VolumeRecoveryTest, ARestoreToADeviceThatIsAwayKeepsTheRecordUntilItReturns) {
+    controller->recoverFromCrash();
+    duck();
+    objects->leave(speakers);
+    restore();
+    EXPECT_TRUE(pending());
+    controller->restoreImmediately();
+    EXPECT_TRUE(pending());
+    objects->comeBack(speakers);
+    pass(1);
+    EXPECT_EQ(volumeOf(speakers), 0.8F);
+    EXPECT_TRUE(defaults->values.empty());
+}
+
+TEST_F(VolumeRecoveryTest, TheRecordReadsBackWhole) {
+    const PendingRestore written{0.375F,
+                                 OutputDeviceRecord{"alsa \"x\"", "headphones", 1.3F, {1, 0.123456789F, 0}}};
+    written.write(*defaults);
+    const auto read = PendingRestore::read(*defaults);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->volume, written.volume);
+    EXPECT_EQ(read->device, written.device);
+    for (const auto& [key, damaged] : std::vector<std::pair<std::string, UserDefaults::Value>>{
+             {"pendingRestoreDevice", std::string()},
+             {"pendingRestoreRoute", 5.0},
+             {"pendingRestoreReference", 0.5},
+             {"pendingRestoreRatios", std::string("1 x")},
+             {"pendingRestoreRatios", std::string("1 1.5")},
+             {"pendingRestoreRatios", std::string("1 -0.5")},
+             {"pendingRestoreRatios", std::string("1 -")},
+             {"pendingRestoreRatios", true}}) {
+        written.write(*defaults);
+        defaults->set(key, damaged);
+        ASSERT_TRUE(PendingRestore::read(*defaults)) << key;
+        EXPECT_FALSE(PendingRestore::read(*defaults)->device) << key;
+    }
+    PendingRestore{0.5F, std::nullopt}.write(*defaults);
+    EXPECT_THAT(defaults->values, SizeIs(1));
+}
+
+}  // namespace
+}  // namespace sordin
