@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "replay/labels.h"
 
-#include "support/numbers.h"
 #include "replay/text_input.h"
+#include "support/numbers.h"
 
 #include <algorithm>
 #include <cctype>

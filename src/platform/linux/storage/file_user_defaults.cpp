@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/storage/file_user_defaults.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <utility>
+
+namespace sordin {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr std::string_view pendingPrefix = "pendingRestore";
+
+bool isPending(const std::string& key) {
+    return key.rfind(pendingPrefix, 0) == 0;
+}
+
+/// Makes the changes that concern pending keys or those that do not; false if there are none.
+bool change(json& object, const UserDefaults::Changes& changes, bool pending) {
+    bool changed = false;
+    for (const auto& [key, value] : changes) {
+        const auto* number = value ? std::get_if<double>(&*value) : nullptr;
+        if (isPending(key) != pending || (number != nullptr && !std::isfinite(*number))) {
+            continue;
+        }
+        if (value) {
+            std::visit([&](const auto& typed) { object[key] = typed; }, *value);
+        } else {
+            object.erase(key);
+        }
+        changed = true;
+    }
+    return changed;
+}
+
+}  // namespace
+
+/// One file and what it should hold. The lock guards the contents in memory.
+class FileUserDefaults::Store {
+public:
+    explicit Store(std::filesystem::path path) : file_(std::move(path)), object_(file_.load()) {}
+
+    [[nodiscard]] std::optional<json> find(const std::string& key) const {
+        const std::scoped_lock guard(lock_);
+        const auto found = object_.find(key);
+        return found == object_.end() ? std::nullopt : std::optional<json>(*found);
+    }
+
+    /// Makes the changes that concern this store; false if there are none.
+    bool change(const Changes& changes, bool pending) {
+        const std::scoped_lock guard(lock_);
+        const bool changed = sordin::change(object_, changes, pending);
+        dirty_ = dirty_ || changed;
+        return changed;
+    }
+
+    /// Writes without waiting for the disk, the lock held so that writers keep their order.
+    void writeAtOnce() {
+        const std::scoped_lock guard(lock_);
+        dirty_ = dirty_ && !file_.save(object_, Durability::programEnd);
+    }
+
+    /// Writes to the disk. On the queue only, which keeps the order; nobody waits for it at the lock.
+    void writeToDisk() {
+        if (const auto contents = takeDirty(); contents && !file_.save(*contents, Durability::lossOfPower)) {
+            const std::scoped_lock guard(lock_);
+            dirty_ = true;
+        }
+    }
+
+    void sync() const { static_cast<void>(syncFile(file_.path())); }
+
+    std::optional<Timer> timer;  // until the next write; on the queue only
+
+private:
+    std::optional<json> takeDirty() {
+        const std::scoped_lock guard(lock_);
+        return std::exchange(dirty_, false) ? std::optional(object_) : std::nullopt;
+    }
+
+    JsonFile file_;
+    mutable std::mutex lock_;
+    json object_;
+    bool dirty_ = false;
+};
+
+FileUserDefaults::FileUserDefaults(const std::filesystem::path& folder, std::shared_ptr<SerialQueue> queue)
+    : queue_(std::move(queue)),
+      settings_(std::make_shared<Store>(folder / "defaults.json")),
+      pending_(std::make_shared<Store>(folder / "pending-restore.json")) {}
+
+FileUserDefaults::~FileUserDefaults() {
+    flush();
+}
+
+std::filesystem::path FileUserDefaults::standardFolder() {
+    const char* config = std::getenv("XDG_CONFIG_HOME");
+    if (config != nullptr && std::filesystem::path(config).is_absolute()) {
+        return std::filesystem::path(config) / "Sordin";
+    }
+    const char* home = std::getenv("HOME");
+    return std::filesystem::path(home != nullptr ? home : "/") / ".config" / "Sordin";
+}
+
+FileUserDefaults::Store& FileUserDefaults::storeOf(const std::string& key) const {
+    return isPending(key) ? *pending_ : *settings_;
+}
+
+template <class Type>
+std::optional<Type> FileUserDefaults::typed(const std::string& key, bool (json::*isType)() const) const {
+    const auto value = storeOf(key).find(key);
+    return value && ((*value).*isType)() ? std::optional(value->get<Type>()) : std::nullopt;
+}
+
+std::optional<bool> FileUserDefaults::boolean(const std::string& key) const {
+    return typed<bool>(key, &json::is_boolean);
+}
+
+std::optional<double> FileUserDefaults::number(const std::string& key) const {
+    return typed<double>(key, &json::is_number);
+}
+
+std::optional<std::string> FileUserDefaults::text(const std::string& key) const {
+    return typed<std::string>(key, &json::is_string);
+}
+
+void FileUserDefaults::apply(const Changes& changes) {
+    if (pending_->change(changes, true)) {
+        pending_->writeAtOnce();
+        queue_->post([store = pending_] { store->sync(); });
+    }
+    if (settings_->change(changes, false)) {
+        queue_->post([this] { writeSoon(); });
+    }
+}
+
+void FileUserDefaults::writeSoon() {
+    if (!settings_->timer) {  // later changes go along with the first
+        settings_->timer = queue_->after(writeDelay, [store = settings_] {
+            store->timer.reset();
+            store->writeToDisk();
+        });
+    }
+}
+
+void FileUserDefaults::flush() {
+    queue_->sync([this] {
+        settings_->timer.reset();
+        settings_->writeToDisk();
+        pending_->writeAtOnce();
+        pending_->sync();
+    });
+}
+
+}  // namespace sordin

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/storage/json_file.h"
+
+#include <ctime>
+#include <fstream>
+#include <optional>
+#include <string>
+
+namespace sordin {
+
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+
+/// Far above what the program writes; a file beyond it is none of ours.
+constexpr std::uintmax_t largestFile = 1 << 20;
+
+/// The object in a file; none if there is no such object.
+std::optional<json> readObject(const fs::path& path) {
+    std::error_code error;
+    // Anything but a regular file could keep the reader waiting for ever.
+    if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > largestFile || error) {
+        return std::nullopt;
+    }
+    std::ifstream input(path, std::ios::binary);
+    json object = json::parse(input, nullptr, false);
+    return object.is_object() ? std::optional(std::move(object)) : std::nullopt;
+}
+
+std::string dateText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y%m%d-%H%M%S", &local);
+    return text.data();
+}
+
+}  // namespace
+
+json JsonFile::load() {
+    std::error_code error;
+    if (fs::symlink_status(path_, error).type() == fs::file_type::not_found) {
+        return json::object();
+    }
+    if (auto object = readObject(path_)) {
+        return std::move(*object);
+    }
+    unreadable_ = true;
+    setAside();
+    return json::object();
+}
+
+bool JsonFile::save(const json& object, Durability durability) {
+    if (unreadable_ && !setAside()) {
+        return false;
+    }
+    std::error_code error;
+    if (object.empty()) {
+        fs::remove(path_, error);
+        return !error;
+    }
+    fs::create_directories(path_.parent_path(), error);
+    // Texts that are no UTF-8 are mended rather than refused.
+    const auto text = object.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
+    return !replaceFile(path_, text, durability);
+}
+
+bool JsonFile::setAside() {
+    const fs::path first = path_.string() + ".damaged-" + dateText();
+    fs::path aside = first;
+    std::error_code error;
+    for (int i = 2; fs::symlink_status(aside, error).type() != fs::file_type::not_found; ++i) {
+        aside = first.string() + "-" + std::to_string(i);
+    }
+    fs::rename(path_, aside, error);
+    unreadable_ = error && error != std::errc::no_such_file_or_directory;
+    return !unreadable_;
+}
+
+}  // namespace sordin
