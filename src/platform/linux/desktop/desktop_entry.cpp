@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/desktop/desktop_entry.h"
+
+#include "platform/linux/desktop/key_file.h"
+#include "platform/linux/desktop/small_file.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+
+namespace sordin {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// The keys that may hold the name, best first, as the Desktop Entry Specification orders them for a locale
+/// of the form lang_COUNTRY.ENCODING@MODIFIER.
+std::vector<std::string> nameKeys(const std::string& locale) {
+    const auto at = std::min(locale.find('@'), locale.size());
+    const std::string modifier = locale.substr(at);
+    const std::string beforeModifier = locale.substr(0, at);
+    const std::string place = beforeModifier.substr(0, beforeModifier.find('.'));
+    const std::string language = place.substr(0, place.find('_'));
+    std::vector<std::string> keys;
+    for (const auto& candidate : {place + modifier, place, language + modifier, language}) {
+        if (!candidate.empty() && std::find(keys.begin(), keys.end(), candidate) == keys.end()) {
+            keys.push_back(candidate);
+        }
+    }
+    for (std::string& key : keys) {
+        key = "Name[" + key + "]";
+    }
+    keys.emplace_back("Name");
+    return keys;
+}
+
+std::string unescaped(std::string_view text) {
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '\\' || i + 1 == text.size()) {
+            result += text[i];
+            continue;
+        }
+        switch (text[++i]) {
+        case 's':
+        case 'n':  // a name is one line
+        case 't':
+        case 'r':
+            result += ' ';
+            break;
+        default:
+            result += text[i];
+        }
+    }
+    return result;
+}
+
+std::string environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+std::string environment(const char* name, const std::string& fallback) {
+    const std::string value = environment(name);
+    return value.empty() ? fallback : value;
+}
+
+std::string userLocale() {
+    for (const auto* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        if (auto value = environment(name); !value.empty()) {
+            return value;
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+std::string readSmallFile(const fs::path& path) {
+    std::error_code error;
+    if (!fs::is_regular_file(path, error)) {
+        return {};
+    }
+    constexpr std::streamsize most = 64 << 10;
+    std::string text(most, '\0');
+    std::ifstream input(path, std::ios::binary);
+    input.read(text.data(), most);
+    text.resize(static_cast<std::size_t>(input.gcount()));
+    return text;
+}
+
+std::optional<std::string> desktopEntryName(std::string_view text, const std::string& locale) {
+    const auto keys = nameKeys(locale);
+    auto best = keys.end();
+    std::string name;
+    forEachEntry(text, "Desktop Entry", [&](std::string_view key, std::string_view value) {
+        const auto found = std::find(keys.begin(), best, key);
+        if (found != best && !value.empty()) {
+            best = found;
+            name = unescaped(value);
+        }
+        return true;
+    });
+    return name.empty() ? std::nullopt : std::optional(name);
+}
+
+DesktopEntries DesktopEntries::ofUser() {
+    const fs::path home = environment("HOME", "/");
+    const fs::path userData = environment("XDG_DATA_HOME", home / ".local/share");
+    std::vector<fs::path> data{userData};
+    std::string rest = environment("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
+    while (!rest.empty()) {
+        const auto end = std::min(rest.find(':'), rest.size());
+        if (end > 0) {
+            data.emplace_back(rest.substr(0, end));
+        }
+        rest.erase(0, end + 1);
+    }
+    data.insert(data.end(), {userData / "flatpak/exports/share", "/var/lib/flatpak/exports/share",
+                             "/var/lib/snapd/desktop"});
+    for (fs::path& folder : data) {
+        folder /= "applications";
+    }
+    return {data, userLocale()};
+}
+
+std::optional<std::string> DesktopEntries::name(const std::string& id) const {
+    // An identifier is a file name, never a path.
+    if (id.empty() || id.find('/') != std::string::npos || id.find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
+    for (const fs::path& folder : folders_) {
+        if (auto name = desktopEntryName(readSmallFile(folder / (id + ".desktop")), locale_)) {
+            return name;
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace sordin
