@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -19,10 +20,10 @@ using AudioObjectId = std::uint32_t;
 inline constexpr AudioObjectId systemAudioObject = 1;
 
 /// A code of four characters, as audio systems name properties: fourCharacters("volm").
-[[nodiscard]] constexpr std::uint32_t fourCharacters(const char (&text)[5]) {
+[[nodiscard]] constexpr std::uint32_t fourCharacters(std::string_view text) {
     std::uint32_t code = 0;
-    for (int i = 0; i < 4; ++i) {
-        code = code << 8 | static_cast<unsigned char>(text[i]);
+    for (const char character : text) {
+        code = code << 8U | static_cast<unsigned char>(character);
     }
     return code;
 }

@@ -37,7 +37,7 @@ std::optional<std::string> AudioProcessInspector::appName(std::int32_t processId
     if (!application) {
         return std::nullopt;
     }
-    if (const auto bundle = outermostBundle(application->bundlePath)) {
+    if (auto bundle = outermostBundle(application->bundlePath)) {
         return bundle;
     }
     return nonEmpty(application->localisedName);

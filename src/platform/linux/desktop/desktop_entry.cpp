@@ -29,7 +29,7 @@ std::vector<std::string> nameKeys(const std::string& locale) {
         }
     }
     for (std::string& key : keys) {
-        key = "Name[" + key + "]";
+        key.insert(0, "Name[").append("]");
     }
     keys.emplace_back("Name");
     return keys;

@@ -12,7 +12,9 @@ namespace sordin {
 namespace {
 
 struct Free {
-    void operator()(void* memory) const { std::free(memory); }  // xcb allocates its replies so
+    // xcb allocates its replies so.
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
+    void operator()(void* memory) const { std::free(memory); }
 };
 template <class Reply>
 using Owned = std::unique_ptr<Reply, Free>;

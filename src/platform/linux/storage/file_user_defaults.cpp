@@ -26,7 +26,8 @@ bool change(json& object, const UserDefaults::Changes& changes, bool pending) {
             continue;
         }
         if (value) {
-            std::visit([&](const auto& typed) { object[key] = typed; }, *value);
+            json& entry = object[key];
+            std::visit([&entry](const auto& typed) { entry = typed; }, *value);
         } else {
             object.erase(key);
         }
