@@ -4,6 +4,7 @@
 #include "detection/detection_pipeline.h"
 #include "detection/heuristic_ad_scorer.h"
 #include "detection/keyword_transcript_scorer.h"
+#include "fakes/detection_fakes.h"
 #include "support/manual_serial_queue.h"
 
 #include <benchmark/benchmark.h>
@@ -49,16 +50,6 @@ public:
     void analyze(const PcmBuffer&, std::int64_t) override {}
     [[nodiscard]] SoundClassification current() const override { return {0.9F, 0.9F, 0}; }
     void reset() override {}
-};
-
-class NeverTranscribing final : public SpeechTranscribing {
-public:
-    [[nodiscard]] bool active() const override { return false; }
-    [[nodiscard]] std::string text() const override { return {}; }
-    [[nodiscard]] bool available() const override { return false; }
-    void begin() override {}
-    void end() override {}
-    void append(const PcmBuffer&) override {}
 };
 
 void featureExtraction(benchmark::State& state) {
@@ -126,10 +117,11 @@ void wholeHop(benchmark::State& state) {
     constexpr std::size_t pieces = 25;
     constexpr std::size_t hops = 64;
     const auto clock = std::make_shared<ManualClock>(1e9);
+    const auto transcriber = std::make_shared<FakeTranscriber>();
+    transcriber->usable = false;
     const auto pipeline = std::make_shared<DetectionPipeline>(DetectionPipeline::Parts{
-        std::make_shared<ManualSerialQueue>("sordin.audio"), clock, std::make_shared<AlwaysAd>(),
-        std::make_shared<NeverTranscribing>(), std::make_shared<KeywordTranscriptScorer>(),
-        std::make_shared<HeuristicAdScorer>()});
+        std::make_shared<ManualSerialQueue>("sordin.audio"), clock, std::make_shared<AlwaysAd>(), transcriber,
+        std::make_shared<KeywordTranscriptScorer>(), std::make_shared<HeuristicAdScorer>()});
     const auto audio = movingNoise(hops * hopSize);
     std::vector<PcmBuffer> buffers;
     constexpr std::size_t piece = hopSize / pieces;

@@ -34,20 +34,21 @@ VolumeController::~VolumeController() {
     objects_->onDevicesChanged({});
 }
 
-void VolumeController::duck(float fraction, double ramp) {
-    queue_->post([weak = weak_from_this(), fraction, ramp] {
+template <class Action>
+void VolumeController::post(Action action) {
+    queue_->post([weak = weak_from_this(), action] {
         if (const auto self = weak.lock()) {
-            self->duckNow(fraction, ramp);
+            action(*self);
         }
     });
 }
 
+void VolumeController::duck(float fraction, double ramp) {
+    post([fraction, ramp](VolumeController& self) { self.duckNow(fraction, ramp); });
+}
+
 void VolumeController::restore(double ramp) {
-    queue_->post([weak = weak_from_this(), ramp] {
-        if (const auto self = weak.lock()) {
-            self->restoreNow(ramp);
-        }
-    });
+    post([ramp](VolumeController& self) { self.restoreNow(ramp); });
 }
 
 void VolumeController::restoreImmediately() {
@@ -57,22 +58,12 @@ void VolumeController::restoreImmediately() {
 void VolumeController::recoverFromCrash() {
     objects_->onDevicesChanged([weak = weak_from_this()] {
         if (const auto self = weak.lock()) {
-            self->post(&VolumeController::devicesChanged);
+            self->post([](VolumeController& controller) { controller.devicesChanged(); });
         }
     });
-    queue_->post([weak = weak_from_this()] {
-        if (const auto self = weak.lock()) {
-            self->recovering_ = true;
-            self->tryToRecover();
-        }
-    });
-}
-
-void VolumeController::post(void (VolumeController::*action)()) {
-    queue_->post([weak = weak_from_this(), action] {
-        if (const auto self = weak.lock()) {
-            ((*self).*action)();
-        }
+    post([](VolumeController& self) {
+        self.recovering_ = true;
+        self.tryToRecover();
     });
 }
 
@@ -96,7 +87,7 @@ void VolumeController::duckNow(float fraction, double seconds) {
         usedMute_ = false;
         PendingRestore{*savedVolume_, objects_->record(*device)}.write(*defaults_);
         awaiting_.reset();
-        startRamp({*device, *current, *savedVolume_ * fraction, 0, false}, seconds);
+        startRamp({*device, *current, *savedVolume_ * fraction, stepsIn(seconds), false});
     } else if (canMute(*device)) {
         savedVolume_.reset();
         usedMute_ = true;
@@ -115,7 +106,7 @@ void VolumeController::restoreNow(double seconds) {
     if (usedMute_) {
         setMute(device_, false);
     } else if (savedVolume_) {
-        startRamp({device_, volume(device_).value_or(0), *savedVolume_, 0, true}, seconds);
+        startRamp({device_, volume(device_).value_or(0), *savedVolume_, stepsIn(seconds), true});
     }
 }
 
@@ -210,9 +201,8 @@ void VolumeController::setMute(AudioObjectId device, bool muted) {
     objects_->set(device, audio_property::mute, std::uint32_t{muted ? 1U : 0U});
 }
 
-void VolumeController::startRamp(Ramp ramp, double seconds) {
+void VolumeController::startRamp(Ramp ramp) {
     cancelRamp();
-    ramp.steps = stepsIn(seconds);
     ramp_ = ramp;
     timer_ = queue_->every(stepInterval, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) {

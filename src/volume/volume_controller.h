@@ -51,7 +51,9 @@ private:
         int counter = 0;
     };
 
-    void post(void (VolumeController::*action)());
+    /// Posts `action(*this)` for as long as the controller lives.
+    template <class Action>
+    void post(Action action);
     void duckNow(float fraction, double seconds);
     void restoreNow(double seconds);
     void restoreAtOnce();
@@ -65,7 +67,7 @@ private:
     [[nodiscard]] bool canMute(AudioObjectId device) const;
     void setMute(AudioObjectId device, bool muted);
 
-    void startRamp(Ramp ramp, double seconds);
+    void startRamp(Ramp ramp);
     void stepRamp();
     void cancelRamp();
     /// Takes a restore ramp to its end at once.

@@ -1,31 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "replay/audio_file.h"
 
-#include "replay/input_error.h"
+#include "replay/input_file.h"
 
 #include <sndfile.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <filesystem>
-#include <system_error>
+#include <stdexcept>
 
 namespace sordin::replay {
 
 namespace {
 
-/// Says what keeps a file from being opened at all; the decoder's own words for it are vague.
+/// Says what keeps a file from being read at all; the decoder's own words for it are vague.
 void checkReadable(const std::string& path) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored)) {
-        throw InputError(path + ": is a folder");
-    }
-    errno = 0;
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-    if (!file) {
-        throw InputError(path + ": " + std::generic_category().message(errno));
-    }
-    if (std::fgetc(file.get()) == EOF) {
+    auto file = openInput(path);
+    if (file.peek() == std::ifstream::traits_type::eof()) {
         throw InputError(path + ": the file is empty");
     }
 }

@@ -2,7 +2,7 @@
 #include "replay/cues.h"
 
 #include "replay/input_error.h"
-#include "replay/text_input.h"
+#include "replay/input_file.h"
 
 #include <nlohmann/json.hpp>
 
@@ -83,7 +83,7 @@ CueTrack CueTrack::read(std::istream& input, const std::string& name) {
 }
 
 CueTrack CueTrack::read(const std::filesystem::path& path) {
-    auto input = openText(path);
+    auto input = openInput(path);
     return read(input, path.string());
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "replay/labels.h"
 
-#include "replay/text_input.h"
+#include "replay/input_file.h"
 #include "support/numbers.h"
 
 #include <algorithm>
@@ -73,7 +73,7 @@ std::vector<Interval> readAdLabels(std::istream& input, const std::string& name)
 }
 
 std::vector<Interval> readAdLabels(const std::filesystem::path& path) {
-    auto input = openText(path);
+    auto input = openInput(path);
     return readAdLabels(input, path.string());
 }
 

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 
 namespace sordin {
 
@@ -76,19 +75,6 @@ std::string userLocale() {
 }
 
 }  // namespace
-
-std::string readSmallFile(const fs::path& path) {
-    std::error_code error;
-    if (!fs::is_regular_file(path, error)) {
-        return {};
-    }
-    constexpr std::streamsize most = 64 << 10;
-    std::string text(most, '\0');
-    std::ifstream input(path, std::ios::binary);
-    input.read(text.data(), most);
-    text.resize(static_cast<std::size_t>(input.gcount()));
-    return text;
-}
 
 std::optional<std::string> desktopEntryName(std::string_view text, const std::string& locale) {
     const auto keys = nameKeys(locale);

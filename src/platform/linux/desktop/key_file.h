@@ -19,8 +19,9 @@ void forEachEntry(std::string_view text, std::string_view group, Take&& take) {
     };
     bool inside = false;
     while (!text.empty()) {
-        const auto line = trimmed(text.substr(0, text.find('\n')));
-        text.remove_prefix(std::min(text.size(), std::min(text.find('\n'), text.size()) + 1));
+        const auto end = std::min(text.find('\n'), text.size());
+        const auto line = trimmed(text.substr(0, end));
+        text.remove_prefix(std::min(text.size(), end + 1));
         if (line.starts_with('[')) {
             inside = line.size() > 1 && line.ends_with(']') && line.substr(1, line.size() - 2) == group;
             continue;

@@ -133,15 +133,14 @@ void FileUserDefaults::apply(const Changes& changes) {
         queue_->post([store = pending_] { store->sync(); });
     }
     if (settings_->change(changes, false)) {
-        queue_->post([this] { writeSoon(); });
-    }
-}
-
-void FileUserDefaults::writeSoon() {
-    if (!settings_->timer) {  // later changes go along with the first
-        settings_->timer = queue_->after(writeDelay, [store = settings_] {
-            store->timer.reset();
-            store->writeToDisk();
+        queue_->post([store = settings_, weak = std::weak_ptr(queue_)] {
+            const auto queue = weak.lock();
+            if (queue && !store->timer) {  // later changes go along with the first
+                store->timer = queue->after(writeDelay, [store] {
+                    store->timer.reset();
+                    store->writeToDisk();
+                });
+            }
         });
     }
 }

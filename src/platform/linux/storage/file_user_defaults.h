@@ -46,7 +46,6 @@ public:
 
 private:
     class Store;
-    void writeSoon();
     [[nodiscard]] Store& storeOf(const std::string& key) const;
     template <class Type>
     [[nodiscard]] std::optional<Type> typed(const std::string& key,

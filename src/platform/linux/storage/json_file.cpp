@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/storage/json_file.h"
 
+#include <array>
 #include <ctime>
 #include <fstream>
 #include <optional>

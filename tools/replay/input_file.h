@@ -12,8 +12,8 @@
 
 namespace sordin::replay {
 
-/// Opens a text file; throws InputError.
-[[nodiscard]] inline std::ifstream openText(const std::filesystem::path& path) {
+/// Opens a file for reading; throws InputError.
+[[nodiscard]] inline std::ifstream openInput(const std::filesystem::path& path) {
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored)) {
         throw InputError(path.string() + ": is a folder");
