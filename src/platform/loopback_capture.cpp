@@ -1,0 +1,249 @@
+// SPDX-License-Identifier: MIT
+#include "platform/loopback_capture.h"
+
+#include <atomic>
+#include <chrono>
+#include <utility>
+
+namespace sordin {
+
+namespace {
+
+constexpr auto silenceInterval = std::chrono::milliseconds(500);
+
+CapturedAudio halfSecondOfSilence() {
+    constexpr int frames = SystemAudioCapture::sampleRate / 2;
+    return {StreamDescription{SystemAudioCapture::sampleRate, 1, SampleType::float32, true}, frames,
+            std::vector<std::byte>(frames * sizeof(float))};
+}
+
+}  // namespace
+
+/// The way of the samples to their handler, and the zeros where there are none. Ended from any thread.
+class LoopbackCapture::Delivery : public std::enable_shared_from_this<Delivery> {
+public:
+    Delivery(std::shared_ptr<SerialQueue> queue, SampleHandler handler)
+        : queue_(std::move(queue)), handler_(std::move(handler)) {}
+
+    /// Any thread.
+    void heard(CapturedAudio audio) {
+        anythingHeard_ = true;
+        queue_->post([self = shared_from_this(), audio = std::move(audio)] { self->deliver(audio); });
+    }
+
+    void begin() {
+        silence_ = queue_->every(silenceInterval, [weak = weak_from_this()] {
+            const auto self = weak.lock();
+            if (self && !self->anythingHeard_.exchange(false)) {
+                self->deliver(self->zeros_);
+            }
+        });
+    }
+
+    void end() {
+        live_ = false;
+        silence_.cancel();
+    }
+
+private:
+    void deliver(const CapturedAudio& audio) const {
+        if (live_) {
+            handler_(audio);
+        }
+    }
+
+    const std::shared_ptr<SerialQueue> queue_;
+    const SampleHandler handler_;
+    const CapturedAudio zeros_ = halfSecondOfSilence();
+    std::atomic<bool> live_ = true;
+    std::atomic<bool> anythingHeard_ = false;  // since the timer last looked
+    Timer silence_;
+};
+
+/// Lives on the control queue.
+class LoopbackCapture::Machine : public std::enable_shared_from_this<Machine> {
+public:
+    Machine(std::shared_ptr<SerialQueue> control, std::unique_ptr<LoopbackSource> source)
+        : control_(std::move(control)), source_(std::move(source)) {}
+
+    /// Posts `action(*this)`, which is dropped if the machine is gone by then. Any thread.
+    template <class Action>
+    void post(Action action) {
+        control_->post(whileAlive(std::move(action)));
+    }
+
+    void watchSource() {
+        source_->onChange([weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->post([](Machine& machine) { machine.tryToOpen(); });
+            }
+        });
+    }
+
+    void onStop(std::function<void(std::optional<Failure>)> handler) { onStop_ = std::move(handler); }
+
+    void start(const std::shared_ptr<SerialQueue>& queue, SampleHandler handler, StartCompletion completion) {
+        if (state_ != State::idle) {
+            completion(source_->failure(Error::alreadyRunning));
+            return;
+        }
+        state_ = State::waiting;
+        queue_ = queue;
+        delivery_ = std::make_shared<Delivery>(queue, std::move(handler));
+        completion_ = std::move(completion);
+        lastFailure_ = source_->failure(Error::unreachable);
+        patienceTimer_ = control_->after(
+            patience, whileAlive([](Machine& machine) { machine.finishStart(machine.lastFailure_); }));
+        tryToOpen();
+    }
+
+    void stop(std::function<void()> completion) {
+        if (state_ == State::waiting || state_ == State::opening) {
+            finishStart(source_->failure(Error::cancelled));
+        } else {
+            becomeIdle();
+        }
+        if (!queue_) {
+            completion();
+            return;
+        }
+        // Behind what is waiting for the handler.
+        queue_->post([control = control_, completion = std::move(completion)] { control->post(completion); });
+    }
+
+    void end() {
+        onStop_ = nullptr;
+        stop([] {});
+    }
+
+private:
+    enum class State {
+        idle,
+        waiting,  // until nothing is in the way of opening
+        opening,
+        running,
+    };
+
+    template <class Action>
+    std::function<void()> whileAlive(Action action) {
+        return [weak = weak_from_this(), action = std::move(action)] {
+            if (const auto self = weak.lock()) {
+                action(*self);
+            }
+        };
+    }
+
+    void tryToOpen() {
+        if (state_ != State::waiting) {
+            return;
+        }
+        if (const auto obstacle = source_->obstacle()) {
+            lastFailure_ = obstacle->failure;
+            if (!obstacle->passing) {
+                finishStart(lastFailure_);
+            }
+            return;
+        }
+        state_ = State::opening;
+        lastFailure_ = source_->failure(Error::refused);
+        // What the source says of an earlier opening has lost its meaning.
+        const auto now = ++opening_;
+        const auto ofThisOpening = [weak = weak_from_this(), now](auto action) {
+            if (const auto self = weak.lock()) {
+                self->post([now, action](Machine& machine) {
+                    if (machine.opening_ == now) {
+                        action(machine);
+                    }
+                });
+            }
+        };
+        source_->open({[ofThisOpening] { ofThisOpening([](Machine& machine) { machine.opened(); }); },
+                       [ofThisOpening](const Failure& failure) {
+                           ofThisOpening([failure](Machine& machine) { machine.ended(failure); });
+                       },
+                       [delivery = delivery_](CapturedAudio audio) { delivery->heard(std::move(audio)); }});
+    }
+
+    void opened() {
+        if (state_ == State::opening) {
+            state_ = State::running;
+            patienceTimer_.cancel();
+            delivery_->begin();
+            std::exchange(completion_, nullptr)(std::nullopt);
+        }
+    }
+
+    void ended(const Failure& failure) {
+        if (state_ == State::opening && failure.error == Error::connectionLost) {
+            closeSource();
+            state_ = State::waiting;  // for a server that comes back in time
+            lastFailure_ = failure;
+            tryToOpen();
+        } else if (state_ == State::opening) {
+            finishStart(failure);
+        } else if (state_ == State::running) {
+            becomeIdle();
+            if (onStop_) {
+                onStop_(failure);
+            }
+        }
+    }
+
+    void finishStart(const Failure& failure) {
+        becomeIdle();
+        std::exchange(completion_, nullptr)(failure);
+    }
+
+    void becomeIdle() {
+        patienceTimer_.cancel();
+        closeSource();
+        if (const auto delivery = std::exchange(delivery_, nullptr)) {
+            delivery->end();
+        }
+        state_ = State::idle;
+    }
+
+    void closeSource() {
+        ++opening_;
+        source_->close();
+    }
+
+    const std::shared_ptr<SerialQueue> control_;
+    const std::unique_ptr<LoopbackSource> source_;
+    std::function<void(std::optional<Failure>)> onStop_;
+
+    State state_ = State::idle;
+    std::uint64_t opening_ = 0;           // counts, so that late news of an earlier one are known
+    std::shared_ptr<SerialQueue> queue_;  // of the last start
+    std::shared_ptr<Delivery> delivery_;
+    StartCompletion completion_;               // of the start in flight
+    Failure lastFailure_{Error::unreachable};  // what to say when patience ends
+    Timer patienceTimer_;
+};
+
+LoopbackCapture::LoopbackCapture(std::shared_ptr<SerialQueue> control, std::unique_ptr<LoopbackSource> source)
+    : control_(std::move(control)), machine_(std::make_shared<Machine>(control_, std::move(source))) {
+    machine_->watchSource();
+}
+
+LoopbackCapture::~LoopbackCapture() {
+    control_->sync([this] { machine_->end(); });
+}
+
+void LoopbackCapture::start(std::shared_ptr<SerialQueue> queue, SampleHandler handler,
+                            StartCompletion completion) {
+    machine_->post([queue = std::move(queue), handler = std::move(handler),
+                    completion = std::move(completion)](Machine& machine) {
+        machine.start(queue, handler, completion);
+    });
+}
+
+void LoopbackCapture::stop(std::function<void()> completion) {
+    machine_->post([completion = std::move(completion)](Machine& machine) { machine.stop(completion); });
+}
+
+void LoopbackCapture::onStop(std::function<void(std::optional<Failure>)> handler) {
+    machine_->post([handler = std::move(handler)](Machine& machine) { machine.onStop(handler); });
+}
+
+}  // namespace sordin

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/loopback_source.h"
+#include "platform/system_audio_capture.h"
+
+#include <memory>
+
+namespace sordin {
+
+/// The rules of SystemAudioCapture over a LoopbackSource.
+class LoopbackCapture final : public SystemAudioCapture {
+public:
+    /// How long a start waits for an audio server.
+    static constexpr auto patience = std::chrono::seconds(10);
+
+    /// Neither may be null. Everything but the samples happens on `control`, which the source may hold up for
+    /// as long as obstacle() takes; a queue of its own, "sordin.capture".
+    LoopbackCapture(std::shared_ptr<SerialQueue> control, std::unique_ptr<LoopbackSource> source);
+    ~LoopbackCapture() override;
+    LoopbackCapture(const LoopbackCapture&) = delete;
+    LoopbackCapture& operator=(const LoopbackCapture&) = delete;
+
+    void start(std::shared_ptr<SerialQueue> queue, SampleHandler handler,
+               StartCompletion completion) override;
+    void stop(std::function<void()> completion) override;
+    void onStop(std::function<void(std::optional<Failure>)> handler) override;
+
+private:
+    class Delivery;
+    class Machine;
+    const std::shared_ptr<SerialQueue> control_;
+    const std::shared_ptr<Machine> machine_;  // known weakly to posted work
+};
+
+}  // namespace sordin
