@@ -38,6 +38,9 @@ std::string executableName(const fs::path& process) {
 }  // namespace
 
 std::optional<ApplicationInfo> LinuxProcessDirectory::runningApplication(std::int32_t processId) const {
+    if (const auto id = portal_ ? portal_(processId) : std::nullopt) {
+        return ApplicationInfo{"", entries_.name(*id).value_or(*id)};
+    }
     const fs::path process = proc_ / std::to_string(processId);
     std::error_code error;
     if (processId <= 0 || !fs::exists(process, error)) {

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/pipewire/handles.h"
+#include "platform/linux/pipewire/link_plan.h"
+#include "platform/linux/pipewire/sample_ring.h"
+#include "platform/linux/pipewire/session.h"
+#include "platform/loopback_source.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <memory>
+
+namespace sordin::pipewire {
+
+/// An input node of the program's own, linked to every application that plays: it hears them at full level,
+/// whatever the volume of the device that they play to. While none of them plays the node is inactive, so
+/// that the server and the device may sleep.
+///
+/// Lives on the loop, under its lock, for as long as a connection at most; must not be destroyed by one of
+/// its own events.
+class CaptureStream {
+public:
+    /// Both must outlive the stream; the session has a connection.
+    CaptureStream(Session& session, const LoopbackSource::Handlers& handlers);
+    ~CaptureStream();
+    CaptureStream(const CaptureStream&) = delete;
+    CaptureStream& operator=(const CaptureStream&) = delete;
+
+    /// Connects to what there is to hear now.
+    void update(const Graph& graph);
+
+private:
+    using Clock = std::chrono::steady_clock;
+    class Link;
+
+    void connect();
+    void updateLinks(const Graph& graph, GlobalId self);
+    void updateActivity(const Graph& graph);
+    void watchFlow();
+    void onState(pw_stream_state state, const char* error);
+    void onFormat(const spa_pod* format);
+    void deliver();
+    void end(const std::string& reason);
+    // On the server's data thread, which must not wait.
+    void onProcess();
+    void hear(const spa_data& data);
+
+    Session& session_;
+    const LoopbackSource::Handlers& handlers_;
+    SampleRing heard_;                         // from the data thread to the loop
+    LoopEvent enoughHeard_;                    // for the handler to be called
+    std::atomic<std::uint32_t> channels_ = 2;  // as agreed with the server
+    StreamPointer stream_;
+    Hook hook_;
+    bool opened_ = false;
+    bool ended_ = false;
+
+    std::map<PortPair, std::unique_ptr<Link>> links_;
+    std::map<PortPair, int> failures_;  // of links that were wanted all the time
+    std::uint32_t sessionManagerStarts_ = 0;
+    bool active_ = false;
+    Clock::time_point lastFlow_;  // when a buffer came, or when one could be expected to
+    int mendings_ = 0;            // since a buffer came
+};
+
+}  // namespace sordin::pipewire

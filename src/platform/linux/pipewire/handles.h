@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <pipewire/pipewire.h>
+
+namespace sordin::pipewire {
+
+/// A listener's place in an object's list; leaves it when it ends. Never moves, since lists point to it.
+class Hook {
+public:
+    Hook() = default;
+    ~Hook() { spa_hook_remove(&hook_); }
+    Hook(const Hook&) = delete;
+    Hook& operator=(const Hook&) = delete;
+
+    [[nodiscard]] spa_hook* get() { return &hook_; }
+
+private:
+    spa_hook hook_{};
+};
+
+template <auto destroy>
+struct Deleter {
+    template <class Thing>
+    void operator()(Thing* thing) const {
+        destroy(thing);
+    }
+};
+
+using LoopPointer = std::unique_ptr<pw_thread_loop, Deleter<pw_thread_loop_destroy>>;
+using ContextPointer = std::unique_ptr<pw_context, Deleter<pw_context_destroy>>;
+using CorePointer = std::unique_ptr<pw_core, Deleter<pw_core_disconnect>>;
+using ProxyPointer = std::unique_ptr<pw_proxy, Deleter<pw_proxy_destroy>>;
+using StreamPointer = std::unique_ptr<pw_stream, Deleter<pw_stream_destroy>>;
+using PropertiesPointer = std::unique_ptr<pw_properties, Deleter<pw_properties_free>>;
+
+/// Holds the lock of the loop: whoever has it may use the connection's objects. Under it nobody waits, and
+/// nothing outside this folder is called.
+class LoopLock {
+public:
+    explicit LoopLock(pw_thread_loop* loop) : loop_(loop) { pw_thread_loop_lock(loop_); }
+    ~LoopLock() { pw_thread_loop_unlock(loop_); }
+    LoopLock(const LoopLock&) = delete;
+    LoopLock& operator=(const LoopLock&) = delete;
+
+private:
+    pw_thread_loop* loop_;
+};
+
+}  // namespace sordin::pipewire

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/pipewire/link_plan.h"
+
+namespace sordin::pipewire {
+
+Side sideOf(std::string_view channel) {
+    // Names are the row (front, rear, side), the side and details, with T or B before it for above and below.
+    if (channel.size() > 2 && (channel[0] == 'T' || channel[0] == 'B')) {
+        channel.remove_prefix(1);
+    }
+    const bool inRow = channel.size() > 1 && (channel[0] == 'F' || channel[0] == 'R' || channel[0] == 'S');
+    if (inRow && channel[1] == 'L') {
+        return Side::left;
+    }
+    return inRow && channel[1] == 'R' ? Side::right : Side::both;
+}
+
+std::set<PortPair> linkPlan(const Graph& graph, GlobalId listener) {
+    std::set<PortPair> plan;
+    for (const auto& [outputId, output] : graph.ports) {
+        const auto node = graph.nodes.find(output.node);
+        if (!output.output || output.monitor || node == graph.nodes.end() || !graph.isAudible(node->second)) {
+            continue;
+        }
+        const Side from = sideOf(output.channel);
+        for (const auto& [inputId, input] : graph.ports) {
+            const bool ours = input.node == listener && !input.output && !input.monitor;
+            const Side to = sideOf(input.channel);
+            if (ours && (from == Side::both || to == Side::both || from == to)) {
+                plan.emplace(outputId, inputId);
+            }
+        }
+    }
+    return plan;
+}
+
+}  // namespace sordin::pipewire
