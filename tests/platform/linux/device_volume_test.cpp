@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/pipewire/device_volume.h"
+
+#include <gmock/gmock.h>
+
+namespace sordin::pipewire {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pointwise;
+
+using Channels = std::vector<float>;
+
+auto near(const Channels& expected) {
+    return Pointwise(testing::FloatNear(1e-6F), expected);
+}
+
+TEST(DeviceVolume, IsTheCubeRootOfTheLoudestChannelAndKeepsBalanceThroughSilence) {
+    DeviceVolume volume;
+    EXPECT_THAT(volume.appeared({0.216F, 0.108F}), IsEmpty());
+    EXPECT_FLOAT_EQ(volume.scalar(), 0.6F);
+    EXPECT_THAT(volume.write(0.3F), near({0.027F, 0.0135F}));  // 0.3 cubed, and half of it
+    EXPECT_THAT(volume.write(0), ElementsAre(0.0F, 0.0F));
+    volume.reported({0, 0});
+    EXPECT_THAT(volume.write(0.6F), ElementsAre(0.216F, 0.108F));  // to the last bit
+    volume.reported({0.216F, 0.108F});
+    volume.reported({0, 0});  // by somebody else: balance outlives that too
+    EXPECT_THAT(volume.write(0.5F), near({0.125F, 0.0625F}));
+}
+
+TEST(DeviceVolume, AboveFullVolumeOneStandsForTheVolumeThatTheUserHad) {
+    DeviceVolume volume;
+    volume.reported({2.197F});  // 1.3 cubed
+    EXPECT_FLOAT_EQ(volume.scalar(), 1);
+    EXPECT_FLOAT_EQ(volume.reference(), 1.3F);
+    EXPECT_THAT(volume.write(0.5F), near({0.274625F}));  // 0.65 cubed
+    EXPECT_THAT(volume.write(1), ElementsAre(2.197F));
+    volume.reported({2.197F});
+    volume.reported({0.5F});  // somebody else goes below
+    EXPECT_FLOAT_EQ(volume.reference(), 1);
+}
+
+TEST(DeviceVolume, TellsEchoesOfItsOwnWritesFromChangesByOthers) {
+    DeviceVolume volume;
+    volume.reported({0.512F});
+    const auto first = volume.write(0.6F);
+    const auto second = volume.write(0.4F);
+    const auto third = volume.write(0.2F);
+    volume.reported(first);  // late
+    EXPECT_FLOAT_EQ(volume.scalar(), 0.2F);
+    volume.reported({third[0] + 0.0001F});  // the second left out, the third rounded as Bluetooth does
+    EXPECT_FLOAT_EQ(volume.scalar(), 0.2F);
+    volume.reported(third);  // and repeated
+    EXPECT_FLOAT_EQ(volume.scalar(), 0.2F);
+    volume.reported(second);  // now that is the user
+    EXPECT_FLOAT_EQ(volume.scalar(), 0.4F);
+    volume.reported(third);  // and so is this
+    EXPECT_FLOAT_EQ(volume.scalar(), 0.2F);
+
+    // In the middle of a fade: what is applied last counts.
+    const auto fourth = volume.write(0.1F);
+    volume.reported({0.729F});
+    EXPECT_FLOAT_EQ(volume.scalar(), 0.9F);
+    volume.reported(fourth);
+    EXPECT_FLOAT_EQ(volume.scalar(), 0.1F);
+}
+
+TEST(DeviceVolume, AWriteThatTheServerMayHaveForgottenIsWrittenAgain) {
+    DeviceVolume volume;
+    volume.reported({2.197F, 1.0985F});
+    static_cast<void>(volume.write(0));
+    static_cast<void>(volume.write(1));  // the device is away
+    EXPECT_THAT(volume.appeared({0, 0}), ElementsAre(2.197F, 1.0985F));
+    EXPECT_FLOAT_EQ(volume.scalar(), 1);
+
+    volume.writeRemembered();
+    EXPECT_THAT(volume.appeared({0.027F, 0.0135F}), IsEmpty());  // turned down while it was away
+    EXPECT_FLOAT_EQ(volume.scalar(), 0.3F / 1.3F);
+    EXPECT_FLOAT_EQ(volume.reference(), 1.3F);
+
+    volume.reported({0.125F, 0.125F});
+    EXPECT_THAT(volume.appeared({1, 1}), IsEmpty());  // after a change by others nothing is written again
+    EXPECT_FLOAT_EQ(volume.scalar(), 1);
+}
+
+TEST(DeviceVolume, ARecordGivesReferenceAndBalanceBack) {
+    DeviceVolume away;
+    away.adopt(1.3F, {1, 0.5F});
+    EXPECT_THAT(away.write(1), IsEmpty());
+    EXPECT_THAT(away.appeared({0, 0}), near({2.197F, 1.0985F}));
+
+    DeviceVolume silent;
+    silent.reported({0, 0});
+    silent.adopt(1.3F, {1, 0.5F});
+    EXPECT_FLOAT_EQ(silent.scalar(), 0);
+    EXPECT_THAT(silent.write(1), near({2.197F, 1.0985F}));
+
+    DeviceVolume audible;  // somebody has set another balance since
+    audible.reported({0.064F, 0.064F});
+    audible.adopt(1, {1, 0.5F});
+    EXPECT_THAT(audible.write(0.5F), near({0.125F, 0.125F}));
+    EXPECT_THAT(audible.ratios(), ElementsAre(1.0F, 1.0F));
+    audible.reported({0.125F, 0.125F});
+
+    DeviceVolume surround;  // a record of another number of channels is of no use
+    surround.reported({0, 0, 0});
+    surround.adopt(1, {1, 0.5F});
+    EXPECT_THAT(surround.write(1), ElementsAre(1.0F, 1.0F, 1.0F));
+}
+
+}  // namespace
+}  // namespace sordin::pipewire

@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: MIT
+#include "platform/loopback_capture.h"
+#include "support/manual_serial_queue.h"
+
+#include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
+
+namespace sordin {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::Each;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Error = SystemAudioCapture::Error;
+using Failure = SystemAudioCapture::Failure;
+
+/// A source in the test's hand. `open` counts what is open, which must never be two.
+struct SourceState {
+    std::optional<LoopbackSource::Obstacle> obstacle;
+    LoopbackSource::Handlers handlers;
+    std::function<void()> changed;
+    int open = 0;
+    int openings = 0;
+};
+
+class FakeLoopbackSource final : public LoopbackSource {
+public:
+    explicit FakeLoopbackSource(SourceState& state) : state_(state) {}
+    void onChange(std::function<void()> handler) override { state_.changed = std::move(handler); }
+    std::optional<Obstacle> obstacle() override { return state_.obstacle; }
+    void open(Handlers handlers) override {
+        state_.handlers = std::move(handlers);
+        ++state_.openings;
+        EXPECT_EQ(++state_.open, 1);
+    }
+    void close() override { state_.open = 0; }
+
+private:
+    SourceState& state_;
+};
+
+class LoopbackCaptureTest : public testing::Test {
+protected:
+    void start(const std::string& name = "start") {
+        capture->start(
+            audio,
+            [this](const CapturedAudio& heard) {
+                frames.push_back(heard.frameCount);
+                lastHeard = heard;
+            },
+            [this, name](const auto& failure) {
+                news.push_back(name + ": " + (failure ? failure->description : "running"));
+            });
+        control->runPending();
+    }
+    void stop(const std::string& name = "stop") {
+        capture->stop([this, name] { news.push_back(name); });
+        control->runPending();
+    }
+    void run() {
+        start();
+        source.handlers.opened();
+        control->runPending();
+        news.clear();
+    }
+    void settle() {
+        for (int i = 0; i < 3; ++i) {
+            control->runPending();
+            audio->runPending();
+        }
+    }
+
+    SourceState source;
+    std::shared_ptr<ManualSerialQueue> control = std::make_shared<ManualSerialQueue>("sordin.capture");
+    std::shared_ptr<ManualSerialQueue> audio = std::make_shared<ManualSerialQueue>("sordin.audio");
+    std::vector<std::string> news;
+    std::vector<std::int64_t> frames;
+    CapturedAudio lastHeard;
+    std::unique_ptr<LoopbackCapture> capture =
+        std::make_unique<LoopbackCapture>(control, std::make_unique<FakeLoopbackSource>(source));
+};
+
+TEST_F(LoopbackCaptureTest, DeliversWhatIsHeardInOrderAndHalfASecondOfZerosWhereNothingIs) {
+    run();
+    for (const std::int64_t count : {3, 5}) {
+        source.handlers.heard({StreamDescription{16'000, 1, SampleType::float32, true}, count,
+                               std::vector<std::byte>(static_cast<std::size_t>(count) * 4)});
+    }
+    audio->advance(500ms);
+    EXPECT_THAT(frames, ElementsAre(3, 5));  // something was heard in this half second
+    audio->advance(1000ms);
+    EXPECT_THAT(frames, ElementsAre(3, 5, 8000, 8000));
+    const auto zeros = pcmBuffer(lastHeard);
+    ASSERT_TRUE(zeros);
+    EXPECT_EQ(zeros->format(), (AudioFormat{16'000, 1}));
+    EXPECT_EQ(zeros->frameLength(), 8000U);
+    EXPECT_THAT(zeros->channel(0), Each(0.0F));
+}
+
+TEST_F(LoopbackCaptureTest, AStartWaitsTenSecondsForAServerAndSaysWhatWasMissing) {
+    source.obstacle = {Failure(Error::unreachable), true};
+    start();
+    control->advance(9s);
+    EXPECT_THAT(news, IsEmpty());
+    source.obstacle = {Failure(Error::noOutput), true};
+    source.changed();
+    control->advance(1s);
+    EXPECT_THAT(news, ElementsAre("start: " + SystemAudioCapture::description(Error::noOutput)));
+
+    news.clear();
+    start();
+    control->advance(5s);
+    source.obstacle.reset();
+    source.changed();
+    control->runPending();
+    source.handlers.opened();
+    control->advance(20s);
+    EXPECT_THAT(news, ElementsAre("start: running"));
+
+    // What does not go away by itself is not waited for.
+    stop();
+    settle();
+    news.clear();
+    source.obstacle = {Failure(Error::otherServer), false};
+    start();
+    EXPECT_THAT(news, ElementsAre("start: " + SystemAudioCapture::description(Error::otherServer)));
+}
+
+TEST_F(LoopbackCaptureTest, AServerThatIsLostWhileOpeningIsWaitedForAndOneThatRefusesIsNot) {
+    start();
+    source.obstacle = {Failure(Error::unreachable), true};
+    source.handlers.ended(Failure(Error::connectionLost));
+    control->runPending();
+    source.obstacle.reset();
+    source.changed();
+    control->runPending();
+    EXPECT_THAT(news, IsEmpty());
+    source.handlers.opened();
+    control->runPending();
+    EXPECT_THAT(news, ElementsAre("start: running"));
+    EXPECT_EQ(source.openings, 2);
+
+    stop();
+    settle();
+    news.clear();
+    start();
+    source.handlers.ended(Failure(Error::refused, "no"));
+    control->runPending();
+    start("silent server");  // one that neither opens nor refuses
+    control->advance(10s);
+    EXPECT_THAT(
+        news, ElementsAre("start: no", "silent server: " + SystemAudioCapture::description(Error::refused)));
+    EXPECT_EQ(source.open, 0);
+}
+
+TEST_F(LoopbackCaptureTest, AStopWinsOverAStartAndTheHandlerIsQuietWhenItIsDone) {
+    start();
+    stop();
+    source.handlers.opened();  // too late
+    settle();
+    EXPECT_THAT(news, ElementsAre("start: cancelled", "stop"));
+    EXPECT_EQ(source.open, 0);
+
+    run();
+    source.handlers.heard(lastHeard);  // waits on the audio queue
+    stop();
+    stop("second stop");
+    start("next start");  // during the stop
+    EXPECT_THAT(news, IsEmpty());
+    settle();
+    EXPECT_THAT(news, ElementsAre("stop", "second stop"));
+    EXPECT_THAT(frames, IsEmpty());
+    source.handlers.opened();
+    control->runPending();
+    audio->advance(500ms);
+    EXPECT_THAT(news, ElementsAre("stop", "second stop", "next start: running"));
+    EXPECT_THAT(frames, ElementsAre(8000));
+
+    start("again");
+    EXPECT_EQ(news.back(), "again: " + SystemAudioCapture::description(Error::alreadyRunning));
+    audio->advance(500ms);
+    EXPECT_EQ(frames.size(), 2U);  // the first goes on
+}
+
+TEST_F(LoopbackCaptureTest, ALossIsToldOnceAndLeavesTheCaptureStopped) {
+    capture->onStop([this](const auto& failure) { news.push_back("ended: " + failure->description); });
+    run();
+    const auto old = source.handlers;
+    old.ended(Failure(Error::connectionLost));
+    old.ended(Failure(Error::connectionLost));
+    control->runPending();
+    audio->advance(2s);
+    EXPECT_THAT(news, ElementsAre("ended: " + SystemAudioCapture::description(Error::connectionLost)));
+    EXPECT_THAT(frames, IsEmpty());
+
+    run();
+    old.ended(Failure(Error::connectionLost));  // late news of the one before
+    control->runPending();
+    stop();
+    settle();
+    EXPECT_THAT(news, ElementsAre("stop"));
+}
+
+TEST_F(LoopbackCaptureTest, DestructionEndsEverything) {
+    run();
+    const auto late = source.handlers;
+    capture->onStop([this](const auto&) { news.emplace_back("ended"); });
+    capture.reset();
+    EXPECT_EQ(source.open, 0);
+    late.ended(Failure(Error::connectionLost));
+    late.heard(lastHeard);
+    source.changed();
+    settle();
+    audio->advance(2s);
+    EXPECT_THAT(news, IsEmpty());
+    EXPECT_THAT(frames, IsEmpty());
+
+    capture = std::make_unique<LoopbackCapture>(control, std::make_unique<FakeLoopbackSource>(source));
+    start();
+    capture.reset();
+    EXPECT_THAT(news, ElementsAre("start: cancelled"));
+}
+
+TEST(SystemAudioCapture, SaysThatThereIsNoDisplay) {
+    EXPECT_EQ(Failure(Error::noDisplay).description, "No display available for system audio capture.");
+}
+
+}  // namespace
+}  // namespace sordin
