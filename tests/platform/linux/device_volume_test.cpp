@@ -96,12 +96,16 @@ TEST(DeviceVolume, ARecordGivesReferenceAndBalanceBack) {
     EXPECT_FLOAT_EQ(silent.scalar(), 0);
     EXPECT_THAT(silent.write(1), near({2.197F, 1.0985F}));
 
-    DeviceVolume audible;  // somebody has set another balance since
-    audible.reported({0.064F, 0.064F});
-    audible.adopt(1, {1, 0.5F});
-    EXPECT_THAT(audible.write(0.5F), near({0.125F, 0.125F}));
-    EXPECT_THAT(audible.ratios(), ElementsAre(1.0F, 1.0F));
-    audible.reported({0.125F, 0.125F});
+    DeviceVolume quiet;  // with a balance that is not the user's, since the volume is not either
+    quiet.reported({0.064F, 0.064F});
+    quiet.adopt(1, {1, 0.5F});
+    EXPECT_THAT(quiet.write(0.5F), near({0.125F, 0.0625F}));
+
+    DeviceVolume raised;  // somebody has brought it back already: the next fade is about what there is now
+    raised.reported({0.064F, 0.064F});
+    raised.adopt(1, {1, 0.5F});
+    EXPECT_THAT(raised.ratios(), ElementsAre(1.0F, 1.0F));
+    EXPECT_THAT(raised.write(0.2F), near({0.008F, 0.008F}));
 
     DeviceVolume surround;  // a record of another number of channels is of no use
     surround.reported({0, 0, 0});

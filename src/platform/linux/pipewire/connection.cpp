@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/pipewire/connection.h"
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <limits>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -44,6 +46,14 @@ std::optional<Number> number(const spa_dict* properties, const char* key) {
 bool isTrue(const spa_dict* properties, const char* key) {
     const std::string value = text(properties, key);
     return value == "true" || value == "1";
+}
+
+constexpr auto all = std::numeric_limits<std::uint32_t>::max();
+
+bool isReadable(std::span<const spa_param_info> params, std::uint32_t id) {
+    return std::any_of(params.begin(), params.end(), [id](const spa_param_info& param) {
+        return param.id == id && (param.flags & SPA_PARAM_INFO_READ) != 0;
+    });
 }
 
 }  // namespace
@@ -192,10 +202,6 @@ void Connection::addNode(GlobalId id, const spa_dict* properties) {
         return events;
     }();
     pw_node_add_listener(bound->as<pw_node>(), bound->hook.get(), &nodeEvents, bound);
-    if (node.isSink()) {
-        std::array<std::uint32_t, 1> params{SPA_PARAM_Props};
-        pw_node_subscribe_params(bound->as<pw_node>(), params.data(), params.size());
-    }
     graph_.nodes[id] = std::move(node);
     events_.changed();
 }
@@ -238,8 +244,6 @@ void Connection::addDevice(GlobalId id) {
         return events;
     }();
     pw_device_add_listener(bound->as<pw_device>(), bound->hook.get(), &deviceEvents, bound);
-    std::array<std::uint32_t, 1> params{SPA_PARAM_Route};
-    pw_device_subscribe_params(bound->as<pw_device>(), params.data(), params.size());
     graph_.devices[id] = {};
 }
 
@@ -291,6 +295,11 @@ void Connection::onNodeInfo(GlobalId id, const pw_node_info& info) {
         node.profileDevice = number<int>(info.props, "card.profile.device");
         node.described = true;
     }
+    // Asked for anew at each change: a subscription misses those of objects that other clients implement.
+    if (node.isSink() && (info.change_mask & PW_NODE_CHANGE_MASK_PARAMS) != 0 &&
+        isReadable({info.params, info.n_params}, SPA_PARAM_Props)) {
+        pw_node_enum_params(bound_.at(id)->as<pw_node>(), 0, SPA_PARAM_Props, 0, all, nullptr);
+    }
     events_.changed();
 }
 
@@ -312,12 +321,9 @@ void Connection::onDeviceInfo(GlobalId id, const pw_device_info& info) {
     Device& device = graph_.devices[id];
     device.described = true;
     if ((info.change_mask & PW_DEVICE_CHANGE_MASK_PARAMS) != 0) {
-        device.hasRoutes = false;
-        for (std::uint32_t i = 0; i < info.n_params; ++i) {
-            const auto& param = info.params[i];
-            if (param.id == SPA_PARAM_Route && (param.flags & SPA_PARAM_INFO_READ) != 0) {
-                device.hasRoutes = true;
-            }
+        device.hasRoutes = isReadable({info.params, info.n_params}, SPA_PARAM_Route);
+        if (device.hasRoutes) {
+            pw_device_enum_params(bound_.at(id)->as<pw_device>(), 0, SPA_PARAM_Route, 0, all, nullptr);
         }
     }
     events_.changed();

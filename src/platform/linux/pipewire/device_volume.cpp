@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 namespace sordin::pipewire {
 
@@ -81,6 +82,7 @@ void DeviceVolume::changedByOthers(const std::vector<float>& channels) {
     }
     others_ = State{scalar_, channels};
     adopted_ = false;
+    adoptedRatios_.clear();
     written_.reset();
     if (lastAnswered_) {
         unanswered_.clear();
@@ -88,6 +90,11 @@ void DeviceVolume::changedByOthers(const std::vector<float>& channels) {
 }
 
 std::vector<float> DeviceVolume::write(float scalar) {
+    // Only what is brought back is brought back with its balance; a new fade keeps what there is.
+    if (const auto adopted = std::exchange(adoptedRatios_, {});
+        !adopted.empty() && (channels_.empty() || scalar > scalar_)) {
+        ratios_ = adopted;
+    }
     scalar_ = scalar;
     written_ = scalar;
     if (channels_.empty()) {
@@ -116,9 +123,7 @@ void DeviceVolume::adopt(float reference, const std::vector<float>& ratios) {
     const bool known = !channels_.empty();
     reference_ = std::max({1.0F, reference, known ? volume : 0.0F});
     scalar_ = known ? volume / reference_ : 1.0F;
-    if (loudest(channels_) <= 0 || ratios_.empty()) {
-        ratios_ = ratios;
-    }
+    adoptedRatios_ = ratios;
     others_.reset();
     adopted_ = true;
 }

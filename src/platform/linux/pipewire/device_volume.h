@@ -36,8 +36,8 @@ public:
     [[nodiscard]] float reference() const { return reference_; }
     [[nodiscard]] const std::vector<float>& ratios() const { return ratios_; }
 
-    /// Takes reference and balance from a record: the balance only while the device is silent or away, and
-    /// both until somebody else changes the volume.
+    /// Takes reference and balance from a record, until somebody else changes the volume: the balance for a
+    /// write that raises the volume, as bringing it back does, or while the device is away.
     void adopt(float reference, const std::vector<float>& ratios);
 
 private:
@@ -53,7 +53,8 @@ private:
     float scalar_ = 1;
     float reference_ = 1;
     std::vector<float> ratios_;
-    bool adopted_ = false;          // reference and balance hold until others change the volume
+    bool adopted_ = false;  // the reference holds until others change the volume
+    std::vector<float> adoptedRatios_;
     std::optional<float> written_;  // by the last change, if that was a write not remembered yet
     std::vector<float> channels_;   // as reported last
     std::optional<State> others_;   // as others left it: comes back to the last bit

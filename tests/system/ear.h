@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "detection/captured_audio.h"
+#include "platform/linux/pipewire/loopback_source.h"
+#include "platform/linux/pipewire/pulse_probe.h"
+#include "platform/loopback_capture.h"
+#include "support/asio_serial_queue.h"
+#include "system/wait_until.h"
+
+#include <cmath>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <numbers>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sordin {
+
+/// The real capture, and what it has heard lately.
+class Ear {
+public:
+    static constexpr std::chrono::seconds deadline{20};
+    static constexpr std::size_t window = 4'000;  // frames that level() and tone() look at: a quarter second
+
+    explicit Ear(const std::shared_ptr<pipewire::Session>& session)
+        : capture_(std::make_shared<AsioSerialQueue>("sordin.capture"),
+                   std::make_unique<pipewire::PipeWireLoopbackSource>(session, pipewire::pulseSocket())) {
+        capture_.onStop([this](const auto& failure) {
+            const std::lock_guard lock(mutex_);
+            losses_.push_back(failure->description);
+        });
+    }
+
+    /// Empty when the capture runs, else what the user would be told.
+    std::string start() {
+        const auto result = std::make_shared<std::promise<std::string>>();
+        capture_.start(
+            queue_, [this](const CapturedAudio& audio) { hear(audio); },
+            [result](const auto& failure) { result->set_value(failure ? failure->description : ""); });
+        return waitFor(*result);
+    }
+    void stop() {
+        const auto result = std::make_shared<std::promise<std::string>>();
+        capture_.stop([result] { result->set_value(""); });
+        waitFor(*result);
+    }
+
+    /// Whether the last quarter second comes to have this level (RMS), within two hundredths of it.
+    bool hears(double rms) {
+        return waitUntil([&] { return std::fabs(level() - rms) <= 0.02 * rms + 1e-4; }, deadline);
+    }
+    /// Whether all of the next `seconds` has this level.
+    bool keepsHearing(double rms, double seconds) {
+        forget();
+        bool always = true;
+        const auto enough = static_cast<std::size_t>(seconds * SystemAudioCapture::sampleRate);
+        waitUntil([&] { return heardFrames() >= enough; }, deadline);
+        const std::lock_guard lock(mutex_);
+        for (std::size_t begin = 0; begin + window <= samples_.size(); begin += window) {
+            always = always && std::fabs(rmsOf(begin) - rms) <= 0.02 * rms + 1e-4;
+        }
+        return always && samples_.size() >= enough;
+    }
+    /// Root mean square of the last quarter second; below 0 when less has been heard.
+    [[nodiscard]] double level() {
+        const std::lock_guard lock(mutex_);
+        return samples_.size() < window ? -1 : rmsOf(samples_.size() - window);
+    }
+    /// Amplitude of one frequency (a multiple of 4 Hz) in the last quarter second.
+    [[nodiscard]] double tone(double frequency) {
+        const std::lock_guard lock(mutex_);
+        double sine = 0;
+        double cosine = 0;
+        for (std::size_t i = 0; i < window && samples_.size() >= window; ++i) {
+            const double phase = 2 * std::numbers::pi * frequency * static_cast<double>(i) / 16'000;
+            const double sample = samples_[samples_.size() - window + i];
+            sine += sample * std::sin(phase);
+            cosine += sample * std::cos(phase);
+        }
+        return 2 * std::hypot(sine, cosine) / window;
+    }
+    [[nodiscard]] std::size_t heardFrames() {
+        const std::lock_guard lock(mutex_);
+        return samples_.size();
+    }
+    void forget() {
+        const std::lock_guard lock(mutex_);
+        samples_.clear();
+    }
+    [[nodiscard]] std::vector<std::string> losses() {
+        const std::lock_guard lock(mutex_);
+        return losses_;
+    }
+
+private:
+    static std::string waitFor(std::promise<std::string>& promise) {
+        auto future = promise.get_future();
+        return future.wait_for(deadline) == std::future_status::ready ? future.get() : "no answer";
+    }
+    [[nodiscard]] double rmsOf(std::size_t begin) const {
+        double energy = 0;
+        for (std::size_t i = begin; i < begin + window; ++i) {
+            energy += double{samples_[i]} * double{samples_[i]};
+        }
+        return std::sqrt(energy / window);
+    }
+    void hear(const CapturedAudio& audio) {
+        const auto buffer = pcmBuffer(audio);
+        const std::lock_guard lock(mutex_);
+        if (buffer && buffer->format() == AudioFormat{16'000, 1}) {
+            samples_.insert(samples_.end(), buffer->channel(0).begin(), buffer->channel(0).end());
+        }
+    }
+
+    std::mutex mutex_;
+    std::vector<float> samples_;
+    std::vector<std::string> losses_;
+    const std::shared_ptr<SerialQueue> queue_ = std::make_shared<AsioSerialQueue>("sordin.audio");
+    LoopbackCapture capture_;  // ends first, and what it still delivers is dropped with the queue
+};
+
+}  // namespace sordin

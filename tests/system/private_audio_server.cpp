@@ -1,0 +1,283 @@
+// SPDX-License-Identifier: MIT
+#include "system/private_audio_server.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+namespace sordin {
+namespace {
+
+using nlohmann::json;
+using namespace std::chrono_literals;
+
+/// All objects of the server; an empty list while there is no server.
+json dump() {
+    const auto text = outputOf({"pw-dump", "--no-colors"}, "/dev/null");
+    json objects = json::parse(text.value_or("[]"), nullptr, false);
+    return objects.is_array() ? objects : json::array();
+}
+
+/// `null` where there is no such thing, as everywhere below.
+json at(const json& value, const char* pointer) {
+    const json::json_pointer path(pointer);
+    return value.contains(path) ? value.at(path) : json();
+}
+
+json nodeOf(const json& objects, const std::string& name) {
+    for (const json& object : objects) {
+        if (at(object, "/type") == "PipeWire:Interface:Node" && at(object, "/info/props/node.name") == name) {
+            return object;
+        }
+    }
+    return {};
+}
+
+/// What a mixer shows: of a card the properties of the active route, otherwise those of the node.
+json volumeProperties(const std::string& sink) {
+    const json objects = dump();
+    const json node = nodeOf(objects, sink);
+    const json device = at(node, "/info/props/device.id");
+    const json cardDevice = at(node, "/info/props/card.profile.device");
+    if (device.is_null() || cardDevice.is_null()) {
+        return at(node, "/info/params/Props/0");
+    }
+    for (const json& object : objects) {
+        if (at(object, "/id") == device) {
+            for (const json& route : at(object, "/info/params/Route")) {
+                if (at(route, "/device") == cardDevice) {
+                    return at(route, "/props");
+                }
+            }
+        }
+    }
+    return {};
+}
+
+json defaultMetadata(const std::string& key) {
+    for (const json& object : dump()) {
+        if (at(object, "/props/metadata.name") == "default") {
+            for (const json& entry : at(object, "/metadata")) {
+                if (at(entry, "/subject") == 0 && at(entry, "/key") == key) {
+                    return at(entry, "/value");
+                }
+            }
+        }
+    }
+    return {};
+}
+
+std::string textOf(const json& value) {
+    return value.is_string() ? value.get<std::string>() : "";
+}
+
+}  // namespace
+
+PrivateAudioServer::PrivateAudioServer(AudioServerOptions options) : options_(std::move(options)) {
+    std::istringstream folders("HOME home XDG_RUNTIME_DIR run XDG_CONFIG_HOME config XDG_STATE_HOME state "
+                               "XDG_CACHE_HOME cache XDG_DATA_HOME data PIPEWIRE_RUNTIME_DIR run "
+                               "PULSE_RUNTIME_PATH run/pulse");
+    for (std::string name, folder; folders >> name >> folder;) {
+        setenv(name.c_str(), (folder_ / folder).c_str(), 1);
+    }
+    setenv("PULSE_SERVER", ("unix:" + (folder_ / "run/pulse/native").string()).c_str(), 1);
+    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:", 1);
+    std::istringstream leftovers(
+        "DISPLAY WAYLAND_DISPLAY PIPEWIRE_REMOTE PIPEWIRE_CORE PIPEWIRE_NODE PIPEWIRE_PROPS PIPEWIRE_LATENCY "
+        "PIPEWIRE_RATE PIPEWIRE_QUANTUM PIPEWIRE_CONFIG_DIR PIPEWIRE_CONFIG_NAME PIPEWIRE_CONFIG_PREFIX "
+        "WIREPLUMBER_CONFIG_DIR WIREPLUMBER_DATA_DIR PULSE_COOKIE PULSE_SINK PULSE_SOURCE PULSE_CLIENTCONFIG "
+        "PULSE_PROP PULSE_LATENCY_MSEC");
+    for (std::string name; leftovers >> name;) {
+        unsetenv(name.c_str());
+    }
+}
+
+PrivateAudioServer::~PrivateAudioServer() {
+    stop();
+}
+
+void PrivateAudioServer::start() {
+    stop();
+    writeConfiguration();
+    const auto started = [this](std::optional<ChildProcess>& process, const char* program) {
+        process.emplace(std::vector<std::string>{program}, ChildOptions{.log = folder_ / "log" / program});
+    };
+    started(pipewire_, "pipewire");
+    wait("PipeWire", [this] { return exists(folder_ / "run/pipewire-0"); });
+    started(sessionManager_, "wireplumber");
+    if (options_.pulse) {
+        started(pulse_, "pipewire-pulse");
+    }
+    wait("audio server", [this] { return ready(); });
+}
+
+void PrivateAudioServer::stop() {
+    pulse_.reset();
+    sessionManager_.reset();
+    pipewire_.reset();
+}
+
+void PrivateAudioServer::kill() {
+    for (auto* process : {&pipewire_, &sessionManager_, &pulse_}) {
+        if (*process) {
+            (*process)->kill(SIGKILL);
+        }
+    }
+    stop();
+}
+
+void PrivateAudioServer::killServer() {
+    if (pipewire_) {
+        pipewire_->kill(SIGKILL);
+        pipewire_.reset();
+    }
+}
+
+std::string PrivateAudioServer::defaultSink() const {
+    return textOf(at(defaultMetadata("default.audio.sink"), "/name"));
+}
+
+void PrivateAudioServer::setDefaultSink(const std::string& sink) {
+    run({"pw-metadata", "0", "default.configured.audio.sink", json{{"name", sink}}.dump(),
+         "Spa:String:JSON"});
+    wait("default sink " + sink, [&] { return defaultSink() == sink; });
+}
+
+std::vector<float> PrivateAudioServer::volume(const std::string& sink) const {
+    const json volumes = at(volumeProperties(sink), "/channelVolumes");
+    return volumes.is_array() ? volumes.get<std::vector<float>>() : std::vector<float>{};
+}
+
+bool PrivateAudioServer::muted(const std::string& sink) const {
+    return at(volumeProperties(sink), "/mute") == true;
+}
+
+void PrivateAudioServer::setVolume(const std::string& sink, const std::vector<int>& percents) {
+    std::vector<std::string> command{"pactl", "set-sink-volume", sink};
+    for (const int percent : percents) {
+        command.push_back(std::to_string(percent) + "%");
+    }
+    run(command);
+}
+
+void PrivateAudioServer::setMute(const std::string& sink, bool mute) {
+    run({"pactl", "set-sink-mute", sink, mute ? "1" : "0"});
+}
+
+std::string PrivateAudioServer::nodeState(const std::string& node) const {
+    return textOf(at(nodeOf(dump(), node), "/info/state"));
+}
+
+std::optional<int> PrivateAudioServer::nodeId(const std::string& node) const {
+    const json id = at(nodeOf(dump(), node), "/id");
+    return id.is_number() ? std::optional(id.get<int>()) : std::nullopt;
+}
+
+void PrivateAudioServer::createSink(const std::string& sink) {
+    run({"pw-cli", "create-node", "adapter", sinkProperties(sink, 500)});
+    wait("sink " + sink, [&] { return usable(sink); });
+}
+
+void PrivateAudioServer::destroySink(const std::string& sink) {
+    if (const auto id = nodeId(sink)) {
+        run({"pw-cli", "destroy", std::to_string(*id)});
+    }
+    wait("end of sink " + sink, [&] { return !nodeId(sink) && defaultSink() != sink; });
+}
+
+void PrivateAudioServer::writeConfiguration() {
+    remove_all(folder_ / "run");  // a killed server leaves its sockets
+    for (const char* name :
+         {"run/pulse", "home", "cache", "data", "state", "log", "config/pipewire/pipewire.conf.d",
+          "config/wireplumber/main.lua.d", "config/wireplumber/bluetooth.lua.d"}) {
+        create_directories(folder_ / name);
+    }
+    permissions(folder_ / "run", std::filesystem::perms::owner_all);
+    std::string sinks;
+    int priority = 2000;
+    for (const std::string& sink : options_.sinks) {
+        sinks += "  { factory = adapter args = " + sinkProperties(sink, priority--) + " }\n";
+    }
+    writeText(folder_ / "config/pipewire/pipewire.conf.d/sinks.conf",
+              "context.objects = [\n" + sinks + "]\n");
+    writeText(folder_ / "config/wireplumber/main.lua.d/51-test.lua",
+              "alsa_monitor.enabled = false\n"
+              "v4l2_monitor.enabled = false\n"
+              "libcamera_monitor.enabled = false\n"
+              "default_access.properties[\"enable-flatpak-portal\"] = false\n");
+    writeText(folder_ / "config/wireplumber/bluetooth.lua.d/51-test.lua",
+              "bluez_monitor.enabled = false\n"
+              "bluez_midi_monitor = { enabled = false }\n");
+}
+
+std::string PrivateAudioServer::sinkProperties(const std::string& sink, int priority) const {
+    return json{{"factory.name", "support.null-audio-sink"},
+                {"node.name", sink},
+                {"node.description", sink},
+                {"media.class", "Audio/Sink"},
+                {"object.linger", true},
+                {"audio.rate", 48000},
+                {"audio.position", "[ FL FR ]"},
+                {"monitor.channel-volumes", options_.monitorVolumes},
+                {"priority.session", priority},
+                {"priority.driver", priority}}
+        .dump();
+}
+
+bool PrivateAudioServer::ready() const {
+    if (options_.pulse && !outputOf({"pactl", "info"}, "/dev/null")) {
+        return false;
+    }
+    for (const std::string& sink : options_.sinks) {
+        if (!usable(sink)) {
+            return false;
+        }
+    }
+    if (options_.sinks.empty() && !options_.pulse) {
+        // The metadata is there but empty, and pw-dump leaves out what is empty.
+        const auto found = outputOf({"pw-metadata", "0", "default.audio.sink"}, "/dev/null");
+        return found.value_or("").starts_with("Found");
+    }
+    return !defaultSink().empty();
+}
+
+bool PrivateAudioServer::usable(const std::string& sink) const {
+    const json ports = at(nodeOf(dump(), sink), "/info/n-input-ports");
+    return ports.is_number() && ports > 0;
+}
+
+std::string PrivateAudioServer::logs() const {
+    std::string text;
+    for (const char* program : {"pipewire", "wireplumber", "pipewire-pulse"}) {
+        const std::string log = contentsOf(folder_ / "log" / program);
+        text += std::string("\n-- ") + program + "\n" +
+                log.substr(log.size() - std::min<std::size_t>(log.size(), 800));
+    }
+    return text;
+}
+
+void PrivateAudioServer::run(const std::vector<std::string>& arguments) const {
+    if (!outputOf(arguments, folder_ / "log/commands")) {
+        throw std::runtime_error(arguments.front() + " failed: " + contentsOf(folder_ / "log/commands"));
+    }
+}
+
+void PrivateAudioServer::wait(const std::string& what, const std::function<bool()>& condition) {
+    const auto runs = [](std::optional<ChildProcess>& process) { return !process || process->running(); };
+    bool allRun = true;
+    const auto settled = [&] {
+        allRun = runs(pipewire_) && runs(sessionManager_) && runs(pulse_);
+        return !allRun || condition();
+    };
+    if (!waitUntil(settled, 20s) || !allRun) {
+        throw std::runtime_error("no " + what + logs());
+    }
+}
+
+}  // namespace sordin

@@ -1,0 +1,336 @@
+// SPDX-License-Identifier: MIT
+#include "fakes/fake_user_defaults.h"
+#include "platform/linux/pipewire/audio_objects.h"
+#include "support/asio_serial_queue.h"
+#include "system/private_audio_server.h"
+#include "system/wait_until.h"
+#include "volume/pending_restore.h"
+#include "volume/volume_controller.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+
+namespace sordin {
+namespace {
+
+using namespace std::chrono_literals;
+using pipewire::PipeWireAudioObjects;
+using pipewire::Session;
+using testing::ElementsAre;
+using testing::FloatNear;
+using testing::Pointwise;
+
+constexpr auto deadline = 20s;
+constexpr auto sinkA = "test-sink-A";
+constexpr auto sinkB = "test-sink-B";
+
+using Channels = std::vector<float>;
+
+float cubed(double volume) {
+    return static_cast<float>(volume * volume * volume);
+}
+
+/// A sound card of its own: "fake-sink" with the routes "fake-speaker" and "fake-headphones".
+class Card {
+public:
+    struct Write {
+        std::string route;
+        Channels volumes;
+        bool save;
+    };
+
+    Card() : process_({SORDIN_FAKE_CARD}, {.readOutput = true, .writeInput = true}) {
+        EXPECT_EQ(process_.readLine(deadline), R"({"ready":true})");
+    }
+    void say(const std::string& line) { process_.writeLine(line); }
+    /// What the card is told, by whomever: "save" is whether the session manager is to remember it.
+    std::optional<Write> nextWrite(std::chrono::milliseconds within = deadline) {
+        const auto line = process_.readLine(within);
+        if (!line) {
+            return std::nullopt;
+        }
+        const auto json = nlohmann::json::parse(*line);
+        return Write{json["route"], json["volumes"], json["save"]};
+    }
+
+private:
+    ChildProcess process_;
+};
+
+class VolumeSystemTest : public testing::Test {
+protected:
+    void begin(const AudioServerOptions& options = {}) {
+        server.emplace(options);
+        server->start();
+        startProgram();
+    }
+
+    void startProgram() {
+        session = std::make_shared<Session>();
+        objects = std::make_shared<PipeWireAudioObjects>(session);
+        queue = std::make_shared<AsioSerialQueue>("sordin.volume");
+        controller = std::make_shared<VolumeController>(queue, objects, defaults);
+        controller->recoverFromCrash();
+    }
+
+    /// The program ends without a word: nothing is restored.
+    void crash() {
+        controller.reset();
+        queue.reset();
+        objects.reset();
+        session.reset();
+    }
+
+    /// Waits until the program sees a sink as the default, and returns it.
+    AudioObjectId defaultDevice(const std::string& name) {
+        AudioObjectId device = 0;
+        EXPECT_TRUE(waitUntil(
+            [&] {
+                device = read<std::uint32_t>(*objects, systemAudioObject, audio_property::defaultOutputDevice)
+                             .value_or(0);
+                const auto record = objects->record(device);
+                return record && record->name == name;
+            },
+            deadline))
+            << name;
+        return device;
+    }
+
+    /// Whether the server comes to have this volume, linear, by channel.
+    testing::AssertionResult becomes(const std::string& sink, const Channels& channels) {
+        const bool so = waitUntil([&] { return matches(server->volume(sink), channels); }, deadline);
+        return (so ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << testing::PrintToString(server->volume(sink));
+    }
+    static bool matches(const Channels& a, const Channels& b) {
+        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                          [](float x, float y) { return std::fabs(x - y) < 1e-4F; });
+    }
+    bool recordIsGone() {
+        return waitUntil([&] { return !defaults->number(PendingRestore::key); }, deadline);
+    }
+    /// Gives a new card the volume 70 %, as the user's choice, in place of the session manager's.
+    AudioObjectId useCard(Card& card) {
+        server->setDefaultSink("fake-sink");
+        const auto device = defaultDevice("fake-sink");
+        EXPECT_TRUE(becomes("fake-sink", {0.064F, 0.064F}));
+        server->setVolume("fake-sink", {70});
+        EXPECT_TRUE(waitUntil([&] { return std::fabs(volumeOf(device) - 0.7F) < 1e-3F; }, deadline));
+        while (card.nextWrite(10ms)) {
+        }
+        return device;
+    }
+    float volumeOf(AudioObjectId device) {
+        return read<float>(*objects, device, audio_property::volume(0)).value_or(-1);
+    }
+
+    std::optional<PrivateAudioServer> server;
+    std::shared_ptr<FakeUserDefaults> defaults = std::make_shared<FakeUserDefaults>();
+    std::shared_ptr<Session> session;
+    std::shared_ptr<PipeWireAudioObjects> objects;
+    std::shared_ptr<SerialQueue> queue;
+    std::shared_ptr<VolumeController> controller;
+};
+
+TEST_F(VolumeSystemTest, FadesAVirtualSinkAndBringsVolumeAndBalanceBack) {
+    begin();
+    const auto device = defaultDevice(sinkA);
+    for (const auto& percents : {std::vector<int>{80, 40}, {130, 65}, {0, 0}, {100, 100}}) {
+        server->setVolume(sinkA, percents);
+        const Channels before{cubed(percents[0] / 100.0), cubed(percents[1] / 100.0)};
+        ASSERT_TRUE(becomes(sinkA, before));
+        const float scalar = std::min(static_cast<float>(percents[0]) / 100, 1.0F);
+        ASSERT_TRUE(waitUntil([&] { return std::fabs(volumeOf(device) - scalar) < 1e-3F; }, deadline));
+        controller->duck(0, 0.15);
+        EXPECT_TRUE(becomes(sinkA, {0, 0}));
+        controller->restore(0.6);
+        EXPECT_TRUE(becomes(sinkA, before)) << percents[0];
+        EXPECT_TRUE(recordIsGone());
+    }
+    EXPECT_THAT(server->volume(sinkB), ElementsAre(1.0F, 1.0F));  // never touched
+}
+
+TEST_F(VolumeSystemTest, WritesTheRouteOfACardStepByStepWithoutHavingItRemembered) {
+    begin();
+    Card card;
+    useCard(card);
+    const double before = std::cbrt(double{server->volume("fake-sink").at(0)});
+    // Seven and thirty steps along the curve 3t^2 - 2t^3.
+    const auto expectRamp = [&card](int steps, double from, double to) {
+        for (int i = 1; i <= steps; ++i) {
+            const double t = double(i) / steps;
+            const auto write = card.nextWrite();
+            ASSERT_TRUE(write);
+            EXPECT_EQ(write->route, "fake-speaker");
+            EXPECT_FALSE(write->save);
+            EXPECT_THAT(write->volumes,
+                        testing::Each(FloatNear(cubed(from + (to - from) * t * t * (3 - 2 * t)), 1e-5F)));
+        }
+    };
+    controller->duck(0, 0.15);
+    expectRamp(7, before, 0);
+    controller->restore(0.6);
+    expectRamp(30, 0, before);
+    EXPECT_TRUE(recordIsGone());
+}
+
+TEST_F(VolumeSystemTest, HeadphonesPluggedInMeanwhileKeepTheirOwnVolume) {
+    begin();
+    Card card;
+    const auto speaker = useCard(card);
+    const auto before = server->volume("fake-sink");
+    controller->duck(0, 0.15);
+    ASSERT_TRUE(becomes("fake-sink", {0, 0}));
+    card.say("route fake-headphones");
+    AudioObjectId headphones = speaker;
+    ASSERT_TRUE(waitUntil([&] { return (headphones = defaultDevice("fake-sink")) != speaker; }, deadline));
+    EXPECT_FALSE(objects->present(speaker));
+    ASSERT_TRUE(becomes("fake-sink", {0.064F, 0.064F}));  // what the session manager gives new ones
+    controller->restore(0.1);
+    queue->sync([] {});
+    while (const auto write = card.nextWrite(500ms)) {
+        EXPECT_FALSE(write->route == "fake-headphones" && !write->save) << "one of ours";
+    }
+    EXPECT_TRUE(defaults->number(PendingRestore::key));  // the speaker has yet to get its volume
+    card.say("route fake-speaker");
+    EXPECT_TRUE(becomes("fake-sink", before));
+    EXPECT_EQ(defaultDevice("fake-sink"), speaker);
+    EXPECT_TRUE(recordIsGone());
+}
+
+TEST_F(VolumeSystemTest, ACardFadedByAProgramThatDiedIsNotLeftDownByARestartedServer) {
+    begin();
+    {
+        Card card;
+        useCard(card);
+        const auto saved = [&] { return contentsOf(server->folder() / "state/wireplumber/default-routes"); };
+        ASSERT_TRUE(waitUntil([&] { return saved().find("0.34") != std::string::npos; }, deadline))
+            << saved();
+        controller->duck(0, 0.15);
+        ASSERT_TRUE(becomes("fake-sink", {0, 0}));
+        crash();
+        server->kill();
+    }
+    server->start();
+    const Card card;
+    EXPECT_TRUE(becomes("fake-sink", {0.343F, 0.343F}));  // though nothing of ours runs
+}
+
+TEST_F(VolumeSystemTest, TheSinkThatWasFadedIsRestoredWhateverTheDefaultIsNow) {
+    begin();
+    server->setVolume(sinkA, {60});
+    ASSERT_TRUE(becomes(sinkA, {0.216F, 0.216F}));
+    defaultDevice(sinkA);
+    controller->duck(0.5F, 0.15);
+    ASSERT_TRUE(becomes(sinkA, {0.027F, 0.027F}));
+    server->setDefaultSink(sinkB);
+    defaultDevice(sinkB);
+    controller->restore(0.6);
+    EXPECT_TRUE(becomes(sinkA, {0.216F, 0.216F}));
+    EXPECT_THAT(server->volume(sinkB), ElementsAre(1.0F, 1.0F));
+}
+
+TEST_F(VolumeSystemTest, AServerThatDiesWhileFadedGetsTheVolumeBackWhenItReturns) {
+    begin();
+    server->setVolume(sinkA, {80, 40});
+    const Channels before{0.512F, 0.064F};
+    ASSERT_TRUE(becomes(sinkA, before));
+    const auto saved = [&] {  // by the session manager, which remembers virtual sinks
+        return contentsOf(server->folder() / "state/wireplumber/restore-stream");
+    };
+    const auto device = defaultDevice(sinkA);
+    for (const bool restoredWhileAway : {true, false}) {
+        controller->duck(0, 0.15);
+        ASSERT_TRUE(becomes(sinkA, {0, 0}));
+        ASSERT_TRUE(waitUntil([&] { return saved().find("A:channelVolumes=0.0;0.0") != std::string::npos; },
+                              deadline));
+        server->kill();
+        ASSERT_TRUE(waitUntil([&] { return !objects->present(device); }, deadline));
+        if (restoredWhileAway) {
+            controller->restore(0.1);
+            queue->sync([] {});
+        }
+        server->start();
+        ASSERT_TRUE(waitUntil([&] { return objects->present(device); }, deadline));
+        if (!restoredWhileAway) {
+            EXPECT_THAT(server->volume(sinkA), ElementsAre(0.0F, 0.0F));  // still faded
+            controller->restore(0.1);
+        }
+        EXPECT_TRUE(becomes(sinkA, before)) << restoredWhileAway;
+        EXPECT_TRUE(recordIsGone());
+        EXPECT_EQ(defaultDevice(sinkA), device);
+    }
+}
+
+TEST_F(VolumeSystemTest, ASinkThatGoesWhileFadedGetsItsVolumeBackWhenItReturns) {
+    begin();
+    server->createSink("usb");
+    server->setDefaultSink("usb");
+    const auto usb = defaultDevice("usb");
+    server->setVolume("usb", {60});
+    ASSERT_TRUE(becomes("usb", {0.216F, 0.216F}));
+    ASSERT_TRUE(waitUntil([&] { return std::fabs(volumeOf(usb) - 0.6F) < 1e-3F; }, deadline));
+    controller->duck(0, 0.15);
+    ASSERT_TRUE(becomes("usb", {0, 0}));
+    server->destroySink("usb");
+    ASSERT_TRUE(waitUntil([&] { return !objects->present(usb); }, deadline));
+    defaultDevice(sinkA);
+    controller->restore(0.1);
+    queue->sync([] {});
+    EXPECT_TRUE(defaults->number(PendingRestore::key));
+    server->createSink("usb");
+    EXPECT_TRUE(becomes("usb", {0.216F, 0.216F}));
+    EXPECT_TRUE(recordIsGone());
+    EXPECT_TRUE(objects->present(usb));  // the same object
+    EXPECT_THAT(server->volume(sinkA), ElementsAre(1.0F, 1.0F));
+}
+
+TEST_F(VolumeSystemTest, ACrashWithoutAServerIsMendedWhenTheServerAppears) {
+    begin();
+    server->setVolume(sinkA, {130, 65});
+    const Channels before{cubed(1.3), cubed(0.65)};
+    ASSERT_TRUE(becomes(sinkA, before));
+    const auto device = defaultDevice(sinkA);
+    ASSERT_TRUE(waitUntil([&] { return objects->record(device)->reference > 1.29F; }, deadline));
+    controller->duck(0, 0.15);
+    ASSERT_TRUE(becomes(sinkA, {0, 0}));
+    crash();
+    server->stop();
+    startProgram();
+    controller->duck(0, 0.15);  // nothing to fade, and nothing to overwrite
+    queue->sync([] {});
+    EXPECT_TRUE(defaults->number(PendingRestore::key));
+    server->start();
+    EXPECT_TRUE(becomes(sinkA, before));
+    EXPECT_TRUE(recordIsGone());
+}
+
+TEST_F(VolumeSystemTest, WithoutARealDeviceThereIsNone) {
+    begin({.sinks = {}});
+    ASSERT_TRUE(waitUntil([&] { return server->defaultSink() == "auto_null"; }, deadline));
+    ASSERT_TRUE(session->waitUntilListed(deadline));
+    EXPECT_EQ(read<std::uint32_t>(*objects, systemAudioObject, audio_property::defaultOutputDevice), 0U);
+    server->createSink("usb");
+    defaultDevice("usb");
+}
+
+TEST_F(VolumeSystemTest, AfterFlushTheServerHasTheVolume) {
+    begin();
+    const auto device = defaultDevice(sinkA);
+    for (int i = 0; i < 20; ++i) {
+        const float scalar = i % 2 == 0 ? 0.25F : 0.75F;
+        objects->set(device, audio_property::volume(0), scalar);
+        ASSERT_TRUE(objects->flush(deadline));
+        crash();
+        EXPECT_TRUE(matches(server->volume(sinkA), {cubed(double{scalar}), cubed(double{scalar})})) << i;
+        startProgram();
+        ASSERT_EQ(defaultDevice(sinkA), device);
+    }
+    server->kill();
+    EXPECT_TRUE(waitUntil([&] { return !objects->flush(100ms); }, deadline));
+}
+
+}  // namespace
+}  // namespace sordin

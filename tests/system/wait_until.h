@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <thread>
+
+namespace sordin {
+
+/// Asks every few milliseconds until it holds; false if it does not by the deadline. Asks at least once.
+template <class Condition>
+bool waitUntil(Condition condition, std::chrono::milliseconds deadline) {
+    const auto end = std::chrono::steady_clock::now() + deadline;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() >= end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    return true;
+}
+
+}  // namespace sordin
