@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: MIT
+// sordin-audio against a private server: what has to outlive the death of the program or of the server.
+#include "random_seed.h"
+#include "system/private_audio_server.h"
+#include "system/wait_until.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+#include <cstdlib>
+#include <functional>
+
+namespace sordin {
+namespace {
+
+using namespace std::chrono_literals;
+using nlohmann::json;
+
+constexpr auto deadline = 20s;
+constexpr auto sink = "test-sink-A";
+
+/// The command, and what it says.
+class AudioCommand {
+public:
+    explicit AudioCommand(const std::filesystem::path& folder)
+        : process_({SORDIN_AUDIO, "--json", "--folder=" + folder.string()},
+                   {.readOutput = true, .writeInput = true}) {}
+
+    void say(const std::string& line) { process_.writeLine(line); }
+    void kill(int signal) { process_.kill(signal); }
+    std::optional<int> wait() { return process_.wait(deadline); }
+
+    /// The first line from here on that `matches`; null if it does not come.
+    json expect(const std::function<bool(const json&)>& matches) {
+        const auto end = std::chrono::steady_clock::now() + deadline;
+        while (std::chrono::steady_clock::now() < end) {
+            const auto line = process_.readLine(1s);
+            const auto said = line ? json::parse(*line) : json();
+            if (line && matches(said)) {
+                return said;
+            }
+        }
+        return {};
+    }
+    bool expectState(const std::string& state) {
+        return !expect([&](const json& said) { return said.value("state", "") == state; }).is_null();
+    }
+    bool expectWrite(double volume) {
+        return !expect([&](const json& said) {
+                    return said.contains("write") && std::fabs(said["write"].get<double>() - volume) < 1e-3;
+                }).is_null();
+    }
+    /// A level of about so much, while `who` plays.
+    bool expectLevel(double rms, const std::string& who) {
+        return !expect([&](const json& said) {
+                    return said.contains("rms") && std::fabs(said["rms"].get<double>() - rms) < 0.02 &&
+                           said["source"] == who;
+                }).is_null();
+    }
+
+private:
+    ChildProcess process_;
+};
+
+class AudioCommandTest : public testing::Test {
+protected:
+    AudioCommandTest() {
+        server.start();
+        server.setVolume(sink, {80, 40});
+        EXPECT_TRUE(volumeIs(before));
+    }
+    [[nodiscard]] bool volumeIsNow(const std::vector<float>& channels) const {
+        const auto now = server.volume(sink);
+        return std::equal(now.begin(), now.end(), channels.begin(), channels.end(),
+                          [](float a, float b) { return std::fabs(a - b) < 1e-4F; });
+    }
+    [[nodiscard]] bool volumeIs(const std::vector<float>& channels) const {
+        return waitUntil([&] { return volumeIsNow(channels); }, deadline);
+    }
+    bool nothingPending() {
+        return waitUntil(
+            [&] {
+                const auto record = contentsOf(folder / "pending-restore.json");
+                return record.find("pendingRestoreVolume") == std::string::npos;
+            },
+            deadline);
+    }
+
+    const std::vector<float> before{0.512F, 0.064F};
+    PrivateAudioServer server;
+    TemporaryFolder folder;
+};
+
+TEST_F(AudioCommandTest, HearsNamesFadesAndOutlivesTheServer) {
+    AudioCommand command(folder.path());
+    ASSERT_TRUE(command.expectState("listening"));
+    for (int round = 0; round < 2; ++round) {
+        ChildProcess player({SORDIN_TONE_PLAYER, "440", "0.5"}, {.writeInput = true});
+        EXPECT_TRUE(command.expectLevel(0.3536, "tone_player"));
+        command.say("duck 0.5");
+        EXPECT_TRUE(command.expectWrite(0.4));
+        EXPECT_TRUE(command.expectLevel(0.3536, "tone_player"));
+        server.kill();
+        EXPECT_TRUE(command.expectState("ended"));
+        command.say("restore");
+        EXPECT_TRUE(command.expectWrite(0.8));
+        server.start();
+        EXPECT_TRUE(command.expectState("listening"));
+        EXPECT_TRUE(volumeIs(before)) << round;
+        EXPECT_TRUE(nothingPending());
+    }
+    command.say("stop");
+    EXPECT_TRUE(command.expectState("stopped"));
+    command.say("quit");
+    EXPECT_EQ(command.wait(), 0);
+}
+
+TEST_F(AudioCommandTest, EveryOrderlyEndGivesTheVolumeBack) {
+    for (const int signal : {0, SIGTERM, SIGINT, SIGHUP}) {
+        AudioCommand command(folder.path());
+        ASSERT_TRUE(command.expectState("listening"));
+        command.say("duck");
+        ASSERT_TRUE(command.expectWrite(0));
+        signal == 0 ? command.say("quit") : command.kill(signal);
+        EXPECT_EQ(command.wait(), 0);
+        // At once: the program waits until the server has the volume.
+        EXPECT_TRUE(volumeIsNow(before)) << signal;
+        EXPECT_TRUE(nothingPending());
+    }
+}
+
+TEST_F(AudioCommandTest, KilledAtAnyInstantItRestoresAtTheNextStart) {
+    auto random = seededRandom();
+    std::uniform_int_distribution<int> instant(0, 1'200);
+    const int kills = std::getenv("SORDIN_LONG") != nullptr ? 50 : 5;
+    for (int i = 0; i < kills; ++i) {
+        {
+            AudioCommand command(folder.path());
+            ASSERT_TRUE(command.expectState("listening"));
+            command.say("duck");
+            command.say("restore 0.4");
+            command.say("duck");
+            // A random instant is the matter of this test, so there is nothing else to wait for.
+            std::this_thread::sleep_for(std::chrono::milliseconds(instant(random)));
+            command.kill(SIGKILL);
+            EXPECT_EQ(command.wait(), 128 + SIGKILL);
+        }
+        AudioCommand next(folder.path());
+        EXPECT_TRUE(volumeIs(before)) << "kill " << i;
+        EXPECT_TRUE(nothingPending()) << "kill " << i;
+        next.say("quit");
+        EXPECT_EQ(next.wait(), 0);
+        ASSERT_TRUE(volumeIs(before)) << "kill " << i;
+    }
+}
+
+TEST_F(AudioCommandTest, CommandLineMistakesAreSaid) {
+    for (const auto& argument : {"--nonsense", "--seconds=soon", "file"}) {
+        ChildProcess command({SORDIN_AUDIO, argument}, {.log = folder / "log"});
+        EXPECT_EQ(command.wait(deadline), 2) << argument;
+    }
+    EXPECT_NE(contentsOf(folder / "log").find("'soon'"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace sordin
