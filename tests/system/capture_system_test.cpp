@@ -72,9 +72,11 @@ TEST_P(CaptureVolumeTest, HearsAtFullLevelWhateverTheVolumeOfTheDevice) {
     for (const int percent : {100, 50, 0}) {
         server->setVolume("test-sink-A", {percent});
         const double factor = std::pow(percent / 100.0, 3);
-        ASSERT_TRUE(
-            waitUntil([&] { return std::fabs(double{server->volume("test-sink-A").at(0)} - factor) < 1e-3; },
-                      Ear::deadline));
+        ASSERT_TRUE(waitUntil(
+            [&] {
+                return std::fabs(static_cast<double>(server->volume("test-sink-A").at(0)) - factor) < 1e-3;
+            },
+            Ear::deadline));
         ear->forget();
         EXPECT_TRUE(ear->hears(fullLevel)) << percent << ": " << ear->level();
     }

@@ -76,7 +76,7 @@ public:
         double cosine = 0;
         for (std::size_t i = 0; i < window && samples_.size() >= window; ++i) {
             const double phase = 2 * std::numbers::pi * frequency * static_cast<double>(i) / 16'000;
-            const double sample = samples_[samples_.size() - window + i];
+            const auto sample = static_cast<double>(samples_[samples_.size() - window + i]);
             sine += sample * std::sin(phase);
             cosine += sample * std::cos(phase);
         }
@@ -103,7 +103,8 @@ private:
     [[nodiscard]] double rmsOf(std::size_t begin) const {
         double energy = 0;
         for (std::size_t i = begin; i < begin + window; ++i) {
-            energy += double{samples_[i]} * double{samples_[i]};
+            const auto sample = static_cast<double>(samples_[i]);
+            energy += sample * sample;
         }
         return std::sqrt(energy / window);
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "fakes/fake_user_defaults.h"
 #include "platform/linux/pipewire/audio_objects.h"
+#include "platform/linux/storage/file_user_defaults.h"
 #include "support/asio_serial_queue.h"
 #include "system/private_audio_server.h"
 #include "system/wait_until.h"
@@ -127,7 +127,9 @@ protected:
     }
 
     std::optional<PrivateAudioServer> server;
-    std::shared_ptr<FakeUserDefaults> defaults = std::make_shared<FakeUserDefaults>();
+    TemporaryFolder folder;
+    std::shared_ptr<UserDefaults> defaults = std::make_shared<FileUserDefaults>(
+        folder.path(), std::make_shared<AsioSerialQueue>("sordin.defaults"));
     std::shared_ptr<Session> session;
     std::shared_ptr<PipeWireAudioObjects> objects;
     std::shared_ptr<SerialQueue> queue;
@@ -156,11 +158,11 @@ TEST_F(VolumeSystemTest, WritesTheRouteOfACardStepByStepWithoutHavingItRemembere
     begin();
     Card card;
     useCard(card);
-    const double before = std::cbrt(double{server->volume("fake-sink").at(0)});
+    const double before = std::cbrt(static_cast<double>(server->volume("fake-sink").at(0)));
     // Seven and thirty steps along the curve 3t^2 - 2t^3.
     const auto expectRamp = [&card](int steps, double from, double to) {
         for (int i = 1; i <= steps; ++i) {
-            const double t = double(i) / steps;
+            const double t = static_cast<double>(i) / steps;
             const auto write = card.nextWrite();
             ASSERT_TRUE(write);
             EXPECT_EQ(write->route, "fake-speaker");
@@ -321,10 +323,11 @@ TEST_F(VolumeSystemTest, AfterFlushTheServerHasTheVolume) {
     const auto device = defaultDevice(sinkA);
     for (int i = 0; i < 20; ++i) {
         const float scalar = i % 2 == 0 ? 0.25F : 0.75F;
+        const float channel = scalar * scalar * scalar;
         objects->set(device, audio_property::volume(0), scalar);
         ASSERT_TRUE(objects->flush(deadline));
         crash();
-        EXPECT_TRUE(matches(server->volume(sinkA), {cubed(double{scalar}), cubed(double{scalar})})) << i;
+        EXPECT_TRUE(matches(server->volume(sinkA), {channel, channel})) << i;
         startProgram();
         ASSERT_EQ(defaultDevice(sinkA), device);
     }

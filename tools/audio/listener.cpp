@@ -23,7 +23,7 @@ public:
             return;
         }
         for (std::size_t frame = 0; frame < buffer->frameLength(); ++frame) {
-            const double sample = buffer->channel(0)[frame];
+            const auto sample = static_cast<double>(buffer->channel(0)[frame]);
             energy_ += sample * sample;
             level_.peak = std::max(level_.peak, std::fabs(sample));
             if (++level_.frames == SystemAudioCapture::sampleRate / 2) {

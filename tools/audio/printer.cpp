@@ -53,7 +53,7 @@ void Printer::level(const Level& level) {
     }
     std::string line = fixed(seconds(), 3) + "  " + decibels(level.rms) + ", peak " + decibels(level.peak);
     line += "  |  " + (level.device.empty() ? "no device" : level.device);
-    line += level.volume ? " at " + fixed(double{*level.volume} * 100, 1) + " %" : "";
+    line += level.volume ? " at " + fixed(static_cast<double>(*level.volume) * 100, 1) + " %" : "";
     for (std::size_t i = 0; i < level.playing.size(); ++i) {
         line += (i == 0 ? "  |  " : ", ") + level.playing[i];
     }
@@ -64,7 +64,8 @@ void Printer::volume(const std::string& device, float volume) {
     if (json_) {
         print(oneLine({{"t", seconds()}, {"write", volume}, {"device", device}}));
     } else {
-        print(fixed(seconds(), 3) + "  " + device + " set to " + fixed(double{volume} * 100, 2) + " %");
+        print(fixed(seconds(), 3) + "  " + device + " set to " + fixed(static_cast<double>(volume) * 100, 2) +
+              " %");
     }
 }
 

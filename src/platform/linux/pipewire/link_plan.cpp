@@ -16,6 +16,12 @@ Side sideOf(std::string_view channel) {
 }
 
 std::set<PortPair> linkPlan(const Graph& graph, GlobalId listener) {
+    std::map<GlobalId, Side> inputs;
+    for (const auto& [id, port] : graph.ports) {
+        if (port.node == listener && !port.output && !port.monitor) {
+            inputs[id] = sideOf(port.channel);
+        }
+    }
     std::set<PortPair> plan;
     for (const auto& [outputId, output] : graph.ports) {
         const auto node = graph.nodes.find(output.node);
@@ -23,10 +29,8 @@ std::set<PortPair> linkPlan(const Graph& graph, GlobalId listener) {
             continue;
         }
         const Side from = sideOf(output.channel);
-        for (const auto& [inputId, input] : graph.ports) {
-            const bool ours = input.node == listener && !input.output && !input.monitor;
-            const Side to = sideOf(input.channel);
-            if (ours && (from == Side::both || to == Side::both || from == to)) {
+        for (const auto& [inputId, to] : inputs) {
+            if (from == Side::both || to == Side::both || from == to) {
                 plan.emplace(outputId, inputId);
             }
         }

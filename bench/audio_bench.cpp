@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+// What hearing and fading cost, on a private audio server: CPU seconds and wake-ups of this process and of
+// the server.
+//   sordin_audio_bench [SECONDS]   seconds for each measurement, 30 if absent
+#include "platform/linux/pipewire/audio_objects.h"
+#include "platform/linux/pipewire/loopback_source.h"
+#include "platform/linux/pipewire/pulse_probe.h"
+#include "platform/loopback_capture.h"
+#include "support/asio_serial_queue.h"
+#include "system/private_audio_server.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <iostream>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace sordin;
+
+struct Use {
+    double cpuSeconds = 0;
+    double wakeUps = 0;  ///< of all threads
+};
+
+/// What a process's threads have used so far.
+Use useOf(const std::string& process) {
+    Use use;
+    for (const auto& thread : std::filesystem::directory_iterator("/proc/" + process + "/task")) {
+        double nanoseconds = 0;
+        std::ifstream(thread.path() / "schedstat") >> nanoseconds;
+        use.cpuSeconds += nanoseconds * 1e-9;
+        std::ifstream status(thread.path() / "status");
+        const std::string key = "voluntary_ctxt_switches:";
+        for (std::string line; std::getline(status, line);) {
+            if (line.starts_with(key)) {
+                use.wakeUps += std::stod(line.substr(key.size()));
+            }
+        }
+    }
+    return use;
+}
+
+std::string serverProcess() {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        const auto environment = contentsOf(entry.path() / "environ");
+        if (contentsOf(entry.path() / "comm") == "pipewire\n" &&
+            environment.find(std::getenv("XDG_RUNTIME_DIR")) != std::string::npos) {
+            return entry.path().filename();
+        }
+    }
+    throw std::runtime_error("the audio server is not there");
+}
+
+template <class Work>
+void measure(const std::string& what, Work work) {
+    const auto server = serverProcess();
+    const Use ours = useOf("self");
+    const Use theirs = useOf(server);
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+    const auto print = [&](const std::string& who, const Use& before, const Use& after) {
+        std::cout << "  " << who << ": " << (after.cpuSeconds - before.cpuSeconds) * 30 / time.count()
+                  << " CPU s in 30 s, " << (after.wakeUps - before.wakeUps) / time.count()
+                  << " wake-ups a second\n";
+    };
+    std::cout << what << '\n';
+    print("Sordin", ours, useOf("self"));
+    print("server", theirs, useOf(server));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const auto seconds = std::chrono::duration<double>(argc > 1 ? std::atof(argv[1]) : 30);
+    const auto wait = [seconds] { std::this_thread::sleep_for(seconds); };
+    PrivateAudioServer server;
+    server.start();
+    const auto session = std::make_shared<pipewire::Session>();
+    pipewire::PipeWireAudioObjects objects(session);
+    const auto queue = std::make_shared<AsioSerialQueue>("sordin.audio");
+    LoopbackCapture capture(
+        std::make_shared<AsioSerialQueue>("sordin.capture"),
+        std::make_unique<pipewire::PipeWireLoopbackSource>(session, pipewire::pulseSocket()));
+    std::promise<void> running;
+    capture.start(
+        queue, [](const CapturedAudio&) {}, [&](const auto&) { running.set_value(); });
+    running.get_future().wait();
+
+    ChildProcess player({SORDIN_TONE_PLAYER, "440", "0.5"}, {.readOutput = true, .writeInput = true});
+    player.readLine(std::chrono::seconds(20));
+    measure("listening to one player", wait);
+
+    const auto device =
+        read<std::uint32_t>(objects, systemAudioObject, audio_property::defaultOutputDevice).value_or(0);
+    measure("listening, with 50 volume writes a second", [&] {
+        const auto steps = static_cast<int>(seconds.count() * 50);
+        for (int i = 0; i < steps; ++i) {
+            objects.set(device, audio_property::volume(0), static_cast<float>(i % 50) / 50);
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    });
+    player.closeInput();
+    player.wait(std::chrono::seconds(20));
+    while (server.nodeState("test-sink-A") != "suspended") {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    measure("listening while nothing plays", wait);
+    return 0;
+}
