@@ -74,6 +74,7 @@ public:
         memory_.resize(room);
         spa_pod_builder_init(&builder_, memory_.data(), room);
     }
+    ~Builder() = default;
     Builder(const Builder&) = delete;
     Builder& operator=(const Builder&) = delete;
 
