@@ -4,6 +4,7 @@
 #include "platform/linux/pipewire/audio_objects.h"
 #include "system/ear.h"
 #include "system/private_audio_server.h"
+#include "system/private_pulseaudio.h"
 #include "system/tone_file.h"
 
 #include <gmock/gmock.h>
@@ -222,6 +223,14 @@ TEST_F(CaptureSystemTest, SaysWhatIsMissing) {
         << obstacle();
     server->createSink("test-sink-C");
     EXPECT_TRUE(waitUntil([&] { return !source.obstacle(); }, Ear::deadline)) << obstacle();
+}
+
+TEST_F(CaptureSystemTest, AnotherServerOfSoundBesidePipeWireIsNoticed) {
+    begin({.pulse = false});  // PipeWire for something else, as sharing screens
+    EXPECT_EQ(ear->start(), "");
+    ear->stop();
+    const PrivatePulseAudio other(server->folder() / "log/pulseaudio");
+    EXPECT_EQ(ear->start(), "The sound of this computer is played by PulseAudio, not by PipeWire.");
 }
 
 TEST_F(CaptureSystemTest, NamesWhoPlays) {
