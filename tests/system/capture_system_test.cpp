@@ -183,6 +183,7 @@ TEST_F(CaptureSystemTest, TheDeviceSleepsWhileNothingPlays) {
     }
     EXPECT_TRUE(waitUntil([&] { return server->nodeState("test-sink-A") == "suspended"; }, 60s));
     EXPECT_NE(server->nodeState("sordin"), "running");
+    EXPECT_EQ(outputOf({"pactl", "list", "short", "source-outputs"}), "");  // nor is it shown as recording
     EXPECT_TRUE(ear->keepsHearing(0, 1));
 }
 

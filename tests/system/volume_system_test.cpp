@@ -309,6 +309,30 @@ TEST_F(VolumeSystemTest, ACrashWithoutAServerIsMendedWhenTheServerAppears) {
     EXPECT_TRUE(recordIsGone());
 }
 
+TEST_F(VolumeSystemTest, MuteIsReadAndWrittenAndKeptForADeviceThatIsAway) {
+    begin();
+    const auto device = defaultDevice(sinkA);
+    const auto& mute = audio_property::mute;
+    ASSERT_TRUE(objects->has(device, mute) && objects->settable(device, mute));
+    EXPECT_EQ(read<std::uint32_t>(*objects, device, mute), 0U);
+    server->setMute(sinkA, true);
+    EXPECT_TRUE(waitUntil([&] { return read<std::uint32_t>(*objects, device, mute) == 1U; }, deadline));
+    server->kill();
+    ASSERT_TRUE(waitUntil([&] { return !objects->present(device); }, deadline));
+    EXPECT_TRUE(objects->has(device, mute));
+    EXPECT_TRUE(objects->set(device, mute, std::uint32_t{1}));
+    server->start();
+    EXPECT_TRUE(waitUntil([&] { return server->muted(sinkA); }, deadline));
+    EXPECT_TRUE(objects->set(device, mute, std::uint32_t{0}));
+    EXPECT_TRUE(waitUntil([&] { return !server->muted(sinkA); }, deadline));
+    // What is no property, no value or no object is refused.
+    EXPECT_FALSE(objects->set(device, mute, 1.0F));
+    EXPECT_FALSE(objects->set(device, audio_property::volume(0), std::nanf("")));
+    EXPECT_FALSE(objects->set(device, audio_property::volume(1), 1.0F));
+    EXPECT_FALSE(objects->set(device + 1'000, mute, std::uint32_t{0}));
+    EXPECT_FALSE(objects->has(device, audio_property::volume(1)));
+}
+
 TEST_F(VolumeSystemTest, WithoutARealDeviceThereIsNone) {
     begin({.sinks = {}});
     ASSERT_TRUE(waitUntil([&] { return server->defaultSink() == "auto_null"; }, deadline));

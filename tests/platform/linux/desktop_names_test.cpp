@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include <map>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -106,8 +107,14 @@ protected:
         return application ? application->localisedName : "(none)";
     }
 
+    std::map<std::int32_t, std::string> sandboxed;  // what the portal knows
+
 private:
-    LinuxProcessDirectory directory_{DesktopEntries({base_ / "first", base_ / "second"}, ""), base_ / "proc"};
+    LinuxProcessDirectory directory_{
+        DesktopEntries({base_ / "first", base_ / "second"}, ""), base_ / "proc", [this](std::int32_t id) {
+            const auto found = sandboxed.find(id);
+            return found == sandboxed.end() ? std::nullopt : std::optional(found->second);
+        }};
 };
 
 TEST_F(LinuxProcessDirectoryTest, NamesProcessesByWhatIsKnownOfThem) {
@@ -124,6 +131,9 @@ TEST_F(LinuxProcessDirectoryTest, NamesProcessesByWhatIsKnownOfThem) {
     EXPECT_EQ(name(14), "player");
     writeText(process(15, "") / "comm", "someone else's\n");
     EXPECT_EQ(name(15), "someone else's");
+    sandboxed = {{14, "com.example.Radio"}, {2, "org.example.Unlisted"}};
+    EXPECT_EQ(name(14), "Radio") << "not the process that has this number outside the sandbox";
+    EXPECT_EQ(name(2), "org.example.Unlisted");
     EXPECT_EQ(name(99), "(none)");
     EXPECT_EQ(name(0), "(none)");
     EXPECT_EQ(name(-1), "(none)");
