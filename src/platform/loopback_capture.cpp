@@ -62,6 +62,28 @@ private:
 
 /// Lives on the control queue.
 class LoopbackCapture::Machine : public std::enable_shared_from_this<Machine> {
+    template <class Action>
+    std::function<void()> whileAlive(Action action) {
+        return [weak = weak_from_this(), action = std::move(action)] {
+            if (const auto self = weak.lock()) {
+                action(*self);
+            }
+        };
+    }
+
+    /// What the source may call, on its threads and with its locks: it posts `action(*this, arguments...)`,
+    /// and never is the last to know the machine, which it would have to end.
+    template <class Action>
+    auto posting(Action action) {
+        return [control = control_, weak = weak_from_this(), action](const auto&... arguments) {
+            control->post([weak, action, arguments...] {
+                if (const auto self = weak.lock()) {
+                    action(*self, arguments...);
+                }
+            });
+        };
+    }
+
 public:
     Machine(std::shared_ptr<SerialQueue> control, std::unique_ptr<LoopbackSource> source)
         : control_(std::move(control)), source_(std::move(source)) {}
@@ -73,11 +95,7 @@ public:
     }
 
     void watchSource() {
-        source_->onChange([weak = weak_from_this()] {
-            if (const auto self = weak.lock()) {
-                self->post([](Machine& machine) { machine.tryToOpen(); });
-            }
-        });
+        source_->onChange(posting([](Machine& machine) { machine.tryToOpen(); }));
     }
 
     void onStop(std::function<void(std::optional<Failure>)> handler) { onStop_ = std::move(handler); }
@@ -124,15 +142,6 @@ private:
         running,
     };
 
-    template <class Action>
-    std::function<void()> whileAlive(Action action) {
-        return [weak = weak_from_this(), action = std::move(action)] {
-            if (const auto self = weak.lock()) {
-                action(*self);
-            }
-        };
-    }
-
     void tryToOpen() {
         if (state_ != State::waiting) {
             return;
@@ -148,19 +157,16 @@ private:
         lastFailure_ = source_->failure(Error::refused);
         // What the source says of an earlier opening has lost its meaning.
         const auto now = ++opening_;
-        const auto ofThisOpening = [weak = weak_from_this(), now](auto action) {
-            if (const auto self = weak.lock()) {
-                self->post([now, action](Machine& machine) {
-                    if (machine.opening_ == now) {
-                        action(machine);
-                    }
-                });
-            }
-        };
-        source_->open({[ofThisOpening] { ofThisOpening([](Machine& machine) { machine.opened(); }); },
-                       [ofThisOpening](const Failure& failure) {
-                           ofThisOpening([failure](Machine& machine) { machine.ended(failure); });
-                       },
+        source_->open({posting([now](Machine& machine) {
+                           if (machine.opening_ == now) {
+                               machine.opened();
+                           }
+                       }),
+                       posting([now](Machine& machine, const Failure& failure) {
+                           if (machine.opening_ == now) {
+                               machine.ended(failure);
+                           }
+                       }),
                        [delivery = delivery_](CapturedAudio audio) { delivery->heard(std::move(audio)); }});
     }
 

@@ -56,10 +56,13 @@ void VolumeController::restoreImmediately() {
 }
 
 void VolumeController::recoverFromCrash() {
-    objects_->onDevicesChanged([weak = weak_from_this()] {
-        if (const auto self = weak.lock()) {
-            self->post([](VolumeController& controller) { controller.devicesChanged(); });
-        }
+    // The audio system's thread must never be the last to know the controller, since it would have to end it.
+    objects_->onDevicesChanged([queue = queue_, weak = weak_from_this()] {
+        queue->post([weak] {
+            if (const auto self = weak.lock()) {
+                self->devicesChanged();
+            }
+        });
     });
     post([](VolumeController& self) {
         self.recovering_ = true;

@@ -124,7 +124,7 @@ bool PipeWireAudioObjects::present(AudioObjectId device) const {
 
 void PipeWireAudioObjects::onDevicesChanged(std::function<void()> handler) {
     const auto lock = session_->lock();
-    onDevicesChanged_ = std::move(handler);
+    std::swap(onDevicesChanged_, handler);  // the old one ends without the lock
 }
 
 void PipeWireAudioObjects::disconnecting() {

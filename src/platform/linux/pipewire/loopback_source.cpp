@@ -57,9 +57,10 @@ void PipeWireLoopbackSource::open(Handlers handlers) {
 }
 
 void PipeWireLoopbackSource::close() {
+    Handlers old;  // what they know ends without the lock
     const auto lock = session_->lock();
     stream_.reset();
-    handlers_ = {};
+    old = std::exchange(handlers_, {});
 }
 
 SystemAudioCapture::Failure PipeWireLoopbackSource::failure(SystemAudioCapture::Error error) const {
