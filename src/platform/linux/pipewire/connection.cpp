@@ -48,6 +48,7 @@ bool isTrue(const spa_dict* properties, const char* key) {
     return value == "true" || value == "1";
 }
 
+constexpr auto askAgainDelay = std::chrono::milliseconds(200);
 constexpr auto all = std::numeric_limits<std::uint32_t>::max();
 
 bool isReadable(std::span<const spa_param_info> params, std::uint32_t id) {
@@ -63,13 +64,15 @@ std::unique_ptr<Connection> Connection::open(pw_context* context, Events events)
     if (!core) {
         return nullptr;
     }
-    std::unique_ptr<Connection> connection(new Connection(std::move(core), std::move(events)));
+    std::unique_ptr<Connection> connection(new Connection(context, std::move(core), std::move(events)));
     connection->startListening();
     return connection;
 }
 
-Connection::Connection(CorePointer core, Events events)
-    : events_(std::move(events)), core_(std::move(core)) {}
+Connection::Connection(pw_context* context, CorePointer core, Events events)
+    : events_(std::move(events)),
+      core_(std::move(core)),
+      askTimer_(pw_context_get_main_loop(context), [this] { askAgain(); }) {}
 
 Connection::~Connection() = default;
 
@@ -222,6 +225,10 @@ void Connection::addClient(GlobalId id) {
     }();
     pw_client_add_listener(bound->as<pw_client>(), bound->hook.get(), &clientEvents, bound);
     graph_.clients[id] = {};
+    if (metadata_) {
+        // While a client gets the metadata, a server (0.3.65) tells changes to that one only.
+        askLater(*metadata_);
+    }
 }
 
 void Connection::addDevice(GlobalId id) {
@@ -248,9 +255,17 @@ void Connection::addDevice(GlobalId id) {
 }
 
 void Connection::addMetadata(GlobalId id) {
+    if (listenToMetadata(id)) {
+        metadata_ = id;
+        ++graph_.sessionManagerStarts;
+        events_.changed();
+    }
+}
+
+bool Connection::listenToMetadata(GlobalId id) {
     Bound* bound = bind(id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA);
     if (bound == nullptr) {
-        return;
+        return false;
     }
     static const pw_metadata_events metadataEvents = [] {
         pw_metadata_events events{};
@@ -265,9 +280,7 @@ void Connection::addMetadata(GlobalId id) {
         return events;
     }();
     pw_metadata_add_listener(bound->as<pw_metadata>(), bound->hook.get(), &metadataEvents, bound);
-    metadata_ = id;
-    ++graph_.sessionManagerStarts;
-    events_.changed();
+    return true;
 }
 
 void Connection::onGlobalRemoved(GlobalId id) {
@@ -295,10 +308,9 @@ void Connection::onNodeInfo(GlobalId id, const pw_node_info& info) {
         node.profileDevice = number<int>(info.props, "card.profile.device");
         node.described = true;
     }
-    // Asked for anew at each change: a subscription misses those of objects that other clients implement.
     if (node.isSink() && (info.change_mask & PW_NODE_CHANGE_MASK_PARAMS) != 0 &&
         isReadable({info.params, info.n_params}, SPA_PARAM_Props)) {
-        pw_node_enum_params(bound_.at(id)->as<pw_node>(), 0, SPA_PARAM_Props, 0, all, nullptr);
+        askVolume(id);
     }
     events_.changed();
 }
@@ -323,10 +335,52 @@ void Connection::onDeviceInfo(GlobalId id, const pw_device_info& info) {
     if ((info.change_mask & PW_DEVICE_CHANGE_MASK_PARAMS) != 0) {
         device.hasRoutes = isReadable({info.params, info.n_params}, SPA_PARAM_Route);
         if (device.hasRoutes) {
-            pw_device_enum_params(bound_.at(id)->as<pw_device>(), 0, SPA_PARAM_Route, 0, all, nullptr);
+            askVolume(id);
         }
     }
     events_.changed();
+}
+
+void Connection::askVolume(GlobalId id) {
+    // Not by subscription: that misses changes of objects that other clients implement, as sound cards are.
+    // At once: where a client asks and goes away before the answer, a server (0.3.65) takes its old answer
+    // for the new one, unless somebody else has asked too. And once more, for what was missed even so.
+    enumerateVolume(id);
+    askLater(id);
+}
+
+void Connection::askLater(GlobalId id) {
+    if (toAsk_.empty()) {
+        askTimer_.runAfter(askAgainDelay);
+    }
+    toAsk_.insert(id);
+    lastChange_ = std::chrono::steady_clock::now();
+}
+
+void Connection::askAgain() {
+    for (const GlobalId id : toAsk_) {
+        if (id == metadata_ && !ending_) {
+            listenToMetadata(id);
+        } else {
+            enumerateVolume(id);
+        }
+    }
+    if (std::chrono::steady_clock::now() < lastChange_ + askAgainDelay / 2) {
+        askTimer_.runAfter(askAgainDelay);  // too soon for the last of them
+    } else {
+        toAsk_.clear();
+    }
+}
+
+void Connection::enumerateVolume(GlobalId id) {
+    if (ending_) {
+        return;
+    }
+    if (graph_.nodes.count(id) > 0) {
+        pw_node_enum_params(bound_.at(id)->as<pw_node>(), ++question_, SPA_PARAM_Props, 0, all, nullptr);
+    } else if (graph_.devices.count(id) > 0) {
+        pw_device_enum_params(bound_.at(id)->as<pw_device>(), ++question_, SPA_PARAM_Route, 0, all, nullptr);
+    }
 }
 
 void Connection::onParam(GlobalId id, std::uint32_t param, const spa_pod* pod) {

@@ -3,11 +3,15 @@
 
 #include "platform/linux/pipewire/graph.h"
 #include "platform/linux/pipewire/handles.h"
+#include "platform/linux/pipewire/loop_sources.h"
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <pipewire/extensions/metadata.h>
+#include <set>
 
 namespace sordin::pipewire {
 
@@ -34,6 +38,11 @@ public:
     /// Asks the server to answer; the number that `synchronised` will tell.
     int synchronise();
 
+    /// Asks nothing more by itself. The answers to what was asked come before the next synchronised(), which
+    /// is to be awaited: a server (0.3.65) may take the end of a client that waits for an answer for the
+    /// answer.
+    void prepareEnd() { ending_ = true; }
+
     /// Write the volume of a node, or of the route of a card. False if there is no such.
     bool setNodeVolume(GlobalId node, const VolumeProps& volume);
     bool setRouteVolume(GlobalId device, int profileDevice, const VolumeProps& volume);
@@ -42,7 +51,7 @@ private:
     /// A proxy of an object that is listened to.
     struct Bound;
 
-    Connection(CorePointer core, Events events);
+    Connection(pw_context* context, CorePointer core, Events events);
     void startListening();
     Bound* bind(GlobalId id, const char* type, std::uint32_t version);
     void onGlobal(GlobalId id, const char* type, const spa_dict* properties);
@@ -54,6 +63,11 @@ private:
     void onNodeInfo(GlobalId id, const pw_node_info& info);
     void onClientInfo(GlobalId id, const pw_client_info& info);
     void onDeviceInfo(GlobalId id, const pw_device_info& info);
+    bool listenToMetadata(GlobalId id);
+    void askVolume(GlobalId id);
+    void askLater(GlobalId id);
+    void askAgain();
+    void enumerateVolume(GlobalId id);
     void onParam(GlobalId id, std::uint32_t param, const spa_pod* pod);
     void onMetadata(const char* key, const char* value);
 
@@ -66,6 +80,11 @@ private:
     Hook registryHook_;
     std::map<GlobalId, std::unique_ptr<Bound>> bound_;
     std::optional<GlobalId> metadata_;
+    std::set<GlobalId> toAsk_;  // whose volume has changed, and metadata of which a change may be lost
+    std::chrono::steady_clock::time_point lastChange_;  // that put something there
+    LoopTimer askTimer_;
+    bool ending_ = false;
+    int question_ = 0;
 };
 
 }  // namespace sordin::pipewire

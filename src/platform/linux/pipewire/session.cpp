@@ -13,7 +13,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto reconnectInterval = 500ms;
-constexpr int listingRoundsNeeded = 3;  // names of objects; what they are; what follows from that
+constexpr auto endDeadline = 100ms;
+constexpr int listingRoundsNeeded = 4;  // names of objects; what they are; their volumes
 
 }  // namespace
 
@@ -45,6 +46,13 @@ Session::Session() {
 }
 
 Session::~Session() {
+    {
+        const LoopLock lock(loop_.get());
+        if (connection_) {
+            connection_->prepareEnd();
+        }
+    }
+    flush(endDeadline);
     {
         const LoopLock lock(loop_.get());
         disconnect();
