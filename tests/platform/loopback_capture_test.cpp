@@ -158,8 +158,9 @@ TEST_F(LoopbackCaptureTest, AServerThatIsLostWhileOpeningIsWaitedForAndOneThatRe
 
 TEST_F(LoopbackCaptureTest, AStopWinsOverAStartAndTheHandlerIsQuietWhenItIsDone) {
     start();
+    const auto old = source.handlers;
     stop();
-    source.handlers.opened();  // too late
+    old.opened();  // too late
     settle();
     EXPECT_THAT(news, ElementsAre("start: cancelled", "stop"));
     EXPECT_EQ(source.open, 0);
@@ -173,6 +174,9 @@ TEST_F(LoopbackCaptureTest, AStopWinsOverAStartAndTheHandlerIsQuietWhenItIsDone)
     settle();
     EXPECT_THAT(news, ElementsAre("stop", "second stop"));
     EXPECT_THAT(frames, IsEmpty());
+    old.opened();  // far too late
+    settle();
+    EXPECT_THAT(news, ElementsAre("stop", "second stop"));
     source.handlers.opened();
     control->runPending();
     audio->advance(500ms);
