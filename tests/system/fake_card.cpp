@@ -3,7 +3,7 @@
 // the cards of ALSA it keeps a volume per route, and says of each whether it is to be saved. Ends with its
 // stdin.
 //   On stdin: "route NAME" plugs that in, "volume LEFT RIGHT" (linear) is what keys on a device do.
-//   On stdout: {"ready":true}, then {"route":NAME,"volumes":[..],"mute":..,"save":..} for each Route written.
+//   On stdout: {"ready":true}, and {"route":NAME,"volumes":[..],"mute":..,"save":..} for each Route written.
 #include "system/input_lines.h"
 
 #include <array>
@@ -24,6 +24,7 @@
 #include <spa/pod/parser.h>
 #include <sstream>
 #include <string>
+#include <utility>
 
 namespace sordin {
 namespace {
@@ -138,18 +139,20 @@ private:
             pw_main_loop_quit(self(data).loop_);
         }
     }
-    static void cardBound(void* data, std::uint32_t id) {
+    static void cardBound(void* data, std::uint32_t id) { self(data).cardId_ = id; }
+    /// Made when the session manager has chosen the route, as for cards of ALSA: of a sink that comes sooner
+    /// it may believe for ever that it has no route.
+    void makeSink() {
         pw_properties* sink =
             pw_properties_new(PW_KEY_FACTORY_NAME, "support.null-audio-sink", PW_KEY_NODE_NAME, "fake-sink",
                               PW_KEY_NODE_DESCRIPTION, "Fake Card Sink", PW_KEY_MEDIA_CLASS, "Audio/Sink",
-                              PW_KEY_DEVICE_ID, std::to_string(id).c_str(), PW_KEY_DEVICE_API, "alsa",
+                              PW_KEY_DEVICE_ID, std::to_string(cardId_).c_str(), PW_KEY_DEVICE_API, "alsa",
                               PW_KEY_PRIORITY_SESSION, "3000", PW_KEY_PRIORITY_DRIVER, "3000",
                               "card.profile.device", "0", "audio.position", "[ FL FR ]", nullptr);
-        FakeCard& card = self(data);
-        card.sink_ = static_cast<pw_proxy*>(pw_core_create_object(
-            card.core_, "adapter", PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, &sink->dict, 0));
+        sink_ = static_cast<pw_proxy*>(
+            pw_core_create_object(core_, "adapter", PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, &sink->dict, 0));
         pw_properties_free(sink);
-        pw_proxy_add_listener(card.sink_, &card.sinkListener_, &card.sinkEvents_, data);
+        pw_proxy_add_listener(sink_, &sinkListener_, &sinkEvents_, this);
     }
     static void sinkBound(void* /*data*/, std::uint32_t /*id*/) {
         std::cout << R"({"ready":true})" << std::endl;
@@ -214,14 +217,17 @@ private:
         if (!parseRoute(parameter, index, volumes, save) || index < 0 || index > 1) {
             return -EINVAL;
         }
-        card.active_ = static_cast<std::uint32_t>(index);
+        const bool other = std::exchange(card.active_, static_cast<std::uint32_t>(index)) != card.active_;
         Route& written = card.routes_[card.active_];
         written.save = save;
         written.take(volumes);
         std::cout << std::boolalpha << std::setprecision(9) << R"({"route":")" << written.name
                   << R"(","volumes":[)" << written.volumes[0] << "," << written.volumes[1] << R"(],"mute":)"
                   << written.mute << R"(,"save":)" << written.save << "}" << std::endl;
-        card.changed({enumRoute, activeRoute});
+        other ? card.changed({enumRoute, activeRoute}) : card.changed({activeRoute});
+        if (card.sink_ == nullptr) {
+            card.makeSink();
+        }
         return 0;
     }
 
@@ -313,6 +319,7 @@ private:
                                                {SPA_PARAM_Route, SPA_PARAM_INFO_READWRITE, 0, 0, {}}}};
     std::array<Route, 2> routes_{{{"fake-speaker", {0.343F, 0.343F}}, {"fake-headphones", {0.125F, 0.125F}}}};
     std::uint32_t active_ = 0;
+    std::uint32_t cardId_ = 0;
 };
 
 }  // namespace

@@ -41,8 +41,23 @@ public:
         bool save;
     };
 
-    Card() : process_({SORDIN_FAKE_CARD}, {.readOutput = true, .writeInput = true}) {
-        EXPECT_EQ(process_.readLine(deadline), R"({"ready":true})");
+    /// Returns when it is the default. WirePlumber 0.4 now and then believes for ever that a new card has no
+    /// route in use, so it is told.
+    explicit Card(const PrivateAudioServer& server)
+        : process_({SORDIN_FAKE_CARD}, {.readOutput = true, .writeInput = true}) {
+        while (const auto line = process_.readLine(deadline)) {
+            if (line->find("ready") != std::string::npos) {
+                break;
+            }
+        }
+        const auto isDefault = [&] { return server.defaultSink() == "fake-sink"; };
+        EXPECT_TRUE(waitUntil(
+            [&] {
+                return isDefault() || (outputOf({"pw-metadata", "-n", "default", "0", "default.audio.sink",
+                                                 R"({"name":"fake-sink"})", "Spa:String:JSON"}) &&
+                                       isDefault());
+            },
+            deadline));
     }
     void say(const std::string& line) { process_.writeLine(line); }
     /// What the card is told, by whomever: "save" is whether the session manager is to remember it.
@@ -53,6 +68,21 @@ public:
         }
         const auto json = nlohmann::json::parse(*line);
         return Write{json["route"], json["volumes"], json["save"]};
+    }
+    /// Whether it comes to be told this volume. The server is not asked: many questions confuse it.
+    testing::AssertionResult isTold(const std::string& route, float volume) {
+        const auto end = std::chrono::steady_clock::now() + deadline;
+        std::optional<Write> last;
+        while (std::chrono::steady_clock::now() < end) {
+            if (const auto write = nextWrite(100ms)) {
+                last = write;
+                if (write->route == route && std::fabs(write->volumes.at(0) - volume) < 1e-4F) {
+                    return testing::AssertionSuccess();
+                }
+            }
+        }
+        return testing::AssertionFailure() << (last ? last->route : "-") << " is told "
+                                           << (last ? testing::PrintToString(last->volumes) : "nothing");
     }
 
 private:
@@ -111,12 +141,13 @@ protected:
     bool recordIsGone() {
         return waitUntil([&] { return !defaults->number(PendingRestore::key); }, deadline);
     }
-    /// Gives a new card the volume 70 %, as the user's choice, in place of the session manager's.
+    static constexpr float usersVolume = 0.343F;  // 70 %
+
+    /// Waits until a new card is the default, and sets its volume by its own keys.
     AudioObjectId useCard(Card& card) {
-        server->setDefaultSink("fake-sink");
         const auto device = defaultDevice("fake-sink");
-        EXPECT_TRUE(becomes("fake-sink", {0.064F, 0.064F}));
-        server->setVolume("fake-sink", {70});
+        EXPECT_TRUE(waitUntil([&] { return std::fabs(volumeOf(device) - 0.4F) < 1e-3F; }, deadline));
+        card.say("volume 0.343 0.343");
         EXPECT_TRUE(waitUntil([&] { return std::fabs(volumeOf(device) - 0.7F) < 1e-3F; }, deadline));
         while (card.nextWrite(10ms)) {
         }
@@ -156,9 +187,9 @@ TEST_F(VolumeSystemTest, FadesAVirtualSinkAndBringsVolumeAndBalanceBack) {
 
 TEST_F(VolumeSystemTest, WritesTheRouteOfACardStepByStepWithoutHavingItRemembered) {
     begin();
-    Card card;
+    Card card(*server);
     useCard(card);
-    const double before = std::cbrt(static_cast<double>(server->volume("fake-sink").at(0)));
+    const double before = std::cbrt(static_cast<double>(usersVolume));
     // Seven and thirty steps along the curve 3t^2 - 2t^3.
     const auto expectRamp = [&card](int steps, double from, double to) {
         for (int i = 1; i <= steps; ++i) {
@@ -180,16 +211,15 @@ TEST_F(VolumeSystemTest, WritesTheRouteOfACardStepByStepWithoutHavingItRemembere
 
 TEST_F(VolumeSystemTest, HeadphonesPluggedInMeanwhileKeepTheirOwnVolume) {
     begin();
-    Card card;
+    Card card(*server);
     const auto speaker = useCard(card);
-    const auto before = server->volume("fake-sink");
     controller->duck(0, 0.15);
-    ASSERT_TRUE(becomes("fake-sink", {0, 0}));
+    ASSERT_TRUE(card.isTold("fake-speaker", 0));
     card.say("route fake-headphones");
     AudioObjectId headphones = speaker;
     ASSERT_TRUE(waitUntil([&] { return (headphones = defaultDevice("fake-sink")) != speaker; }, deadline));
     EXPECT_FALSE(objects->present(speaker));
-    ASSERT_TRUE(becomes("fake-sink", {0.064F, 0.064F}));  // what the session manager gives new ones
+    ASSERT_TRUE(card.isTold("fake-headphones", 0.064F));  // by the session manager, as all new ones
     controller->restore(0.1);
     queue->sync([] {});
     while (const auto write = card.nextWrite(500ms)) {
@@ -197,27 +227,25 @@ TEST_F(VolumeSystemTest, HeadphonesPluggedInMeanwhileKeepTheirOwnVolume) {
     }
     EXPECT_TRUE(defaults->number(PendingRestore::key));  // the speaker has yet to get its volume
     card.say("route fake-speaker");
-    EXPECT_TRUE(becomes("fake-sink", before));
-    EXPECT_EQ(defaultDevice("fake-sink"), speaker);
+    EXPECT_TRUE(card.isTold("fake-speaker", usersVolume));
     EXPECT_TRUE(recordIsGone());
+    EXPECT_EQ(defaultDevice("fake-sink"), speaker);
 }
 
 TEST_F(VolumeSystemTest, ACardFadedByAProgramThatDiedIsNotLeftDownByARestartedServer) {
     begin();
     {
-        Card card;
-        useCard(card);
-        const auto saved = [&] { return contentsOf(server->folder() / "state/wireplumber/default-routes"); };
-        ASSERT_TRUE(waitUntil([&] { return saved().find("0.34") != std::string::npos; }, deadline))
-            << saved();
+        Card card(*server);
+        defaultDevice("fake-sink");
         controller->duck(0, 0.15);
-        ASSERT_TRUE(becomes("fake-sink", {0, 0}));
+        ASSERT_TRUE(card.isTold("fake-speaker", 0));
         crash();
         server->kill();
     }
     server->start();
-    const Card card;
-    EXPECT_TRUE(becomes("fake-sink", {0.343F, 0.343F}));  // though nothing of ours runs
+    Card card(*server);
+    // What it was told first, though nothing of ours runs.
+    EXPECT_TRUE(card.isTold("fake-speaker", 0.064F));
 }
 
 TEST_F(VolumeSystemTest, TheSinkThatWasFadedIsRestoredWhateverTheDefaultIsNow) {
