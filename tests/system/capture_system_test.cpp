@@ -209,6 +209,22 @@ TEST_F(CaptureSystemTest, AServerThatDiesIsToldOnceAndHeardAgainWhenItIsBack) {
     }
 }
 
+TEST_F(CaptureSystemTest, AServerThatHangsIsToldAndSteadySoundIsNeverTakenForThat) {
+    begin();
+    const Player player;
+    ASSERT_EQ(ear->start(), "");
+    EXPECT_TRUE(ear->hears(fullLevel));
+    EXPECT_TRUE(ear->keepsHearing(fullLevel, 8));  // longer than silence is taken for sound
+    EXPECT_THAT(ear->losses(), IsEmpty());
+    server->hang();
+    ASSERT_TRUE(waitUntil([&] { return !ear->losses().empty(); }, 60s));
+    EXPECT_THAT(ear->losses(),
+                ElementsAre("The PipeWire audio server ended the capture (no sound arrives)."));
+    server->goOn();
+    EXPECT_EQ(ear->start(), "");
+    EXPECT_TRUE(ear->hears(fullLevel));
+}
+
 TEST_F(CaptureSystemTest, SaysWhatIsMissing) {
     server.emplace(AudioServerOptions{.sinks = {}, .pulse = false});
     session = std::make_shared<Session>();

@@ -139,6 +139,14 @@ void PrivateAudioServer::killServer() {
     }
 }
 
+void PrivateAudioServer::hang() {
+    pipewire_->kill(SIGSTOP);
+}
+
+void PrivateAudioServer::goOn() {
+    pipewire_->kill(SIGCONT);
+}
+
 std::string PrivateAudioServer::defaultSink() const {
     return textOf(at(defaultMetadata("default.audio.sink"), "/name"));
 }

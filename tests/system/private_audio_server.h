@@ -36,6 +36,9 @@ public:
     void kill();
     /// Ends PipeWire alone; its session manager and the PulseAudio server notice.
     void killServer();
+    /// It hangs: it answers nothing, but its connections stay. Until it is told to go on.
+    void hang();
+    void goOn();
 
     /// The default sink as the session manager has decided; empty if there is none.
     [[nodiscard]] std::string defaultSink() const;

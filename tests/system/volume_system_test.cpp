@@ -10,7 +10,9 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <atomic>
 #include <cmath>
+#include <future>
 
 namespace sordin {
 namespace {
@@ -260,6 +262,24 @@ TEST_F(VolumeSystemTest, TheSinkThatWasFadedIsRestoredWhateverTheDefaultIsNow) {
     controller->restore(0.6);
     EXPECT_TRUE(becomes(sinkA, {0.216F, 0.216F}));
     EXPECT_THAT(server->volume(sinkB), ElementsAre(1.0F, 1.0F));
+}
+
+TEST_F(VolumeSystemTest, EachChangeOfTheDefaultIsSeenThoughOthersConnectAllTheTime) {
+    begin();
+    std::atomic<bool> enough = false;
+    const auto askAllTheTime = [&] {
+        while (!enough) {
+            outputOf({"pw-metadata", "0"}, "/dev/null");
+        }
+    };
+    const auto one = std::async(std::launch::async, askAllTheTime);
+    const auto two = std::async(std::launch::async, askAllTheTime);
+    for (int i = 0; i < 20; ++i) {
+        const auto& sink = i % 2 == 0 ? sinkB : sinkA;
+        server->setDefaultSink(sink);
+        defaultDevice(sink);
+    }
+    enough = true;
 }
 
 TEST_F(VolumeSystemTest, AServerThatDiesWhileFadedGetsTheVolumeBackWhenItReturns) {
