@@ -1,0 +1,314 @@
+// SPDX-License-Identifier: MIT
+#include "classifier/sound_model_file.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <fstream>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace sordin {
+
+namespace {
+
+constexpr std::string_view magic = "SORDINSM";
+constexpr std::uint32_t knownVersion = 1;
+constexpr std::size_t headerBytes = magic.size() + 3 * sizeof(std::uint32_t);
+
+/// Why a model is refused; the name of the file is added where it is known.
+class Refusal : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+void require(bool condition, const char* otherwise) {
+    if (!condition) {
+        throw Refusal(otherwise);
+    }
+}
+
+std::uint32_t crc32(std::span<const std::byte> bytes) {
+    constexpr auto table = [] {
+        std::array<std::uint32_t, 256> entries{};
+        for (std::uint32_t i = 0; i < entries.size(); ++i) {
+            std::uint32_t value = i;
+            for (int bit = 0; bit < 8; ++bit) {
+                value = (value >> 1U) ^ ((value & 1U) != 0 ? 0xEDB88320U : 0U);
+            }
+            entries[i] = value;
+        }
+        return entries;
+    }();
+    std::uint32_t crc = 0xFFFFFFFFU;
+    for (const std::byte byte : bytes) {
+        crc = (crc >> 8U) ^ table[(crc ^ std::to_integer<std::uint32_t>(byte)) & 0xFFU];
+    }
+    return ~crc;
+}
+
+/// An IEEE binary16 as a float, which can hold every one of them.
+float fromHalf(std::uint32_t half) {
+    const std::uint32_t exponent = (half >> 10U) & 0x1FU;
+    const std::uint32_t fraction = half & 0x3FFU;
+    require(exponent != 0x1FU, "a weight is not finite");
+    // Below the normal numbers the fraction counts steps of 2^-24.
+    const float magnitude = exponent == 0
+                                ? static_cast<float>(fraction) * 0x1p-24F
+                                : std::bit_cast<float>(((exponent + 112U) << 23U) | (fraction << 13U));
+    return (half & 0x8000U) != 0 ? -magnitude : magnitude;
+}
+
+/// Takes one value after the other.
+class Reader {
+public:
+    explicit Reader(std::span<const std::byte> bytes) : bytes_(bytes) {}
+
+    [[nodiscard]] std::span<const std::byte> take(std::uint64_t count) {
+        require(count <= bytes_.size(), "it ends too early");
+        const auto taken = bytes_.first(static_cast<std::size_t>(count));
+        bytes_ = bytes_.subspan(static_cast<std::size_t>(count));
+        return taken;
+    }
+
+    /// A whole number of so many bytes.
+    [[nodiscard]] std::uint32_t integer(std::size_t size = sizeof(std::uint32_t)) {
+        std::uint32_t value = 0;
+        unsigned shift = 0;
+        for (const std::byte byte : take(size)) {
+            value |= std::to_integer<std::uint32_t>(byte) << shift;
+            shift += 8;
+        }
+        return value;
+    }
+
+    /// A size, from 1 to `most`.
+    [[nodiscard]] std::uint32_t size(std::uint32_t most, const char* otherwise) {
+        const std::uint32_t value = integer();
+        require(value >= 1 && value <= most, otherwise);
+        return value;
+    }
+
+    [[nodiscard]] float number() {
+        const auto value = std::bit_cast<float>(integer());
+        require(std::isfinite(value), "a number is not finite");
+        return value;
+    }
+
+    [[nodiscard]] float number(double least, double most, const char* otherwise) {
+        const float value = number();
+        require(static_cast<double>(value) >= least && static_cast<double>(value) <= most, otherwise);
+        return value;
+    }
+
+    [[nodiscard]] std::vector<float> halves(std::uint64_t count) {
+        Reader values(take(2 * count));
+        std::vector<float> result(static_cast<std::size_t>(count));
+        std::generate(result.begin(), result.end(), [&] { return fromHalf(values.integer(2)); });
+        return result;
+    }
+
+    [[nodiscard]] std::vector<float> numbers(std::uint64_t count) {
+        Reader values(take(sizeof(float) * count));
+        std::vector<float> result(static_cast<std::size_t>(count));
+        std::generate(result.begin(), result.end(), [&] { return values.number(); });
+        return result;
+    }
+
+    [[nodiscard]] bool atEnd() const { return bytes_.empty(); }
+    [[nodiscard]] std::span<const std::byte> rest() const { return bytes_; }
+
+private:
+    std::span<const std::byte> bytes_;
+};
+
+/// Reads the payload part by part and keeps account of what the model will cost.
+class ModelReader {
+public:
+    explicit ModelReader(std::span<const std::byte> payload) : reader_(payload) {}
+
+    [[nodiscard]] SoundModel read() {
+        SoundModel model;
+        model.frontEnd = frontEnd();
+        PlaneSize plane = inputSize(model.frontEnd);
+        std::uint64_t channels = 1;
+        const auto layers = reader_.size(mostLayers, "the number of convolutions is out of range");
+        for (std::uint32_t i = 0; i < layers; ++i) {
+            model.convolutions.push_back(convolution(channels, plane));
+            channels = model.convolutions.back().out;
+            plane = outputSize(model.convolutions.back(), plane);
+        }
+        model.sections = reader_.size(mostSections, "the number of sections is out of range");
+        require(model.sections <= plane.times, "more sections than time steps");
+        model.embedding = dense(2 * model.sections * channels * plane.frequencies);
+        model.memory = reader_.size(mostMemory, "the number of embeddings is out of range");
+        denseLayers(model);
+        labels(model);
+        require(reader_.atEnd(), "something follows the model");
+        return model;
+    }
+
+private:
+    static constexpr std::uint32_t mostLayers = 32;
+    static constexpr std::uint32_t mostSections = 64;
+    static constexpr std::uint32_t mostMemory = 64;
+    static constexpr std::uint32_t mostLabels = 64;
+    static constexpr std::uint32_t mostChannels = 1'024;
+    static constexpr std::uint32_t mostStride = 4;
+    static constexpr std::uint32_t mostValues = 65'536;
+
+    void addPlane(std::uint64_t channels, PlaneSize plane) {
+        // As the network lays them out: with a margin, channels in whole blocks.
+        planeValues_ += (channels + 7) * (plane.times + 2) * (plane.frequencies + 2);
+        require(planeValues_ <= SoundModelLimits::planeValues, "it needs too much memory");
+    }
+
+    void addWork(double multiplicationsPerSecond) {
+        work_ += multiplicationsPerSecond;
+        require(work_ <= static_cast<double>(SoundModelLimits::workPerSecond), "it needs too much time");
+    }
+
+    [[nodiscard]] SoundModel::FrontEnd frontEnd() {
+        constexpr auto lengths = "its window, hop and transform do not fit together";
+        constexpr auto bands = "its bands are out of range";
+        SoundModel::FrontEnd result;
+        result.rate = reader_.size(96'000, "its sample rate is out of range");
+        require(result.rate >= 4'000 && result.rate % 2 == 0, "its sample rate is out of range");
+        result.window = reader_.size(8'192, lengths);
+        result.hop = reader_.size(result.window, lengths);
+        result.transform = reader_.size(8'192, lengths);
+        require(result.window <= result.transform && result.transform % 2 == 0, lengths);
+        require(resultInterval(result) % result.hop == 0, "half a second is no whole number of its hops");
+        result.mels = reader_.size(256, bands);
+        result.low = reader_.number(0, result.rate, bands);
+        result.high = reader_.number(0, result.rate / 2, bands);
+        require(result.low < result.high, bands);
+        result.floor = reader_.number(1e-12, 1, "its floor is out of range");
+        result.range = reader_.number(0.01, 100, "its range is out of range");
+        result.scale = reader_.number(0.01, 100, "its scale is out of range");
+        result.frames = reader_.size(60 * result.rate / result.hop, "its patch is too long");
+        result.pool = reader_.size(result.frames, "its patch holds no whole pool of frames");
+        addPlane(1, {result.frames, result.mels});
+        // About what a transform takes.
+        addWork(static_cast<double>(result.rate) / result.hop * result.transform * 20);
+        return result;
+    }
+
+    [[nodiscard]] SoundModel::Convolution convolution(std::uint64_t channels, PlaneSize input) {
+        constexpr auto fit = "a convolution does not fit the layer before";
+        SoundModel::Convolution layer;
+        layer.in = reader_.size(mostChannels, fit);
+        require(layer.in == channels, fit);
+        layer.out = reader_.size(mostChannels, "a convolution has too many channels or none");
+        layer.strideTime = reader_.size(mostStride, "a stride is out of range");
+        layer.strideFrequency = reader_.size(mostStride, "a stride is out of range");
+        const std::uint32_t residual = reader_.integer();
+        require(residual <= 1, "a residual flag is neither 0 nor 1");
+        layer.residual = residual == 1;
+        require(!layer.residual ||
+                    (layer.in == layer.out && layer.strideTime == 1 && layer.strideFrequency == 1),
+                "a residual layer changes size");
+        const PlaneSize output = outputSize(layer, input);
+        addPlane(layer.out, output);
+        const std::uint64_t weights = std::uint64_t{9} * layer.in * layer.out;
+        addWork(2.0 * static_cast<double>(weights * output.times * output.frequencies));
+        layer.weights = reader_.halves(weights);
+        layer.bias = reader_.numbers(layer.out);
+        return layer;
+    }
+
+    [[nodiscard]] SoundModel::Dense dense(std::uint64_t inputs) {
+        constexpr auto fit = "a dense layer does not fit the layer before";
+        SoundModel::Dense layer;
+        layer.in = reader_.size(mostValues, fit);
+        require(layer.in == inputs, fit);
+        layer.out = reader_.size(mostValues, "a dense layer has too many outputs or none");
+        const std::uint64_t weights = std::uint64_t{layer.in} * layer.out;
+        addWork(2.0 * static_cast<double>(weights));
+        layer.weights = reader_.halves(weights);
+        layer.bias = reader_.numbers(layer.out);
+        return layer;
+    }
+
+    void denseLayers(SoundModel& model) {
+        const auto layers = reader_.size(mostLayers, "the number of dense layers is out of range");
+        std::uint64_t inputs = std::uint64_t{model.memory} * model.embedding.out;
+        for (std::uint32_t i = 0; i < layers; ++i) {
+            model.dense.push_back(dense(inputs));
+            inputs = model.dense.back().out;
+        }
+    }
+
+    void labels(SoundModel& model) {
+        const auto count = reader_.size(mostLabels, "the number of labels is out of range");
+        require(count == model.dense.back().out, "not one label for each output");
+        for (std::uint32_t i = 0; i < count; ++i) {
+            SoundModel::Label label;
+            for (const std::byte byte : reader_.take(reader_.integer(1))) {
+                const char c = std::to_integer<char>(byte);
+                require(c >= ' ' && c <= '~', "a label is no printable ASCII");
+                label.identifier.push_back(c);
+            }
+            require(!label.identifier.empty(), "a label is empty");
+            label.gain = reader_.number();
+            label.offset = reader_.number();
+            model.labels.push_back(std::move(label));
+        }
+    }
+
+    Reader reader_;
+    std::uint64_t planeValues_ = 0;
+    double work_ = 0;
+};
+
+/// Checks the frame around the payload.
+std::span<const std::byte> payloadOf(std::span<const std::byte> bytes) {
+    Reader header(bytes);
+    require(bytes.size() >= headerBytes && std::ranges::equal(header.take(magic.size()), magic, {}, {},
+                                                              [](char c) { return std::byte(c); }),
+            "no sound model");
+    require(header.integer() == knownVersion, "a sound model of another version");
+    const std::uint32_t size = header.integer();
+    const std::uint32_t checksum = header.integer();
+    require(size <= SoundModelLimits::payloadBytes, "it is too large");
+    require(header.rest().size() == size, "it has not the size that it says");
+    require(crc32(header.rest()) == checksum, "it is damaged (the checksum differs)");
+    return header.rest();
+}
+
+}  // namespace
+
+SoundModel readSoundModel(std::span<const std::byte> bytes, const std::string& name) {
+    try {
+        return ModelReader(payloadOf(bytes)).read();
+    } catch (const Refusal& refusal) {
+        throw SoundModelError(name + ": " + refusal.what());
+    }
+}
+
+SoundModel loadSoundModel(const std::filesystem::path& path) {
+    const auto fail = [&path](const std::string& why) { throw SoundModelError(path.string() + ": " + why); };
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (error) {
+        fail(error.message());
+    }
+    // Anything but a regular file could keep the reader waiting for ever.
+    if (!std::filesystem::is_regular_file(status)) {
+        fail("not a regular file");
+    }
+    const auto size = std::filesystem::file_size(path, error);
+    if (error || size > headerBytes + SoundModelLimits::payloadBytes) {
+        fail(error ? error.message() : "it is too large");
+    }
+    std::vector<char> bytes(static_cast<std::size_t>(size));
+    std::ifstream input(path, std::ios::binary);
+    if (!input.read(bytes.data(), static_cast<std::streamsize>(size))) {
+        fail("it cannot be read");
+    }
+    return readSoundModel(std::as_bytes(std::span(bytes)), path.string());
+}
+
+}  // namespace sordin
