@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+// Sound models made here, and the bytes of their files.
+#pragma once
+
+#include "classifier/sound_model.h"
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <random>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sordin {
+
+using Bytes = std::vector<std::byte>;
+
+/// Little-endian, whatever the machine.
+inline void append(Bytes& bytes, std::uint32_t value, unsigned size = 4) {
+    for (unsigned i = 0; i < size; ++i) {
+        bytes.push_back(std::byte((value >> (8 * i)) & 0xFFU));
+    }
+}
+
+inline void append(Bytes& bytes, float value) {
+    append(bytes, std::bit_cast<std::uint32_t>(value));
+}
+
+/// A binary16 of a float that is one: an infinity, 0 or a normal number with 11 bits.
+inline void appendHalf(Bytes& bytes, float value) {
+    const auto bits = std::bit_cast<std::uint32_t>(value);
+    const std::uint32_t sign = (bits >> 16U) & 0x8000U;
+    const std::uint32_t magnitude = value == 0 ? 0 : ((bits & 0x7FFFFFFFU) >> 13U) - (112U << 10U);
+    append(bytes, sign | (std::isfinite(value) ? magnitude : 0x7C00U), 2);
+}
+
+inline void append(Bytes& bytes, const std::vector<float>& weights, const std::vector<float>& bias) {
+    for (const float weight : weights) {
+        appendHalf(bytes, weight);
+    }
+    for (const float value : bias) {
+        append(bytes, value);
+    }
+}
+
+inline void append(Bytes& bytes, const SoundModel::Dense& layer) {
+    append(bytes, layer.in);
+    append(bytes, layer.out);
+    append(bytes, layer.weights, layer.bias);
+}
+
+inline Bytes payloadOf(const SoundModel& model) {
+    Bytes bytes;
+    const auto& f = model.frontEnd;
+    for (const std::uint32_t size : {f.rate, f.window, f.hop, f.transform, f.mels}) {
+        append(bytes, size);
+    }
+    for (const float value : {f.low, f.high, f.floor, f.range, f.scale}) {
+        append(bytes, value);
+    }
+    append(bytes, f.frames);
+    append(bytes, f.pool);
+    append(bytes, static_cast<std::uint32_t>(model.convolutions.size()));
+    for (const auto& layer : model.convolutions) {
+        for (const std::uint32_t size : {layer.in, layer.out, layer.strideTime, layer.strideFrequency}) {
+            append(bytes, size);
+        }
+        append(bytes, layer.residual ? 1U : 0U);
+        append(bytes, layer.weights, layer.bias);
+    }
+    append(bytes, model.sections);
+    append(bytes, model.embedding);
+    append(bytes, model.memory);
+    append(bytes, static_cast<std::uint32_t>(model.dense.size()));
+    for (const auto& layer : model.dense) {
+        append(bytes, layer);
+    }
+    append(bytes, static_cast<std::uint32_t>(model.labels.size()));
+    for (const auto& label : model.labels) {
+        append(bytes, static_cast<std::uint32_t>(label.identifier.size()), 1);
+        for (const char c : label.identifier) {
+            bytes.push_back(std::byte(c));
+        }
+        append(bytes, label.gain);
+        append(bytes, label.offset);
+    }
+    return bytes;
+}
+
+/// CRC-32 bit by bit.
+inline std::uint32_t slowCrc32(std::span<const std::byte> bytes) {
+    std::uint32_t crc = ~0U;
+    for (const std::byte byte : bytes) {
+        crc ^= std::to_integer<std::uint32_t>(byte);
+        for (int bit = 0; bit < 8; ++bit) {
+            crc = (crc & 1U) != 0 ? (crc >> 1U) ^ 0xEDB88320U : crc >> 1U;
+        }
+    }
+    return ~crc;
+}
+
+/// The file with this payload.
+inline Bytes fileOf(const Bytes& payload) {
+    Bytes bytes;
+    for (const char c : std::string_view("SORDINSM")) {
+        bytes.push_back(std::byte(c));
+    }
+    append(bytes, 1U);
+    append(bytes, static_cast<std::uint32_t>(payload.size()));
+    append(bytes, slowCrc32(payload));
+    bytes.insert(bytes.end(), payload.begin(), payload.end());
+    return bytes;
+}
+
+inline Bytes fileOf(const SoundModel& model) {
+    return fileOf(payloadOf(model));
+}
+
+/// `count` weights of a spread that keeps sums of `inputs` of them in bounds; all of them binary16.
+inline std::vector<float> randomWeights(std::mt19937& random, std::size_t count, std::size_t inputs) {
+    const float unit = std::exp2(std::round(std::log2(2 / std::sqrt(static_cast<float>(inputs)))) - 10);
+    std::uniform_int_distribution<int> steps(-1024, 1024);
+    std::vector<float> weights(count);
+    for (float& weight : weights) {
+        weight = static_cast<float>(steps(random)) * unit;
+    }
+    return weights;
+}
+
+inline SoundModel::Convolution randomConvolution(std::mt19937& random, std::uint32_t in, std::uint32_t out,
+                                                 std::uint32_t strideTime, std::uint32_t strideFrequency,
+                                                 bool residual = false) {
+    return {in,
+            out,
+            strideTime,
+            strideFrequency,
+            residual,
+            randomWeights(random, std::size_t{9} * in * out, std::size_t{9} * in),
+            randomWeights(random, out, 100)};
+}
+
+inline SoundModel::Dense randomDense(std::mt19937& random, std::size_t in, std::uint32_t out) {
+    return {static_cast<std::uint32_t>(in), out, randomWeights(random, in * out, in),
+            randomWeights(random, out, 100)};
+}
+
+/// What the network gives to the embedding.
+inline std::size_t featureCount(const SoundModel& model) {
+    PlaneSize size = inputSize(model.frontEnd);
+    for (const auto& layer : model.convolutions) {
+        size = outputSize(layer, size);
+    }
+    return 2 * model.sections * model.convolutions.back().out * size.frequencies;
+}
+
+/// A model that has everything a model can have, in small: patches of 0.5 s at 4 kHz, three embeddings.
+inline SoundModel smallModel(std::mt19937& random) {
+    SoundModel model;
+    model.frontEnd = {4'000, 100, 40, 128, 13, 60, 1'900, 1e-4F, 6, 2.5F, 49, 2};
+    model.convolutions = {randomConvolution(random, 1, 5, 2, 1), randomConvolution(random, 5, 9, 1, 2),
+                          randomConvolution(random, 9, 9, 1, 1, true),
+                          randomConvolution(random, 9, 12, 3, 2)};
+    model.sections = 3;
+    model.embedding = randomDense(random, featureCount(model), 7);
+    model.memory = 3;
+    model.dense = {randomDense(random, 21, 6), randomDense(random, 6, 3)};
+    model.labels = {{"speech", 1.5F, 0.25F}, {"music", 0.75F, -0.5F}, {"singing", 2, 0}};
+    return model;
+}
+
+}  // namespace sordin
