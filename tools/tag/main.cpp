@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+// sordin-tag: what the sound model says of a recording, label by label, for developers.
+#include "classifier/network_sound_tagger.h"
+#include "classifier/sound_model_file.h"
+#include "classifier/sound_model_location.h"
+#include "replay/audio_file.h"
+#include "replay/input_error.h"
+#include "support/program_path.h"
+
+#include <nlohmann/json.hpp>
+
+#include <exception>
+#include <iostream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace sordin;
+
+constexpr auto usage = "Usage: sordin-tag [--model FILE] RECORDING...\n"
+                       "Prints for every half second of each recording, from 1 s on, a JSON object with the "
+                       "time in seconds\n"
+                       "and the model's confidence in each of its labels. The recording is heard as 16 kHz "
+                       "mono, silence\n"
+                       "included. Without --model it takes the model that came with the program.\n";
+
+/// Frames that the tagger gets at a time; a whole number of them makes half a second.
+constexpr std::size_t pieceFrames = 320;
+
+/// The command line makes no sense.
+class UsageError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
+void tag(const SoundModel& model, const std::string& path) {
+    replay::AudioFile recording(path);
+    NetworkSoundTagger tagger(model);
+    std::size_t frames = 0;  // up to the end of the buffer at work
+    tagger.onLabels([&frames](std::span<const SoundLabel> labels) {
+        nlohmann::ordered_json line{{"t", static_cast<double>(frames) / replay::replayRate}};
+        for (const SoundLabel& label : labels) {
+            line[label.identifier] = label.confidence;
+        }
+        std::cout << line.dump() << '\n';
+    });
+    const AudioFormat format{replay::replayRate, 1};
+    if (const auto error = tagger.prepare(format)) {
+        throw std::runtime_error(*error);
+    }
+    std::vector<float> waiting;
+    bool more = true;
+    while (more) {
+        more = recording.read(waiting);
+        auto begin = waiting.begin();
+        while (static_cast<std::size_t>(waiting.end() - begin) >= pieceFrames) {
+            const auto position = static_cast<std::int64_t>(frames);
+            frames += pieceFrames;
+            tagger.analyze(PcmBuffer(format, {begin, begin + pieceFrames}), position);
+            begin += pieceFrames;
+        }
+        waiting.erase(waiting.begin(), begin);
+    }
+    if (recording.damage()) {
+        throw replay::InputError(path + ": the recording is damaged (" + *recording.damage() + ")");
+    }
+}
+
+void run(std::vector<std::string> arguments, const char* calledBy) {
+    std::optional<std::filesystem::path> path;
+    if (!arguments.empty() && arguments[0] == "--model") {
+        if (arguments.size() < 2) {
+            throw UsageError("--model needs a value");
+        }
+        path = arguments[1];
+        arguments.erase(arguments.begin(), arguments.begin() + 2);
+    } else {
+        path = findSoundModel(programPath(calledBy));
+    }
+    if (arguments.empty()) {
+        throw UsageError("no recording given");
+    }
+    if (!path) {
+        throw std::runtime_error("there is no sound model");
+    }
+    const SoundModel model = loadSoundModel(*path);
+    for (const std::string& recording : arguments) {
+        tag(model, recording);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::ios::sync_with_stdio(false);
+    try {
+        const std::vector<std::string> arguments(argv + 1, argv + argc);
+        if (!arguments.empty() && arguments[0] == "--help") {
+            std::cout << usage;
+        } else {
+            run(arguments, argv[0]);
+        }
+    } catch (const UsageError& error) {
+        std::cerr << "sordin-tag: " << error.what() << " (see --help)\n";
+        return 2;
+    } catch (const std::exception& error) {
+        std::cerr << "sordin-tag: " << error.what() << '\n';
+        return 1;
+    }
+    return std::cout.flush() ? 0 : 1;
+}
