@@ -19,6 +19,10 @@ using nlohmann::json;
 struct CueLine {
     double time = 0;
     json fields;
+
+    [[nodiscard]] bool namesScores() const {
+        return fields.contains("music") || fields.contains("speech") || fields.contains("jingle");
+    }
 };
 
 [[noreturn]] void fail(const std::string& where, const std::string& why) {
@@ -76,6 +80,7 @@ CueTrack CueTrack::read(std::istream& input, const std::string& name) {
     CueTrack track;
     CueState state;
     for (const CueLine& line : lines) {
+        track.namesScores_ = track.namesScores_ || line.namesScores();
         state = applied(std::move(state), line.fields);
         track.cues_.push_back({line.time, state});
     }

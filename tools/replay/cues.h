@@ -29,6 +29,9 @@ public:
     static CueTrack read(std::istream& input, const std::string& name);
     static CueTrack read(const std::filesystem::path& path);
 
+    /// Whether any line sets "music", "speech" or "jingle".
+    [[nodiscard]] bool namesScores() const { return namesScores_; }
+
     /// The state for a hop that ends at `time`: all cues up to and including it. Ask in the order of time.
     [[nodiscard]] const CueState& at(double time);
 
@@ -39,6 +42,7 @@ private:
     };
 
     std::vector<Cue> cues_;  // by time
+    bool namesScores_ = false;
     std::size_t next_ = 0;
     CueState state_;
 };

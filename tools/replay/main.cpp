@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: MIT
 // sordin-replay: the detector over recordings, for developers and for the curious.
+#include "classifier/sound_model_file.h"
+#include "classifier/sound_model_location.h"
 #include "replay/audio_file.h"
 #include "replay/input_error.h"
 #include "replay/options.h"
 #include "replay/progress_bar.h"
 #include "replay/report.h"
+#include "support/program_path.h"
 
 #include <chrono>
 #include <exception>
 #include <iostream>
+#include <memory>
 
 namespace {
 
@@ -30,12 +34,49 @@ void printReport(const Options& options, const Report& report) {
     }
 }
 
+/// The sound model that the options ask for.
+class Models {
+public:
+    /// Reads a model that is named; throws SoundModelError.
+    Models(const Options& options, const char* calledBy) : calledBy_(calledBy), settled_(options.noModel) {
+        if (options.model) {
+            use(*options.model);
+        }
+    }
+
+    /// The model; the program's own is read when it is first asked for. None, with a warning, if there is
+    /// none.
+    [[nodiscard]] std::shared_ptr<const sordin::SoundModel> get() {
+        if (!settled_) {
+            if (const auto path = sordin::findSoundModel(sordin::programPath(calledBy_))) {
+                use(*path);
+            } else {
+                std::cerr << "sordin-replay: there is no sound model, so neither music nor speech is heard\n";
+            }
+        }
+        settled_ = true;
+        return model_;
+    }
+
+private:
+    void use(const std::filesystem::path& path) {
+        model_ = std::make_shared<const sordin::SoundModel>(sordin::loadSoundModel(path));
+        settled_ = true;
+    }
+
+    const char* calledBy_;
+    bool settled_;
+    std::shared_ptr<const sordin::SoundModel> model_;
+};
+
 /// Replays one recording and prints what was found; false if it ended early by damage.
-bool replayFile(const Options& options, const std::string& path) {
-    const CueTrack cues = options.cues ? CueTrack::read(std::filesystem::path(*options.cues)) : CueTrack();
+bool replayFile(const Options& options, Models& models, const std::string& path) {
+    CueTrack cues = options.cues ? CueTrack::read(std::filesystem::path(*options.cues)) : CueTrack();
     const auto truth =
         options.truth ? std::optional(readAdLabels(std::filesystem::path(*options.truth))) : std::nullopt;
     AudioFile recording(path);
+    // Cues that name scores are there to be believed.
+    const auto model = cues.namesScores() ? nullptr : models.get();
 
     HopHandler onHop;
     if (options.hops) {
@@ -46,7 +87,7 @@ bool replayFile(const Options& options, const std::string& path) {
     const auto start = std::chrono::steady_clock::now();
     {
         ProgressBar bar(!options.hops);
-        report.result = replay(recording, path, options.settings, cues, onHop,
+        report.result = replay(recording, path, options.settings, {std::move(cues), model}, onHop,
                                [&](std::optional<double> share) { bar.show(share); });
     }
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
@@ -67,11 +108,12 @@ bool replayFile(const Options& options, const std::string& path) {
     return true;
 }
 
-int run(const Options& options) {
+int run(const Options& options, const char* calledBy) {
+    Models models(options, calledBy);
     int status = 0;
     for (const std::string& path : options.files) {
         try {
-            if (!replayFile(options, path)) {
+            if (!replayFile(options, models, path)) {
                 status = failed;
             }
         } catch (const InputError& error) {
@@ -94,7 +136,7 @@ int main(int argc, char** argv) {
         } else if (options.version) {
             std::cout << "sordin-replay " SORDIN_VERSION "\n";
         } else {
-            status = run(options);
+            status = run(options, argv[0]);
         }
     } catch (const UsageError& error) {
         std::cerr << "sordin-replay: " << error.what() << " (see --help)\n";

@@ -11,13 +11,27 @@ namespace sordin::replay {
 
 namespace {
 
-enum Code : int { hops = 1, json, cues, truth, threshold, sensitivity, noTranscription, help, version };
+enum Code : int {
+    hops = 1,
+    json,
+    cues,
+    truth,
+    model,
+    noModel,
+    threshold,
+    sensitivity,
+    noTranscription,
+    help,
+    version
+};
 
-constexpr std::array<option, 10> longOptions{{
+constexpr std::array<option, 12> longOptions{{
     {"hops", no_argument, nullptr, hops},
     {"json", no_argument, nullptr, json},
     {"cues", required_argument, nullptr, cues},
     {"truth", required_argument, nullptr, truth},
+    {"model", required_argument, nullptr, model},
+    {"no-model", no_argument, nullptr, noModel},
     {"threshold", required_argument, nullptr, threshold},
     {"sensitivity", required_argument, nullptr, sensitivity},
     {"no-transcription", no_argument, nullptr, noTranscription},
@@ -37,6 +51,9 @@ double unitNumber(const std::string& name, const char* text) {
 void check(const Options& options, bool bothLevels) {
     if (bothLevels) {
         throw UsageError("--threshold and --sensitivity exclude each other");
+    }
+    if (options.model && options.noModel) {
+        throw UsageError("--model and --no-model exclude each other");
     }
     if (options.files.empty()) {
         throw UsageError("no recording given");
@@ -76,6 +93,12 @@ Options parseOptions(std::vector<std::string> arguments) {
             break;
         case truth:
             options.truth = optarg;
+            break;
+        case model:
+            options.model = optarg;
+            break;
+        case noModel:
+            options.noModel = true;
             break;
         case threshold:
             options.settings.threshold = static_cast<float>(unitNumber("--threshold", optarg));
@@ -117,6 +140,9 @@ std::string helpText() {
            "  --hops              print one JSON object per half-second hop instead of a table\n"
            "  --cues FILE         JSON lines of what classifier and transcriber answer\n"
            "  --truth FILE        label track of where the ads really are; measures the detector against it\n"
+           "  --model FILE        sound model that hears what is music and speech (default: the program's "
+           "own)\n"
+           "  --no-model          hear neither, unless the cues say so\n"
            "  --threshold T       confidence that makes an ad, 0 to 1 (default 0.575)\n"
            "  --sensitivity S     the same as the program's slider, 0 to 1: threshold 0.8 - 0.45 S\n"
            "  --no-transcription  as with transcription switched off\n"

@@ -17,6 +17,8 @@ struct Options {
     bool hops = false;
     bool json = false;
     std::optional<std::string> cues;
+    std::optional<std::string> model;
+    bool noModel = false;
     std::optional<std::string> truth;
     Settings settings;
     std::vector<std::string> files;

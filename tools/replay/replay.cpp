@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "replay/replay.h"
 
+#include "classifier/network_sound_tagger.h"
 #include "detection/heuristic_ad_scorer.h"
 #include "detection/keyword_transcript_scorer.h"
+#include "platform/sound_analysis_classifier.h"
 #include "replay/input_error.h"
 #include "replay/stand_ins.h"
 #include "support/manual_serial_queue.h"
@@ -23,11 +25,11 @@ constexpr std::size_t pieceFrames = 320;
 /// A pipeline on a clock and a queue that are moved by hand.
 class Player {
 public:
-    Player(const Settings& settings, CueTrack cues, const HopHandler& onHop)
-        : cues_(std::move(cues)),
+    Player(const Settings& settings, Hearing hearing, const HopHandler& onHop)
+        : cues_(std::move(hearing.cues)),
           pipeline_(std::make_shared<DetectionPipeline>(DetectionPipeline::Parts{
-              queue_, clock_, classifier_, transcriber_, std::make_shared<KeywordTranscriptScorer>(),
-              std::make_shared<HeuristicAdScorer>()})) {
+              queue_, clock_, classifier(hearing.model.get()), transcriber_,
+              std::make_shared<KeywordTranscriptScorer>(), std::make_shared<HeuristicAdScorer>()})) {
         pipeline_->configure(settings.threshold, settings.transcription);
         pipeline_->onAdStart = [this] { ads_.push_back({{position(), position()}, 0, {}, true}); };
         pipeline_->onAdEnd = [this](const AdSummary& summary) {
@@ -45,7 +47,7 @@ public:
         frames_ += piece.size();
         clock_->set(clockStart + position());
         const CueState& state = cues_.at(position());
-        classifier_->follow(state);
+        cueClassifier_->follow(state);
         transcriber_->follow(state);
         pipeline_->ingest(PcmBuffer({replayRate, 1}, std::move(piece)));
         queue_->runPending();
@@ -59,6 +61,13 @@ public:
     }
 
 private:
+    [[nodiscard]] std::shared_ptr<SoundClassifying> classifier(const SoundModel* model) const {
+        if (model == nullptr) {
+            return cueClassifier_;
+        }
+        return std::make_shared<SoundAnalysisClassifier>(std::make_unique<NetworkSoundTagger>(*model));
+    }
+
     [[nodiscard]] double position() const { return static_cast<double>(frames_) / replayRate; }
 
     CueTrack cues_;
@@ -67,16 +76,16 @@ private:
     std::vector<FoundAd> ads_;
     std::shared_ptr<ManualSerialQueue> queue_ = std::make_shared<ManualSerialQueue>("sordin.audio");
     std::shared_ptr<ManualClock> clock_ = std::make_shared<ManualClock>(clockStart);
-    std::shared_ptr<CueClassifier> classifier_ = std::make_shared<CueClassifier>();
+    std::shared_ptr<CueClassifier> cueClassifier_ = std::make_shared<CueClassifier>();
     std::shared_ptr<CueTranscriber> transcriber_ = std::make_shared<CueTranscriber>();
     std::shared_ptr<DetectionPipeline> pipeline_;
 };
 
 }  // namespace
 
-ReplayResult replay(AudioFile& recording, const std::string& name, const Settings& settings, CueTrack cues,
+ReplayResult replay(AudioFile& recording, const std::string& name, const Settings& settings, Hearing hearing,
                     const HopHandler& onHop, const ProgressHandler& onProgress) {
-    Player player(settings, std::move(cues), onHop);
+    Player player(settings, std::move(hearing), onHop);
     std::vector<float> waiting;
     bool more = true;
     while (more) {

@@ -7,8 +7,13 @@
 #include "replay/labels.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
+
+namespace sordin {
+struct SoundModel;
+}
 
 namespace sordin::replay {
 
@@ -16,6 +21,12 @@ namespace sordin::replay {
 struct Settings {
     float threshold = 0.575F;
     bool transcription = true;
+};
+
+/// What the detector hears with.
+struct Hearing {
+    CueTrack cues;
+    std::shared_ptr<const SoundModel> model;  ///< classifies the sound; without one the cues do
 };
 
 /// One ad as the program would have faded it.
@@ -40,6 +51,7 @@ using ProgressHandler = std::function<void(std::optional<double>)>;
 /// the same recording always gives the same result. The handlers may be empty. Throws InputError for a
 /// recording without any audio.
 [[nodiscard]] ReplayResult replay(AudioFile& recording, const std::string& name, const Settings& settings,
-                                  CueTrack cues, const HopHandler& onHop, const ProgressHandler& onProgress);
+                                  Hearing hearing, const HopHandler& onHop,
+                                  const ProgressHandler& onProgress);
 
 }  // namespace sordin::replay

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The program itself, over recordings made here.
+#include "classifier/model_files.h"
+#include "random_seed.h"
 #include "temporary_folder.h"
 
 #include <gmock/gmock.h>
@@ -180,7 +182,7 @@ TEST_F(CommandLineTest, ReadsManyFormatsAlikeAndSilenceToo) {
         ASSERT_THAT(report["ads"], SizeIs(1)) << name;
         EXPECT_EQ(report["ads"][0]["start"], 22.5) << name;
     }
-    const auto all = runJson("--json a.wav b.flac");
+    const auto all = runJson("--json --no-model a.wav b.flac");
     ASSERT_THAT(all, SizeIs(2));
     EXPECT_EQ(all[1]["file"], "b.flac");
 
@@ -188,7 +190,7 @@ TEST_F(CommandLineTest, ReadsManyFormatsAlikeAndSilenceToo) {
     SNDFILE* silence = sf_open((folder() / "silence.wav").c_str(), SFM_WRITE, &info);
     sf_write_float(silence, std::vector<float>(16'000).data(), 16'000);
     sf_close(silence);
-    const auto hops = runJson("--hops silence.wav");
+    const auto hops = runJson("--hops --no-model silence.wav");
     ASSERT_THAT(hops, SizeIs(2));
     EXPECT_EQ(hops[1]["silent"], true);
     EXPECT_EQ(hops[1]["db"], nullptr);
@@ -202,6 +204,34 @@ TEST_F(CommandLineTest, RepeatsItselfToTheByte) {
     const auto first = run("--hops --cues radio.cues radio.ogg");
     EXPECT_EQ(run("--hops --cues radio.cues radio.ogg").output, first.output);
     EXPECT_GT(first.output.size(), 10'000U);
+}
+
+// Whatever it hears, this model answers speech with 1 / (1 + exp(-2)) and singing with 1 / (1 + exp(-1)).
+TEST_F(CommandLineTest, HearsWithTheModelUnlessTheCuesNameScores) {
+    auto random = seededRandom();
+    SoundModel model = smallModel(random);
+    model.labels = {{"speech", 0, 2}, {"music", 0, -2}, {"singing", 0, 1}};
+    const Bytes file = fileOf(model);
+    write("sound.bin", {reinterpret_cast<const char*>(file.data()), file.size()});
+    recordWav("radio.wav", 10);
+    write("words.cues", "{\"t\": 3, \"transcript\": \"promo code\"}\n");
+    write("scores.cues", "{\"t\": 3, \"speech\": 0.5}\n");
+
+    for (const std::string cues : {"", "--cues words.cues "}) {
+        const auto hops = runJson("--hops --model sound.bin " + cues + "radio.wav");
+        ASSERT_THAT(hops, SizeIs(20));
+        EXPECT_EQ(hops[0]["speech"], 0) << "nothing is said before a second";
+        for (std::size_t i = 1; i < hops.size(); ++i) {
+            EXPECT_NEAR(hops[i]["speech"].get<double>(), 1 / (1 + std::exp(-2)), 1e-6) << i;
+            EXPECT_NEAR(hops[i]["music"].get<double>(), 1 / (1 + std::exp(-1)), 1e-6) << i;
+            EXPECT_EQ(hops[i]["jingle"], 0) << i;
+        }
+    }
+    const auto cued = runJson("--hops --model sound.bin --cues scores.cues radio.wav");
+    EXPECT_EQ(cued[4]["speech"], 0);
+    EXPECT_EQ(cued[5]["speech"], 0.5);
+    EXPECT_EQ(cued[5]["music"], 0);
+    EXPECT_EQ(runJson("--hops --no-model radio.wav")[5]["speech"], 0);
 }
 
 TEST_F(CommandLineTest, FindsTheCommercialsOfABroadcastAndKnowsThemAgain) {
@@ -229,6 +259,7 @@ TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
     write("empty.wav", "");
     write("text.wav", "this is no sound");
     write("bad.cues", "{\"t\": 1}\nnonsense\n");
+    write("bad.bin", "SORDINSM");
     const auto expectError = [&](int status, const std::string& arguments, const std::string& why) {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.status, status) << arguments;
@@ -239,11 +270,14 @@ TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
     expectError(1, "nowhere.wav", "nowhere.wav: No such file or directory");
     expectError(1, ".", ".: is a folder");
     expectError(1, "empty.wav", "empty.wav: the file is empty");
-    expectError(1, "none.wav", "none.wav: the recording holds no audio");
+    expectError(1, "--no-model none.wav", "none.wav: the recording holds no audio");
     expectError(1, "text.wav", "text.wav: no recording that can be read");
     expectError(1, "--cues bad.cues good.wav", "bad.cues:2: not a JSON object");
     expectError(1, "--cues nowhere.cues good.wav", "nowhere.cues: No such file or directory");
     expectError(1, "--truth nowhere.txt good.wav", "nowhere.txt: No such file or directory");
+    expectError(1, "--model bad.bin good.wav", "bad.bin: no sound model");
+    expectError(1, "--model nowhere.bin good.wav", "nowhere.bin: No such file or directory");
+    expectError(2, "--model bad.bin --no-model good.wav", "exclude each other");
     expectError(2, "", "no recording given");
     expectError(2, "--nonsense good.wav", "bad option '--nonsense'");
     expectError(2, "--hops=5 good.wav", "bad option");
@@ -253,7 +287,8 @@ TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
     expectError(2, "--threshold 0.5 --sensitivity 0.5 good.wav", "exclude each other");
     expectError(2, "--cues bad.cues good.wav good.wav", "one recording only");
     EXPECT_EQ(run("good.wav nowhere.wav").status, 1);
-    EXPECT_THAT(run("nowhere.wav good.wav").output, HasSubstr("good.wav: 0:02.0 of audio\nno ads found\n"));
+    EXPECT_THAT(run("--no-model nowhere.wav good.wav").output,
+                HasSubstr("good.wav: 0:02.0 of audio\nno ads found\n"));
 
     const std::string full =
         "cd '" + folder().string() + "' && '" SORDIN_REPLAY "' good.wav >/dev/full 2>.err";
@@ -278,8 +313,8 @@ TEST_F(CommandLineTest, ReportsWhatItReadOfADamagedRecording) {
 TEST_F(CommandLineTest, ExplainsItself) {
     const auto help = run("--help");
     EXPECT_EQ(help.status, 0);
-    for (const std::string option : {"--json", "--hops", "--cues", "--truth", "--threshold", "--sensitivity",
-                                     "--no-transcription", "--version"}) {
+    for (const std::string option : {"--json", "--hops", "--cues", "--truth", "--model", "--no-model",
+                                     "--threshold", "--sensitivity", "--no-transcription", "--version"}) {
         EXPECT_THAT(help.output, HasSubstr(option));
         EXPECT_THAT(contentsOf(SORDIN_REPLAY_MANUAL), HasSubstr("Fl -" + option.substr(2)))
             << "missing in the manual";
