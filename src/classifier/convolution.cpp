@@ -37,24 +37,14 @@ void storePositive(const Block& sums, float* channels) {
     std::memcpy(channels, positive.data(), sizeof(positive));
 }
 
-/// How many channels a plane holds for so many.
-std::size_t heldChannels(std::size_t channels) {
-    return channels == 1 ? 1 : (channels + Plane::block - 1) / Plane::block * Plane::block;
-}
-
 }  // namespace
 
-Plane::Plane(PlaneSize size, std::size_t channels)
-    : size_(size),
-      channels_(heldChannels(channels)),
-      values_((size.times + 2) * (size.frequencies + 2) * channels_) {}
-
-Convolution::Convolution(const SoundModel::Convolution& layer)
-    : inputChannels_(heldChannels(layer.in)),
+Convolution::Convolution(const SoundModel::Convolution& layer, std::size_t inputChannels)
+    : inputChannels_(inputChannels),
       strideTime_(layer.strideTime),
       strideFrequency_(layer.strideFrequency),
       residual_(layer.residual),
-      bias_((layer.out + Plane::block - 1) / Plane::block * Plane::block),
+      bias_(Plane::inBlocks(layer.out)),
       weights_(bias_.size() * kernel * kernel * inputChannels_) {
     std::copy(layer.bias.begin(), layer.bias.end(), bias_.begin());
     auto weight = layer.weights.begin();

@@ -9,13 +9,19 @@
 namespace sordin {
 
 /// Values by time, frequency and channel, the channels of one place side by side. Around all places there is
-/// a margin of one that stays 0, and so do the channels that fill up the last block.
+/// a margin of one that stays 0.
 class Plane {
 public:
-    /// Channels are laid out in whole blocks of so many, except a single one.
+    /// Convolutions work on so many channels at once, and fill up their output to whole blocks with zeros.
     static constexpr std::size_t block = 8;
 
-    Plane(PlaneSize size, std::size_t channels);
+    /// So many channels in whole blocks.
+    [[nodiscard]] static std::size_t inBlocks(std::size_t channels) {
+        return (channels + block - 1) / block * block;
+    }
+
+    Plane(PlaneSize size, std::size_t channels)
+        : size_(size), channels_(channels), values_((size.times + 2) * (size.frequencies + 2) * channels) {}
 
     [[nodiscard]] PlaneSize size() const { return size_; }
     /// From one place to the next in frequency.
@@ -41,9 +47,11 @@ private:
 /// One convolution of 3 x 3 with its ReLU, from plane to plane. This is where nearly all of the time goes.
 class Convolution {
 public:
-    explicit Convolution(const SoundModel::Convolution& layer);
+    /// `inputChannels` is how many the input plane has: what the layer takes, or that in whole blocks. A
+    /// residual layer needs whole blocks.
+    Convolution(const SoundModel::Convolution& layer, std::size_t inputChannels);
 
-    /// `input` has as many channels as the layer takes, `output` the size and channels that it gives.
+    /// `output` has the size that the layer gives, and its channels in whole blocks.
     void apply(const Plane& input, Plane& output) const;
 
 private:
@@ -53,7 +61,7 @@ private:
     template <std::size_t places>
     void applyAt(const Plane& input, Plane& output, std::size_t time, std::size_t frequency) const;
 
-    std::size_t inputChannels_;  // as the planes hold them
+    std::size_t inputChannels_;
     std::size_t strideTime_;
     std::size_t strideFrequency_;
     bool residual_;

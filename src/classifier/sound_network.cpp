@@ -33,11 +33,12 @@ SoundNetwork::SoundNetwork(const SoundModel& model)
       labels_(model.labels),
       features_(model.embedding.in) {
     PlaneSize size = inputSize(model.frontEnd);
-    planes_.emplace_back(size, 1);
+    // The patch is one channel; filling up a block would multiply the work of the first layer.
+    planes_.emplace_back(size, model.convolutions.front().residual ? Plane::block : 1);
     for (const SoundModel::Convolution& layer : model.convolutions) {
+        convolutions_.emplace_back(layer, planes_.back().placeStep());
         size = outputSize(layer, size);
-        planes_.emplace_back(size, layer.out);
-        convolutions_.emplace_back(layer);
+        planes_.emplace_back(size, Plane::inBlocks(layer.out));
     }
     for (const SoundModel::Dense& layer : dense_) {
         outputs_.emplace_back(layer.out);
@@ -48,8 +49,9 @@ void SoundNetwork::embed(std::span<const float> patch, std::span<float> embeddin
     Plane& input = planes_.front();
     const auto [times, frequencies] = input.size();
     for (std::size_t time = 0; time < times; ++time) {
-        const auto values = patch.subspan(time * frequencies, frequencies);
-        std::copy(values.begin(), values.end(), input.at(time + 1, 1));
+        for (std::size_t frequency = 0; frequency < frequencies; ++frequency) {
+            *input.at(time + 1, frequency + 1) = patch[time * frequencies + frequency];
+        }
     }
     for (std::size_t i = 0; i < convolutions_.size(); ++i) {
         convolutions_[i].apply(planes_[i], planes_[i + 1]);

@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: MIT
+#include "classifier/model_files.h"
+#include "classifier/sound_model_file.h"
+#include "classifier/sound_model_location.h"
+#include "random_seed.h"
+#include "temporary_folder.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <limits>
+#include <optional>
+#include <sys/stat.h>
+
+namespace sordin {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+/// Why these bytes are refused; nothing if they are not.
+std::optional<std::string> refusal(const Bytes& bytes) {
+    try {
+        static_cast<void>(readSoundModel(bytes, "some.bin"));
+    } catch (const SoundModelError& error) {
+        return error.what();
+    }
+    return std::nullopt;
+}
+
+class SoundModelFile : public testing::Test {
+protected:
+    std::mt19937 random = seededRandom();
+    SoundModel model = smallModel(random);
+};
+
+TEST_F(SoundModelFile, GivesBackWhatWasWritten) {
+    // Binary16 has its own smallest numbers: 2^-24 and 1023 * 2^-24 have no exponent, 65504 is the largest.
+    const Bytes plain = payloadOf(model);
+    model.embedding.weights[0] = -65504;
+    model.embedding.weights[1] = 0x1p-14F;
+    model.convolutions[1].weights[0] = 0;
+    Bytes payload = payloadOf(model);
+    const std::size_t first = std::size_t{13} * 4 + 5 * 4;  // the first convolution's first weight
+    payload[first] = std::byte(0x01);
+    payload[first + 1] = std::byte(0x00);
+    payload[first + 2] = std::byte(0xFF);
+    payload[first + 3] = std::byte(0x83);
+    model.convolutions[0].weights[0] = 0x1p-24F;
+    model.convolutions[0].weights[1] = -1023 * 0x1p-24F;
+
+    const SoundModel read = readSoundModel(fileOf(payload), "some.bin");
+    EXPECT_EQ(read.convolutions[0].weights, model.convolutions[0].weights);
+    EXPECT_EQ(read.convolutions[1].weights, model.convolutions[1].weights);
+    EXPECT_EQ(read.embedding.weights, model.embedding.weights);
+    EXPECT_EQ(payloadOf(readSoundModel(fileOf(plain), "some.bin")), plain) << "and all the rest";
+}
+
+TEST_F(SoundModelFile, RefusesWhateverIsCutOrDamaged) {
+    const Bytes whole = fileOf(model);
+    const Bytes payload = payloadOf(model);
+    for (std::size_t size = 0; size < whole.size(); size += size < 200 ? 1 : 37) {
+        EXPECT_THAT(refusal({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)}),
+                    testing::Optional(HasSubstr("some.bin: ")))
+            << size;
+    }
+    for (std::size_t size = 0; size < payload.size(); size += 11) {
+        EXPECT_TRUE(
+            refusal(fileOf(Bytes(payload.begin(), payload.begin() + static_cast<std::ptrdiff_t>(size)))))
+            << size << ": whole, but for the model in it";
+    }
+    for (std::size_t at = 0; at < whole.size(); at += at < 200 ? 1 : 53) {
+        Bytes damaged = whole;
+        damaged[at] ^= std::byte(0x10);
+        EXPECT_TRUE(refusal(damaged)) << at;
+    }
+    Bytes longer = whole;
+    longer.push_back({});
+    EXPECT_THAT(refusal(longer), testing::Optional(HasSubstr("has not the size")));
+    longer = payload;
+    longer.push_back({});
+    EXPECT_THAT(refusal(fileOf(longer)), testing::Optional(HasSubstr("something follows")));
+}
+
+struct Flaw {
+    std::string expected;
+    std::function<void(SoundModel&)> make;
+};
+
+TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
+    constexpr float notFinite = std::numeric_limits<float>::infinity();
+    constexpr std::uint32_t huge = 0xFFFFFFFFU;
+    const auto frontEnd = [](std::string expected, std::uint32_t SoundModel::FrontEnd::*field,
+                             std::uint32_t value) {
+        return Flaw{std::move(expected), [=](SoundModel& m) { m.frontEnd.*field = value; }};
+    };
+    const auto number = [](std::string expected, float SoundModel::FrontEnd::*field, float value) {
+        return Flaw{std::move(expected), [=](SoundModel& m) { m.frontEnd.*field = value; }};
+    };
+    using F = SoundModel::FrontEnd;
+    const std::vector<Flaw> flaws{
+        frontEnd("sample rate", &F::rate, 0),
+        frontEnd("sample rate", &F::rate, 16'001),
+        frontEnd("sample rate", &F::rate, 200'000),
+        frontEnd("do not fit together", &F::window, 0),
+        frontEnd("do not fit together", &F::window, 129),
+        frontEnd("do not fit together", &F::hop, 0),
+        frontEnd("do not fit together", &F::hop, 101),
+        frontEnd("do not fit together", &F::transform, 131),
+        frontEnd("do not fit together", &F::transform, huge),
+        frontEnd("no whole number of its hops", &F::hop, 70),
+        frontEnd("bands", &F::mels, 0),
+        frontEnd("bands", &F::mels, huge),
+        number("bands", &F::low, -1),
+        number("bands", &F::low, 1'900),
+        number("bands", &F::high, 2'001),
+        number("not finite", &F::high, notFinite),
+        number("floor", &F::floor, 0),
+        number("not finite", &F::floor, std::numeric_limits<float>::quiet_NaN()),
+        number("range", &F::range, -1),
+        number("scale", &F::scale, 0),
+        frontEnd("too long", &F::frames, huge),
+        frontEnd("whole pool", &F::pool, 0),
+        frontEnd("whole pool", &F::pool, 50),
+        {"number of convolutions", [](auto& m) { m.convolutions.clear(); }},
+        {"number of convolutions", [](auto& m) { m.convolutions.resize(33); }},
+        {"convolution does not fit", [](auto& m) { m.convolutions[1].in = 6; }},
+        {"too many channels", [](auto& m) { m.convolutions[1].out = 0; }},
+        {"too many channels", [](auto& m) { m.convolutions[1].out = huge; }},
+        {"stride", [](auto& m) { m.convolutions[1].strideTime = 0; }},
+        {"stride", [](auto& m) { m.convolutions[1].strideFrequency = 5; }},
+        {"residual layer", [](auto& m) { m.convolutions[1].residual = true; }},
+        {"residual layer", [](auto& m) { m.convolutions[2].strideTime = 2; }},
+        {"not finite", [](auto& m) { m.convolutions[1].weights[3] = notFinite; }},
+        {"not finite", [](auto& m) { m.convolutions[1].bias[3] = notFinite; }},
+        {"number of sections", [](auto& m) { m.sections = 0; }},
+        {"number of sections", [](auto& m) { m.sections = huge; }},
+        {"more sections", [](auto& m) { m.sections = 5; }},
+        {"dense layer does not fit", [](auto& m) { m.embedding.in -= 1; }},
+        {"dense layer has", [](auto& m) { m.embedding.out = huge; }},
+        {"not finite", [](auto& m) { m.embedding.weights[3] = -notFinite; }},
+        {"number of embeddings", [](auto& m) { m.memory = 0; }},
+        {"dense layer does not fit", [](auto& m) { m.memory = 4; }},
+        {"number of dense layers", [](auto& m) { m.dense.clear(); }},
+        {"dense layer does not fit", [](auto& m) { m.dense[1].in = 0; }},
+        {"number of labels", [](auto& m) { m.labels.clear(); }},
+        {"not one label", [](auto& m) { m.labels.pop_back(); }},
+        {"label is empty", [](auto& m) { m.labels[0].identifier.clear(); }},
+        {"no printable ASCII", [](auto& m) { m.labels[0].identifier = "caf\xC3\xA9"; }},
+        {"not finite", [](auto& m) { m.labels[0].gain = notFinite; }},
+    };
+    for (const Flaw& flaw : flaws) {
+        SoundModel flawed = model;
+        flaw.make(flawed);
+        EXPECT_THAT(refusal(fileOf(flawed)), testing::Optional(HasSubstr(flaw.expected)));
+    }
+    Bytes payload = payloadOf(model);
+    payload[std::size_t{13} * 4 + 4 * 4] = std::byte(2);
+    EXPECT_THAT(refusal(fileOf(payload)), testing::Optional(HasSubstr("residual flag")));
+}
+
+// Sizes that are each allowed, in a file that holds nothing of what they promise: it must not be made room
+// for.
+TEST_F(SoundModelFile, RefusesWhatWouldCostTooMuch) {
+    SoundModel large = model;
+    large.convolutions = {{1, 1'024, 1, 1, false, {}, {}}};
+    EXPECT_THAT(refusal(fileOf(large)), testing::Optional(HasSubstr("ends too early")));
+    large.frontEnd.frames = 2'000;
+    large.frontEnd.pool = 1;
+    EXPECT_THAT(refusal(fileOf(large)), testing::Optional(HasSubstr("too much memory")));
+    large.convolutions = {{1, 40, 1, 1, false, std::vector<float>(360), std::vector<float>(40)},
+                          {40, 40, 1, 1, false, {}, {}}};
+    EXPECT_THAT(refusal(fileOf(large)), testing::Optional(HasSubstr("too much time")));
+    large = model;
+    large.embedding.out = 65'536;
+    EXPECT_THAT(refusal(fileOf(large)), testing::Optional(HasSubstr("ends too early")));
+    large = model;
+    large.frontEnd.hop = 1;
+    large.frontEnd.transform = 8'192;
+    EXPECT_THAT(refusal(fileOf(large)), testing::Optional(HasSubstr("too much time")));
+}
+
+TEST_F(SoundModelFile, SaysWhyAFileCannotBeRead) {
+    const TemporaryFolder folder;
+    const auto why = [](const fs::path& path) -> std::string {
+        try {
+            static_cast<void>(loadSoundModel(path));
+        } catch (const SoundModelError& error) {
+            return error.what();
+        }
+        return "";
+    };
+    const Bytes bytes = fileOf(model);
+    writeText(folder / "good", {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    EXPECT_EQ(payloadOf(loadSoundModel(folder / "good")), payloadOf(model));
+    EXPECT_EQ(why(folder / "none"), (folder / "none").string() + ": No such file or directory");
+    EXPECT_THAT(why(folder.path()), HasSubstr("not a regular file"));
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_THAT(why(folder / "pipe"), HasSubstr("not a regular file"));
+    writeText(folder / "empty", "");
+    EXPECT_THAT(why(folder / "empty"), HasSubstr("no sound model"));
+    writeText(folder / "large", "");
+    fs::resize_file(folder / "large", 1ULL << 34U);
+    EXPECT_THAT(why(folder / "large"), HasSubstr("too large"));
+}
+
+TEST(SoundModelLocation, IsBesideTheProgramWhereverThatIs) {
+    const TemporaryFolder folder;
+    const auto place = [](const fs::path& path) {
+        fs::create_directories(path.parent_path());
+        writeText(path, "model");
+    };
+    const fs::path program = folder / "usr/bin/sordin";
+    place(program);
+    const fs::path installed = folder / "usr/share/sordin/sound-model.bin";
+    EXPECT_NE(findSoundModel(program), installed);
+    place(installed);
+    EXPECT_EQ(findSoundModel(program), installed);
+
+    const fs::path built = folder / "usr/build/tools/replay/sordin-replay";
+    place(built);
+    place(folder / "usr/build/CMakeCache.txt");
+    place(folder / "usr/build/tools/share/sordin/sound-model.bin");
+    EXPECT_EQ(findSoundModel(built), std::nullopt) << "a build has its own or none";
+    const fs::path own = folder / "usr/build/share/sordin/sound-model.bin";
+    place(own);
+    EXPECT_EQ(findSoundModel(built), own);
+}
+
+}  // namespace
+}  // namespace sordin
