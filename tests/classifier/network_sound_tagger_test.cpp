@@ -5,11 +5,11 @@
 #include "classifier/sound_model_file.h"
 #include "random_seed.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <map>
+#include <numbers>
 
 namespace sordin {
 namespace {
@@ -94,6 +94,134 @@ TEST_F(NetworkSoundTaggerTest, ResultsAreThoseOfTheDefinition) {
             });
         EXPECT_GT(most->confidences[label] - least->confidences[label], 0.01) << "or the test says little";
     }
+}
+
+TEST_F(NetworkSoundTaggerTest, AResultComesWithTheBufferThatEndsItsHop) {
+    const auto samples = sound(random, 10'000);
+    const std::span<const float> all(samples);
+    ASSERT_EQ(tagger.prepare({rate, 1}), std::nullopt);
+    analyze(all.first(3'999), 0);
+    EXPECT_TRUE(heard.empty()) << "a second has not been heard";
+    analyze(all.subspan(3'999, 1), 3'999);
+    ASSERT_EQ(heard.size(), 1U);
+    analyze(all.subspan(4'000, 4'100), 4'000);
+    EXPECT_EQ(heard.size(), 3U) << "two hops in one buffer";
+
+    // A stream that is prepared anew brings hops of its own, from its first buffer on.
+    ASSERT_EQ(tagger.prepare({rate, 1}), std::nullopt);
+    heard.clear();
+    analyze(all.first(4'000 - 1), 8'100);
+    EXPECT_TRUE(heard.empty());
+    analyze(all.subspan(3'999, 1), 8'100 + 3'999);
+    ASSERT_EQ(heard.size(), 1U);
+    EXPECT_NEAR(heard[0].confidences[0], slow.results(samples)[0].confidences[0], 2e-5);
+}
+
+TEST_F(NetworkSoundTaggerTest, HopsOfTheFirstStreamCountFromItsStart) {
+    ASSERT_EQ(tagger.prepare({rate, 1}), std::nullopt);
+    const auto samples = sound(random, 9'000);
+    const auto expected = slow.results(samples, 3'123);
+    ASSERT_EQ(expected.front().position, 8'000);
+    expectSame(play(samples, 3'123), expected);
+}
+
+TEST_F(NetworkSoundTaggerTest, ShortSilenceIsPutBack) {
+    // A result looks back on three embeddings, each of 100 + 48 * 40 samples.
+    constexpr std::size_t lookBack = 2 * half + 2'020;
+    for (const std::size_t gap : {std::size_t{1}, std::size_t{1'234}, lookBack - 1}) {
+        ASSERT_EQ(tagger.prepare({rate, 1}), std::nullopt);
+        auto samples = sound(random, 24'000);
+        std::fill_n(samples.begin() + 7'777, gap, 0.0F);
+        const std::span<const float> all(samples);
+        auto results = play(all.first(7'777));
+        const auto rest = play(all.subspan(7'777 + gap), static_cast<std::int64_t>(7'777 + gap));
+        results.insert(results.end(), rest.begin(), rest.end());
+        const auto expected = slow.results(samples);
+        ASSERT_EQ(results.size(), expected.size());
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            EXPECT_NEAR(results[i].confidences[1], expected[i].confidences[1], 2e-5) << gap << ", " << i;
+        }
+    }
+}
+
+TEST_F(NetworkSoundTaggerTest, BeginsAnewAfterALongSilenceAndWhereTheStreamGoesBack) {
+    constexpr std::int64_t lookBack = 2 * half + 2'020;
+    for (const std::int64_t next :
+         {7'777 + lookBack, std::int64_t{1'000'000'007}, std::int64_t{7'776}, std::int64_t{0}}) {
+        ASSERT_EQ(tagger.prepare({rate, 1}), std::nullopt);
+        analyze(std::vector<float>(1), 0);  // hops count from here
+        play(sound(random, 7'776), 1);
+        const auto samples = sound(random, 11'000);
+        expectSame(play(samples, next), slow.results(samples, next));
+    }
+}
+
+/// Something that sounds the same at every rate: tones that come and go, all far below 2 kHz.
+std::vector<float> tones(double sampleRate, double seconds, double delay) {
+    std::vector<float> samples(static_cast<std::size_t>(sampleRate * seconds));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double t = static_cast<double>(i) / sampleRate - delay;
+        double value = 0;
+        for (const double frequency : {110.0, 290.0, 430.0, 770.0, 1'210.0}) {
+            value += std::sin(2 * std::numbers::pi * frequency * t) * (1 + std::sin(frequency * t / 50));
+        }
+        samples[i] = t < 0 ? 0 : static_cast<float>(0.1 * value);
+    }
+    return samples;
+}
+
+TEST_F(NetworkSoundTaggerTest, HearsTheSameAtEveryRate) {
+    ASSERT_EQ(tagger.prepare({rate, 1}), std::nullopt);
+    const Results expected = play(tones(rate, 6, 0.01));
+    ASSERT_EQ(expected.size(), 11U);
+    for (const double other : {8'000.0, 11'025.0, 16'000.0, 44'100.0, 48'000.0, 96'000.0}) {
+        // Channel 1 is not listened to, nor is what is above half the model's rate.
+        auto samples = tones(other, 6, 0);
+        for (std::size_t i = 0; i < samples.size(); ++i) {
+            samples[i] +=
+                0.1F *
+                static_cast<float>(std::sin(2.6 * 2'000 / other * static_cast<double>(i) * std::numbers::pi));
+        }
+        const std::size_t frames = samples.size();
+        const auto others = sound(random, frames);
+        const AudioFormat stereo{other, 2};
+        ASSERT_EQ(tagger.prepare(stereo), std::nullopt);
+        heard.clear();
+        const auto hop = static_cast<std::size_t>(other / 2);
+        for (std::size_t begin = 0; begin + hop <= frames; begin += hop) {
+            std::vector<float> buffer(samples.begin() + static_cast<std::ptrdiff_t>(begin),
+                                      samples.begin() + static_cast<std::ptrdiff_t>(begin + hop));
+            buffer.insert(buffer.end(), others.begin(), others.begin() + static_cast<std::ptrdiff_t>(hop));
+            analyze(buffer, static_cast<std::int64_t>(begin), stereo);
+            EXPECT_EQ(heard.size(), begin / hop) << other << ": in step with the hops";
+        }
+        ASSERT_EQ(heard.size(), expected.size()) << other;
+        for (std::size_t i = 0; i < heard.size(); ++i) {
+            for (std::size_t label = 0; label < 3; ++label) {
+                EXPECT_NEAR(heard[i].confidences[label], expected[i].confidences[label], 0.01)
+                    << other << ", " << i;
+            }
+        }
+    }
+}
+
+TEST_F(NetworkSoundTaggerTest, KeepsItsStreamWhenAnotherCannotBe) {
+    const auto samples = sound(random, 8'000);
+    const std::span<const float> all(samples);
+    analyze(all, 0);
+    EXPECT_TRUE(heard.empty()) << "nothing was prepared";
+    ASSERT_EQ(tagger.prepare({rate, 1}), std::nullopt);
+    analyze(all.first(5'000), 0);
+    for (const AudioFormat& bad :
+         {AudioFormat{0, 1}, {-1, 1}, {std::nan(""), 1}, {HUGE_VAL, 1}, {2, 1}, {1e12, 1}, {rate, 0}}) {
+        EXPECT_NE(tagger.prepare(bad), std::nullopt) << bad.sampleRate;
+    }
+    analyze(all, 5'000, {rate, 2});  // another format than was prepared
+    analyze({}, 5'000);
+    analyze(all.subspan(5'000), 5'000);
+    const auto expected = slow.results(samples);
+    ASSERT_EQ(heard.size(), expected.size());
+    EXPECT_NEAR(heard.back().confidences[2], expected.back().confidences[2], 2e-5);
 }
 
 }  // namespace

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/sound_tagger.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace sordin {
+
+/// A tagger in the test's hand: it keeps what it was given, and says what the test has it say. The state is
+/// shared because the tagger belongs to the classifier.
+class FakeSoundTagger final : public SoundTagger {
+public:
+    struct State {
+        std::optional<std::string> refusal;  ///< what prepare answers
+        std::vector<AudioFormat> prepared;
+        std::vector<std::int64_t> positions;  ///< of the buffers analysed
+        LabelHandler handler;
+
+        void say(const std::vector<SoundLabel>& labels) const { handler(labels); }
+    };
+
+    explicit FakeSoundTagger(std::shared_ptr<State> state) : state_(std::move(state)) {}
+
+    void onLabels(LabelHandler handler) override { state_->handler = std::move(handler); }
+    std::optional<std::string> prepare(const AudioFormat& format) override {
+        state_->prepared.push_back(format);
+        return state_->refusal;
+    }
+    void analyze(const PcmBuffer& /*buffer*/, std::int64_t framePosition) override {
+        state_->positions.push_back(framePosition);
+    }
+
+private:
+    std::shared_ptr<State> state_;
+};
+
+}  // namespace sordin
