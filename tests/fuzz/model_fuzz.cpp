@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+// Any bytes as a sound model: refused, or a model that hears something and says what it may.
+#include "classifier/model_files.h"
+#include "classifier/network_sound_tagger.h"
+#include "classifier/sound_model_file.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <string>
+
+namespace {
+
+using namespace sordin;
+
+void require(bool condition) {
+    if (!condition) {
+        std::abort();
+    }
+}
+
+/// Whether a second of it takes no more than a moment.
+bool quick(const SoundModel& model) {
+    PlaneSize size = inputSize(model.frontEnd);
+    std::size_t work = model.frontEnd.transform * (model.frontEnd.rate / model.frontEnd.hop);
+    for (const auto& layer : model.convolutions) {
+        size = outputSize(layer, size);
+        work += layer.weights.size() * size.times * size.frequencies;
+    }
+    return work < 2'000'000;
+}
+
+void hear(const SoundModel& model) {
+    NetworkSoundTagger tagger(model);
+    std::size_t results = 0;
+    tagger.onLabels([&](std::span<const SoundLabel> labels) {
+        require(labels.size() == model.labels.size());
+        for (const SoundLabel& label : labels) {
+            require(label.confidence >= 0 && label.confidence <= 1);
+        }
+        ++results;
+    });
+    const AudioFormat format{static_cast<double>(model.frontEnd.rate), 1};
+    require(!tagger.prepare(format));
+    std::vector<float> samples(std::size_t{model.frontEnd.rate} * 3 / 2);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<float>(i * i % 257) / 257.0F - 0.5F;
+    }
+    tagger.analyze(PcmBuffer(format, samples), 0);
+    require(results == 2);
+}
+
+}  // namespace
+
+// The first byte says whether the rest is a whole file or what is to be put into one.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    if (size == 0) {
+        return 0;
+    }
+    const auto given = std::as_bytes(std::span(bytes + 1, size - 1));
+    const Bytes rest(given.begin(), given.end());
+    try {
+        const SoundModel model = readSoundModel(bytes[0] == 0 ? rest : fileOf(rest), "fuzz");
+        if (quick(model)) {
+            hear(model);
+        }
+    } catch (const SoundModelError& error) {
+        require(std::string(error.what()).find('\n') == std::string::npos);
+    }
+    return 0;
+}
