@@ -142,7 +142,7 @@ public:
         }
         model.sections = reader_.size(mostSections, "the number of sections is out of range");
         require(model.sections <= plane.times, "more sections than time steps");
-        model.embedding = dense(2 * model.sections * channels * plane.frequencies);
+        model.embedding = dense(std::uint64_t{2} * model.sections * channels * plane.frequencies);
         model.memory = reader_.size(mostMemory, "the number of embeddings is out of range");
         denseLayers(model);
         labels(model);
@@ -183,7 +183,7 @@ private:
         require(resultInterval(result) % result.hop == 0, "half a second is no whole number of its hops");
         result.mels = reader_.size(256, bands);
         result.low = reader_.number(0, result.rate, bands);
-        result.high = reader_.number(0, result.rate / 2, bands);
+        result.high = reader_.number(0, 0.5 * result.rate, bands);
         require(result.low < result.high, bands);
         result.floor = reader_.number(1e-12, 1, "its floor is out of range");
         result.range = reader_.number(0.01, 100, "its range is out of range");
@@ -265,10 +265,10 @@ private:
 
 /// Checks the frame around the payload.
 std::span<const std::byte> payloadOf(std::span<const std::byte> bytes) {
-    Reader header(bytes);
-    require(bytes.size() >= headerBytes && std::ranges::equal(header.take(magic.size()), magic, {}, {},
-                                                              [](char c) { return std::byte(c); }),
+    const auto known = std::as_bytes(std::span(magic));
+    require(bytes.size() >= headerBytes && std::equal(known.begin(), known.end(), bytes.begin()),
             "no sound model");
+    Reader header(bytes.subspan(known.size()));
     require(header.integer() == knownVersion, "a sound model of another version");
     const std::uint32_t size = header.integer();
     const std::uint32_t checksum = header.integer();
