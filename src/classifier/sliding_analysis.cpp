@@ -34,7 +34,6 @@ void SlidingAnalysis::begin(std::int64_t sinceResult) {
     std::fill(window_.begin(), window_.end(), 0.0F);
     std::fill(frames_.begin(), frames_.end(), frontEnd_.silence());
     std::fill(memory_.begin(), memory_.end(), 0.0F);
-    oldest_ = 0;
 }
 
 void SlidingAnalysis::hear(std::span<const float> samples) {

@@ -155,10 +155,10 @@ inline std::size_t featureCount(const SoundModel& model) {
     return 2 * model.sections * model.convolutions.back().out * size.frequencies;
 }
 
-/// A model that has everything a model can have, in small: patches of 0.5 s at 4 kHz, three embeddings.
+/// A model that has everything a model can have, in small: patches of 1.2 s at 4 kHz, three embeddings.
 inline SoundModel smallModel(std::mt19937& random) {
     SoundModel model;
-    model.frontEnd = {4'000, 100, 40, 128, 13, 60, 1'900, 1e-4F, 6, 2.5F, 49, 2};
+    model.frontEnd = {4'000, 100, 40, 128, 13, 60, 1'900, 1e-4F, 6, 2.5F, 119, 2};
     model.convolutions = {randomConvolution(random, 1, 5, 2, 1), randomConvolution(random, 5, 9, 1, 2),
                           randomConvolution(random, 9, 9, 1, 1, true),
                           randomConvolution(random, 9, 12, 3, 2)};
