@@ -2,6 +2,7 @@
 #include "classifier/sound_model_location.h"
 
 #include <system_error>
+#include <utility>
 
 namespace sordin {
 
@@ -31,19 +32,16 @@ fs::path buildTree(fs::path folder) {
 
 std::optional<fs::path> findSoundModel(const fs::path& program) {
     const fs::path folder = program.parent_path();
+    const auto in = [](const fs::path& data) -> std::optional<fs::path> {
+        fs::path path = (data / relativeToData).lexically_normal();
+        return isFile(path) ? std::optional(std::move(path)) : std::nullopt;
+    };
+    if (auto path = in(folder / SORDIN_DATA_FROM_PROGRAMS)) {
+        return path;
+    }
+    // A build has its own model or none: one that happens to be installed may be of another version.
     const fs::path built = folder.is_absolute() ? buildTree(folder) : fs::path();
-    // A build tree knows only its own model: one that happens to be installed may be of another version.
-    if (!built.empty()) {
-        const fs::path path = built / "share" / relativeToData;
-        return isFile(path) ? std::optional(path) : std::nullopt;
-    }
-    for (const fs::path& data : {folder / SORDIN_DATA_FROM_PROGRAMS, fs::path(SORDIN_DATA)}) {
-        const fs::path path = (data / relativeToData).lexically_normal();
-        if (isFile(path)) {
-            return path;
-        }
-    }
-    return std::nullopt;
+    return in(built.empty() ? fs::path(SORDIN_DATA) : built / "share");
 }
 
 }  // namespace sordin

@@ -9,8 +9,9 @@
 
 namespace sordin {
 
-/// The network of a sound model: patches become embeddings, the latest embeddings become confidences. Gives
-/// the same numbers on every machine with IEEE arithmetic. Allocates nothing once it is made; not re-entrant.
+/// The network of a sound model: patches become embeddings, the latest embeddings become confidences. All
+/// sums are made in one order, so that every machine gets the same. Allocates nothing once it is made; not
+/// re-entrant.
 class SoundNetwork {
 public:
     explicit SoundNetwork(const SoundModel& model);

@@ -220,7 +220,6 @@ TEST(SoundModelLocation, IsBesideTheProgramWhereverThatIs) {
     const fs::path built = folder / "usr/build/tools/replay/sordin-replay";
     place(built);
     place(folder / "usr/build/CMakeCache.txt");
-    place(folder / "usr/build/tools/share/sordin/sound-model.bin");
     EXPECT_EQ(findSoundModel(built), std::nullopt) << "a build has its own or none";
     const fs::path own = folder / "usr/build/share/sordin/sound-model.bin";
     place(own);
