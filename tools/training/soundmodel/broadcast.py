@@ -1,0 +1,214 @@
+# SPDX-License-Identifier: MIT
+"""Broadcasts put together from held-out recordings, with the truth about them: where the ads are, and what a perfect
+classifier would say. And long stretches of speech, songs, music and noise without any ad."""
+import dataclasses
+import json
+import pathlib
+import wave
+
+import numpy as np
+from scipy.signal import butter, fftconvolve, sosfilt
+from soundmodel.audio import RATE, through_codec
+from soundmodel.features import frame_power, read
+
+STEADY = 0.5  # s: how often the classifier answers
+
+
+def write_wave(path, samples):
+    with wave.open(str(path), "wb") as file:
+        file.setnchannels(1)
+        file.setsampwidth(2)
+        file.setframerate(RATE)
+        file.writeframes((np.clip(samples, -1, 1) * 32767).astype("<i2").tobytes())
+
+
+def level_of(samples):
+    """RMS of the loud parts."""
+    power = frame_power(samples)
+    loud = power > power.max() * 1e-3 if len(power) else power
+    return float(np.sqrt(power[loud].mean())) if len(power) else 0.0
+
+
+def at_level(samples, decibels):
+    return samples * (10 ** (decibels / 20) / (level_of(samples) + 1e-9))
+
+
+def tight(samples, longest=0.35):
+    """Speech without pauses longer than `longest` seconds."""
+    power = np.repeat(frame_power(samples), RATE // 100)
+    loud = power > power.max() * 1e-3
+    distance = np.arange(len(loud)) - np.maximum.accumulate(np.where(loud, np.arange(len(loud)), 0))
+    return samples[: len(loud)][distance < longest * RATE]
+
+
+@dataclasses.dataclass
+class Material:
+    """Held-out recordings by kind, as (name, samples)."""
+
+    folder: pathlib.Path
+    rng: np.random.Generator
+
+    def __post_init__(self):
+        self.pieces = {
+            kind: [(p.stem, read(p)) for p in sorted((self.folder / kind).glob("*.s16"))]
+            for kind in ("speech", "music", "song", "noise")
+        }
+        for kind in ("speech", "music", "song"):
+            self.pieces[kind] = [(n, s) for n, s in self.pieces[kind] if len(s) > 5 * RATE]
+
+    def take(self, kind, seconds, name=None):
+        """A stretch of one recording, from its beginning again if it is too short."""
+        choice = [p for p in self.pieces[kind] if name is None or p[0] == name]
+        if kind == "speech":  # a voice each, not a minute each, though
+            weight = np.array([min(len(s), 120 * RATE) for _, s in choice], float)
+        else:
+            weight = np.ones(len(choice))
+        name, samples = choice[self.rng.choice(len(choice), p=weight / weight.sum())]
+        length = int(seconds * RATE)
+        begin = int(self.rng.integers(0, max(1, len(samples) - length)))
+        stretch = samples[begin : begin + length]
+        return name, np.resize(stretch, length) if len(stretch) < length else stretch.copy()
+
+    def speech(self, seconds, name=None):
+        """Somebody who talks without long pauses."""
+        for _ in range(50):
+            who, samples = self.take("speech", 2.5 * seconds, name)
+            if level_of(samples) < 1e-3:
+                continue
+            samples = tight(samples)
+            if len(samples) >= seconds * RATE:
+                return who, samples[: int(seconds * RATE)]
+        return who, np.resize(samples, int(seconds * RATE))
+
+    def room(self, samples):
+        size = int(self.rng.uniform(0.1, 0.6) * RATE)
+        answer = self.rng.standard_normal(size) * np.exp(-6.9 * np.arange(size) / size)
+        answer /= np.sqrt((answer**2).sum())
+        return samples + self.rng.uniform(0.05, 0.4) * fftconvolve(samples, answer)[: len(samples)]
+
+    def programme(self, kind, seconds):
+        """(samples, music, speech): one stretch of programme and whether there is music and speech in it."""
+        if kind == "talk":
+            _, samples = self.speech(seconds)
+            if self.rng.random() < 0.3:
+                samples = self.room(samples)
+            if self.rng.random() < 0.3:
+                _, noise = self.take("noise", seconds)
+                samples = at_level(samples, -20) + at_level(noise, -20 - self.rng.uniform(10, 30))
+            return samples, 0, 1
+        if kind == "conversation":
+            (_, one), (_, two) = self.speech(seconds / 2), self.speech(seconds / 2)
+            one, two = at_level(one, -20), at_level(two, -20 + self.rng.uniform(-3, 3))
+            turns = max(2, int(seconds / 6))
+            return (
+                np.concatenate(
+                    [x for pair in zip(np.array_split(one, turns), np.array_split(two, turns)) for x in pair]
+                ),
+                0,
+                1,
+            )
+        if kind == "song":
+            return self.take("song", seconds)[1], 1, 0
+        return self.take("music", seconds)[1], 1, 0
+
+    def spot(self, seconds):
+        """One advertisement: a voice over music, compressed."""
+        _, voice = self.speech(seconds)
+        for _ in range(20):
+            _, music = self.take("music", seconds)
+            if level_of(music) > 1e-3:
+                break
+        mix = at_level(voice, -20) + at_level(music, -20 - self.rng.uniform(2, 14))
+        drive = self.rng.uniform(1, 3)
+        return np.tanh(drive * mix / np.abs(mix).max()) / np.tanh(drive)
+
+
+def broadcast(material, minutes, base=-23.0, louder=(2.0, 5.0)):
+    """(samples, ads as (start, end), cues as (time, music, speech)) of one broadcast."""
+    rng = material.rng
+    parts, ads, cues, time = [], [], [], 0.0
+
+    def add(samples, level, music, speech):
+        nonlocal time
+        samples = at_level(samples, level).astype(np.float32)
+        fade = int(0.01 * RATE)
+        samples[:fade] *= np.linspace(0, 1, fade)
+        samples[-fade:] *= np.linspace(1, 0, fade)
+        parts.append(samples)
+        cues.append((time, music, speech))
+        time += len(samples) / RATE
+
+    while time < minutes * 60:
+        until = time + rng.uniform(120, 260)
+        while time < until:
+            kind = rng.choice(["talk", "conversation", "song", "music"], p=[0.35, 0.2, 0.25, 0.2])
+            add(
+                *(lambda p: (p[0], base + rng.uniform(-2, 2), p[1], p[2]))(
+                    material.programme(kind, rng.uniform(20, 80))
+                )
+            )
+        start = time
+        louder_now = rng.uniform(*louder)
+        for _ in range(int(rng.integers(2, 6))):
+            add(material.spot(rng.uniform(10, 30)), base + louder_now, 1, 1)
+        ads.append((start, time))
+    add(material.programme("talk", 60)[0], base, 0, 1)
+    return np.concatenate(parts), ads, cues
+
+
+def write_broadcast(folder, name, seed, minutes, codec=None):
+    """NAME.wav, NAME.txt (label track) and NAME.perfect (cues) in a folder."""
+    if (folder / f"{name}.perfect").exists():
+        return
+    material = Material(folder.parent / "pcm/held", np.random.default_rng(seed))
+    samples, ads, cues = broadcast(material, minutes)
+    if codec:
+        samples = through_codec(samples, *codec)
+    write_wave(folder / f"{name}.wav", samples)
+    (folder / f"{name}.txt").write_text("".join(f"{a:.3f}\t{b:.3f}\tad\n" for a, b in ads))
+    lines = [json.dumps({"t": round(t, 3), "music": m, "speech": s}) for t, m, s in cues]
+    (folder / f"{name}.perfect").write_text("\n".join(lines) + "\n")
+
+
+def write_single(folder, kind, minutes, seed):
+    """KIND.wav: long stretches of one kind in which nothing is an ad."""
+    path = folder / f"{kind}.wav"
+    if path.exists():
+        return
+    material = Material(folder.parent / "pcm/held", np.random.default_rng(seed))
+    rng, parts = material.rng, []
+    codecs = [None, None, ("libmp3lame", 22050, 32), ("libopus", 48000, 16), ("libmp3lame", 32000, 64)]
+    while sum(map(len, parts)) < minutes * 60 * RATE:
+        seconds = rng.uniform(30, 90)
+        if kind == "speech":
+            samples = material.programme(str(rng.choice(["talk", "conversation"])), seconds)[0]
+        else:
+            samples = material.take(kind, seconds)[1]
+        if level_of(samples) < 1e-4:
+            continue
+        if kind == "song" and rng.random() < 0.5:  # few songs are held out: heard also at another speed
+            samples = np.interp(
+                np.arange(0, len(samples) - 1, rng.uniform(0.9, 1.1)), np.arange(len(samples)), samples
+            )
+        if rng.random() < 0.3:
+            samples = sosfilt(butter(2, rng.uniform(3000, 7000), fs=RATE, output="sos"), samples)
+        codec = codecs[rng.integers(len(codecs))]
+        samples = through_codec(samples, *codec) if codec else samples
+        parts.append(at_level(samples, -23 + rng.uniform(-3, 3)).astype(np.float32))
+    write_wave(path, np.concatenate(parts))
+
+
+def make_all(work):
+    folder = work / "eval"
+    folder.mkdir(exist_ok=True)
+    write_broadcast(folder, "broadcast-1", 11, 40)
+    write_broadcast(folder, "broadcast-2", 12, 40, ("libmp3lame", 32000, 64))
+    write_broadcast(folder, "broadcast-3", 13, 40, ("libopus", 48000, 24))
+    for index, kind in enumerate(("speech", "song", "music", "noise")):
+        write_single(folder, kind, 30, 21 + index)
+
+
+if __name__ == "__main__":
+    import sys
+
+    make_all(pathlib.Path(sys.argv[1]))

@@ -1,0 +1,132 @@
+# SPDX-License-Identifier: MIT
+"""Turns the decoded sources into banks of log-mel magnitudes, several variants of each: as it is, played faster or
+slower in a room, and through a lossy codec."""
+import concurrent.futures
+import pathlib
+
+import numpy as np
+from scipy.ndimage import maximum_filter1d, uniform_filter1d
+from scipy.signal import butter, fftconvolve, sosfilt
+from soundmodel.audio import HOP, RATE, WINDOW, mel_magnitudes, through_codec
+
+VARIANTS = ("plain", "room", "codec")
+MINUTES = {"speech": 40, "music": 45, "song": 120, "noise": 60}  # of a group at most
+MORE_MINUTES = {"queen": 110, "nsh-ru": 60}
+CODECS = [
+    ("libmp3lame", 16000, 16),
+    ("libmp3lame", 16000, 24),
+    ("libmp3lame", 16000, 40),
+    ("libmp3lame", 22050, 32),
+    ("libmp3lame", 32000, 64),
+    ("libopus", 48000, 8),
+    ("libopus", 48000, 12),
+    ("libopus", 48000, 16),
+    ("libopus", 48000, 24),
+    ("libopus", 48000, 48),
+    ("libvorbis", 16000, 24),
+    ("libvorbis", 22050, 40),
+    ("aac", 16000, 24),
+    ("aac", 22050, 32),
+    ("aac", 32000, 64),
+    ("g722", 16000, 0),
+    ("pcm_mulaw", 8000, 0),
+]
+CODED = 0.35  # share of all minutes that go through a codec, which takes longer than all the rest
+ENERGY_FLOOR = 1e-6  # under the magnitudes of the quietest sound that 16 bits hold
+
+
+def read(path):
+    return np.fromfile(path, "<i2").astype(np.float32) / 32768
+
+
+def room(rng, samples):
+    """Other speed, then a decaying noise as the room's answer, then clipping by a cheap amplifier."""
+    factor = rng.uniform(0.86, 1.17)
+    samples = np.interp(np.arange(0, len(samples) - 1, factor), np.arange(len(samples)), samples)
+    if rng.random() < 0.7:
+        size = int(rng.uniform(0.08, 0.9) * RATE)
+        answer = rng.standard_normal(size) * np.exp(-6.9 * np.arange(size) / size)
+        answer = sosfilt(butter(1, rng.uniform(2500, 7000), fs=RATE, output="sos"), answer)
+        answer /= np.sqrt((answer**2).sum())
+        samples = samples + rng.uniform(0.05, 0.7) * fftconvolve(samples, answer)[: len(samples)]
+    if rng.random() < 0.4:
+        drive = rng.uniform(1.5, 6)
+        samples = np.tanh(drive * samples / (np.abs(samples).max() + 1e-9)) / np.tanh(drive)
+    return samples
+
+
+def frame_power(samples):
+    sums = np.concatenate([[0.0], np.cumsum(np.asarray(samples, np.float64) ** 2)])
+    starts = np.arange(max(0, 1 + (len(samples) - WINDOW) // HOP)) * HOP
+    return (sums[starts + WINDOW] - sums[starts]) / WINDOW
+
+
+def activity(power, kind):
+    """Frames in which something of this kind is heard: near the loudest of the surrounding four seconds."""
+    level = 10 * np.log10(power + 1e-10)
+    depth = {"speech": 30, "song": 30, "music": 42, "noise": 60}[kind]
+    peak = maximum_filter1d(level, 401)
+    active = level > np.maximum(peak - depth, -66)
+    return uniform_filter1d(active.astype(np.float32), 25) > 0.2
+
+
+def features(samples, kind):
+    """float16 log magnitudes of sound levelled to an RMS of 0.1 where it is active, and the activity."""
+    power = frame_power(samples)
+    active = activity(power, kind)
+    if len(power) < 300 or active.mean() < 0.02:
+        return None
+    level = np.sqrt(power[active].mean())
+    mels = mel_magnitudes(samples) * (0.1 / level)
+    return np.log(mels + ENERGY_FLOOR).astype(np.float16), active
+
+
+def bank_of(job):
+    """Banks of one group: WORK/banks/SPLIT-KIND-GROUP.npz, with the pieces one after the other."""
+    work, split, kind, group, paths = job
+    target = work / "banks" / f"{split}-{kind}-{group}.npz"
+    if target.exists():
+        return
+    seed = int.from_bytes(f"{kind}{group}".encode(), "big") % 2**32
+    rng = np.random.default_rng(seed)
+    budget = MORE_MINUTES.get(group, MINUTES[kind]) * 60 * RATE / max(1, len(paths))
+    mels, active, lengths = [], [], []
+    for path in paths:
+        whole = read(path)[: int(max(budget, 20 * RATE))]
+        for variant in VARIANTS:
+            for begin in range(0, len(whole) - 3 * RATE, 60 * RATE):
+                samples = whole[begin : begin + 60 * RATE]
+                if variant == "room":
+                    samples = room(rng, samples)
+                elif variant == "codec":
+                    if rng.random() > CODED:
+                        continue
+                    samples = through_codec(samples, *CODECS[rng.integers(len(CODECS))])
+                made = features(np.nan_to_num(samples), kind)
+                if made:
+                    mels.append(made[0])
+                    active.append(made[1])
+                    lengths.append(len(made[1]))
+    if lengths:
+        part = target.with_name(target.name + ".part.npz")
+        np.savez(part, mels=np.concatenate(mels), active=np.concatenate(active), lengths=lengths)
+        part.rename(target)
+
+
+def make_banks(work):
+    (work / "banks").mkdir(exist_ok=True)
+    groups = {}
+    for path in sorted((work / "pcm/train").glob("*/*.s16")):
+        kind = path.parent.name
+        if kind in MINUTES:
+            groups.setdefault((kind, path.name.split("__")[0]), []).append(path)
+    jobs = [(work, "train", kind, group, paths) for (kind, group), paths in groups.items()]
+    jobs.sort(key=lambda job: -sum(p.stat().st_size for p in job[4]))
+    with concurrent.futures.ProcessPoolExecutor(2) as pool:
+        list(pool.map(bank_of, jobs))
+
+
+if __name__ == "__main__":
+    import sys
+
+    make_banks(pathlib.Path(sys.argv[1]))

@@ -1,0 +1,48 @@
+# SPDX-License-Identifier: MIT
+"""Gets the packages of packages.tsv through apt and checks them."""
+import hashlib
+import pathlib
+import subprocess
+
+LIST = pathlib.Path(__file__).parent.parent / "packages.tsv"
+
+
+class FetchError(Exception):
+    """A package cannot be had as it is listed."""
+
+
+def listed():
+    for line in LIST.read_text().splitlines():
+        if line and not line.startswith("#"):
+            yield line.split("\t")
+
+
+def sha256(path):
+    with open(path, "rb") as file:
+        return hashlib.file_digest(file, "sha256").hexdigest()
+
+
+def fetch(work):
+    """WORK/packages/*.deb, WORK/unpacked/NAME/. Throws FetchError for another version or checksum."""
+    packages, unpacked = work / "packages", work / "unpacked"
+    packages.mkdir(parents=True, exist_ok=True)
+    unpacked.mkdir(exist_ok=True)
+    for name, version, checksum in listed():
+        target = unpacked / name
+        if target.exists():
+            continue
+        found = sorted(packages.glob(f"{name}_*.deb"))
+        if not found:
+            print(f"fetching {name} {version}", flush=True)
+            done = subprocess.run(
+                ["apt-get", "download", "-qq", f"{name}={version}"], cwd=packages, check=False
+            )
+            found = sorted(packages.glob(f"{name}_*.deb"))
+            if done.returncode != 0 or not found:
+                raise FetchError(f"{name} {version} cannot be downloaded; is it the version of this Debian?")
+        if sha256(found[0]) != checksum:
+            found[0].unlink()
+            raise FetchError(f"{name} {version} is not the file that is listed: its SHA-256 differs")
+        part = unpacked / f".{name}.part"
+        subprocess.run(["dpkg", "-x", found[0], part], check=True)
+        part.rename(target)

@@ -1,0 +1,290 @@
+# SPDX-License-Identifier: MIT
+"""Draws training sequences: scenes of voices, music, singing and noise, mixed anew for every step.
+
+Mixing is done on log-mel magnitudes: sounds that have nothing to do with one another add up in power. That costs
+almost nothing, so no mix is ever seen twice; what it cannot do (rooms, codecs, clipping) the banks have done before.
+"""
+import dataclasses
+
+import numpy as np
+import torch
+from scipy.signal import lfilter
+from soundmodel.audio import FLOOR, MELS
+from soundmodel.network import FRAMES, STEP
+
+RESULTS = 10  # of a sequence
+LENGTH = FRAMES + STEP * (RESULTS - 1)
+SECOND = 100  # frames
+PAUSE = 120  # frames: a voice that pauses for less is still talking
+
+#: What a scene is, and how often.
+SCENES = {
+    "speech": 0.28,
+    "music": 0.13,
+    "ad": 0.20,
+    "song": 0.20,
+    "acappella": 0.07,
+    "noise": 0.08,
+    "ad over song": 0.04,
+}
+
+
+@dataclasses.dataclass
+class Track:
+    """One sound of a scene: log magnitudes (LENGTH, MELS), gain by frame (natural log), and what it counts as."""
+
+    mels: np.ndarray
+    gain: np.ndarray
+    speech: np.ndarray | None = None
+    music: np.ndarray | None = None
+    singing: np.ndarray | None = None
+
+
+class Bank:
+    """All pieces of one kind; groups are drawn by a power of their length, so that none outweighs the others."""
+
+    def __init__(self, folder, kind, weights, exponent=0.6):
+        self.pieces, chances = [], []
+        for path in sorted(folder.glob(f"train-{kind}-*.npz")):
+            group = path.stem.split("-", 2)[2]
+            data = np.load(path)
+            mels, active, ends = data["mels"], data["active"], np.cumsum(data["lengths"])
+            pieces = [(mels[e - n : e], active[e - n : e]) for e, n in zip(ends, data["lengths"])]
+            weight = (len(mels) / 6000) ** exponent * weights(group)
+            if weight > 0:
+                self.pieces += [(group, *piece) for piece in pieces]
+                chances += [weight * len(piece[1]) / len(mels) for piece in pieces]
+        self.chances = np.cumsum(chances) / np.sum(chances)
+
+    def draw(self, rng, length=LENGTH):
+        """(group, log magnitudes, activity) of a random stretch; a short piece is repeated."""
+        index = min(int(np.searchsorted(self.chances, rng.random())), len(self.pieces) - 1)
+        group, mels, active = self.pieces[index]
+        if len(active) < length:
+            times = -(-length // len(active))
+            mels, active = np.tile(mels, (times, 1)), np.tile(active, times)
+        begin = int(rng.integers(0, len(active) - length + 1))
+        return group, mels[begin : begin + length].astype(np.float32), active[begin : begin + length]
+
+
+def without_pauses(active):
+    """Activity in which pauses shorter than PAUSE are filled."""
+    index = np.arange(len(active))
+    last = np.maximum.accumulate(np.where(active, index, -10_000))
+    following = np.minimum.accumulate(np.where(active, index, 10 * len(active))[::-1])[::-1]
+    return active | (following - last < PAUSE)
+
+
+def equaliser(rng, strength):
+    """Gain by band, natural log: a smooth random curve."""
+    return np.interp(np.arange(MELS), np.linspace(0, MELS - 1, 7), rng.normal(0, strength, 7)).astype(
+        np.float32
+    )
+
+
+def band_limit(rng):
+    """What a telephone, a cheap loudspeaker or a low bit rate leaves: gain by band, natural log."""
+    curve = np.zeros(MELS, np.float32)
+    top = int(rng.integers(38, MELS + 1))
+    curve[top:] = -rng.uniform(3, 9)
+    if rng.random() < 0.4:
+        curve[: int(rng.integers(1, 10))] = -rng.uniform(1, 5)
+    return curve
+
+
+class Mixer:
+    """Reproducible for a seed."""
+
+    def __init__(self, folder, seed, without_collection=False):
+        def weigh(factors):
+            def weight(group):
+                if without_collection and group.startswith("c-"):
+                    return 0
+                return next((f for name, f in factors.items() if group.startswith(name)), 1)
+
+            return weight
+
+        self.rng = np.random.default_rng(seed)
+        self.speech = Bank(
+            folder,
+            "speech",
+            weigh(
+                {
+                    "tts-espeak": 0.25,
+                    "tts": 0.4,
+                    "vocoded": 0.5,
+                    "queen": 1.5,
+                    "c-picovoice": 2.5,
+                    "c-mycroft": 2,
+                    "c-fsdd": 0.5,
+                    "klettres": 0.5,
+                }
+            ),
+        )
+        self.music = Bank(folder, "music", weigh({"c-": 1.5, "openmsx": 0.6}))
+        self.song = Bank(folder, "song", weigh({"sung": 0.6, "c-spoken": 0, "c-": 4}))
+        self.noise = Bank(folder, "noise", weigh({"made": 0.8, "c-": 2}))
+
+    def chance(self, probability):
+        return self.rng.random() < probability
+
+    def decibels(self, low, high):
+        """A level as natural log of the amplitude."""
+        return self.rng.uniform(low, high) * np.log(10) / 20
+
+    def coloured(self, mels):
+        if self.chance(0.7):
+            mels = mels + equaliser(self.rng, 0.4)
+        if self.chance(0.25):
+            mels = mels + band_limit(self.rng)
+        return mels
+
+    def reverberant(self, mels):
+        """A voice far from the microphone: power that dies away slowly is added to it."""
+        decay = np.exp(-13.8 / SECOND / self.rng.uniform(0.2, 1.4))
+        wet = (1 - decay) * 10 ** (self.rng.uniform(-12, 4) / 10)
+        power = np.exp(2 * mels)
+        return 0.5 * np.log(power + lfilter([0, wet], [1, -decay], power, axis=0).astype(np.float32))
+
+    def voice(self, level):
+        for _ in range(20):
+            _, mels, active = self.speech.draw(self.rng)
+            if active.mean() > 0.3:
+                break
+        if self.chance(0.2):
+            mels = self.reverberant(mels)
+        tracks = [Track(self.coloured(mels), np.full(LENGTH, level), speech=without_pauses(active) * 1.0)]
+        if self.chance(0.1):  # somebody else at the same time
+            _, mels, other = self.speech.draw(self.rng)
+            gain = np.full(LENGTH, level + self.decibels(-14, 0))
+            tracks.append(Track(self.coloured(mels), gain, speech=without_pauses(other) * 1.0))
+        return tracks
+
+    def instrumental(self, level):
+        _, mels, active = self.music.draw(self.rng)
+        return [Track(self.coloured(mels), np.full(LENGTH, level), music=without_pauses(active) * 1.0)]
+
+    def singing(self, level, alone):
+        """Singing with music: a recording of a song, or a singing voice over instruments."""
+        group, mels, active = self.song.draw(self.rng)
+        held = without_pauses(active) * 1.0
+        if group.startswith("c-") and not group.endswith("-alone"):
+            unknown = np.full(LENGTH, np.nan)  # where in a song is sung is not known
+            return [
+                Track(self.coloured(mels), np.full(LENGTH, level), music=np.ones(LENGTH), singing=unknown)
+            ]
+        tracks = [Track(self.coloured(mels), np.full(LENGTH, level), music=held, singing=held)]
+        if not alone:
+            tracks += self.instrumental(level + self.decibels(-12, 8))
+        return tracks
+
+    def background(self, level):
+        _, mels, _ = self.noise.draw(self.rng)
+        tracks = [Track(mels + equaliser(self.rng, 0.5), np.full(LENGTH, level))]
+        if self.chance(0.35):  # hiss: a flat line that trembles
+            hiss = self.rng.normal(-1.5, 0.25, (LENGTH, MELS)) + equaliser(self.rng, 1.0)
+            tracks.append(Track(hiss.astype(np.float32), np.full(LENGTH, level + self.decibels(-15, 5))))
+        return tracks
+
+    def scene(self):
+        """Tracks of one scene, the voice or else the music at level 0."""
+        kind = self.rng.choice(list(SCENES), p=np.array(list(SCENES.values())) / sum(SCENES.values()))
+        if kind == "speech":
+            tracks = self.voice(0.0)
+            if self.chance(0.6):
+                tracks += self.background(self.decibels(-40, 0 if self.chance(0.3) else -8))
+        elif kind == "music":
+            tracks = self.instrumental(0.0)
+        elif kind in ("ad", "ad over song"):
+            below = self.rng.uniform(-3, 17) if self.chance(0.85) else self.rng.uniform(10, 24)
+            tracks = self.voice(0.0)
+            voice = tracks[0].speech
+            over = self.instrumental(0.0) if kind == "ad" else self.singing(0.0, alone=False)
+            gain = np.full(LENGTH, -below * np.log(10) / 20)
+            if self.chance(0.5):  # the music comes up in the pauses
+                lift = self.rng.uniform(2, 10) * np.log(10) / 20
+                gain = gain + lift * (1 - np.convolve(np.pad(voice, 15, "edge"), np.ones(31) / 31, "valid"))
+            faint = np.clip((22 - below) / 9, 0, 1)  # nobody hears music so far under a voice
+            for track in over:
+                track.gain = track.gain + gain
+                track.music = track.music * (1 - voice * (1 - faint))
+                if track.singing is not None:
+                    track.singing = track.singing * (1 - voice * (1 - faint))
+            tracks += over
+        elif kind == "noise":
+            return self.background(0.0) + (self.background(self.decibels(-15, 3)) if self.chance(0.4) else [])
+        else:
+            tracks = self.singing(0.0, alone=kind == "acappella")
+        if kind != "speech" and self.chance(0.25):
+            tracks += self.background(self.decibels(-40, -12))
+        return tracks
+
+    def fade(self, begin, fast):
+        """0 before `begin`, 1 after, as gain by frame."""
+        width = 1 if fast else self.rng.uniform(1, 80)
+        return np.clip((np.arange(LENGTH) - begin) / width, 0, 1)
+
+    def cut(self, track, gate):
+        track.gain = track.gain + np.log(np.maximum(gate, 1e-6))
+        heard = gate > 0.1
+        for name in ("speech", "music", "singing"):
+            if getattr(track, name) is not None:
+                setattr(track, name, getattr(track, name) * heard)
+
+    def sequence(self):
+        """(log-mel input (LENGTH, MELS), labels (LENGTH, 3) with not-a-number where unknown)."""
+        tracks = self.scene()
+        if self.chance(0.4):  # cut or fade to another scene
+            begin, fast = self.rng.integers(50, LENGTH - 20), self.chance(0.6)
+            gate = self.fade(begin, fast)
+            level = self.decibels(-8, 8)
+            after = self.scene()
+            for track in tracks:
+                self.cut(track, 1 - gate)
+            for track in after:
+                track.gain = track.gain + level
+                self.cut(track, gate)
+            tracks += after
+        elif self.chance(0.3):  # one of the sounds comes or goes
+            track = tracks[self.rng.integers(len(tracks))]
+            gate = self.fade(self.rng.integers(50, LENGTH - 20), self.chance(0.5))
+            self.cut(track, gate if self.chance(0.5) else 1 - gate)
+        power = np.zeros((LENGTH, MELS), np.float32)
+        labels = np.zeros((LENGTH, 3))
+        for track in tracks:
+            power += np.exp(2 * (track.mels + track.gain[:, None].astype(np.float32)))
+            for column, name in enumerate(("speech", "music", "singing")):
+                if getattr(track, name) is not None:
+                    labels[:, column] = np.maximum(labels[:, column], getattr(track, name))
+        mels = 0.5 * np.log(power + 1e-12)
+        if self.chance(0.25):  # a compressor: what is loud gets quieter
+            loud = np.convolve(np.pad(mels.max(1), 25, "edge"), np.ones(51) / 51, "valid")
+            mels = mels - self.rng.uniform(0.2, 0.7) * (loud - loud.mean())[:, None]
+        if self.chance(0.2):
+            mels = mels + band_limit(self.rng)
+        magnitudes = np.exp(mels + self.decibels(-28, 16))
+        if self.chance(0.08):  # digital silence before the beginning
+            begin = self.rng.integers(1, FRAMES - SECOND)
+            magnitudes[:begin] = 0
+            labels[:begin] = 0
+        mels = np.log(magnitudes + FLOOR)
+        if self.chance(0.25):
+            first = self.rng.integers(0, MELS - 6)
+            mels[:, first : first + self.rng.integers(1, 7)] = mels.mean()
+        return mels.astype(np.float32), labels
+
+    def batch(self, size):
+        """(size, LENGTH, MELS) inputs, (size, RESULTS, 3) targets of the newest second of each result, 0 to 1 or
+        not-a-number."""
+        inputs = np.empty((size, LENGTH, MELS), np.float32)
+        targets = np.empty((size, RESULTS, 3), np.float32)
+        for index in range(size):
+            inputs[index], labels = self.sequence()
+            unknown = np.isnan(labels[:, 2]).any()
+            labels[:, 2] = np.nan_to_num(labels[:, 2])
+            sums = np.concatenate([np.zeros((1, 3)), np.cumsum(labels, 0)])
+            ends = FRAMES + STEP * np.arange(RESULTS)
+            share = (sums[ends] - sums[ends - SECOND]) / SECOND
+            targets[index] = np.clip(share / 0.4, 0, 1)
+            targets[index, :, 2] = np.nan if unknown else targets[index, :, 2]
+        return torch.from_numpy(inputs), torch.from_numpy(targets)

@@ -1,0 +1,138 @@
+# SPDX-License-Identifier: MIT
+"""The network, as the program computes it, and its file. docs/model-card.md describes both."""
+import struct
+import zlib
+
+import numpy as np
+import torch
+import torch.nn.functional as F
+from soundmodel.audio import FFT, FLOOR, HIGH, HOP, LOW, MELS, RATE, WINDOW, mel_magnitudes
+from torch import nn
+
+FRAMES = 198  # of a patch: 2 s
+STEP = 50  # frames between results: 0.5 s
+RANGE, SCALE, POOL = 9.0, 2.5, 2
+LABELS = ("speech", "music", "singing")
+MAGIC, VERSION = b"SORDINSM", 1
+
+
+def normalised(patches):
+    """Log-mel patches (n, FRAMES, MELS) without their level, frames averaged by POOL."""
+    top = patches.amax((1, 2), keepdim=True)
+    patches = torch.maximum(patches, top - RANGE)
+    patches = (patches - patches.mean((1, 2), keepdim=True)) / SCALE
+    return patches.reshape(len(patches), FRAMES // POOL, POOL, MELS).mean(2)
+
+
+class Tagger(nn.Module):
+    """Convolutions over each patch, one embedding a patch, a dense head over the latest embeddings."""
+
+    def __init__(self, convolutions, sections=2, embedding=48, memory=6, hidden=48, dropout=0.2):
+        """`convolutions`: (out, time stride, frequency stride, residual) of each."""
+        super().__init__()
+        self.settings = dict(
+            convolutions=convolutions,
+            sections=sections,
+            embedding=embedding,
+            memory=memory,
+            hidden=hidden,
+            dropout=dropout,
+        )
+        self.convolutions = nn.ModuleList()
+        self.norms = nn.ModuleList()
+        channels, bands = 1, MELS
+        for out, time, frequency, _ in convolutions:
+            self.convolutions.append(nn.Conv2d(channels, out, 3, (time, frequency), 1, bias=False))
+            self.norms.append(nn.BatchNorm2d(out))
+            channels, bands = out, (bands - 1) // frequency + 1
+        self.drop = nn.Dropout(dropout)
+        self.embedding = nn.Linear(2 * sections * channels * bands, embedding)
+        self.hidden = nn.Linear(memory * embedding, hidden)
+        self.out = nn.Linear(hidden, len(LABELS))
+
+    def embed(self, patches):
+        """(n, embedding) of log-mel patches (n, FRAMES, MELS)."""
+        x = normalised(patches).unsqueeze(1)
+        for (_, _, _, residual), convolution, norm in zip(
+            self.settings["convolutions"], self.convolutions, self.norms
+        ):
+            y = norm(convolution(x))
+            x = F.relu(y + x if residual else y)
+        parts = []
+        sections = self.settings["sections"]
+        for part in range(sections):
+            steps = x[:, :, part * x.shape[2] // sections : (part + 1) * x.shape[2] // sections]
+            parts += [steps.mean(2).flatten(1), steps.amax(2).flatten(1)]
+        return F.relu(self.embedding(self.drop(torch.cat(parts, 1))))
+
+    def forward(self, mels):
+        """Logits (n, results, labels) of log-mel sequences (n, FRAMES + STEP k, MELS), one result each STEP."""
+        patches = mels.unfold(1, FRAMES, STEP).transpose(2, 3)  # n, results, FRAMES, MELS
+        count, results = patches.shape[:2]
+        embedded = self.embed(patches.reshape(-1, FRAMES, MELS)).reshape(count, results, -1)
+        memory = self.settings["memory"]
+        padded = F.pad(embedded, (0, 0, memory - 1, 0))
+        windows = torch.stack([padded[:, r : r + memory].flatten(1) for r in range(results)], 1)
+        return self.out(self.drop(F.relu(self.hidden(self.drop(windows)))))
+
+
+def folded(convolution, norm):
+    """Weights and bias of a convolution with its batch norm."""
+    gain = (norm.weight / torch.sqrt(norm.running_var + norm.eps)).detach()
+    return (
+        convolution.weight.detach() * gain[:, None, None, None],
+        norm.bias.detach() - norm.running_mean * gain,
+    )
+
+
+def write_model(path, tagger, gains, offsets):
+    """The program's file: weights in half precision; confidence = sigmoid(gain * logit + offset)."""
+    half = lambda tensor: np.ascontiguousarray(tensor.detach().numpy().astype("<f2")).tobytes()
+    single = lambda tensor: np.ascontiguousarray(tensor.detach().numpy().astype("<f4")).tobytes()
+    dense = (
+        lambda layer: struct.pack("<2I", layer.in_features, layer.out_features)
+        + half(layer.weight)
+        + single(layer.bias)
+    )
+    payload = struct.pack(
+        "<5I5f2I", RATE, WINDOW, HOP, FFT, MELS, LOW, HIGH, FLOOR, RANGE, SCALE, FRAMES, POOL
+    )
+    payload += struct.pack("<I", len(tagger.convolutions))
+    for (out, time, frequency, residual), convolution, norm in zip(
+        tagger.settings["convolutions"], tagger.convolutions, tagger.norms
+    ):
+        weight, bias = folded(convolution, norm)
+        payload += (
+            struct.pack("<5I", weight.shape[1], out, time, frequency, int(residual))
+            + half(weight)
+            + single(bias)
+        )
+    payload += struct.pack("<I", tagger.settings["sections"]) + dense(tagger.embedding)
+    payload += struct.pack("<I", tagger.settings["memory"])
+    payload += struct.pack("<I", 2) + dense(tagger.hidden) + dense(tagger.out)
+    payload += struct.pack("<I", len(LABELS))
+    for label, gain, offset in zip(LABELS, gains, offsets):
+        payload += struct.pack("<B", len(label)) + label.encode() + struct.pack("<2f", gain, offset)
+    path.write_bytes(MAGIC + struct.pack("<3I", VERSION, len(payload), zlib.crc32(payload)) + payload)
+
+
+def confidences(tagger, samples, gains=(1,) * 3, offsets=(0,) * 3):
+    """(results, labels) of a stream from its beginning, a result each 0.5 s from 1 s on; what lies before the
+    beginning is silence. The last frame of a patch ends where its result stands, so frames begin at 80 + 160 k.
+    """
+    mels = mel_magnitudes(np.concatenate([np.zeros(WINDOW - HOP, np.float32), samples]))
+    before = torch.full((FRAMES - 2 * STEP, MELS), float(np.log(FLOOR)))
+    mels = torch.cat([before, torch.log(torch.from_numpy(mels) + FLOOR)])
+    mels = mels[: FRAMES + (len(mels) - FRAMES) // STEP * STEP]
+    tagger.eval()
+    with torch.no_grad():
+        embedded = []
+        patches = mels.unfold(0, FRAMES, STEP).transpose(1, 2)
+        for part in patches.split(256):
+            embedded.append(tagger.embed(part.contiguous()))
+        embedded = torch.cat(embedded)
+        memory = tagger.settings["memory"]
+        padded = F.pad(embedded, (0, 0, memory - 1, 0))
+        windows = torch.stack([padded[r : r + memory].flatten() for r in range(len(embedded))])
+        logits = tagger.out(F.relu(tagger.hidden(windows)))
+        return torch.sigmoid(logits * torch.tensor(gains) + torch.tensor(offsets)).numpy()

@@ -1,0 +1,158 @@
+# SPDX-License-Identifier: MIT
+"""Which recordings the sound model learns from, and which are kept for measuring it.
+
+A source is a package or a collection; all of a source is either for training or held out, so that no voice, band or
+microphone is on both sides.
+"""
+import dataclasses
+import pathlib
+import re
+import struct
+import zipfile
+
+
+@dataclasses.dataclass(frozen=True)
+class Source:
+    split: str  # train or held
+    kind: str  # speech, music, song (sung, with or without music), noise
+    name: str  # group: weighted together
+    package: str
+    pattern: str  # of the path within the package (or archive), a regular expression
+    seconds: int = 150  # of each file at most
+    every: int = 1  # take one file of so many
+    archive: str = ""  # of what in the package is to be unpacked
+
+
+SOURCES = [
+    Source("train", "speech", "queen", "flight-of-the-amazon-queen", r"queen\.1c"),
+    *[
+        Source(
+            "train",
+            "speech",
+            f"asterisk-{lang}",
+            f"asterisk-core-sounds-{lang}-g722",
+            r"(?<!silence)/[^/]*\.g722",
+        )
+        for lang in ("en", "es", "fr", "it", "ru")
+    ],
+    Source("train", "speech", "menardi", "asterisk-prompt-it-menardi-wav", r"\.wav", every=2),
+    Source("train", "speech", "colombia", "asterisk-prompt-es-co", r"\.gsm"),
+    Source("train", "speech", "fillets-cs", "fillets-ng-data-cs", r"\.ogg", every=3),
+    Source("train", "speech", "hedgewars", "hedgewars-data", r"(?i)voices/(?!.*Singer).*\.ogg", every=2),
+    Source(
+        "train",
+        "speech",
+        "warzone",
+        "warzone2100-data",
+        r"audio/(tutorial|taunts|memressp)/.*\.ogg",
+        archive=r"base\.wz",
+    ),
+    Source("train", "speech", "nsh-ru", "festvox-ru", r"\.wav"),
+    Source("train", "speech", "klettres", "klettres-data", r"\.ogg", every=4),
+    Source("train", "speech", "freedroid", "freedroidrpg-data", r"(voice_samples|ingame_comments)/.*\.ogg"),
+    Source("held", "speech", "fillets-nl", "fillets-ng-data-nl", r"\.ogg", every=3),
+    Source("held", "speech", "armelle-fr", "asterisk-prompt-fr-armelle", r"\.gsm"),
+    Source("held", "speech", "tuxpaint", "tuxpaint-stamps-default", r"_desc.*\.ogg", every=30),
+    Source("held", "speech", "pocketsphinx", "pocketsphinx-testdata", r"\.wav"),
+    Source("held", "speech", "unknown-horizons", "unknown-horizons", r"voice/.*\.ogg"),
+    Source("train", "music", "ufoai", "ufoai-music", r"music/.*\.ogg", archive=r"\.pk3"),
+    Source("train", "music", "nexuiz", "nexuiz-music", r"(?<!thunder)\.ogg", archive=r"\.pk3"),
+    Source("train", "music", "supertux", "supertux-data", r"music/.*\.ogg"),
+    Source("train", "music", "wesnoth", "wesnoth-1.16-music", r"/(?!silence|.*wind)[^/]*\.ogg"),
+    Source("train", "music", "warzone", "warzone2100-music", r"\.opus"),
+    Source("train", "music", "drascula", "drascula-music", r"\.ogg"),
+    Source("train", "music", "singularity", "singularity-music", r"\.ogg"),
+    Source("train", "music", "hyperrogue", "hyperrogue-music", r"/hr[^/]*\.ogg"),
+    Source("train", "music", "opsound", "asterisk-moh-opsound-wav", r"\.wav"),
+    Source("train", "music", "extremetuxracer", "extremetuxracer-data", r"music/.*\.ogg"),
+    Source("train", "music", "asc", "asc-music", r"\.mp3"),
+    Source(
+        "train",
+        "music",
+        "frozen-bubble",
+        "frozen-bubble-data",
+        r"(introzik|mainzik|frozen-mainzik)[^/]*\.ogg",
+    ),
+    Source("train", "music", "fillets", "fillets-ng-data", r"music/.*\.ogg"),
+    Source("train", "music", "hedgewars", "hedgewars-data", r"(?i)/music/.*\.ogg"),
+    Source("train", "music", "planetblupi", "planetblupi-music-ogg", r"\.ogg"),
+    Source("train", "music", "warmux", "warmux-data", r"music/.*\.ogg"),
+    Source("train", "music", "colobot", "colobot-common-sounds", r"music/.*\.ogg"),
+    Source("train", "music", "ardentryst", "ardentryst", r"Music/.*\.ogg"),
+    Source("train", "music", "horizons", "unknown-horizons", r"audio/music/.*\.ogg"),
+    Source("train", "music", "freedroid", "freedroidrpg-data", r"sound/music/.*\.ogg"),
+    Source("train", "music", "lincity", "lincity-ng-data", r"music/.*\.ogg"),
+    Source("train", "music", "fretsonfire-s", "fretsonfire-songs-sectoid", r"(song|guitar)\.ogg"),
+    Source("train", "music", "fretsonfire-m", "fretsonfire-songs-muldjord", r"(song|guitar)\.ogg"),
+    Source("train", "music", "openmsx", "openttd-openmsx", r"\.mid", seconds=110),
+    Source("held", "music", "megaglest", "megaglest-data", r"music/.*\.(ogg|wav)"),
+    Source("held", "music", "marsshooter", "marsshooter-data", r"audio/music/.*\.ogg"),
+    Source("held", "music", "starfighter", "starfighter-data", r"music/.*\.ogg"),
+    Source("held", "music", "trackballs", "trackballs-data", r"music/.*\.ogg"),
+    Source("held", "music", "pathological", "pathological", r"music/.*\.ogg"),
+    Source("train", "noise", "wesnoth", "wesnoth-1.16-data", r"sounds/.*\.ogg", 8),
+    Source("train", "noise", "supertux", "supertux-data", r"sounds/.*\.(ogg|wav)", 8),
+    Source(
+        "train",
+        "noise",
+        "warzone",
+        "warzone2100-data",
+        r"audio/(sfx|radclick)/.*\.ogg",
+        8,
+        archive=r"base\.wz",
+    ),
+    Source("train", "noise", "hedgewars", "hedgewars-data", r"(?i)/sounds/(?!voices)[^/]*\.ogg", 8),
+    Source("train", "noise", "hyperrogue", "hyperrogue-music", r"/(?!hr)[^/]*\.ogg", 8),
+    Source("train", "noise", "fillets", "fillets-ng-data", r"sound/share/.*\.ogg", 8),
+    Source("train", "noise", "lincity", "lincity-ng-data", r"/sounds/.*\.wav", 8),
+    Source("train", "noise", "boswars", "boswars-data", r"units/.*\.wav", 8),
+    Source("held", "noise", "megaglest", "megaglest-data", r"tilesets/.*\.(ogg|wav)", 20),
+    Source("held", "noise", "ardentryst", "ardentryst", r"Sounds/.*\.ogg", 8),
+]
+
+# Of the licensed collection: sources that are held out although they may be trained on.
+COLLECTION_HELD = re.compile(
+    r"joshuamorin|ev3_rubidium|vocadito|picovoice_4|mycroft_heycomp_es|voices_|fsdd_theo"
+    r"|digabi_(chopin|trow)|helena_chaos|mcl_track6|berlin_|ibm_"
+)
+
+
+def collection_split(name):
+    """train or held, of a file of the collection by its path."""
+    return "held" if name.startswith("dev/") or COLLECTION_HELD.search(name) else "train"
+
+
+def files_of(source, unpacked, scratch):
+    """Paths of the recordings of a source in a folder with the unpacked packages; archives go to `scratch`."""
+    root = unpacked / source.package
+    if source.archive:
+        for archive in sorted(
+            p for p in root.rglob("*") if re.search(source.archive, str(p)) and p.is_file()
+        ):
+            target = scratch / source.package / archive.name
+            if not target.exists():
+                with zipfile.ZipFile(archive) as packed:
+                    packed.extractall(target)
+        root = scratch / source.package
+    if source.name == "queen":
+        return queen_voices(next(root.rglob("queen.1c")), scratch / "queen")
+    found = sorted(
+        p for p in root.rglob("*") if p.is_file() and re.search(source.pattern, str(p.relative_to(root)))
+    )
+    return found[:: source.every]
+
+
+def queen_voices(table, target):
+    """The MP3 voices (*.SB) of the table of contents "QTBL": 21-byte entries of name, bundle, offset, size."""
+    if not target.exists():
+        data = table.read_bytes()
+        part = target.with_suffix(".part")
+        part.mkdir(parents=True, exist_ok=True)
+        (count,) = struct.unpack_from(">H", data, 13)
+        for index in range(count):
+            name, _, offset, size = struct.unpack_from(">12sBII", data, 15 + 21 * index)
+            name = name.rstrip(b"\0").decode("latin-1")
+            if name.endswith(".SB"):
+                (part / (name[:-3] + ".mp3")).write_bytes(data[offset : offset + size])
+        part.rename(target)
+    return sorted(pathlib.Path(target).glob("*.mp3"))
