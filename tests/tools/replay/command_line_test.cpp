@@ -245,6 +245,13 @@ TEST_F(CommandLineTest, FindsTheCommercialsOfABroadcastAndKnowsThemAgain) {
     EXPECT_THAT(report["ads"][0]["reasons"], testing::Not(testing::Contains("Repetition")));
     EXPECT_THAT(report["ads"][1]["reasons"], testing::Contains("Repetition")) << "a spot heard before";
 
+    // By the sound model instead, and nobody says a word.
+    const json heard = runJson("--json --no-transcription --truth broadcast.txt broadcast.flac").at(0);
+    EXPECT_EQ(heard["truth"]["eventPrecision"], 1);
+    EXPECT_EQ(heard["truth"]["eventRecall"], 1);
+    EXPECT_GT(heard["truth"]["recall"], 0.75);
+    EXPECT_LT(heard["truth"]["falseSecondsPerHour"], 400);
+
     const auto silenced = runJson("--hops --no-transcription " + broadcast);
     for (const json& hop : silenced) {
         ASSERT_EQ(hop.value("transcribing", false), false);
