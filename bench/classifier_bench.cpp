@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-// CPU time of a sound model of full size. The weights are random: the time does not depend on them.
+// CPU time of the sound model that is shipped.
 #include "allocation_counter.h"
 #include "classifier/mel_front_end.h"
-#include "classifier/model_files.h"
 #include "classifier/network_sound_tagger.h"
+#include "classifier/sound_model_file.h"
 #include "classifier/sound_network.h"
 
 #include <benchmark/benchmark.h>
@@ -13,21 +13,6 @@
 
 namespace sordin {
 namespace {
-
-SoundModel fullSizeModel() {
-    std::mt19937 random(1);
-    SoundModel model;
-    model.frontEnd = {16'000, 400, 160, 512, 64, 60, 7'800, 1e-4F, 9, 2.5F, 198, 2};
-    model.convolutions = {randomConvolution(random, 1, 16, 2, 2), randomConvolution(random, 16, 32, 2, 2),
-                          randomConvolution(random, 32, 48, 2, 2), randomConvolution(random, 48, 64, 1, 1),
-                          randomConvolution(random, 64, 96, 2, 2)};
-    model.sections = 2;
-    model.embedding = randomDense(random, featureCount(model), 48);
-    model.memory = 6;
-    model.dense = {randomDense(random, 288, 48), randomDense(random, 48, 3)};
-    model.labels = {{"speech", 1, 0}, {"music", 1, 0}, {"singing", 1, 0}};
-    return model;
-}
 
 std::vector<float> noise(std::size_t samples) {
     std::mt19937 random(1);
@@ -41,7 +26,7 @@ std::vector<float> noise(std::size_t samples) {
 
 /// One frame of mel bands, of which there are a hundred in a second.
 void melFrame(benchmark::State& state) {
-    const SoundModel model = fullSizeModel();
+    const SoundModel model = loadSoundModel(SORDIN_SOUND_MODEL);
     MelFrontEnd frontEnd(model.frontEnd);
     const auto samples = noise(model.frontEnd.window);
     std::vector<float> bands(model.frontEnd.mels);
@@ -54,7 +39,7 @@ BENCHMARK(melFrame);
 
 /// One patch through the network, twice a second.
 void embedding(benchmark::State& state) {
-    const SoundModel model = fullSizeModel();
+    const SoundModel model = loadSoundModel(SORDIN_SOUND_MODEL);
     SoundNetwork network(model);
     const PlaneSize size = inputSize(model.frontEnd);
     const auto patch = noise(size.times * size.frequencies);
@@ -70,7 +55,7 @@ BENCHMARK(embedding)->Unit(benchmark::kMicrosecond);
 void taggedSecond(benchmark::State& state) {
     constexpr std::size_t pieces = 50;
     const AudioFormat format{static_cast<double>(state.range(0)), 1};
-    NetworkSoundTagger tagger(fullSizeModel());
+    NetworkSoundTagger tagger(loadSoundModel(SORDIN_SOUND_MODEL));
     benchmark::DoNotOptimize(tagger.prepare(format));
     const PcmBuffer buffer(format, noise(static_cast<std::size_t>(state.range(0)) / pieces));
     std::int64_t position = 0;
