@@ -21,8 +21,8 @@ PAUSE = 120  # frames: a voice that pauses for less is still talking
 SCENES = {
     "speech": 0.28,
     "music": 0.13,
-    "ad": 0.20,
-    "song": 0.20,
+    "ad": 0.19,
+    "song": 0.22,
     "acappella": 0.07,
     "noise": 0.08,
     "ad over song": 0.04,
@@ -122,7 +122,7 @@ class Mixer:
             ),
         )
         self.music = Bank(folder, "music", weigh({"c-": 1.5, "openmsx": 0.6}))
-        self.song = Bank(folder, "song", weigh({"sung": 0.6, "c-spoken": 0, "c-": 4}))
+        self.song = Bank(folder, "song", weigh({"sung": 0.6, "c-spoken": 1.5, "c-": 4}))
         self.noise = Bank(folder, "noise", weigh({"made": 0.8, "c-": 2}))
 
     def chance(self, probability):

@@ -15,7 +15,7 @@ CHECKPOINT = 200  # steps
 
 CONVOLUTIONS = [(16, 2, 2, 0), (32, 2, 2, 0), (64, 2, 2, 0), (64, 1, 1, 1), (96, 2, 2, 0), (96, 1, 1, 1)]
 #: By label: confidence = sigmoid(gain * logit + offset). Chosen at the detector: see docs/detection.md.
-CALIBRATION = dict(gains=(1.5, 1.5, 1.5), offsets=(0.0, -1.0, -1.0))
+CALIBRATION = dict(gains=(1.5, 1.5, 1.5), offsets=(-1.5, -1.0, -1.0))
 SETTINGS = dict(convolutions=CONVOLUTIONS, sections=2, embedding=64, memory=8, hidden=64)
 
 
