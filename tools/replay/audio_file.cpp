@@ -115,6 +115,28 @@ bool AudioFile::read(std::vector<float>& samples) {
     return true;
 }
 
+void AudioFile::readBuffers(const std::function<void(std::vector<float>)>& take,
+                            const std::function<void(std::optional<double>)>& onProgress) {
+    // A whole number of them makes a hop, so at its end the clock of a replay shows just that.
+    constexpr std::ptrdiff_t bufferFrames = 320;
+    std::vector<float> waiting;
+    bool more = true;
+    while (more) {
+        more = read(waiting);
+        auto begin = waiting.begin();
+        for (; waiting.end() - begin >= bufferFrames; begin += bufferFrames) {
+            take({begin, begin + bufferFrames});
+        }
+        waiting.erase(waiting.begin(), begin);
+        if (onProgress) {
+            onProgress(progress());
+        }
+    }
+    if (!waiting.empty()) {
+        take(std::move(waiting));
+    }
+}
+
 std::optional<double> AudioFile::progress() const {
     const auto length = decoder_->length();
     if (!length) {

@@ -4,6 +4,7 @@
 #include "support/resampler.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,6 +26,11 @@ public:
 
     /// Appends the next stretch of at most about a second to `samples`; false at the end of the recording.
     bool read(std::vector<float>& samples);
+
+    /// Calls `take` with all that is left, in buffers of 20 ms as a capture delivers them, the last one
+    /// shorter; `onProgress`, if there is one, after each stretch with what progress() says then.
+    void readBuffers(const std::function<void(std::vector<float>)>& take,
+                     const std::function<void(std::optional<double>)>& onProgress = {});
 
     /// How much has been read, 0 to 1; none when the file does not tell its length.
     [[nodiscard]] std::optional<double> progress() const;

@@ -18,10 +18,6 @@ namespace {
 /// Seconds that the clock shows at the start: far from 0, which would count as the end of a session just now.
 constexpr double clockStart = 1e9;
 
-/// Frames that the pipeline gets at a time: 20 ms, about what an audio server delivers, and a whole number of
-/// them to the hop, so that at the end of a hop the clock shows just that.
-constexpr std::size_t pieceFrames = 320;
-
 /// A pipeline on a clock and a queue that are moved by hand.
 class Player {
 public:
@@ -86,23 +82,8 @@ private:
 ReplayResult replay(AudioFile& recording, const std::string& name, const Settings& settings, Hearing hearing,
                     const HopHandler& onHop, const ProgressHandler& onProgress) {
     Player player(settings, std::move(hearing), onHop);
-    std::vector<float> waiting;
-    bool more = true;
-    while (more) {
-        more = recording.read(waiting);
-        auto begin = waiting.begin();
-        while (static_cast<std::size_t>(waiting.end() - begin) >= pieceFrames) {
-            player.play({begin, begin + pieceFrames});
-            begin += pieceFrames;
-        }
-        waiting.erase(waiting.begin(), begin);
-        if (onProgress) {
-            onProgress(recording.progress());
-        }
-    }
-    if (!waiting.empty()) {
-        player.play(std::move(waiting));
-    }
+    recording.readBuffers([&player](std::vector<float> samples) { player.play(std::move(samples)); },
+                          onProgress);
     ReplayResult result = player.finish();
     if (result.duration == 0) {
         throw InputError(name + ": the recording holds no audio");

@@ -27,9 +27,6 @@ constexpr auto usage = "Usage: sordin-tag [--model FILE] RECORDING...\n"
                        "mono, silence\n"
                        "included. Without --model it takes the model that came with the program.\n";
 
-/// Frames that the tagger gets at a time; a whole number of them makes half a second.
-constexpr std::size_t pieceFrames = 320;
-
 /// The command line makes no sense.
 class UsageError : public std::runtime_error {
 public:
@@ -51,19 +48,11 @@ void tag(const SoundModel& model, const std::string& path) {
     if (const auto error = tagger.prepare(format)) {
         throw std::runtime_error(*error);
     }
-    std::vector<float> waiting;
-    bool more = true;
-    while (more) {
-        more = recording.read(waiting);
-        auto begin = waiting.begin();
-        while (static_cast<std::size_t>(waiting.end() - begin) >= pieceFrames) {
-            const auto position = static_cast<std::int64_t>(frames);
-            frames += pieceFrames;
-            tagger.analyze(PcmBuffer(format, {begin, begin + pieceFrames}), position);
-            begin += pieceFrames;
-        }
-        waiting.erase(waiting.begin(), begin);
-    }
+    recording.readBuffers([&](std::vector<float> samples) {
+        const auto position = static_cast<std::int64_t>(frames);
+        frames += samples.size();
+        tagger.analyze(PcmBuffer(format, std::move(samples)), position);
+    });
     if (recording.damage()) {
         throw replay::InputError(path + ": the recording is damaged (" + *recording.damage() + ")");
     }

@@ -11,8 +11,6 @@ from scipy.signal import butter, fftconvolve, sosfilt
 from soundmodel.audio import RATE, through_codec
 from soundmodel.features import frame_power, read
 
-STEADY = 0.5  # s: how often the classifier answers
-
 
 def write_wave(path, samples):
     with wave.open(str(path), "wb") as file:
