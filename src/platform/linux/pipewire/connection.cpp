@@ -72,7 +72,7 @@ std::unique_ptr<Connection> Connection::open(pw_context* context, Events events)
 Connection::Connection(pw_context* context, CorePointer core, Events events)
     : events_(std::move(events)),
       core_(std::move(core)),
-      askTimer_(pw_context_get_main_loop(context), [this] { askAgain(); }) {}
+      toAskAgain_(pw_context_get_main_loop(context), askAgainDelay, [this](GlobalId id) { askAgain(id); }) {}
 
 Connection::~Connection() = default;
 
@@ -227,7 +227,7 @@ void Connection::addClient(GlobalId id) {
     graph_.clients[id] = {};
     if (metadata_) {
         // While a client gets the metadata, a server (0.3.65) tells changes to that one only.
-        askLater(*metadata_);
+        toAskAgain_.request(*metadata_);
     }
 }
 
@@ -346,29 +346,14 @@ void Connection::askVolume(GlobalId id) {
     // At once: where a client asks and goes away before the answer, a server (0.3.65) takes its old answer
     // for the new one, unless somebody else has asked too. And once more, for what was missed even so.
     enumerateVolume(id);
-    askLater(id);
+    toAskAgain_.request(id);
 }
 
-void Connection::askLater(GlobalId id) {
-    if (toAsk_.empty()) {
-        askTimer_.runAfter(askAgainDelay);
-    }
-    toAsk_.insert(id);
-    lastChange_ = std::chrono::steady_clock::now();
-}
-
-void Connection::askAgain() {
-    for (const GlobalId id : toAsk_) {
-        if (id == metadata_ && !ending_) {
-            listenToMetadata(id);
-        } else {
-            enumerateVolume(id);
-        }
-    }
-    if (std::chrono::steady_clock::now() < lastChange_ + askAgainDelay / 2) {
-        askTimer_.runAfter(askAgainDelay);  // too soon for the last of them
+void Connection::askAgain(GlobalId id) {
+    if (id == metadata_ && !ending_) {
+        listenToMetadata(id);
     } else {
-        toAsk_.clear();
+        enumerateVolume(id);
     }
 }
 

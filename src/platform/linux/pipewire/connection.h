@@ -3,15 +3,13 @@
 
 #include "platform/linux/pipewire/graph.h"
 #include "platform/linux/pipewire/handles.h"
-#include "platform/linux/pipewire/loop_sources.h"
+#include "platform/linux/pipewire/repeats.h"
 
-#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <pipewire/extensions/metadata.h>
-#include <set>
 
 namespace sordin::pipewire {
 
@@ -65,8 +63,7 @@ private:
     void onDeviceInfo(GlobalId id, const pw_device_info& info);
     bool listenToMetadata(GlobalId id);
     void askVolume(GlobalId id);
-    void askLater(GlobalId id);
-    void askAgain();
+    void askAgain(GlobalId id);
     void enumerateVolume(GlobalId id);
     void onParam(GlobalId id, std::uint32_t param, const spa_pod* pod);
     void onMetadata(const char* key, const char* value);
@@ -80,9 +77,7 @@ private:
     Hook registryHook_;
     std::map<GlobalId, std::unique_ptr<Bound>> bound_;
     std::optional<GlobalId> metadata_;
-    std::set<GlobalId> toAsk_;  // whose volume has changed, and metadata of which a change may be lost
-    std::chrono::steady_clock::time_point lastChange_;  // that put something there
-    LoopTimer askTimer_;
+    Repeats toAskAgain_;  // volumes that have changed, and metadata of which a change may have been missed
     bool ending_ = false;
     int question_ = 0;
 };
