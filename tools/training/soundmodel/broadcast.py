@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Broadcasts put together from held-out recordings, with the truth about them: where the ads are, and what a perfect
+"""Broadcasts put together from recordings that nothing was learned from, with the truth about them: where the ads are, and what a perfect
 classifier would say. And long stretches of speech, songs, music and noise without any ad."""
 import dataclasses
 import json
@@ -41,7 +41,7 @@ def tight(samples, longest=0.35):
 
 @dataclasses.dataclass
 class Material:
-    """Held-out recordings by kind, as (name, samples)."""
+    """Recordings of a split by kind, as (name, samples)."""
 
     folder: pathlib.Path
     rng: np.random.Generator
@@ -154,11 +154,11 @@ def broadcast(material, minutes, base=-23.0, louder=(2.0, 5.0)):
     return np.concatenate(parts), ads, cues
 
 
-def write_broadcast(folder, name, seed, minutes, codec=None):
+def write_broadcast(material, folder, name, seed, minutes, codec=None):
     """NAME.wav, NAME.txt (label track) and NAME.perfect (cues) in a folder."""
     if (folder / f"{name}.perfect").exists():
         return
-    material = Material(folder.parent / "pcm/held", np.random.default_rng(seed))
+    material.rng = np.random.default_rng(seed)
     samples, ads, cues = broadcast(material, minutes)
     if codec:
         samples = through_codec(samples, *codec)
@@ -168,13 +168,13 @@ def write_broadcast(folder, name, seed, minutes, codec=None):
     (folder / f"{name}.perfect").write_text("\n".join(lines) + "\n")
 
 
-def write_single(folder, kind, minutes, seed):
+def write_single(material, folder, kind, minutes, seed):
     """KIND.wav: long stretches of one kind in which nothing is an ad."""
     path = folder / f"{kind}.wav"
     if path.exists():
         return
-    material = Material(folder.parent / "pcm/held", np.random.default_rng(seed))
-    rng, parts = material.rng, []
+    material.rng = rng = np.random.default_rng(seed)
+    parts = []
     codecs = [None, None, ("libmp3lame", 22050, 32), ("libopus", 48000, 16), ("libmp3lame", 32000, 64)]
     while sum(map(len, parts)) < minutes * 60 * RATE:
         seconds = rng.uniform(30, 90)
@@ -196,17 +196,19 @@ def write_single(folder, kind, minutes, seed):
     write_wave(path, np.concatenate(parts))
 
 
-def make_all(work):
-    folder = work / "eval"
+def make_all(work, split):
+    """WORK/SPLIT: three broadcasts of 40 minutes and half an hour of each kind of sound."""
+    folder = work / split
     folder.mkdir(exist_ok=True)
-    write_broadcast(folder, "broadcast-1", 11, 40)
-    write_broadcast(folder, "broadcast-2", 12, 40, ("libmp3lame", 32000, 64))
-    write_broadcast(folder, "broadcast-3", 13, 40, ("libopus", 48000, 24))
+    material = Material(work / "pcm" / split, np.random.default_rng(0))
+    seed = {"held": 11, "tune": 111}[split]
+    for index, codec in enumerate([None, ("libmp3lame", 32000, 64), ("libopus", 48000, 24)]):
+        write_broadcast(material, folder, f"broadcast-{index + 1}", seed + index, 40, codec)
     for index, kind in enumerate(("speech", "song", "music", "noise")):
-        write_single(folder, kind, 30, 21 + index)
+        write_single(material, folder, kind, 30, seed + 10 + index)
 
 
 if __name__ == "__main__":
     import sys
 
-    make_all(pathlib.Path(sys.argv[1]))
+    make_all(pathlib.Path(sys.argv[1]), sys.argv[2])

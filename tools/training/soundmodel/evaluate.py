@@ -55,7 +55,7 @@ def detector_figures(program, folder, name, cues, sensitivity):
 
 def evaluate(program, work, tagger, label, **calibration):
     """Prints and returns the figures of a model."""
-    folder = work / "eval"
+    folder = work / "held"
     rows = {}
     for name in BROADCASTS:
         cues = folder / f"{name}.{label}"

@@ -31,7 +31,9 @@ CODECS = [
     ("g722", 16000, 0),
     ("pcm_mulaw", 8000, 0),
 ]
+MIXED, MIXED_SECONDS = 700, 18  # ads put together as sound, and their length
 CODED = 0.35  # share of all minutes that go through a codec, which takes longer than all the rest
+PAUSE = 160  # frames: a voice that pauses for less is still talking
 ENERGY_FLOOR = 1e-6  # under the magnitudes of the quietest sound that 16 bits hold
 
 
@@ -68,6 +70,14 @@ def activity(power, kind):
     peak = maximum_filter1d(level, 401)
     active = level > np.maximum(peak - depth, -66)
     return uniform_filter1d(active.astype(np.float32), 25) > 0.2
+
+
+def without_pauses(active):
+    """Activity in which pauses shorter than PAUSE are filled."""
+    index = np.arange(len(active))
+    last = np.maximum.accumulate(np.where(active, index, -10_000))
+    following = np.minimum.accumulate(np.where(active, index, 10 * len(active))[::-1])[::-1]
+    return active | (following - last < PAUSE)
 
 
 def features(samples, kind):
@@ -113,6 +123,68 @@ def bank_of(job):
         part.rename(target)
 
 
+def loudness(samples, kind):
+    """RMS where it is active, and the activity by frame."""
+    power = frame_power(samples)
+    active = activity(power, kind)
+    return (float(np.sqrt(power[active].mean())) if active.any() else 0.0), active
+
+
+def mixed_ads(job):
+    """WORK/banks/train-mixed-NAME.npz: voices over music, mixed as sound, driven hard, and through codecs, since that is
+    more than the sum of its parts. Activity has two columns: speech and music."""
+    work, name, seed, count, voices, music = job
+    target = work / "banks" / f"train-mixed-{name}.npz"
+    if target.exists():
+        return
+    rng = np.random.default_rng(seed)
+    length = MIXED_SECONDS * RATE
+
+    def stretch(paths, kind):
+        weight = np.array([min(p.stat().st_size, 600 * 2 * RATE) for p in paths]) ** 0.6
+        for _ in range(50):
+            whole = np.memmap(paths[rng.choice(len(paths), p=weight / weight.sum())], "<i2", "r")
+            begin = int(rng.integers(0, max(1, len(whole) - length)))
+            samples = np.resize(np.asarray(whole[begin : begin + length]), length).astype(np.float32) / 32768
+            level, active = loudness(samples, kind)
+            if level > 1e-3 and active.mean() > 0.4:
+                break
+        return samples / (level + 1e-9), active
+
+    mels, active, lengths = [], [], []
+    for _ in range(count):
+        (voice, speaks), (bed, plays) = stretch(voices, "speech"), stretch(music, "music")
+        below = rng.uniform(-3, 17)
+        mix = voice + bed * 10 ** (-below / 20)
+        if rng.random() < 0.8:
+            drive = rng.uniform(1, 5)
+            mix = np.tanh(drive * mix / np.abs(mix).max()) / np.tanh(drive)
+        if rng.random() < 0.6:
+            mix = through_codec(mix / np.abs(mix).max() * 0.7, *CODECS[rng.integers(len(CODECS))])
+        made = features(np.nan_to_num(mix), "music")
+        if made:
+            speaks = without_pauses(speaks) * 1.0
+            faint = np.clip((22 - below) / 9, 0, 1)
+            plays = without_pauses(plays) * (1 - speaks * (1 - faint))
+            mels.append(made[0])
+            active.append(np.stack([speaks, plays], 1)[: len(made[0])].astype(np.float16))
+            lengths.append(len(made[0]))
+    part = target.with_name(target.name + ".part.npz")
+    np.savez(part, mels=np.concatenate(mels), active=np.concatenate(active), lengths=lengths)
+    part.rename(target)
+
+
+def mixed_jobs(work):
+    """Without the collection, and with nothing else where there is one."""
+    files = {kind: sorted((work / "pcm/train" / kind).glob("*.s16")) for kind in ("speech", "music")}
+    own = {kind: [p for p in paths if not p.name.startswith("c-")] for kind, paths in files.items()}
+    jobs = [(work, f"own-{part}", 40 + part, MIXED // 2, own["speech"], own["music"]) for part in range(2)]
+    if own != files:
+        further = [p for p in files["speech"] if p.name.startswith("c-")]
+        jobs.append((work, "c-voices", 42, MIXED // 4, further, files["music"]))
+    return jobs
+
+
 def make_banks(work):
     (work / "banks").mkdir(exist_ok=True)
     groups = {}
@@ -123,7 +195,10 @@ def make_banks(work):
     jobs = [(work, "train", kind, group, paths) for (kind, group), paths in groups.items()]
     jobs.sort(key=lambda job: -sum(p.stat().st_size for p in job[4]))
     with concurrent.futures.ProcessPoolExecutor(2) as pool:
-        list(pool.map(bank_of, jobs))
+        done = [pool.submit(bank_of, job) for job in jobs]
+        done += [pool.submit(mixed_ads, job) for job in mixed_jobs(work)]
+        for one in done:
+            one.result()
 
 
 if __name__ == "__main__":

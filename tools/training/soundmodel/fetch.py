@@ -35,11 +35,17 @@ def fetch(work):
         if not found:
             print(f"fetching {name} {version}", flush=True)
             done = subprocess.run(
-                ["apt-get", "download", "-qq", f"{name}={version}"], cwd=packages, check=False
+                ["apt-get", "download", "-qq", f"{name}={version}"],
+                cwd=packages,
+                capture_output=True,
+                check=False,
+                text=True,
             )
             found = sorted(packages.glob(f"{name}_*.deb"))
             if done.returncode != 0 or not found:
-                raise FetchError(f"{name} {version} cannot be downloaded; is it the version of this Debian?")
+                raise FetchError(
+                    f"{name} {version} cannot be downloaded; is it the version of this Debian? {done.stderr}"
+                )
         if sha256(found[0]) != checksum:
             found[0].unlink()
             raise FetchError(f"{name} {version} is not the file that is listed: its SHA-256 differs")

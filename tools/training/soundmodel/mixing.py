@@ -9,19 +9,22 @@ import dataclasses
 import numpy as np
 import torch
 from scipy.signal import lfilter
-from soundmodel.audio import FLOOR, MELS
+from soundmodel.audio import FLOOR, HIGH, LOW, MELS
+from soundmodel.features import without_pauses
 from soundmodel.network import FRAMES, STEP
 
 RESULTS = 10  # of a sequence
 LENGTH = FRAMES + STEP * (RESULTS - 1)
 SECOND = 100  # frames
-PAUSE = 120  # frames: a voice that pauses for less is still talking
+HARD, EASY = 2.0, 0.5  # how much more, or less, often a piece is drawn than it would be, by how hard it is
+REFRESH = 100  # batches between two looks at that
 
 #: What a scene is, and how often.
 SCENES = {
     "speech": 0.28,
     "music": 0.13,
-    "ad": 0.19,
+    "ad": 0.14,
+    "mixed ad": 0.1,
     "song": 0.22,
     "acappella": 0.07,
     "noise": 0.08,
@@ -41,7 +44,8 @@ class Track:
 
 
 class Bank:
-    """All pieces of one kind; groups are drawn by a power of their length, so that none outweighs the others."""
+    """All pieces of one kind; groups are drawn by a power of their length, so that none outweighs the others, and pieces
+    that the network finds hard more often than others."""
 
     def __init__(self, folder, kind, weights, exponent=0.6):
         self.pieces, chances = [], []
@@ -54,25 +58,40 @@ class Bank:
             if weight > 0:
                 self.pieces += [(group, *piece) for piece in pieces]
                 chances += [weight * len(piece[1]) / len(mels) for piece in pieces]
-        self.chances = np.cumsum(chances) / np.sum(chances)
+        self.base = np.array(chances)
+        self.hardness = np.ones(len(chances))  # loss compared with that of other scenes of its kind
+        self.drawn = []  # since the caller emptied it
+        self.refresh()
+
+    def refresh(self):
+        chances = np.cumsum(self.base * np.clip(self.hardness, EASY, HARD))
+        self.chances = chances / chances[-1] if len(chances) else chances
 
     def draw(self, rng, length=LENGTH):
         """(group, log magnitudes, activity) of a random stretch; a short piece is repeated."""
         index = min(int(np.searchsorted(self.chances, rng.random())), len(self.pieces) - 1)
+        self.drawn.append(index)
         group, mels, active = self.pieces[index]
         if len(active) < length:
             times = -(-length // len(active))
-            mels, active = np.tile(mels, (times, 1)), np.tile(active, times)
+            mels, active = np.concatenate([mels] * times), np.concatenate([active] * times)
         begin = int(rng.integers(0, len(active) - length + 1))
         return group, mels[begin : begin + length].astype(np.float32), active[begin : begin + length]
 
 
-def without_pauses(active):
-    """Activity in which pauses shorter than PAUSE are filled."""
-    index = np.arange(len(active))
-    last = np.maximum.accumulate(np.where(active, index, -10_000))
-    following = np.minimum.accumulate(np.where(active, index, 10 * len(active))[::-1])[::-1]
-    return active | (following - last < PAUSE)
+def between(values, at):
+    """Rows of an array at fractional positions."""
+    low = np.minimum(at.astype(int), len(values) - 2)
+    part = np.clip(at - low, 0, 1)[:, None].astype(np.float32)
+    return values[low] * (1 - part) + values[low + 1] * part
+
+
+def bands_of(size):
+    """Where each band is to be read from so that all frequencies are 1 / `size` times what they were."""
+    to_mel = lambda f: 1127 * np.log(1 + f / 700)
+    edges = np.linspace(to_mel(LOW), to_mel(HIGH), MELS + 2)
+    frequency = 700 * (np.exp(edges[1:-1] / 1127) - 1)
+    return np.clip((to_mel(frequency * size) - edges[1]) / (edges[1] - edges[0]), 0, MELS - 1)
 
 
 def equaliser(rng, strength):
@@ -114,6 +133,8 @@ class Mixer:
                     "tts": 0.4,
                     "vocoded": 0.5,
                     "queen": 1.5,
+                    "steel-sky": 1.5,
+                    "ktuberling": 0.4,
                     "c-picovoice": 2.5,
                     "c-mycroft": 2,
                     "c-fsdd": 0.5,
@@ -124,6 +145,11 @@ class Mixer:
         self.music = Bank(folder, "music", weigh({"c-": 1.5, "openmsx": 0.6}))
         self.song = Bank(folder, "song", weigh({"sung": 0.6, "c-spoken": 1.5, "c-": 4}))
         self.noise = Bank(folder, "noise", weigh({"made": 0.8, "c-": 2}))
+        self.mixed = Bank(folder, "mixed", weigh({}))
+        self.banks = [self.speech, self.music, self.song, self.noise, self.mixed]
+        self.usual = {}  # loss by kind of scene
+        self.batches = 0
+        self.kinds, self.drawn = [], []  # by sequence of the last batch
 
     def chance(self, probability):
         return self.rng.random() < probability
@@ -131,6 +157,15 @@ class Mixer:
     def decibels(self, low, high):
         """A level as natural log of the amplitude."""
         return self.rng.uniform(low, high) * np.log(10) / 20
+
+    def take(self, bank, likely):
+        """What Bank.draw gives, likely at another tempo and with all resonances moved, as if somebody else spoke or played."""
+        if not self.chance(likely):
+            return bank.draw(self.rng)
+        tempo, size = self.rng.uniform(0.83, 1.2), self.rng.uniform(0.88, 1.13)
+        group, mels, active = bank.draw(self.rng, int(LENGTH * tempo) + 2)
+        at = np.arange(LENGTH) * tempo
+        return group, between(between(mels, at).T, bands_of(size)).T, active[at.astype(int)]
 
     def coloured(self, mels):
         if self.chance(0.7):
@@ -148,25 +183,25 @@ class Mixer:
 
     def voice(self, level):
         for _ in range(20):
-            _, mels, active = self.speech.draw(self.rng)
+            _, mels, active = self.take(self.speech, 0.6)
             if active.mean() > 0.3:
                 break
         if self.chance(0.2):
             mels = self.reverberant(mels)
         tracks = [Track(self.coloured(mels), np.full(LENGTH, level), speech=without_pauses(active) * 1.0)]
         if self.chance(0.1):  # somebody else at the same time
-            _, mels, other = self.speech.draw(self.rng)
+            _, mels, other = self.take(self.speech, 0.6)
             gain = np.full(LENGTH, level + self.decibels(-14, 0))
             tracks.append(Track(self.coloured(mels), gain, speech=without_pauses(other) * 1.0))
         return tracks
 
     def instrumental(self, level):
-        _, mels, active = self.music.draw(self.rng)
+        _, mels, active = self.take(self.music, 0.3)
         return [Track(self.coloured(mels), np.full(LENGTH, level), music=without_pauses(active) * 1.0)]
 
     def singing(self, level, alone):
         """Singing with music: a recording of a song, or a singing voice over instruments."""
-        group, mels, active = self.song.draw(self.rng)
+        group, mels, active = self.take(self.song, 0.6)
         held = without_pauses(active) * 1.0
         if group.startswith("c-") and not group.endswith("-alone"):
             unknown = np.full(LENGTH, np.nan)  # where in a song is sung is not known
@@ -187,7 +222,7 @@ class Mixer:
         return tracks
 
     def scene(self):
-        """Tracks of one scene, the voice or else the music at level 0."""
+        """Kind and tracks of one scene, the voice or else the music at level 0."""
         kind = self.rng.choice(list(SCENES), p=np.array(list(SCENES.values())) / sum(SCENES.values()))
         if kind == "speech":
             tracks = self.voice(0.0)
@@ -195,6 +230,13 @@ class Mixer:
                 tracks += self.background(self.decibels(-40, 0 if self.chance(0.3) else -8))
         elif kind == "music":
             tracks = self.instrumental(0.0)
+        elif kind == "mixed ad":  # put together before it went through amplifiers and codecs
+            _, mels, heard = self.mixed.draw(self.rng)
+            tracks = [
+                Track(
+                    self.coloured(mels), np.zeros(LENGTH), speech=heard[:, 0] * 1.0, music=heard[:, 1] * 1.0
+                )
+            ]
         elif kind in ("ad", "ad over song"):
             below = self.rng.uniform(-3, 17) if self.chance(0.85) else self.rng.uniform(10, 24)
             tracks = self.voice(0.0)
@@ -212,12 +254,13 @@ class Mixer:
                     track.singing = track.singing * (1 - voice * (1 - faint))
             tracks += over
         elif kind == "noise":
-            return self.background(0.0) + (self.background(self.decibels(-15, 3)) if self.chance(0.4) else [])
+            more = self.background(self.decibels(-15, 3)) if self.chance(0.4) else []
+            return kind, self.background(0.0) + more
         else:
             tracks = self.singing(0.0, alone=kind == "acappella")
         if kind != "speech" and self.chance(0.25):
             tracks += self.background(self.decibels(-40, -12))
-        return tracks
+        return kind, tracks
 
     def fade(self, begin, fast):
         """0 before `begin`, 1 after, as gain by frame."""
@@ -232,13 +275,14 @@ class Mixer:
                 setattr(track, name, getattr(track, name) * heard)
 
     def sequence(self):
-        """(log-mel input (LENGTH, MELS), labels (LENGTH, 3) with not-a-number where unknown)."""
-        tracks = self.scene()
+        """(kind, log-mel input (LENGTH, MELS), labels (LENGTH, 3) with not-a-number where unknown)."""
+        kind, tracks = self.scene()
         if self.chance(0.4):  # cut or fade to another scene
             begin, fast = self.rng.integers(50, LENGTH - 20), self.chance(0.6)
             gate = self.fade(begin, fast)
             level = self.decibels(-8, 8)
-            after = self.scene()
+            second, after = self.scene()
+            kind = f"{kind}, {second}"
             for track in tracks:
                 self.cut(track, 1 - gate)
             for track in after:
@@ -271,15 +315,20 @@ class Mixer:
         if self.chance(0.25):
             first = self.rng.integers(0, MELS - 6)
             mels[:, first : first + self.rng.integers(1, 7)] = mels.mean()
-        return mels.astype(np.float32), labels
+        return kind, mels.astype(np.float32), labels
 
     def batch(self, size):
         """(size, LENGTH, MELS) inputs, (size, RESULTS, 3) targets of the newest second of each result, 0 to 1 or
         not-a-number."""
         inputs = np.empty((size, LENGTH, MELS), np.float32)
         targets = np.empty((size, RESULTS, 3), np.float32)
+        self.kinds, self.drawn = [], []
         for index in range(size):
-            inputs[index], labels = self.sequence()
+            kind, inputs[index], labels = self.sequence()
+            self.kinds.append(kind)
+            self.drawn.append([bank.drawn for bank in self.banks])
+            for bank in self.banks:
+                bank.drawn = []
             unknown = np.isnan(labels[:, 2]).any()
             labels[:, 2] = np.nan_to_num(labels[:, 2])
             sums = np.concatenate([np.zeros((1, 3)), np.cumsum(labels, 0)])
@@ -288,3 +337,16 @@ class Mixer:
             targets[index] = np.clip(share / 0.4, 0, 1)
             targets[index, :, 2] = np.nan if unknown else targets[index, :, 2]
         return torch.from_numpy(inputs), torch.from_numpy(targets)
+
+    def learned(self, losses):
+        """The losses (size) of the last batch: what was hard will be drawn more often."""
+        for kind, loss, drawn in zip(self.kinds, losses, self.drawn):
+            usual = self.usual.get(kind, loss)
+            self.usual[kind] = 0.98 * usual + 0.02 * loss
+            for bank, indices in zip(self.banks, drawn):
+                for index in indices:
+                    bank.hardness[index] = 0.9 * bank.hardness[index] + 0.1 * loss / (usual + 1e-3)
+        self.batches += 1
+        if self.batches % REFRESH == 0:
+            for bank in self.banks:
+                bank.refresh()

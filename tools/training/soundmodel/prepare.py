@@ -10,6 +10,7 @@ from soundmodel.audio import RATE, decode, decode_raw
 from soundmodel.sources import SOURCES, collection_split, files_of
 
 LOUDEST = 0.9
+RAW = {".g722": ["-f", "g722"], ".gsm": ["-f", "gsm"], ".u8": ["-f", "u8", "-ar", "11025", "-ac", "1"]}
 
 
 def write(path, samples):
@@ -57,9 +58,9 @@ def prepare_source(job):
         return
     paths = files_of(source, work / "unpacked", work / "archives")
     joined = []
-    if paths and paths[0].suffix in (".g722", ".gsm"):
+    if paths and paths[0].suffix in RAW:
         raw = b"".join(p.read_bytes() for p in paths if "silence" not in str(p))
-        joined = [levelled(decode_raw(raw, ["-f", paths[0].suffix[1:]]))]
+        joined = [levelled(decode_raw(raw, RAW[paths[0].suffix]))]
         paths = []
     for path in paths:
         if path.suffix == ".mid":

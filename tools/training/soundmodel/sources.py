@@ -1,19 +1,20 @@
 # SPDX-License-Identifier: MIT
 """Which recordings the sound model learns from, and which are kept for measuring it.
 
-A source is a package or a collection; all of a source is either for training or held out, so that no voice, band or
-microphone is on both sides.
+A source is a package or a collection; all of a source is for training, for choosing the calibration, or held out, so that
+no voice, band or microphone is on two sides.
 """
 import dataclasses
 import pathlib
 import re
 import struct
+import subprocess
 import zipfile
 
 
 @dataclasses.dataclass(frozen=True)
 class Source:
-    split: str  # train or held
+    split: str  # train, tune (the calibration is chosen on it) or held (the figures come from it)
     kind: str  # speech, music, song (sung, with or without music), noise
     name: str  # group: weighted together
     package: str
@@ -50,8 +51,21 @@ SOURCES = [
     Source("train", "speech", "nsh-ru", "festvox-ru", r"\.wav"),
     Source("train", "speech", "klettres", "klettres-data", r"\.ogg", every=4),
     Source("train", "speech", "freedroid", "freedroidrpg-data", r"(voice_samples|ingame_comments)/.*\.ogg"),
+    Source("train", "speech", "steel-sky", "beneath-a-steel-sky", r"sky\.dnr"),
+    *[
+        Source(
+            "train",
+            "speech",
+            f"ktuberling-{lang}",
+            "ktuberling-data",
+            rf"sounds/{lang}/.*\.(ogg|wav)",
+            every=2,
+        )
+        for lang in ("ca", "da", "el", "en", "fr", "ga", "gl", "lt", "ro", "ru", "sl", "uk", "wa")
+    ],
+    Source("tune", "speech", "ktuberling-de", "ktuberling-data", r"sounds/de/.*\.(ogg|wav)", every=2),
     Source("held", "speech", "fillets-nl", "fillets-ng-data-nl", r"\.ogg", every=3),
-    Source("held", "speech", "armelle-fr", "asterisk-prompt-fr-armelle", r"\.gsm"),
+    Source("tune", "speech", "armelle-fr", "asterisk-prompt-fr-armelle", r"\.gsm"),
     Source("held", "speech", "tuxpaint", "tuxpaint-stamps-default", r"_desc.*\.ogg", every=30),
     Source("held", "speech", "pocketsphinx", "pocketsphinx-testdata", r"\.wav"),
     Source("held", "speech", "unknown-horizons", "unknown-horizons", r"voice/.*\.ogg"),
@@ -87,8 +101,8 @@ SOURCES = [
     Source("train", "music", "openmsx", "openttd-openmsx", r"\.mid", seconds=110),
     Source("held", "music", "megaglest", "megaglest-data", r"music/.*\.(ogg|wav)"),
     Source("held", "music", "marsshooter", "marsshooter-data", r"audio/music/.*\.ogg"),
-    Source("held", "music", "starfighter", "starfighter-data", r"music/.*\.ogg"),
-    Source("held", "music", "trackballs", "trackballs-data", r"music/.*\.ogg"),
+    Source("tune", "music", "starfighter", "starfighter-data", r"music/.*\.ogg"),
+    Source("tune", "music", "trackballs", "trackballs-data", r"music/.*\.ogg"),
     Source("held", "music", "pathological", "pathological", r"music/.*\.ogg"),
     Source("train", "noise", "wesnoth", "wesnoth-1.16-data", r"sounds/.*\.ogg", 8),
     Source("train", "noise", "supertux", "supertux-data", r"sounds/.*\.(ogg|wav)", 8),
@@ -107,19 +121,23 @@ SOURCES = [
     Source("train", "noise", "lincity", "lincity-ng-data", r"/sounds/.*\.wav", 8),
     Source("train", "noise", "boswars", "boswars-data", r"units/.*\.wav", 8),
     Source("held", "noise", "megaglest", "megaglest-data", r"tilesets/.*\.(ogg|wav)", 20),
-    Source("held", "noise", "ardentryst", "ardentryst", r"Sounds/.*\.ogg", 8),
+    Source("tune", "noise", "ardentryst", "ardentryst", r"Sounds/.*\.ogg", 8),
 ]
 
-# Of the licensed collection: sources that are held out although they may be trained on.
-COLLECTION_HELD = re.compile(
-    r"joshuamorin|ev3_rubidium|vocadito|picovoice_4|mycroft_heycomp_es|voices_|fsdd_theo"
-    r"|digabi_(chopin|trow)|helena_chaos|mcl_track6|berlin_|ibm_"
+# Of the licensed collection: sources that are not learned from although they may be.
+COLLECTION_TUNE = re.compile(
+    r"ev3_rubidium|vocadito_1\.|picovoice_4|mycroft_heycomp_es|voices_|fsdd_theo|digabi_(chopin|trow)|helena_chaos|berlin_"
 )
+COLLECTION_HELD = re.compile(r"joshuamorin|vocadito|mcl_track6|ibm_")
 
 
 def collection_split(name):
-    """train or held, of a file of the collection by its path."""
-    return "held" if name.startswith("dev/") or COLLECTION_HELD.search(name) else "train"
+    """train, tune or held, of a file of the collection by its path."""
+    if name.startswith("dev/"):
+        return "held"
+    if COLLECTION_TUNE.search(name):
+        return "tune"
+    return "held" if COLLECTION_HELD.search(name) else "train"
 
 
 def files_of(source, unpacked, scratch):
@@ -136,6 +154,8 @@ def files_of(source, unpacked, scratch):
         root = scratch / source.package
     if source.name == "queen":
         return queen_voices(next(root.rglob("queen.1c")), scratch / "queen")
+    if source.name == "steel-sky":
+        return steel_sky_voices(next(root.rglob("sky.dnr")), scratch / "steel-sky")
     found = sorted(
         p for p in root.rglob("*") if p.is_file() and re.search(source.pattern, str(p.relative_to(root)))
     )
@@ -156,3 +176,30 @@ def queen_voices(table, target):
                 (part / (name[:-3] + ".mp3")).write_bytes(data[offset : offset + size])
         part.rename(target)
     return sorted(pathlib.Path(target).glob("*.mp3"))
+
+
+def steel_sky_voices(table, target):
+    """The voices of sky.dsk as 8-bit samples (*.u8, 11025 Hz). Its table has entries of 8 bytes: number, offset, size, the
+    last two with flags; voices have numbers from 50000, a header of 22 bytes, and are packed by "RNC" for the most part.
+    """
+    if not target.exists():
+        entries, disk = table.read_bytes(), table.with_suffix(".dsk").read_bytes()
+        part = target.with_suffix(".part")
+        part.mkdir(parents=True, exist_ok=True)
+        (count,) = struct.unpack_from("<I", entries)
+        for index in range(count):
+            entry = entries[4 + 8 * index :][:8]
+            number = int.from_bytes(entry[:2], "little")
+            offset, size = int.from_bytes(entry[2:5], "little"), int.from_bytes(entry[5:], "little")
+            offset = (offset & 0x7FFFFF) * (16 if offset & 0x800000 else 1)
+            if not 50000 <= number < 60000:
+                continue
+            voice = disk[offset + 22 : offset + (size & 0x3FFFFF)]
+            path = part / f"{number}.u8"
+            path.write_bytes(voice)
+            if voice.startswith(b"RNC"):
+                packed = path.rename(part / "packed")
+                subprocess.run(["ancient", "decompress", packed, path], capture_output=True, check=False)
+                packed.unlink()
+        part.rename(target)
+    return sorted(pathlib.Path(target).glob("*.u8"))

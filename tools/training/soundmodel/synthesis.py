@@ -200,7 +200,7 @@ def singing(work, seed, count):
     voices = [
         p
         for p in sorted((work / "pcm/train/speech").glob("*.s16"))
-        if p.stat().st_size > 4e6 and not p.name.startswith(("vocoded", "c-fsdd"))
+        if p.stat().st_size > 4e6 and not p.name.startswith(("vocoded", "c-"))
     ]
     songs, speech = [], []
     for index in range(count):

@@ -1,9 +1,12 @@
 # SPDX-License-Identifier: MIT
 """Trains the network for a fixed number of steps; resumes from the last checkpoint."""
 import math
+import os
 import time
 
 import torch
+import torch.distributed
+import torch.multiprocessing
 import torch.nn.functional as F
 from soundmodel.mixing import Mixer
 from soundmodel.network import Tagger
@@ -11,7 +14,7 @@ from soundmodel.network import Tagger
 BATCH = 40  # sequences
 RATE, DECAY = 3e-3, 1e-2
 AVERAGE = 0.998  # of the weights, over the last steps
-CHECKPOINT = 200  # steps
+CHECKPOINT = 250  # steps
 
 CONVOLUTIONS = [(16, 2, 2, 0), (32, 2, 2, 0), (64, 2, 2, 0), (64, 1, 1, 1), (96, 2, 2, 0), (96, 1, 1, 1)]
 #: By label: confidence = sigmoid(gain * logit + offset). Chosen at the detector: see docs/detection.md.
@@ -20,56 +23,101 @@ SETTINGS = dict(convolutions=CONVOLUTIONS, sections=2, embedding=64, memory=8, h
 
 
 def loss_of(logits, targets, steadiness):
-    """Each label, the detector's own question (are music and speech there together?), and no trembling."""
+    """(loss, losses by sequence) of each label, the detector's own question (are music and speech there together?), and
+    trembling."""
     known = ~torch.isnan(targets)
     filled = torch.nan_to_num(targets)
     each = F.binary_cross_entropy_with_logits(logits, filled * 0.98 + 0.01, reduction="none")
-    each = (each * known * torch.tensor([1.0, 1.0, 0.5])).sum() / known[..., 0].sum()
+    each = (each * known * torch.tensor([1.0, 1.0, 0.5], device=logits.device)).sum(-1)
     chances = torch.sigmoid(logits)
     music = torch.maximum(chances[..., 1], chances[..., 2])
     both = torch.minimum(music, chances[..., 0]).clamp(1e-5, 1 - 1e-5)
     wanted = torch.minimum(filled[..., 1], filled[..., 0]) * 0.98 + 0.01
-    both = F.binary_cross_entropy(both, wanted)
+    both = F.binary_cross_entropy(both, wanted, reduction="none")
     scores = torch.stack([chances[..., 0], music], -1)
     steady = (filled[:, 1:, :2] - filled[:, :-1, :2]).abs().amax(-1) < 0.05
     jumps = ((scores[:, 1:] - scores[:, :-1]).abs().sum(-1) * steady).mean()
-    return each + both + steadiness * jumps
+    by_sequence = (each + both).mean(1)
+    return by_sequence.mean() + steadiness * jumps, by_sequence.detach()
 
 
-def train(work, name, steps, seed=1, settings=None, steadiness=0.3, without_collection=False, threads=2):
-    """WORK/NAME.pt: the averaged weights after `steps` steps."""
+def shared(tagger, processes):
+    """Gradients of the processes become their mean."""
+    if processes > 1:
+        flat = torch.cat([p.grad.flatten() for p in tagger.parameters()])
+        torch.distributed.all_reduce(flat)
+        flat /= processes
+        for parameter, part in zip(tagger.parameters(), flat.split([p.numel() for p in tagger.parameters()])):
+            parameter.grad.copy_(part.view_as(parameter))
+
+
+def train(work, name, steps, seed=1, settings=None, steadiness=0.3, without_collection=False):
+    """WORK/NAME.pt: the averaged weights after `steps` steps. Two processes share each batch where there is no GPU."""
     result = work / f"{name}.pt"
-    if result.exists():
-        return result
-    torch.set_num_threads(threads)
+    if not result.exists():
+        processes = 1 if torch.cuda.is_available() else 2
+        meeting = work / f"{name}.meeting"
+        meeting.unlink(missing_ok=True)
+        os.environ["GLOO_SOCKET_IFNAME"] = "lo"
+        job = (
+            processes,
+            meeting,
+            work,
+            name,
+            steps,
+            seed,
+            settings or SETTINGS,
+            steadiness,
+            without_collection,
+        )
+        torch.multiprocessing.spawn(_train, job, processes)
+        meeting.unlink(missing_ok=True)
+    return result
+
+
+def _train(rank, processes, meeting, work, name, steps, seed, settings, steadiness, without_collection):
+    device = "cuda" if torch.cuda.is_available() else "cpu"
+    torch.set_num_threads(1)
     torch.manual_seed(seed)
-    settings = settings or SETTINGS
-    tagger = Tagger(**settings)
-    print(name, sum(p.numel() for p in tagger.parameters()), "parameters", flush=True)
+    if processes > 1:
+        torch.distributed.init_process_group(
+            "gloo", init_method=f"file://{meeting}", rank=rank, world_size=processes
+        )
+    tagger = Tagger(**settings).to(device)
     average = {k: v.clone() for k, v in tagger.state_dict().items()}
     optimiser = torch.optim.AdamW(tagger.parameters(), lr=RATE, weight_decay=DECAY)
-    first, spent = 0, 0.0
+    first, spent, hardness = 0, 0.0, None
     checkpoint = work / f"{name}.checkpoint"
     if checkpoint.exists():
-        state = torch.load(checkpoint)
+        state = torch.load(checkpoint, map_location=device)
         tagger.load_state_dict(state["weights"])
         optimiser.load_state_dict(state["optimiser"])
-        average, first, spent = state["average"], state["step"], state["spent"]
-    mixer = Mixer(work / "banks", seed * 1_000_003 + first, without_collection)
+        average, first, spent, hardness = state["average"], state["step"], state["spent"], state["hardness"]
+    mixer = Mixer(work / "banks", seed * 1_000_003 + first * processes + rank, without_collection)
+    for bank, values in zip(mixer.banks, hardness or []):
+        bank.hardness = values
+        bank.refresh()
+    torch.manual_seed(seed * 1_000_003 + first * processes + rank)
     begun, running = time.time(), None
     tagger.train()
     for step in range(first, steps):
         rate = RATE * min(1, (step + 1) / 150) * 0.5 * (1 + math.cos(math.pi * step / steps)) + 2e-5
         for group in optimiser.param_groups:
             group["lr"] = rate
-        inputs, targets = mixer.batch(BATCH)
-        with torch.autocast("cpu", torch.bfloat16):  # two and a half times as fast where the processor has it
-            logits = tagger(inputs)
-        loss = loss_of(logits.float(), targets, steadiness)
+        inputs, targets = mixer.batch(BATCH // processes)
+        with torch.autocast(
+            device, torch.bfloat16
+        ):  # two and a half times as fast where the processor has it
+            logits = tagger(inputs.to(device))
+        loss, losses = loss_of(logits.float(), targets.to(device), steadiness)
+        mixer.learned(losses.cpu().numpy())
         optimiser.zero_grad()
         loss.backward()
+        shared(tagger, processes)
         torch.nn.utils.clip_grad_norm_(tagger.parameters(), 5.0)
         optimiser.step()
+        if rank > 0:
+            continue
         running = loss.item() if running is None else 0.98 * running + 0.02 * loss.item()
         keep = min(AVERAGE, (step + 1) / (step + 10))
         for key, value in tagger.state_dict().items():
@@ -77,7 +125,7 @@ def train(work, name, steps, seed=1, settings=None, steadiness=0.3, without_coll
                 average[key].mul_(keep).add_(value, alpha=1 - keep)
             else:
                 average[key].copy_(value)
-        if (step + 1) % 50 == 0:
+        if (step + 1) % 100 == 0:
             print(
                 f"{name} step {step + 1} loss {running:.4f} {spent + time.time() - begun:.0f} s", flush=True
             )
@@ -90,12 +138,15 @@ def train(work, name, steps, seed=1, settings=None, steadiness=0.3, without_coll
                     average=average,
                     step=step + 1,
                     spent=spent + time.time() - begun,
+                    hardness=[bank.hardness for bank in mixer.banks],
                 ),
                 part,
             )
             part.rename(checkpoint)
-    torch.save(dict(weights=average, settings=settings), result)
-    return result
+    if rank == 0:
+        torch.save(
+            dict(weights={k: v.cpu() for k, v in average.items()}, settings=settings), work / f"{name}.pt"
+        )
 
 
 def load(path):
