@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "classifier/model_files.h"
 #include "classifier/sound_model_file.h"
-#include "classifier/sound_model_location.h"
 #include "random_seed.h"
+#include "support/own_files.h"
 #include "temporary_folder.h"
 
 #include <gmock/gmock.h>
@@ -213,17 +213,17 @@ TEST(SoundModelLocation, IsBesideTheProgramWhereverThatIs) {
     const fs::path program = folder / "usr/bin/sordin";
     place(program);
     const fs::path installed = folder / "usr/share/sordin/sound-model.bin";
-    EXPECT_NE(findSoundModel(program), installed);
+    EXPECT_NE(findDataFile(program, "sound-model.bin"), installed);
     place(installed);
-    EXPECT_EQ(findSoundModel(program), installed);
+    EXPECT_EQ(findDataFile(program, "sound-model.bin"), installed);
 
     const fs::path built = folder / "usr/build/tools/replay/sordin-replay";
     place(built);
     place(folder / "usr/build/CMakeCache.txt");
-    EXPECT_EQ(findSoundModel(built), std::nullopt) << "a build has its own or none";
+    EXPECT_EQ(findDataFile(built, "sound-model.bin"), std::nullopt) << "a build has its own or none";
     const fs::path own = folder / "usr/build/share/sordin/sound-model.bin";
     place(own);
-    EXPECT_EQ(findSoundModel(built), own);
+    EXPECT_EQ(findDataFile(built, "sound-model.bin"), own);
 }
 
 }  // namespace

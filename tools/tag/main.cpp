@@ -2,9 +2,9 @@
 // sordin-tag: what the sound model says of a recording, label by label, for developers.
 #include "classifier/network_sound_tagger.h"
 #include "classifier/sound_model_file.h"
-#include "classifier/sound_model_location.h"
 #include "replay/audio_file.h"
 #include "replay/input_error.h"
+#include "support/own_files.h"
 #include "support/program_path.h"
 
 #include <nlohmann/json.hpp>
@@ -67,7 +67,7 @@ void run(std::vector<std::string> arguments, const char* calledBy) {
         path = arguments[1];
         arguments.erase(arguments.begin(), arguments.begin() + 2);
     } else {
-        path = findSoundModel(programPath(calledBy));
+        path = findDataFile(programPath(calledBy), "sound-model.bin");
     }
     if (arguments.empty()) {
         throw UsageError("no recording given");
