@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: MIT
+#include "fakes/fake_speech.h"
+#include "platform/decoding_recogniser.h"
+#include "platform/on_device_transcriber.h"
+#include "platform/spoken_text.h"
+#include "support/asio_serial_queue.h"
+#include "support/manual_serial_queue.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <future>
+#include <numbers>
+
+namespace sordin {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// A tone of 500 Hz.
+PcmBuffer tone(double rate, double seconds, float amplitude = 0.5F, std::uint32_t channels = 1) {
+    const auto frames = static_cast<std::size_t>(rate * seconds);
+    std::vector<float> samples(frames * channels);
+    for (std::size_t frame = 0; frame < frames; ++frame) {
+        samples[frame] =
+            amplitude *
+            static_cast<float>(std::sin(2 * std::numbers::pi * 500 * static_cast<double>(frame) / rate));
+    }
+    return {{rate, channels}, std::move(samples)};
+}
+
+class DecodingRecogniserTest : public testing::Test {
+protected:
+    std::shared_ptr<SpeechSession> start() {
+        return recogniser->start([this](const std::string& text) { texts.push_back(text); },
+                                 [this](const std::string& error) { errors.push_back(error); });
+    }
+    void run() { queue->runPending(); }
+
+    std::shared_ptr<ManualSerialQueue> queue = std::make_shared<ManualSerialQueue>("sordin.speech");
+    std::shared_ptr<FakeSpeechDecoder::Script> decoder = std::make_shared<FakeSpeechDecoder::Script>();
+    bool installed = true;
+    std::unique_ptr<DecodingRecogniser> recogniser = std::make_unique<DecodingRecogniser>(
+        queue, DecodingRecogniser::Model{[this] { return installed; },
+                                         [this] { return std::make_unique<FakeSpeechDecoder>(decoder); }});
+    std::vector<std::string> texts;
+    std::vector<std::string> errors;
+};
+
+TEST_F(DecodingRecogniserTest, GivesATextForEachHalfSecondThatChangesIt) {
+    const auto session = start();
+    EXPECT_EQ(decoder->loaded, 0) << "not on the caller's thread";
+    for (int buffer = 0; buffer < 60; ++buffer) {
+        session->append(tone(16'000, 0.02));
+    }
+    run();
+    EXPECT_THAT(texts, ElementsAre("1", "2")) << "a long queue gives no fewer texts";
+    session->append(tone(16'000, 1));
+    session->endAudio();
+    session->append(tone(16'000, 1));
+    session->finish();
+    session->finish();
+    run();
+    EXPECT_THAT(texts, ElementsAre("1", "2", "3", "4"));
+    EXPECT_EQ(decoder->ended, 1);
+    session->append(tone(16'000, 1));
+    run();
+    EXPECT_EQ(texts.size(), 4U);
+    EXPECT_THAT(errors, IsEmpty());
+    EXPECT_EQ(decoder->loaded, 1);
+}
+
+TEST_F(DecodingRecogniserTest, EveryFormatReachesTheDecoderAtItsOwnRate) {
+    for (const double rate : {8000.0, 16'000.0, 44'100.0, 48'000.0, 192'000.0}) {
+        const auto session = start();
+        session->append(tone(rate, 0.5, 0.5F, 2));
+        session->append(tone(rate, 0.5, 4, 2));
+        session->finish();
+        run();
+        const auto& heard = decoder->heard;
+        EXPECT_NEAR(static_cast<double>(heard.size()), 16'000, 200) << rate;
+        int crossings = 0;
+        for (std::size_t i = 1; i < heard.size(); ++i) {
+            crossings += heard[i - 1] < 0 && heard[i] >= 0 ? 1 : 0;
+        }
+        EXPECT_NEAR(crossings, 500, 10) << rate;
+        const auto highest = *std::max_element(heard.begin(), heard.begin() + 7000);
+        EXPECT_NEAR(highest, 16384, 400) << rate;
+        EXPECT_EQ(*std::max_element(heard.begin(), heard.end()), 32767) << "louder than full scale";
+    }
+    const auto session = start();
+    for (const double rate : {0.0, -1.0, std::nan(""), 1e-300, 1e300}) {
+        session->append({{rate, 1}, std::vector<float>(100, 0.5F)});
+    }
+    session->append(tone(16'000, 0.1));
+    run();
+    EXPECT_EQ(decoder->heard.size(), 1600U) << "after rates that nothing can play";
+    EXPECT_THAT(errors, IsEmpty());
+}
+
+TEST_F(DecodingRecogniserTest, DropsAudioRatherThanFallBehind) {
+    const auto session = start();
+    for (int second = 0; second < 60; ++second) {
+        session->append(tone(16'000, 1));
+    }
+    run();
+    EXPECT_EQ(decoder->heard.size(), 3U * 16'000) << "what exceeds two seconds, and no more";
+    session->append(tone(16'000, 1));
+    run();
+    EXPECT_EQ(decoder->heard.size(), 4U * 16'000) << "caught up";
+    for (int second = 0; second < 60; ++second) {
+        session->append(tone(16'000, 1));
+        recogniser->drain();
+    }
+    EXPECT_EQ(decoder->heard.size(), 64U * 16'000) << "who waits loses nothing";
+}
+
+TEST_F(DecodingRecogniserTest, FailuresEndTheSessionAndTheNextBeginsAfresh) {
+    decoder->begins = false;
+    auto session = start();
+    session->append(tone(16'000, 1));
+    run();
+    EXPECT_THAT(errors, ElementsAre("died"));
+    EXPECT_TRUE(recogniser->available());
+    decoder->begins = true;
+    session = start();
+    session->append(tone(16'000, 1));
+    run();
+    EXPECT_EQ(decoder->loaded, 2);
+    EXPECT_THAT(texts, ElementsAre("1", "2"));
+    decoder->works = false;
+    session->append(tone(16'000, 1));
+    session->append(tone(16'000, 1));
+    session->finish();
+    run();
+    EXPECT_THAT(errors, ElementsAre("died", "died")) << "once a session";
+    EXPECT_EQ(decoder->alive, 0);
+    decoder->works = true;
+    session = start();
+    run();
+    decoder->works = false;
+    session->finish();
+    run();
+    EXPECT_THAT(errors, ElementsAre("died", "died", "died")) << "in its last breath";
+
+    decoder->loads = false;
+    session = start();
+    session->append(tone(16'000, 1));
+    run();
+    EXPECT_EQ(errors.back(), "does not load");
+    EXPECT_FALSE(recogniser->available());
+    EXPECT_TRUE(recogniser->authorised()) << "it is installed, after all";
+}
+
+TEST_F(DecodingRecogniserTest, KnowsOnlyWhatIsInstalled) {
+    EXPECT_TRUE(recogniser->authorised() && recogniser->canRequestAuthorisation() && recogniser->available());
+    EXPECT_TRUE(recogniser->supportsOnDevice());
+    bool answered = false;
+    recogniser->requestAuthorisation([&] { answered = true; });
+    EXPECT_TRUE(answered);
+    installed = false;
+    EXPECT_FALSE(recogniser->authorised() || recogniser->canRequestAuthorisation() ||
+                 recogniser->available());
+}
+
+TEST_F(DecodingRecogniserTest, HandsBackItsMemory) {
+    auto session = start();
+    session->append(tone(16'000, 1));
+    recogniser->rest();
+    run();
+    EXPECT_EQ(decoder->alive, 1) << "while it is at work";
+    session->finish();
+    run();
+    EXPECT_EQ(decoder->alive, 0);
+    session = start();
+    session->append(tone(16'000, 1));
+    session->finish();
+    run();
+    EXPECT_EQ(decoder->alive, 1) << "kept from session to session";
+    recogniser->rest();
+    run();
+    EXPECT_EQ(decoder->alive, 0);
+    session = start();
+    run();
+    recogniser.reset();
+    run();
+    EXPECT_EQ(decoder->alive, 0);
+    session->append(tone(16'000, 1));
+    session->finish();
+    run();
+    EXPECT_THAT(errors, IsEmpty());
+}
+
+TEST_F(DecodingRecogniserTest, TenThousandSessionsThatAreOverAtOnceCostNothing) {
+    OnDeviceTranscriber transcriber(std::shared_ptr<SpeechRecogniser>(std::move(recogniser)));
+    for (int round = 0; round < 10'000; ++round) {
+        transcriber.begin();
+        transcriber.end();
+    }
+    queue->runPending();
+    EXPECT_EQ(decoder->begun, 0) << "nobody waits for them";
+    for (int round = 0; round < 10'000; ++round) {
+        transcriber.begin();
+        queue->runPending();
+        transcriber.end();
+    }
+    queue->runPending();
+    EXPECT_EQ(decoder->begun, 10'000);
+    EXPECT_EQ(decoder->ended, 10'000);
+    EXPECT_EQ(decoder->loaded, 1);
+}
+
+TEST_F(DecodingRecogniserTest, ASlowDecoderOnItsThreadHoldsNobodyUp) {
+    const auto thread = std::make_shared<AsioSerialQueue>("sordin.speech");
+    DecodingRecogniser slow(
+        thread, {[] { return true; }, [this] { return std::make_unique<FakeSpeechDecoder>(decoder); }});
+    std::promise<void> goOn;
+    decoder->onProcess = [&, waiting = goOn.get_future().share()] { waiting.wait(); };
+    std::atomic<int> count = 0;
+    const auto session = slow.start([&](const std::string& /*text*/) { ++count; }, {});
+    for (int second = 0; second < 100; ++second) {
+        session->append(tone(16'000, 1));  // returns although the decoder hangs
+    }
+    session->finish();
+    EXPECT_EQ(count, 0);
+    goOn.set_value();
+    slow.drain();
+    EXPECT_EQ(count, 6);
+    thread->sync([&] { EXPECT_EQ(decoder->heard.size(), 3U * 16'000); });
+}
+
+TEST(SpokenText, WritesTollFreeNumbersAsTheyAreWritten) {
+    EXPECT_EQ(asWritten("so call one eight hundred now"), "so call 1 eight hundred now");
+    EXPECT_EQ(asWritten("call one nine call one one two"), "call 1 nine call 1 one two");
+    EXPECT_EQ(asWritten("call one"), "call one") << "who knows what follows";
+    EXPECT_EQ(asWritten("call one of them or recall one eight"), "call one of them or recall one eight");
+    EXPECT_EQ(asWritten("one eight hundred"), "one eight hundred");
+    EXPECT_EQ(asWritten("fifty percent off at acme dot com"), "fifty percent off at acme dot com");
+    EXPECT_EQ(asWritten(""), "");
+}
+
+}  // namespace
+}  // namespace sordin
