@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+// sordin-speech-decoder: the speech decoder's process. Started by the program alone, which talks to it over
+// what is its standard input.
+#include "platform/linux/speech/decoder_messages.h"
+#include "platform/linux/speech/pocketsphinx_decoder.h"
+
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <iostream>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using namespace sordin;
+
+constexpr int socketToProgram = STDIN_FILENO;
+constexpr int niceness = 5;  // what plays goes first
+
+void serve(PocketSphinxDecoder& decoder) {
+    std::vector<std::int16_t> samples;
+    while (const auto message = receiveMessage(socketToProgram)) {
+        switch (message->kind) {
+        case DecoderMessage::begin:
+            decoder.begin();
+            break;
+        case DecoderMessage::samples:
+            samples.resize(message->content.size() / sizeof(std::int16_t));
+            std::memcpy(samples.data(), message->content.data(), samples.size() * sizeof(std::int16_t));
+            decoder.process(samples);
+            break;
+        case DecoderMessage::end:
+            decoder.end();
+            break;
+        case DecoderMessage::ask:
+            if (!sendMessage(socketToProgram, DecoderMessage::text, decoder.text())) {
+                return;
+            }
+            break;
+        default:
+            return;
+        }
+    }
+}
+
+bool calledByProgram() {
+    struct stat input {};
+    return fstat(socketToProgram, &input) == 0 && S_ISSOCK(input.st_mode);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 5 || !calledByProgram()) {
+        std::cerr << "sordin-speech-decoder is a part of Sordin and is started by it\n";
+        return 2;
+    }
+    try {
+        static_cast<void>(nice(niceness));
+        PocketSphinxDecoder decoder({argv[1], argv[2], argv[3], argv[4]});
+        if (sendMessage(socketToProgram, DecoderMessage::ready)) {
+            serve(decoder);
+        }
+    } catch (const std::exception& error) {
+        return sendMessage(socketToProgram, DecoderMessage::failed, error.what()) ? 1 : 2;
+    }
+    return 0;
+}

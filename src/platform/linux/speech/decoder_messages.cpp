@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/speech/decoder_messages.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <sys/socket.h>
+
+namespace sordin {
+
+namespace {
+
+constexpr std::uint32_t longest = 1U << 24;  // a buffer of minutes; what is longer is no message
+constexpr std::size_t headerLength = 1 + sizeof(std::uint32_t);
+
+/// Whether the content arrived whole.
+bool receiveWhole(int socket, char* data, std::size_t length) {
+    while (length > 0) {
+        const ssize_t got = recv(socket, data, length, 0);
+        if (got < 0 && errno == EINTR) {
+            continue;
+        }
+        if (got <= 0) {
+            return false;
+        }
+        data += got;
+        length -= static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
+}  // namespace
+
+bool sendMessage(int socket, DecoderMessage kind, std::string_view content) {
+    const auto length = static_cast<std::uint32_t>(content.size());
+    std::string message(headerLength, static_cast<char>(kind));
+    std::memcpy(message.data() + 1, &length, sizeof length);
+    message += content;
+    for (std::string_view rest = message; !rest.empty();) {
+        const ssize_t sent = send(socket, rest.data(), rest.size(), MSG_NOSIGNAL);
+        if (sent < 0 && errno != EINTR) {
+            return false;
+        }
+        rest.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(sent, 0)));
+    }
+    return true;
+}
+
+std::optional<ReceivedMessage> receiveMessage(int socket) {
+    std::array<char, headerLength> header{};
+    std::uint32_t length = 0;
+    if (!receiveWhole(socket, header.data(), header.size())) {
+        return std::nullopt;
+    }
+    std::memcpy(&length, header.data() + 1, sizeof length);
+    if (length > longest) {
+        return std::nullopt;
+    }
+    ReceivedMessage message{static_cast<DecoderMessage>(header[0]), std::string(length, '\0')};
+    if (!receiveWhole(socket, message.content.data(), length)) {
+        return std::nullopt;
+    }
+    return message;
+}
+
+}  // namespace sordin

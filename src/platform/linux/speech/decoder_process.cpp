@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/speech/decoder_process.h"
+
+#include "platform/linux/speech/decoder_messages.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <spawn.h>
+#include <string_view>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+extern char** environ;
+
+namespace sordin {
+
+namespace {
+
+/// A healthy process loads in a quarter of a second and answers in less than half of one.
+constexpr timeval patience{20, 0};
+
+void wait(int socket) {
+    setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+}
+
+/// Starts a program whose standard input is `socket`; its number, or none.
+pid_t spawned(std::vector<std::string> command, int socket) {
+    std::vector<char*> arguments;
+    for (std::string& word : command) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, socket, STDIN_FILENO);
+    // Signals that this program holds back are none of the helper's business.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t none;
+    sigemptyset(&none);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
+    pid_t pid = -1;
+    const int error = posix_spawn(&pid, arguments[0], &actions, &attributes, arguments.data(), environ);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    return error == 0 ? pid : -1;
+}
+
+}  // namespace
+
+DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const SpeechModelFiles& files) {
+    std::array<int, 2> ends{};
+    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+        throw SpeechDecoderError("no socket for the speech decoder");
+    }
+    socket_ = ends[0];
+    wait(socket_);
+    pid_ = spawned({helper.string(), files.acousticModel.string(), files.generalLanguage.string(),
+                    files.dictionary.string(), files.advertisingLanguage.string()},
+                   ends[1]);
+    ::close(ends[1]);
+    const auto answer = pid_ < 0 ? std::nullopt : receiveMessage(socket_);
+    if (!answer || answer->kind != DecoderMessage::ready) {
+        close();
+        throw SpeechDecoderError(answer ? answer->content : "the speech decoder does not start");
+    }
+}
+
+DecoderProcess::~DecoderProcess() {
+    close();
+}
+
+void DecoderProcess::close() {
+    ::close(socket_);
+    if (pid_ > 0) {
+        kill(pid_, SIGKILL);
+        while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
+}
+
+void DecoderProcess::begin() {
+    if (!sendMessage(socket_, DecoderMessage::begin)) {
+        throw SpeechDecoderError("the speech decoder has ended");
+    }
+}
+
+void DecoderProcess::process(std::span<const std::int16_t> samples) {
+    const std::string_view bytes(reinterpret_cast<const char*>(samples.data()), samples.size_bytes());
+    if (!sendMessage(socket_, DecoderMessage::samples, bytes)) {
+        throw SpeechDecoderError("the speech decoder has ended");
+    }
+}
+
+void DecoderProcess::end() {
+    // If it cannot be told, text() says so.
+    static_cast<void>(sendMessage(socket_, DecoderMessage::end));
+}
+
+std::string DecoderProcess::text() {
+    if (sendMessage(socket_, DecoderMessage::ask)) {
+        auto answer = receiveMessage(socket_);
+        if (answer && answer->kind == DecoderMessage::text) {
+            return std::move(answer->content);
+        }
+        if (answer) {
+            throw SpeechDecoderError(answer->content);
+        }
+    }
+    throw SpeechDecoderError("the speech decoder has ended");
+}
+
+}  // namespace sordin

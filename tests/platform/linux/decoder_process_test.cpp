@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: MIT
+// The real decoder in its process, with the models that are installed.
+#include "detection/keyword_transcript_scorer.h"
+#include "platform/linux/speech/decoder_process.h"
+#include "platform/linux/speech/linux_speech_recogniser.h"
+#include "platform/on_device_transcriber.h"
+#include "replay/audio_file.h"
+#include "support/manual_serial_queue.h"
+#include "support/own_files.h"
+#include "support/program_path.h"
+#include "temporary_folder.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <span>
+
+namespace sordin {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path helper() {
+    return findHelper(programPath(""), "sordin-speech-decoder").value();
+}
+
+std::vector<float> recording() {
+    std::vector<float> samples;
+    replay::AudioFile(SORDIN_SPEECH_CLIPS "/sponsored.flac")
+        .readBuffers([&](const std::vector<float>& piece) {
+            samples.insert(samples.end(), piece.begin(), piece.end());
+        });
+    return samples;
+}
+
+TEST(LinuxSpeechRecogniser, HearsAnAdvertisementAsItIsSpoken) {
+    const std::vector<float> samples = recording();
+    std::string first;
+    for (int round = 0; round < 2; ++round) {
+        const auto recogniser =
+            linuxSpeechRecogniser(std::make_shared<ManualSerialQueue>("sordin.speech"), programPath(""));
+        OnDeviceTranscriber transcriber(recogniser);
+        ASSERT_TRUE(transcriber.available() && transcriber.authorised());
+        transcriber.begin();
+        float early = 0;
+        for (std::size_t at = 0; at < samples.size(); at += 320) {
+            const auto buffer =
+                std::span(samples).subspan(at, std::min<std::size_t>(320, samples.size() - at));
+            transcriber.append(PcmBuffer({16'000, 1}, {buffer.begin(), buffer.end()}));
+            recogniser->drain();
+            if (at == 2U * 16'000) {
+                early = KeywordTranscriptScorer().score(transcriber.text());
+            }
+        }
+        EXPECT_GT(early, 0.8F) << "it is sponsored, and that is said first";
+        EXPECT_EQ(KeywordTranscriptScorer().score(transcriber.text()), 1) << transcriber.text();
+        EXPECT_EQ(transcriber.text(), round == 0 ? transcriber.text() : first) << "the same every time";
+        first = transcriber.text();
+    }
+}
+
+TEST(LinuxSpeechRecogniser, IsNotAvailableWithoutItsModel) {
+    const TemporaryFolder elsewhere;
+    writeText(elsewhere / "CMakeCache.txt", "");  // a build tree without anything
+    const auto recogniser =
+        linuxSpeechRecogniser(std::make_shared<ManualSerialQueue>("sordin.speech"), elsewhere / "program");
+    EXPECT_FALSE(recogniser->authorised() || recogniser->canRequestAuthorisation() ||
+                 recogniser->available());
+}
+
+TEST(DecoderProcess, TellsWhenItDies) {
+    DecoderProcess decoder(helper(), speechModelFiles(programPath("")));
+    decoder.begin();
+    const std::vector<std::int16_t> silence(8000);
+    decoder.process(silence);
+    EXPECT_EQ(decoder.text(), "");
+    kill(decoder.pid(), SIGKILL);
+    EXPECT_THROW(
+        {
+            for (;;) {
+                decoder.process(silence);
+            }
+        },
+        SpeechDecoderError);
+    EXPECT_THROW(decoder.text(), SpeechDecoderError);
+    decoder.end();
+}
+
+TEST(DecoderProcess, DamagedModelsAreRefusedAndHarmNobody) {
+    const SpeechModelFiles whole = speechModelFiles(programPath(""));
+    const TemporaryFolder folder;
+    const auto refused = [](const SpeechModelFiles& files) {
+        try {
+            const DecoderProcess decoder(helper(), files);
+            return false;
+        } catch (const SpeechDecoderError& error) {
+            return std::string(error.what()).find('\n') == std::string::npos;
+        }
+    };
+    EXPECT_FALSE(refused(whole));
+    EXPECT_THROW(DecoderProcess(folder / "nothing", whole), SpeechDecoderError);
+    EXPECT_THROW(DecoderProcess("/bin/true", whole), SpeechDecoderError);
+
+    const auto cut = [&](const fs::path& path, double share) {
+        const std::string content = contentsOf(path);
+        const fs::path shortened = folder / path.filename().string();
+        writeText(shortened, content.substr(0, static_cast<std::size_t>(share * double(content.size()))));
+        return shortened;
+    };
+    for (const double share : {0.0, 0.5}) {
+        SpeechModelFiles files = whole;
+        files.advertisingLanguage = cut(whole.advertisingLanguage, share);
+        EXPECT_TRUE(refused(files)) << share;
+        files = whole;
+        files.generalLanguage = cut(whole.generalLanguage, share);
+        EXPECT_TRUE(refused(files)) << share;
+        for (const std::string part : {"mdef", "means", "transition_matrices"}) {
+            files = whole;
+            files.acousticModel = folder / "acoustic";
+            fs::remove_all(files.acousticModel);
+            fs::copy(whole.acousticModel, files.acousticModel);
+            fs::rename(cut(whole.acousticModel / part, share), files.acousticModel / part);
+            EXPECT_TRUE(refused(files)) << part << " " << share;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace sordin
