@@ -23,6 +23,9 @@ struct CueLine {
     [[nodiscard]] bool namesScores() const {
         return fields.contains("music") || fields.contains("speech") || fields.contains("jingle");
     }
+    [[nodiscard]] bool namesTranscripts() const {
+        return fields.contains("transcript") || fields.contains("available");
+    }
 };
 
 [[noreturn]] void fail(const std::string& where, const std::string& why) {
@@ -81,6 +84,7 @@ CueTrack CueTrack::read(std::istream& input, const std::string& name) {
     CueState state;
     for (const CueLine& line : lines) {
         track.namesScores_ = track.namesScores_ || line.namesScores();
+        track.namesTranscripts_ = track.namesTranscripts_ || line.namesTranscripts();
         state = applied(std::move(state), line.fields);
         track.cues_.push_back({line.time, state});
     }

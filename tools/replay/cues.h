@@ -32,6 +32,9 @@ public:
     /// Whether any line sets "music", "speech" or "jingle".
     [[nodiscard]] bool namesScores() const { return namesScores_; }
 
+    /// Whether any line sets "transcript" or "available".
+    [[nodiscard]] bool namesTranscripts() const { return namesTranscripts_; }
+
     /// The state for a hop that ends at `time`: all cues up to and including it. Ask in the order of time.
     [[nodiscard]] const CueState& at(double time);
 
@@ -43,6 +46,7 @@ private:
 
     std::vector<Cue> cues_;  // by time
     bool namesScores_ = false;
+    bool namesTranscripts_ = false;
     std::size_t next_ = 0;
     CueState state_;
 };

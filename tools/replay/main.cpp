@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: MIT
 // sordin-replay: the detector over recordings, for developers and for the curious.
 #include "classifier/sound_model_file.h"
-#include "classifier/sound_model_location.h"
+#ifdef __linux__
+#include "platform/linux/speech/linux_speech_recogniser.h"
+#endif
 #include "replay/audio_file.h"
 #include "replay/input_error.h"
 #include "replay/options.h"
 #include "replay/progress_bar.h"
 #include "replay/report.h"
+#include "support/manual_serial_queue.h"
+#include "support/own_files.h"
 #include "support/program_path.h"
 
 #include <chrono>
@@ -48,7 +52,7 @@ public:
     /// none.
     [[nodiscard]] std::shared_ptr<const sordin::SoundModel> get() {
         if (!settled_) {
-            if (const auto path = sordin::findSoundModel(sordin::programPath(calledBy_))) {
+            if (const auto path = sordin::findDataFile(sordin::programPath(calledBy_), "sound-model.bin")) {
                 use(*path);
             } else {
                 std::cerr << "sordin-replay: there is no sound model, so neither music nor speech is heard\n";
@@ -69,14 +73,48 @@ private:
     std::shared_ptr<const sordin::SoundModel> model_;
 };
 
+/// The recogniser of one recording, which hears as in a program just started; none, with a warning once, if
+/// it is not installed.
+class Recognisers {
+public:
+    explicit Recognisers(const char* calledBy) : program_(sordin::programPath(calledBy)) {}
+
+    [[nodiscard]] std::shared_ptr<sordin::SpeechRecogniser> get() {
+        auto recogniser = platformRecogniser();
+        if (recogniser != nullptr && recogniser->available()) {
+            return recogniser;
+        }
+        if (!warned_) {
+            std::cerr << "sordin-replay: there is no speech model, so nothing is transcribed\n";
+            warned_ = true;
+        }
+        return nullptr;
+    }
+
+private:
+    [[nodiscard]] std::shared_ptr<sordin::SpeechRecogniser> platformRecogniser() const {
+#ifdef __linux__
+        return sordin::linuxSpeechRecogniser(std::make_shared<sordin::ManualSerialQueue>("sordin.speech"),
+                                             program_);
+#else
+        return nullptr;
+#endif
+    }
+
+    std::filesystem::path program_;
+    bool warned_ = false;
+};
+
 /// Replays one recording and prints what was found; false if it ended early by damage.
-bool replayFile(const Options& options, Models& models, const std::string& path) {
+bool replayFile(const Options& options, Models& models, Recognisers& recognisers, const std::string& path) {
     CueTrack cues = options.cues ? CueTrack::read(std::filesystem::path(*options.cues)) : CueTrack();
     const auto truth =
         options.truth ? std::optional(readAdLabels(std::filesystem::path(*options.truth))) : std::nullopt;
     AudioFile recording(path);
     // Cues that name scores are there to be believed.
     const auto model = cues.namesScores() ? nullptr : models.get();
+    const auto recogniser =
+        cues.namesTranscripts() || !options.settings.transcription ? nullptr : recognisers.get();
 
     HopHandler onHop;
     if (options.hops) {
@@ -84,10 +122,11 @@ bool replayFile(const Options& options, Models& models, const std::string& path)
     }
     Report report;
     report.file = path;
+    report.transcripts = options.transcripts;
     const auto start = std::chrono::steady_clock::now();
     {
         ProgressBar bar(!options.hops);
-        report.result = replay(recording, path, options.settings, {std::move(cues), model}, onHop,
+        report.result = replay(recording, path, options.settings, {std::move(cues), model, recogniser}, onHop,
                                [&](std::optional<double> share) { bar.show(share); });
     }
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
@@ -110,10 +149,11 @@ bool replayFile(const Options& options, Models& models, const std::string& path)
 
 int run(const Options& options, const char* calledBy) {
     Models models(options, calledBy);
+    Recognisers recognisers(calledBy);
     int status = 0;
     for (const std::string& path : options.files) {
         try {
-            if (!replayFile(options, models, path)) {
+            if (!replayFile(options, models, recognisers, path)) {
                 status = failed;
             }
         } catch (const InputError& error) {

@@ -21,11 +21,12 @@ enum Code : int {
     threshold,
     sensitivity,
     noTranscription,
+    transcribe,
     help,
     version
 };
 
-constexpr std::array<option, 12> longOptions{{
+constexpr std::array<option, 13> longOptions{{
     {"hops", no_argument, nullptr, hops},
     {"json", no_argument, nullptr, json},
     {"cues", required_argument, nullptr, cues},
@@ -35,6 +36,7 @@ constexpr std::array<option, 12> longOptions{{
     {"threshold", required_argument, nullptr, threshold},
     {"sensitivity", required_argument, nullptr, sensitivity},
     {"no-transcription", no_argument, nullptr, noTranscription},
+    {"transcribe", no_argument, nullptr, transcribe},
     {"help", no_argument, nullptr, help},
     {"version", no_argument, nullptr, version},
     {nullptr, 0, nullptr, 0},
@@ -54,6 +56,9 @@ void check(const Options& options, bool bothLevels) {
     }
     if (options.model && options.noModel) {
         throw UsageError("--model and --no-model exclude each other");
+    }
+    if (options.transcripts && !options.settings.transcription) {
+        throw UsageError("--transcribe and --no-transcription exclude each other");
     }
     if (options.files.empty()) {
         throw UsageError("no recording given");
@@ -111,6 +116,9 @@ Options parseOptions(std::vector<std::string> arguments) {
         case noTranscription:
             options.settings.transcription = false;
             break;
+        case transcribe:
+            options.transcripts = true;
+            break;
         case 'h':
         case help:
             options.help = true;
@@ -145,6 +153,7 @@ std::string helpText() {
            "  --no-model          hear neither, unless the cues say so\n"
            "  --threshold T       confidence that makes an ad, 0 to 1 (default 0.575)\n"
            "  --sensitivity S     the same as the program's slider, 0 to 1: threshold 0.8 - 0.45 S\n"
+           "  --transcribe        print what was said while something looked suspicious\n"
            "  --no-transcription  as with transcription switched off\n"
            "  -h, --help          show this and exit\n"
            "  --version           show the version and exit\n"

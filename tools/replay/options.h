@@ -16,6 +16,7 @@ struct Options {
     bool version = false;
     bool hops = false;
     bool json = false;
+    bool transcripts = false;
     std::optional<std::string> cues;
     std::optional<std::string> model;
     bool noModel = false;

@@ -4,11 +4,13 @@
 #include "classifier/network_sound_tagger.h"
 #include "detection/heuristic_ad_scorer.h"
 #include "detection/keyword_transcript_scorer.h"
+#include "platform/on_device_transcriber.h"
 #include "platform/sound_analysis_classifier.h"
 #include "replay/input_error.h"
 #include "replay/stand_ins.h"
 #include "support/manual_serial_queue.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace sordin::replay {
@@ -23,9 +25,11 @@ class Player {
 public:
     Player(const Settings& settings, Hearing hearing, const HopHandler& onHop)
         : cues_(std::move(hearing.cues)),
-          pipeline_(std::make_shared<DetectionPipeline>(DetectionPipeline::Parts{
-              queue_, clock_, classifier(hearing.model.get()), transcriber_,
-              std::make_shared<KeywordTranscriptScorer>(), std::make_shared<HeuristicAdScorer>()})) {
+          recogniser_(std::move(hearing.recogniser)),
+          transcriber_(transcriber()),
+          pipeline_(std::make_shared<DetectionPipeline>(
+              DetectionPipeline::Parts{queue_, clock_, classifier(hearing.model.get()), transcriber_,
+                                       keywords_, std::make_shared<HeuristicAdScorer>()})) {
         pipeline_->configure(settings.threshold, settings.transcription);
         pipeline_->onAdStart = [this] { ads_.push_back({{position(), position()}, 0, {}, true}); };
         pipeline_->onAdEnd = [this](const AdSummary& summary) {
@@ -44,16 +48,20 @@ public:
         clock_->set(clockStart + position());
         const CueState& state = cues_.at(position());
         cueClassifier_->follow(state);
-        transcriber_->follow(state);
+        cueTranscriber_->follow(state);
         pipeline_->ingest(PcmBuffer({replayRate, 1}, std::move(piece)));
         queue_->runPending();
+        if (recogniser_ != nullptr) {
+            recogniser_->drain();
+        }
+        followSession();
     }
 
     ReplayResult finish() {
         ended_ = true;
         pipeline_->stop();
         queue_->runPending();
-        return {position(), std::move(ads_)};
+        return {position(), std::move(ads_), std::move(transcripts_)};
     }
 
 private:
@@ -64,16 +72,43 @@ private:
         return std::make_shared<SoundAnalysisClassifier>(std::make_unique<NetworkSoundTagger>(*model));
     }
 
+    [[nodiscard]] std::shared_ptr<SpeechTranscribing> transcriber() const {
+        if (recogniser_ == nullptr) {
+            return cueTranscriber_;
+        }
+        return std::make_shared<OnDeviceTranscriber>(recogniser_);
+    }
+
+    /// Notes what the session says that runs, if one does.
+    void followSession() {
+        const bool active = transcriber_->active();
+        if (active && !transcribing_) {
+            transcripts_.push_back({{position(), position()}, {}, 0});
+        }
+        if (active) {
+            Transcript& transcript = transcripts_.back();
+            transcript.interval.end = position();
+            transcript.text = transcriber_->text();
+            transcript.score = std::max(transcript.score, keywords_->score(transcript.text));
+        }
+        transcribing_ = active;
+    }
+
     [[nodiscard]] double position() const { return static_cast<double>(frames_) / replayRate; }
 
     CueTrack cues_;
     std::size_t frames_ = 0;
     bool ended_ = false;
     std::vector<FoundAd> ads_;
+    std::vector<Transcript> transcripts_;
+    bool transcribing_ = false;
     std::shared_ptr<ManualSerialQueue> queue_ = std::make_shared<ManualSerialQueue>("sordin.audio");
     std::shared_ptr<ManualClock> clock_ = std::make_shared<ManualClock>(clockStart);
     std::shared_ptr<CueClassifier> cueClassifier_ = std::make_shared<CueClassifier>();
-    std::shared_ptr<CueTranscriber> transcriber_ = std::make_shared<CueTranscriber>();
+    std::shared_ptr<CueTranscriber> cueTranscriber_ = std::make_shared<CueTranscriber>();
+    std::shared_ptr<SpeechRecogniser> recogniser_;
+    std::shared_ptr<SpeechTranscribing> transcriber_;
+    std::shared_ptr<KeywordTranscriptScorer> keywords_ = std::make_shared<KeywordTranscriptScorer>();
     std::shared_ptr<DetectionPipeline> pipeline_;
 };
 

@@ -12,8 +12,9 @@
 #include <vector>
 
 namespace sordin {
+class SpeechRecogniser;
 struct SoundModel;
-}
+}  // namespace sordin
 
 namespace sordin::replay {
 
@@ -26,7 +27,8 @@ struct Settings {
 /// What the detector hears with.
 struct Hearing {
     CueTrack cues;
-    std::shared_ptr<const SoundModel> model;  ///< classifies the sound; without one the cues do
+    std::shared_ptr<const SoundModel> model;       ///< classifies the sound; without one the cues do
+    std::shared_ptr<SpeechRecogniser> recogniser;  ///< transcribes; without one the cues do
 };
 
 /// One ad as the program would have faded it.
@@ -37,9 +39,17 @@ struct FoundAd {
     bool cutOff = false;  ///< the recording ended before the ad
 };
 
+/// What was said while something looked suspicious, as it was understood then.
+struct Transcript {
+    Interval interval;
+    std::string text;
+    float score = 0;  ///< the highest while it ran: how much it reads like an advertisement, 0 to 1
+};
+
 struct ReplayResult {
     double duration = 0;  ///< seconds
     std::vector<FoundAd> ads;
+    std::vector<Transcript> transcripts;
 };
 
 /// Called after each hop with its end, seconds from the start of the recording.

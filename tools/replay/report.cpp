@@ -99,6 +99,19 @@ std::string adTable(const std::vector<FoundAd>& ads) {
     return text;
 }
 
+std::string transcriptTable(const std::vector<Transcript>& transcripts) {
+    if (transcripts.empty()) {
+        return "nothing was transcribed\n";
+    }
+    std::string text = "transcripts:\n       start         end  score  text\n";
+    for (const auto& [interval, words, score] : transcripts) {
+        text += formatted("  %10s  %10s   %3d%%  ", timeText(interval.start).c_str(),
+                          timeText(interval.end).c_str(), percent(static_cast<double>(score)));
+        text += words + '\n';
+    }
+    return text;
+}
+
 std::string shareText(const std::optional<double>& share) {
     return share ? formatted("%.3f", *share) : "-";
 }
@@ -174,6 +187,13 @@ ordered_json reportJson(const Report& report) {
                       {"duration", report.result.duration},
                       {"ads", std::move(ads)},
                       {"adSeconds", totalSeconds(report.result.ads)}};
+    if (report.transcripts) {
+        json["transcripts"] = ordered_json::array();
+        for (const auto& [interval, text, score] : report.result.transcripts) {
+            json["transcripts"].push_back(
+                {{"start", interval.start}, {"end", interval.end}, {"score", number(score)}, {"text", text}});
+        }
+    }
     if (report.evaluation) {
         const Evaluation& evaluation = *report.evaluation;
         json["truth"] = {{"precision", orNull(evaluation.precision)},
@@ -190,7 +210,8 @@ ordered_json reportJson(const Report& report) {
 }
 
 std::string reportText(const Report& report) {
-    const auto& [duration, ads] = report.result;
+    const double duration = report.result.duration;
+    const auto& ads = report.result.ads;
     std::string text = report.file + ": " + timeText(duration) + " of audio\n";
     if (ads.empty()) {
         text += "no ads found\n";
@@ -199,6 +220,9 @@ std::string reportText(const Report& report) {
         text += adTable(ads);
         text += formatted("%zu %s, ", ads.size(), ads.size() == 1 ? "ad" : "ads") + timeText(seconds) +
                 formatted(" in all, %d%% of the recording\n", percent(seconds / duration));
+    }
+    if (report.transcripts) {
+        text += transcriptTable(report.result.transcripts);
     }
     if (report.evaluation) {
         text += evaluationText(*report.evaluation);

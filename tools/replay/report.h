@@ -16,7 +16,8 @@ struct Report {
     std::string file;
     ReplayResult result;
     std::optional<Evaluation> evaluation;
-    double speed = 0;  ///< recording's seconds per second that the replay took
+    double speed = 0;          ///< recording's seconds per second that the replay took
+    bool transcripts = false;  ///< whether they are wanted
 };
 
 /// One line of --hops: what the detector knew and decided at `time` (end of the hop, seconds).
