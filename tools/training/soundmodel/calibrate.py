@@ -9,11 +9,11 @@ import tempfile
 import numpy as np
 from soundmodel.evaluate import BROADCASTS, detector_figures, replay, scores_of, write_cues
 
-GAINS = (1.0, 1.5, 2.0)
-SPEECH = (0.5, 0.0, -0.5, -1.0, -1.5)
-MUSIC = (0.5, 0.0, -0.5, -1.0, -1.5)
+GAINS = (1.0, 1.5)
+SPEECH = (0.0, -0.75, -1.5, -2.25, -3.0)
+MUSIC = (0.0, -0.75, -1.5, -2.25, -3.0)
 QUIET = ("speech", "song", "music")  # in which nothing is an ad
-DEAR = 3.0  # a muted second of programme is as bad as so many missed seconds of ads, in shares of each
+DEAR = 4.0  # a muted second of programme is as bad as so many missed seconds of ads, in shares of each
 FALSE = 0.01  # and one false stretch in half an hour as bad as this share of ads
 
 

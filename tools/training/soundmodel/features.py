@@ -30,8 +30,9 @@ CODECS = [
     ("aac", 32000, 64),
     ("g722", 16000, 0),
     ("pcm_mulaw", 8000, 0),
+    ("libgsm", 8000, 0),
 ]
-MIXED, MIXED_SECONDS = 700, 18  # ads put together as sound, and their length
+MIXED, MIXED_SECONDS = 1000, 18  # scenes put together as sound, and their length
 CODED = 0.35  # share of all minutes that go through a codec, which takes longer than all the rest
 PAUSE = 160  # frames: a voice that pauses for less is still talking
 ENERGY_FLOOR = 1e-6  # under the magnitudes of the quietest sound that 16 bits hold
@@ -130,9 +131,10 @@ def loudness(samples, kind):
     return (float(np.sqrt(power[active].mean())) if active.any() else 0.0), active
 
 
-def mixed_ads(job):
+def mixed_scenes(job):
     """WORK/banks/train-mixed-NAME.npz: voices over music, mixed as sound, driven hard, and through codecs, since that is
-    more than the sum of its parts. Activity has two columns: speech and music."""
+    more than the sum of its parts. As many scenes have a voice alone or music alone, and go the same way: or what an
+    amplifier and a codec add would mean that there is music. Activity has two columns: speech and music."""
     work, name, seed, count, voices, music = job
     target = work / "banks" / f"train-mixed-{name}.npz"
     if target.exists():
@@ -155,7 +157,8 @@ def mixed_ads(job):
     for _ in range(count):
         (voice, speaks), (bed, plays) = stretch(voices, "speech"), stretch(music, "music")
         below = rng.uniform(-3, 17)
-        mix = voice + bed * 10 ** (-below / 20)
+        kind = rng.choice(["both", "voice", "music"], p=[0.5, 0.3, 0.2])
+        mix = (kind != "music") * voice + (kind != "voice") * bed * 10 ** (-below / 20)
         if rng.random() < 0.8:
             drive = rng.uniform(1, 5)
             mix = np.tanh(drive * mix / np.abs(mix).max()) / np.tanh(drive)
@@ -163,9 +166,9 @@ def mixed_ads(job):
             mix = through_codec(mix / np.abs(mix).max() * 0.7, *CODECS[rng.integers(len(CODECS))])
         made = features(np.nan_to_num(mix), "music")
         if made:
-            speaks = without_pauses(speaks) * 1.0
+            speaks = without_pauses(speaks) * float(kind != "music")
             faint = np.clip((22 - below) / 9, 0, 1)
-            plays = without_pauses(plays) * (1 - speaks * (1 - faint))
+            plays = without_pauses(plays) * (1 - speaks * (1 - faint)) * (kind != "voice")
             mels.append(made[0])
             active.append(np.stack([speaks, plays], 1)[: len(made[0])].astype(np.float16))
             lengths.append(len(made[0]))
@@ -196,7 +199,7 @@ def make_banks(work):
     jobs.sort(key=lambda job: -sum(p.stat().st_size for p in job[4]))
     with concurrent.futures.ProcessPoolExecutor(2) as pool:
         done = [pool.submit(bank_of, job) for job in jobs]
-        done += [pool.submit(mixed_ads, job) for job in mixed_jobs(work)]
+        done += [pool.submit(mixed_scenes, job) for job in mixed_jobs(work)]
         for one in done:
             one.result()
 

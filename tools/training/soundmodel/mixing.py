@@ -16,7 +16,7 @@ from soundmodel.network import FRAMES, STEP
 RESULTS = 10  # of a sequence
 LENGTH = FRAMES + STEP * (RESULTS - 1)
 SECOND = 100  # frames
-HARD, EASY = 2.0, 0.5  # how much more, or less, often a piece is drawn than it would be, by how hard it is
+HARD, EASY = 1.6, 0.6  # how much more, or less, often a piece is drawn than it would be, by how hard it is
 REFRESH = 100  # batches between two looks at that
 
 #: What a scene is, and how often.
@@ -24,7 +24,7 @@ SCENES = {
     "speech": 0.28,
     "music": 0.13,
     "ad": 0.14,
-    "mixed ad": 0.1,
+    "mixed": 0.14,
     "song": 0.22,
     "acappella": 0.07,
     "noise": 0.08,
@@ -230,7 +230,7 @@ class Mixer:
                 tracks += self.background(self.decibels(-40, 0 if self.chance(0.3) else -8))
         elif kind == "music":
             tracks = self.instrumental(0.0)
-        elif kind == "mixed ad":  # put together before it went through amplifiers and codecs
+        elif kind == "mixed":  # put together before it went through amplifiers and codecs
             _, mels, heard = self.mixed.draw(self.rng)
             tracks = [
                 Track(

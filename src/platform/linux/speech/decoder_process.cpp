@@ -21,10 +21,12 @@ namespace sordin {
 
 namespace {
 
-/// A healthy process loads in a quarter of a second and answers in less than half of one.
-constexpr timeval patience{20, 0};
+/// A healthy process loads in a quarter of a second, from a slow disk in a few, and answers in less than half
+/// of one.
+constexpr timeval patienceForLoading{20, 0};
+constexpr timeval patienceForAnswers{5, 0};
 
-void wait(int socket) {
+void waitAtMost(const timeval& patience, int socket) {
     setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
 }
@@ -61,7 +63,7 @@ DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const Speech
         throw SpeechDecoderError("no socket for the speech decoder");
     }
     socket_ = ends[0];
-    wait(socket_);
+    waitAtMost(patienceForLoading, socket_);
     pid_ = spawned({helper.string(), files.acousticModel.string(), files.generalLanguage.string(),
                     files.dictionary.string(), files.advertisingLanguage.string()},
                    ends[1]);
@@ -71,6 +73,7 @@ DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const Speech
         close();
         throw SpeechDecoderError(answer ? answer->content : "the speech decoder does not start");
     }
+    waitAtMost(patienceForAnswers, socket_);
 }
 
 DecoderProcess::~DecoderProcess() {

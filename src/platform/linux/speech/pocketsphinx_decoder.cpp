@@ -20,7 +20,7 @@ namespace sordin {
 namespace {
 
 constexpr float advertisingWeight = 0.2F;  // of our n-grams; the rest is the general model's
-constexpr auto languageWeight = "9";
+constexpr double languageWeight = 9;
 
 #if SORDIN_POCKETSPHINX_5
 using Configuration = ps_config_t;
@@ -33,7 +33,7 @@ Configuration* makeConfiguration(const SpeechModelFiles& files) {
         ps_config_set_str(made, "hmm", files.acousticModel.c_str());
         ps_config_set_str(made, "lm", files.generalLanguage.c_str());
         ps_config_set_str(made, "dict", files.dictionary.c_str());
-        ps_config_set_str(made, "lw", languageWeight);
+        ps_config_set_float(made, "lw", languageWeight);
         ps_config_set_bool(made, "remove_noise", 1);
         ps_config_set_bool(made, "fwdflat", 0);
         ps_config_set_bool(made, "bestpath", 0);
@@ -54,7 +54,8 @@ void freeConfiguration(Configuration* configuration) {
 Configuration* makeConfiguration(const SpeechModelFiles& files) {
     return cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", files.acousticModel.c_str(), "-lm",
                        files.generalLanguage.c_str(), "-dict", files.dictionary.c_str(), "-lw",
-                       languageWeight, "-remove_noise", "yes", "-fwdflat", "no", "-bestpath", "no", nullptr);
+                       std::to_string(languageWeight).c_str(), "-remove_noise", "yes", "-fwdflat", "no",
+                       "-bestpath", "no", nullptr);
 }
 const char* searchOf(ps_decoder_t* decoder) {
     return ps_get_search(decoder);
