@@ -83,6 +83,22 @@ protected:
         return lines;
     }
 
+    /// "This program is sponsored by our friends. Order now, and get free shipping.", four times.
+    void recordOffer(const std::string& name) const {
+        SF_INFO info{};
+        const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> clip(
+            sf_open(SORDIN_SPEECH_CLIPS "/sponsored.flac", SFM_READ, &info), sf_close);
+        ASSERT_TRUE(clip);
+        std::vector<float> samples(static_cast<std::size_t>(info.frames));
+        const sf_count_t frames = sf_read_float(clip.get(), samples.data(), info.frames);
+        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+        const std::unique_ptr<SNDFILE, int (*)(SNDFILE*)> file(
+            sf_open((folder_ / name).c_str(), SFM_WRITE, &info), sf_close);
+        for (int round = 0; round < 4; ++round) {
+            sf_write_float(file.get(), samples.data(), frames);
+        }
+    }
+
     [[nodiscard]] const fs::path& folder() const { return folder_.path(); }
 
 private:
@@ -95,6 +111,32 @@ private:
 // ends the ad at 43.
 constexpr auto adCues =
     "{\"t\": 20, \"music\": 1, \"speech\": 1}\n{\"t\": 40, \"music\": 0, \"speech\": 0}\n";
+
+TEST_F(CommandLineTest, TranscribesWhatLooksSuspicious) {
+    recordOffer("offer.wav");
+    write("scores", "{\"t\": 0, \"music\": 1, \"speech\": 1}\n");
+    auto reports = runJson("--json --transcribe --cues scores offer.wav");
+    ASSERT_THAT(reports[0]["transcripts"], testing::Not(testing::IsEmpty()));
+    const json transcript = reports[0]["transcripts"][0];
+    EXPECT_THAT(transcript["text"], HasSubstr("sponsored by our friends"));
+    EXPECT_EQ(transcript["score"], 1);
+    EXPECT_LE(transcript["start"], 2) << "as soon as it looks like an ad";
+    EXPECT_NEAR(transcript["end"].get<double>() - transcript["start"].get<double>(), 15.5, 0.5);
+    EXPECT_THAT(reports[0]["ads"][0]["reasons"], testing::Contains("Keywords"));
+    auto again = runJson("--json --transcribe --cues scores offer.wav");
+    again[0].erase("speed");
+    reports[0].erase("speed");
+    EXPECT_EQ(again, reports);
+    EXPECT_THAT(run("--transcribe --cues scores offer.wav").output, HasSubstr("sponsored by our friends"));
+
+    const auto without = runJson("--json --no-transcription --cues scores offer.wav");
+    EXPECT_THAT(without[0]["ads"][0]["reasons"], testing::Not(testing::Contains("Keywords")));
+    EXPECT_FALSE(without[0].contains("transcripts"));
+    write("words", "{\"t\": 0, \"music\": 1, \"speech\": 1, \"transcript\": \"what the cues say\"}\n");
+    const auto told = runJson("--json --transcribe --cues words offer.wav");
+    EXPECT_EQ(told[0]["transcripts"][0]["text"], "what the cues say") << "cues are there to be believed";
+    EXPECT_EQ(run("--transcribe --no-transcription offer.wav").status, 2);
+}
 
 TEST_F(CommandLineTest, FindsTheAdThatTheCuesDescribe) {
     recordWav("radio.wav", 60);
