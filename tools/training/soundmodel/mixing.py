@@ -21,13 +21,13 @@ REFRESH = 100  # batches between two looks at that
 
 #: What a scene is, and how often.
 SCENES = {
-    "speech": 0.28,
-    "music": 0.13,
+    "speech": 0.29,
+    "music": 0.12,
     "ad": 0.14,
     "mixed": 0.14,
-    "song": 0.22,
-    "acappella": 0.07,
-    "noise": 0.08,
+    "song": 0.25,
+    "acappella": 0.06,
+    "noise": 0.07,
     "ad over song": 0.04,
 }
 
@@ -158,11 +158,12 @@ class Mixer:
         """A level as natural log of the amplitude."""
         return self.rng.uniform(low, high) * np.log(10) / 20
 
-    def take(self, bank, likely):
+    def take(self, bank, likely, strength=1.0):
         """What Bank.draw gives, likely at another tempo and with all resonances moved, as if somebody else spoke or played."""
         if not self.chance(likely):
             return bank.draw(self.rng)
-        tempo, size = self.rng.uniform(0.83, 1.2), self.rng.uniform(0.88, 1.13)
+        tempo = np.exp(strength * self.rng.uniform(-0.18, 0.18))
+        size = np.exp(strength * self.rng.uniform(-0.12, 0.12))
         group, mels, active = bank.draw(self.rng, int(LENGTH * tempo) + 2)
         at = np.arange(LENGTH) * tempo
         return group, between(between(mels, at).T, bands_of(size)).T, active[at.astype(int)]
@@ -186,7 +187,7 @@ class Mixer:
             _, mels, active = self.take(self.speech, 0.6)
             if active.mean() > 0.3:
                 break
-        if self.chance(0.2):
+        if self.chance(0.3):
             mels = self.reverberant(mels)
         tracks = [Track(self.coloured(mels), np.full(LENGTH, level), speech=without_pauses(active) * 1.0)]
         if self.chance(0.1):  # somebody else at the same time
@@ -201,7 +202,7 @@ class Mixer:
 
     def singing(self, level, alone):
         """Singing with music: a recording of a song, or a singing voice over instruments."""
-        group, mels, active = self.take(self.song, 0.6)
+        group, mels, active = self.take(self.song, 0.8, 1.6)  # there are few singers
         held = without_pauses(active) * 1.0
         if group.startswith("c-") and not group.endswith("-alone"):
             unknown = np.full(LENGTH, np.nan)  # where in a song is sung is not known
