@@ -15,8 +15,6 @@
 #include <unistd.h>
 #include <vector>
 
-extern char** environ;
-
 namespace sordin {
 
 namespace {
@@ -34,6 +32,7 @@ void waitAtMost(const timeval& patience, int socket) {
 /// Starts a program whose standard input is `socket`; its number, or none.
 pid_t spawned(std::vector<std::string> command, int socket) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string& word : command) {
         arguments.push_back(word.data());
     }
