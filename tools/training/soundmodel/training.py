@@ -60,6 +60,7 @@ def train(work, name, steps, seed=1, settings=None, steadiness=0.3, without_coll
         meeting.unlink(missing_ok=True)
         os.environ["GLOO_SOCKET_IFNAME"] = "lo"
         job = (
+            os.getpid(),
             processes,
             meeting,
             work,
@@ -75,7 +76,9 @@ def train(work, name, steps, seed=1, settings=None, steadiness=0.3, without_coll
     return result
 
 
-def _train(rank, processes, meeting, work, name, steps, seed, settings, steadiness, without_collection):
+def _train(
+    rank, parent, processes, meeting, work, name, steps, seed, settings, steadiness, without_collection
+):
     device = "cuda" if torch.cuda.is_available() else "cpu"
     torch.set_num_threads(1)
     torch.manual_seed(seed)
@@ -101,6 +104,8 @@ def _train(rank, processes, meeting, work, name, steps, seed, settings, steadine
     begun, running = time.time(), None
     tagger.train()
     for step in range(first, steps):
+        if os.getppid() != parent:
+            raise SystemExit("train: the program that started this is gone")
         rate = RATE * min(1, (step + 1) / 150) * 0.5 * (1 + math.cos(math.pi * step / steps)) + 2e-5
         for group in optimiser.param_groups:
             group["lr"] = rate
