@@ -81,9 +81,13 @@ def through_codec(samples, codec, rate, bitrate):
     return np.pad(result, (0, max(0, len(samples) - len(result))))[: len(samples)]
 
 
+def mel(frequency):
+    """Hz on the mel scale."""
+    return 1127.0 * np.log(1 + np.asarray(frequency) / 700.0)
+
+
 def mel_bank():
-    """Weights (FFT bins, mels): triangles on the mel scale 1127 ln(1 + f / 700)."""
-    mel = lambda f: 1127.0 * np.log(1 + np.asarray(f) / 700.0)
+    """Weights (FFT bins, mels): triangles on the mel scale."""
     bins = mel(np.arange(1, FFT // 2 + 1) * RATE / FFT)
     edges = np.linspace(mel(LOW), mel(HIGH), MELS + 2)
     left, centre, right = edges[:-2], edges[1:-1], edges[2:]

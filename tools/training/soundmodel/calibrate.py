@@ -4,6 +4,7 @@ on broadcasts that nothing was learned from and that no figure is taken from."""
 import concurrent.futures
 import itertools
 import json
+import pathlib
 import tempfile
 
 import numpy as np
@@ -29,7 +30,7 @@ def attempt(job):
     ads, programme, stretches = [], [], 0
     with tempfile.NamedTemporaryFile(suffix=".cues") as file:
         for name, (time, speaks, plays) in scores.items():
-            path = type(folder)(file.name)
+            path = pathlib.Path(file.name)
             write_cues(path, (time, squeeze(speaks, speech), squeeze(plays, music)))
             if name in QUIET:
                 found = replay(program, folder / f"{name}.wav", "--sensitivity", 0.5, "--cues", path)

@@ -9,7 +9,7 @@ import dataclasses
 import numpy as np
 import torch
 from scipy.signal import lfilter
-from soundmodel.audio import FLOOR, HIGH, LOW, MELS
+from soundmodel.audio import FLOOR, HIGH, LOW, MELS, mel
 from soundmodel.features import without_pauses
 from soundmodel.network import FRAMES, STEP
 
@@ -88,10 +88,9 @@ def between(values, at):
 
 def bands_of(size):
     """Where each band is to be read from so that all frequencies are 1 / `size` times what they were."""
-    to_mel = lambda f: 1127 * np.log(1 + f / 700)
-    edges = np.linspace(to_mel(LOW), to_mel(HIGH), MELS + 2)
+    edges = np.linspace(mel(LOW), mel(HIGH), MELS + 2)
     frequency = 700 * (np.exp(edges[1:-1] / 1127) - 1)
-    return np.clip((to_mel(frequency * size) - edges[1]) / (edges[1] - edges[0]), 0, MELS - 1)
+    return np.clip((mel(frequency * size) - edges[1]) / (edges[1] - edges[0]), 0, MELS - 1)
 
 
 def equaliser(rng, strength):
