@@ -95,10 +95,12 @@ public:
     }
 
     void watchSource() {
-        source_->onChange(posting([](Machine& machine) { machine.tryToOpen(); }));
+        source_->onChange(posting([](Machine& machine) { machine.sourceChanged(); }));
     }
 
     void onStop(std::function<void(std::optional<Failure>)> handler) { onStop_ = std::move(handler); }
+
+    void onReady(std::function<void()> handler) { onReady_ = std::move(handler); }
 
     void start(const std::shared_ptr<SerialQueue>& queue, SampleHandler handler, StartCompletion completion) {
         if (state_ != State::idle) {
@@ -131,6 +133,7 @@ public:
 
     void end() {
         onStop_ = nullptr;
+        onReady_ = nullptr;
         stop([] {});
     }
 
@@ -142,17 +145,27 @@ private:
         running,
     };
 
-    void tryToOpen() {
-        if (state_ != State::waiting) {
-            return;
+    void sourceChanged() {
+        if (state_ == State::waiting) {
+            tryToOpen();
+        } else if (state_ == State::idle) {
+            const bool obstructed = source_->obstacle().has_value();
+            if (std::exchange(obstructed_, obstructed) && !obstructed && onReady_) {
+                onReady_();
+            }
         }
+    }
+
+    void tryToOpen() {
         if (const auto obstacle = source_->obstacle()) {
+            obstructed_ = true;
             lastFailure_ = obstacle->failure;
             if (!obstacle->passing) {
                 finishStart(lastFailure_);
             }
             return;
         }
+        obstructed_ = false;
         state_ = State::opening;
         lastFailure_ = source_->failure(Error::refused);
         // What the source says of an earlier opening has lost its meaning.
@@ -189,6 +202,7 @@ private:
             finishStart(failure);
         } else if (state_ == State::running) {
             becomeIdle();
+            obstructed_ = source_->obstacle().has_value();
             if (onStop_) {
                 onStop_(failure);
             }
@@ -217,8 +231,10 @@ private:
     const std::shared_ptr<SerialQueue> control_;
     const std::unique_ptr<LoopbackSource> source_;
     std::function<void(std::optional<Failure>)> onStop_;
+    std::function<void()> onReady_;
 
     State state_ = State::idle;
+    bool obstructed_ = false;             // whether something stood in the way when last looked
     std::uint64_t opening_ = 0;           // counts, so that late news of an earlier one are known
     std::shared_ptr<SerialQueue> queue_;  // of the last start
     std::shared_ptr<Delivery> delivery_;
@@ -250,6 +266,10 @@ void LoopbackCapture::stop(std::function<void()> completion) {
 
 void LoopbackCapture::onStop(std::function<void(std::optional<Failure>)> handler) {
     machine_->post([handler = std::move(handler)](Machine& machine) { machine.onStop(handler); });
+}
+
+void LoopbackCapture::onReady(std::function<void()> handler) {
+    machine_->post([handler = std::move(handler)](Machine& machine) { machine.onReady(handler); });
 }
 
 }  // namespace sordin

@@ -25,6 +25,7 @@ public:
                StartCompletion completion) override;
     void stop(std::function<void()> completion) override;
     void onStop(std::function<void(std::optional<Failure>)> handler) override;
+    void onReady(std::function<void()> handler) override;
 
 private:
     class Delivery;

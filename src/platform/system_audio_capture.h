@@ -64,6 +64,10 @@ public:
     /// Sets what is called, once, when a running capture ends by itself; it is stopped then and may be
     /// started again.
     virtual void onStop(std::function<void(std::optional<Failure>)> handler) = 0;
+
+    /// Sets what is called when, while nothing runs or is starting, that goes away which stood in the way of
+    /// a start: an audio server has come up, say.
+    virtual void onReady(std::function<void()> handler) = 0;
 };
 
 }  // namespace sordin

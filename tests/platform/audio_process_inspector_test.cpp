@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "fakes/fake_audio_objects.h"
+#include "fakes/fake_process_directory.h"
 #include "platform/audio_process_inspector.h"
 
 #include <gmock/gmock.h>
@@ -10,21 +11,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct FakeDirectory final : ProcessDirectory {
-    std::map<std::int32_t, ApplicationInfo> applications;
-    std::optional<ApplicationInfo> frontmost;
-
-    [[nodiscard]] std::optional<ApplicationInfo> runningApplication(std::int32_t processId) const override {
-        const auto found = applications.find(processId);
-        return found == applications.end() ? std::nullopt : std::optional(found->second);
-    }
-    [[nodiscard]] std::optional<ApplicationInfo> frontmostApplication() const override { return frontmost; }
-    [[nodiscard]] std::int32_t ownProcessId() const override { return 1; }
-};
-
 struct AudioProcessInspectorTest : testing::Test {
     FakeAudioObjects objects;
-    FakeDirectory directory;
+    FakeProcessDirectory directory;
     AudioProcessInspector inspector{objects, directory};
 
     void plays(AudioObjectId object, std::int32_t processId, ApplicationInfo application) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "audio/options.h"
 
-#include "platform/linux/storage/file_user_defaults.h"
+#include "platform/linux/storage/user_folders.h"
 #include "support/numbers.h"
 
 #include <array>
@@ -41,7 +41,7 @@ Options parseOptions(std::vector<std::string> arguments) {
     argv.push_back(nullptr);
 
     Options options;
-    options.folder = FileUserDefaults::standardFolder();
+    options.folder = configFolder();
     opterr = 0;
     optind = 1;
     int code = 0;

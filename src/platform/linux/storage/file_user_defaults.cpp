@@ -2,7 +2,6 @@
 #include "platform/linux/storage/file_user_defaults.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <utility>
 
 namespace sordin {
@@ -94,15 +93,6 @@ FileUserDefaults::FileUserDefaults(const std::filesystem::path& folder, std::sha
 
 FileUserDefaults::~FileUserDefaults() {
     flush();
-}
-
-std::filesystem::path FileUserDefaults::standardFolder() {
-    const char* config = std::getenv("XDG_CONFIG_HOME");
-    if (config != nullptr && std::filesystem::path(config).is_absolute()) {
-        return std::filesystem::path(config) / "Sordin";
-    }
-    const char* home = std::getenv("HOME");
-    return std::filesystem::path(home != nullptr ? home : "/") / ".config" / "Sordin";
 }
 
 FileUserDefaults::Store& FileUserDefaults::storeOf(const std::string& key) const {

@@ -33,9 +33,6 @@ public:
     FileUserDefaults(const FileUserDefaults&) = delete;
     FileUserDefaults& operator=(const FileUserDefaults&) = delete;
 
-    /// The user's folder for them: $XDG_CONFIG_HOME/Sordin, else ~/.config/Sordin.
-    [[nodiscard]] static std::filesystem::path standardFolder();
-
     [[nodiscard]] std::optional<bool> boolean(const std::string& key) const override;
     [[nodiscard]] std::optional<double> number(const std::string& key) const override;
     [[nodiscard]] std::optional<std::string> text(const std::string& key) const override;

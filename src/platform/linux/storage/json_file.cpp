@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/storage/json_file.h"
 
-#include <array>
-#include <ctime>
+#include "support/set_aside.h"
+
 #include <fstream>
 #include <optional>
 #include <string>
@@ -27,15 +27,6 @@ std::optional<json> readObject(const fs::path& path) {
     std::ifstream input(path, std::ios::binary);
     json object = json::parse(input, nullptr, false);
     return object.is_object() ? std::optional(std::move(object)) : std::nullopt;
-}
-
-std::string dateText() {
-    const std::time_t now = std::time(nullptr);
-    std::tm local{};
-    localtime_r(&now, &local);
-    std::array<char, 32> text{};
-    std::strftime(text.data(), text.size(), "%Y%m%d-%H%M%S", &local);
-    return text.data();
 }
 
 }  // namespace
@@ -69,14 +60,7 @@ bool JsonFile::save(const json& object, Durability durability) {
 }
 
 bool JsonFile::setAside() {
-    const fs::path first = path_.string() + ".damaged-" + dateText();
-    fs::path aside = first;
-    std::error_code error;
-    for (int i = 2; fs::symlink_status(aside, error).type() != fs::file_type::not_found; ++i) {
-        aside = first.string() + "-" + std::to_string(i);
-    }
-    fs::rename(path_, aside, error);
-    unreadable_ = error && error != std::errc::no_such_file_or_directory;
+    unreadable_ = static_cast<bool>(sordin::setAside(path_));
     return !unreadable_;
 }
 

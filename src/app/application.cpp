@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "app/application.h"
+
+#include "app/silent_tagger.h"
+#include "classifier/network_sound_tagger.h"
+#include "classifier/sound_model_file.h"
+#include "detection/heuristic_ad_scorer.h"
+#include "detection/keyword_transcript_scorer.h"
+#include "platform/linux/desktop/linux_permissions.h"
+#include "platform/linux/pipewire/audio_objects.h"
+#include "platform/linux/pipewire/loopback_source.h"
+#include "platform/linux/pipewire/pulse_probe.h"
+#include "platform/linux/speech/linux_speech_recogniser.h"
+#include "platform/linux/storage/file_user_defaults.h"
+#include "platform/linux/storage/user_folders.h"
+#include "platform/loopback_capture.h"
+#include "platform/sound_analysis_classifier.h"
+#include "support/asio_serial_queue.h"
+#include "support/own_files.h"
+#include "support/system_clock.h"
+
+#include <QLoggingCategory>
+
+#include <chrono>
+#include <utility>
+
+namespace sordin {
+
+namespace {
+
+Q_LOGGING_CATEGORY(appLog, "sordin.app", QtWarningMsg)
+
+using namespace std::chrono_literals;
+
+constexpr auto listingDeadline = 2s;
+constexpr auto flushDeadline = 500ms;
+
+std::unique_ptr<SoundTagger> soundTagger(const std::filesystem::path& program) {
+    const auto path = findDataFile(program, "sound-model.bin");
+    if (!path) {
+        qCWarning(appLog, "there is no sound model, so no advertisement will be recognised");
+        return std::make_unique<SilentTagger>();
+    }
+    try {
+        return std::make_unique<NetworkSoundTagger>(loadSoundModel(*path));
+    } catch (const SoundModelError& error) {
+        qCWarning(appLog, "%s", error.what());
+        return std::make_unique<SilentTagger>();
+    }
+}
+
+/// Counts the time in which the computer is awake.
+std::shared_ptr<const Clock> awakeClock() {
+    const auto seconds = [](auto sinceEpoch) { return std::chrono::duration<double>(sinceEpoch).count(); };
+    return std::make_shared<SystemClock>(
+        [seconds] { return seconds(std::chrono::system_clock::now().time_since_epoch()); },
+        [seconds] { return seconds(std::chrono::steady_clock::now().time_since_epoch()); });
+}
+
+}  // namespace
+
+Application::Application(const std::filesystem::path& program, std::shared_ptr<VolumeGuard> guard)
+    : session_(std::make_shared<pipewire::Session>()),
+      objects_(std::make_shared<pipewire::PipeWireAudioObjects>(session_)),
+      directory_(DesktopEntries::ofUser(), "/proc",
+                 [session = session_](auto processId) { return session->portalApplication(processId); }) {
+    // A volume that a crash left down is brought back at once if its device is known.
+    session_->waitUntilListed(listingDeadline);
+    createEngine(program, std::move(guard));
+}
+
+void Application::createEngine(const std::filesystem::path& program, std::shared_ptr<VolumeGuard> guard) {
+    const auto queue = [](const char* label, QualityOfService quality) {
+        return std::make_shared<AsioSerialQueue>(label, quality);
+    };
+    auto defaults = std::make_shared<FileUserDefaults>(configFolder(),
+                                                       queue("sordin.defaults", QualityOfService::utility));
+    auto transcriber = std::make_shared<OnDeviceTranscriber>(
+        linuxSpeechRecogniser(queue("sordin.speech", QualityOfService::userInitiated), program));
+    auto pipeline = std::make_shared<DetectionPipeline>(DetectionPipeline::Parts{
+        queue("sordin.audio", QualityOfService::userInitiated), std::make_shared<SystemClock>(),
+        std::make_shared<SoundAnalysisClassifier>(soundTagger(program)), transcriber,
+        std::make_shared<KeywordTranscriptScorer>(), std::make_shared<HeuristicAdScorer>()});
+    auto capture = std::make_shared<LoopbackCapture>(
+        queue("sordin.capture", QualityOfService::userInitiated),
+        std::make_unique<pipewire::PipeWireLoopbackSource>(session_, pipewire::pulseSocket()));
+    auto volume =
+        std::make_shared<VolumeController>(queue("sordin.volume", QualityOfService::userInteractive),
+                                           objects_, defaults, std::move(guard));
+    engine_ = std::make_unique<SordinEngine>(SordinEngine::Parts{
+        mainQueue_, std::move(defaults), std::make_shared<LinuxPermissions>(), std::move(transcriber),
+        std::move(pipeline), std::move(capture), std::move(volume),
+        std::make_shared<AudioProcessInspector>(*objects_, directory_),
+        std::make_shared<AdHistoryFile>(dataFolder() / "history.json",
+                                        queue("sordin.history", QualityOfService::utility)),
+        awakeClock(), currentReferenceDate});
+}
+
+Application::~Application() {
+    engine_->applicationWillTerminate();
+    // Only when the server has taken the volume is it safe to leave.
+    if (!objects_->flush(flushDeadline)) {
+        qCWarning(appLog, "the audio server did not confirm the volume in time");
+    }
+    engine_.reset();
+}
+
+}  // namespace sordin

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "support/serial_queue.h"
+
+#include <QObject>
+
+#include <memory>
+#include <string>
+
+namespace sordin {
+
+/// The main thread as a SerialQueue: Qt's event loop runs the work. Created and destroyed on the main thread;
+/// work that has not run by then is dropped.
+class QtMainQueue final : public SerialQueue {
+public:
+    QtMainQueue();
+    ~QtMainQueue() override;
+    QtMainQueue(const QtMainQueue&) = delete;
+    QtMainQueue& operator=(const QtMainQueue&) = delete;
+
+    [[nodiscard]] const std::string& label() const noexcept override { return label_; }
+    void post(Work work) override;
+    void sync(const Work& work) override;
+    /// Timers are as precise as their length needs: within 5 % from 100 ms on, so that the system can bundle
+    /// wake-ups.
+    Timer after(Duration delay, Work work) override;
+    Timer every(Duration interval, Work work) override;
+    [[nodiscard]] bool isCurrent() const noexcept override;
+
+private:
+    struct Ticker;
+    Timer start(Duration interval, Work work, bool once);
+
+    const std::string label_ = "main";
+    std::unique_ptr<QObject> context_;  // what is posted goes with it
+};
+
+}  // namespace sordin

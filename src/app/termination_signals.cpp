@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#include "app/termination_signals.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace sordin {
+
+namespace {
+
+constexpr std::array endingSignals{SIGTERM, SIGINT, SIGHUP};
+
+// A handler knows nothing but globals.
+std::atomic<int> signalPipe = -1;
+static_assert(std::atomic<int>::is_always_lock_free);
+
+void noteSignal(int /*signal*/) {
+    const int saved = errno;
+    const char byte = 0;
+    static_cast<void>(write(signalPipe, &byte, 1));
+    errno = saved;
+}
+
+void handle(void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
+    for (const int signal : endingSignals) {
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+}  // namespace
+
+TerminationSignals::Pipe::Pipe() {
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
+        throw std::system_error(errno, std::generic_category(), "pipe");
+    }
+    readEnd = ends[0];
+    writeEnd = ends[1];
+}
+
+TerminationSignals::Pipe::~Pipe() {
+    close(readEnd);
+    close(writeEnd);
+}
+
+TerminationSignals::TerminationSignals(std::function<void()> onSignal)
+    : notifier_(pipe_.readEnd, QSocketNotifier::Read) {
+    QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_,
+                     [this, onSignal = std::move(onSignal)] {
+                         notifier_.setEnabled(false);
+                         onSignal();
+                     });
+    signalPipe = pipe_.writeEnd;
+    handle(noteSignal);
+}
+
+TerminationSignals::~TerminationSignals() {
+    handle(SIG_DFL);
+    signalPipe = -1;
+}
+
+}  // namespace sordin

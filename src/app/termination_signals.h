@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QObject>
+#include <QSocketNotifier>
+
+#include <functional>
+
+namespace sordin {
+
+/// Turns the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) into an ordinary call on the main
+/// thread. A second one ends the program at once, should the first have got stuck. One at a time.
+class TerminationSignals {
+public:
+    /// `onSignal` is called once, from the event loop. Throws std::system_error if the process has no file
+    /// descriptors left.
+    explicit TerminationSignals(std::function<void()> onSignal);
+    ~TerminationSignals();
+    TerminationSignals(const TerminationSignals&) = delete;
+    TerminationSignals& operator=(const TerminationSignals&) = delete;
+
+private:
+    struct Pipe {
+        Pipe();
+        ~Pipe();
+        Pipe(const Pipe&) = delete;
+        Pipe& operator=(const Pipe&) = delete;
+        int readEnd = -1;
+        int writeEnd = -1;
+    };
+
+    Pipe pipe_;
+    QSocketNotifier notifier_;
+};
+
+}  // namespace sordin

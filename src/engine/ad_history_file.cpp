@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+#include "engine/ad_history_file.h"
+
+#include "support/atomic_file.h"
+#include "support/set_aside.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+
+namespace sordin {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Far above what the program writes; a file beyond it is none of ours.
+constexpr std::uintmax_t largestFile = 16 << 20;
+
+struct KindName {
+    AdEvent::Kind kind;
+    QLatin1String name;
+};
+constexpr std::array kindNames{KindName{AdEvent::Kind::muted, QLatin1String("muted")},
+                               KindName{AdEvent::Kind::testOnly, QLatin1String("testOnly")},
+                               KindName{AdEvent::Kind::simulated, QLatin1String("simulated")}};
+
+QJsonObject toJson(const AdEvent& event) {
+    const auto kind = std::find_if(kindNames.begin(), kindNames.end(),
+                                   [&event](const KindName& each) { return each.kind == event.kind; });
+    return {{QStringLiteral("id"), event.id.toString(QUuid::WithoutBraces).toUpper()},
+            {QStringLiteral("start"), event.start},
+            {QStringLiteral("duration"), event.duration},
+            {QStringLiteral("app"), event.app},
+            {QStringLiteral("peakConfidence"), event.peakConfidence},
+            {QStringLiteral("reasons"), QJsonArray::fromStringList(event.reasons)},
+            {QStringLiteral("kind"), kind->name}};
+}
+
+/// None if it is not a list of texts.
+std::optional<QStringList> toTexts(const QJsonValue& value) {
+    const QJsonArray array = value.toArray();
+    QStringList texts;
+    for (const auto& each : array) {
+        if (!each.isString()) {
+            return std::nullopt;
+        }
+        texts.append(each.toString());
+    }
+    return value.isArray() ? std::optional(texts) : std::nullopt;
+}
+
+/// None if anything is missing or of another type.
+std::optional<AdEvent> toEvent(const QJsonObject& object) {
+    const QJsonValue start = object.value(u"start");
+    const QJsonValue duration = object.value(u"duration");
+    const QJsonValue app = object.value(u"app");
+    const QJsonValue peak = object.value(u"peakConfidence");
+    const QUuid id(object.value(u"id").toString());
+    const auto reasons = toTexts(object.value(u"reasons"));
+    const QString kindName = object.value(u"kind").toString();
+    const auto kind = std::find_if(kindNames.begin(), kindNames.end(),
+                                   [&kindName](const KindName& each) { return each.name == kindName; });
+    if (id.isNull() || !start.isDouble() || !duration.isDouble() || !app.isString() || !peak.isDouble() ||
+        !reasons || kind == kindNames.end()) {
+        return std::nullopt;
+    }
+    return AdEvent{id,       start.toDouble(), duration.toDouble(), app.toString(), peak.toDouble(),
+                   *reasons, kind->kind};
+}
+
+std::optional<AdHistory> readHistory(const fs::path& path) {
+    std::error_code error;
+    // Anything but a regular file could keep the reader waiting for ever.
+    if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > largestFile || error) {
+        return std::nullopt;
+    }
+    QFile file(QString::fromStdString(path.string()));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return std::nullopt;
+    }
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    if (!document.isArray()) {
+        return std::nullopt;
+    }
+    AdHistory history;
+    const QJsonArray array = document.array();
+    for (const auto& each : array) {
+        auto event = toEvent(each.toObject());
+        if (!event) {
+            return std::nullopt;
+        }
+        history.push_back(std::move(*event));
+    }
+    return history;
+}
+
+}  // namespace
+
+class AdHistoryFile::Writer {
+public:
+    explicit Writer(fs::path path) : path_(std::move(path)) {}
+
+    [[nodiscard]] AdHistory load() {
+        std::error_code error;
+        if (fs::symlink_status(path_, error).type() == fs::file_type::not_found) {
+            return {};
+        }
+        auto history = readHistory(path_);
+        unreadable_ = !history;
+        return history ? std::move(*history) : AdHistory();
+    }
+
+    void save(const AdHistory& history) {
+        if (unreadable_ && setAside(path_)) {
+            return;  // better no new file than an old one lost
+        }
+        unreadable_ = false;
+        QJsonArray array;
+        for (const AdEvent& event : history) {
+            array.append(toJson(event));
+        }
+        const QByteArray text = QJsonDocument(array).toJson(QJsonDocument::Compact);
+        std::error_code ignored;
+        fs::create_directories(path_.parent_path(), ignored);
+        static_cast<void>(replaceFile(path_, {text.constData(), static_cast<std::size_t>(text.size())},
+                                      Durability::lossOfPower));
+    }
+
+private:
+    const fs::path path_;
+    bool unreadable_ = false;  // what lies at the path has still to be set aside
+};
+
+AdHistoryFile::AdHistoryFile(fs::path path, std::shared_ptr<SerialQueue> queue)
+    : queue_(std::move(queue)), writer_(std::make_shared<Writer>(std::move(path))) {}
+
+AdHistory AdHistoryFile::load() {
+    AdHistory history;
+    queue_->sync([this, &history] { history = writer_->load(); });
+    return history;
+}
+
+void AdHistoryFile::save(AdHistory history) {
+    queue_->post([writer = writer_, history = std::move(history)] { writer->save(history); });
+}
+
+}  // namespace sordin

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+namespace sordin {
+
+/// A number of seconds as the user reads it: 42s, 2m 05s, 1h 02m. Rounded to whole seconds; what is over a
+/// minute in hours is dropped.
+[[nodiscard]] QString formatDuration(double seconds);
+
+}  // namespace sordin

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#include "support/set_aside.h"
+
+#include <array>
+#include <ctime>
+#include <string>
+
+namespace sordin {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string dateText() {
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y%m%d-%H%M%S", &local);
+    return text.data();
+}
+
+}  // namespace
+
+std::error_code setAside(const fs::path& path) {
+    const fs::path first = path.string() + ".damaged-" + dateText();
+    fs::path aside = first;
+    std::error_code error;
+    for (int i = 2; fs::symlink_status(aside, error).type() != fs::file_type::not_found; ++i) {
+        aside = first.string() + "-" + std::to_string(i);
+    }
+    error.clear();
+    fs::rename(path, aside, error);
+    return error == std::errc::no_such_file_or_directory ? std::error_code() : error;
+}
+
+}  // namespace sordin

@@ -1,0 +1,144 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "detection/keyword_transcript_scorer.h"
+#include "engine/sordin_engine.h"
+#include "fakes/detection_fakes.h"
+#include "fakes/fake_audio_objects.h"
+#include "fakes/fake_capture.h"
+#include "fakes/fake_process_directory.h"
+#include "fakes/fake_speech.h"
+#include "fakes/fake_user_defaults.h"
+#include "support/manual_serial_queue.h"
+#include "temporary_folder.h"
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace sordin {
+
+struct FakePermissions final : Permissions {
+    bool granted = true;
+    bool grantedWhenAsked = false;
+    std::vector<std::string> opened;
+
+    [[nodiscard]] bool screenCapturePreflight() const override { return granted; }
+    void requestScreenCapture() override { granted = granted || grantedWhenAsked; }
+    void openSettings(const std::string& anchor) override { opened.push_back(anchor); }
+};
+
+/// The engine with the real pipeline, volume controller, transcriber and history file, between fakes of what
+/// touches the platform, and with the time in the test's hand. What an ad is, the scorer's confidence says.
+class EngineTest : public testing::Test {
+protected:
+    using Kind = EngineStatus::Kind;
+    static constexpr AudioObjectId speakers = 10;
+    static constexpr float fullVolume = 0.8F;
+
+    EngineTest() {
+        objects->devices[speakers] = {"speakers", {{0, fullVolume}}, {}};
+        objects->defaultDevice = speakers;
+        objects->processes.push_back({20, {1, 4711}});
+        directory.applications[4711] = {"", "Radio"};
+        defaults->set("onboarded", true);
+    }
+
+    void create() {
+        transcriber = std::make_shared<OnDeviceTranscriber>(recogniser);
+        pipeline = std::make_shared<DetectionPipeline>(
+            DetectionPipeline::Parts{audioQueue, clock, std::make_shared<FakeClassifier>(), transcriber,
+                                     std::make_shared<KeywordTranscriptScorer>(), scorer});
+        volume = std::make_shared<VolumeController>(volumeQueue, objects, defaults);
+        engine = std::make_unique<SordinEngine>(
+            SordinEngine::Parts{mainQueue, defaults, permissions, transcriber, pipeline, capture, volume,
+                                std::make_shared<AudioProcessInspector>(*objects, directory),
+                                std::make_shared<AdHistoryFile>(folder / "Sordin/history.json", historyQueue),
+                                clock, [this] { return wallClock; }});
+        settle();
+    }
+
+    /// Creates the engine and lets its capture begin.
+    void listen() {
+        create();
+        capture->completion(std::nullopt);
+        settle();
+        ASSERT_EQ(engine->status(), Kind::listening);
+    }
+
+    /// Runs everything that is posted, wherever.
+    void settle() {
+        constexpr int rounds = 4;  // more than the longest chain of queues
+        for (int i = 0; i < rounds; ++i) {
+            for (const auto& queue : {audioQueue, volumeQueue, mainQueue, historyQueue}) {
+                queue->runPending();
+            }
+        }
+    }
+
+    /// Lets time pass on all clocks.
+    void pass(double seconds) {
+        constexpr double step = 0.1;
+        for (double done = 0; done < seconds - step / 2; done += step) {
+            clock->advance(step);
+            wallClock += step;
+            for (const auto& queue : {audioQueue, volumeQueue, mainQueue, historyQueue}) {
+                queue->advance(std::chrono::milliseconds(100));
+            }
+            settle();
+        }
+    }
+
+    /// Plays so many hops of half a second, each of the given ad confidence.
+    void hear(int hops, float confidence) {
+        scorer->confidence = confidence;
+        for (int i = 0; i < hops; ++i) {
+            pass(0.5);
+            constexpr std::int64_t frames = 8000;
+            std::vector<float> samples(frames, 0.1F);
+            std::vector<std::byte> bytes(frames * sizeof(float));
+            std::memcpy(bytes.data(), samples.data(), bytes.size());
+            capture->handler({StreamDescription{16'000, 1, SampleType::float32, true}, frames, bytes});
+            settle();
+        }
+    }
+
+    void hearAdBegin() {
+        hear(2, 0.9F);
+        ASSERT_TRUE(engine->adActive());
+    }
+    /// As long as the detector takes to believe it.
+    void hearAdEnd() {
+        for (int i = 0; i < 60 && engine->adActive(); ++i) {
+            hear(1, 0);
+        }
+        ASSERT_FALSE(engine->adActive());
+    }
+
+    [[nodiscard]] float volumeNow() const { return objects->devices.at(speakers).volumes.at(0); }
+
+    TemporaryFolder folder;
+    std::shared_ptr<ManualSerialQueue> mainQueue = std::make_shared<ManualSerialQueue>("main");
+    std::shared_ptr<ManualSerialQueue> audioQueue = std::make_shared<ManualSerialQueue>("sordin.audio");
+    std::shared_ptr<ManualSerialQueue> volumeQueue = std::make_shared<ManualSerialQueue>("sordin.volume");
+    std::shared_ptr<ManualSerialQueue> historyQueue = std::make_shared<ManualSerialQueue>("sordin.history");
+    std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>(1e9);
+    ReferenceDate wallClock = 8e8;
+    std::shared_ptr<FakeUserDefaults> defaults = std::make_shared<FakeUserDefaults>();
+    std::shared_ptr<FakePermissions> permissions = std::make_shared<FakePermissions>();
+    std::shared_ptr<FakeAudioObjects> objects = std::make_shared<FakeAudioObjects>();
+    FakeProcessDirectory directory;
+    std::shared_ptr<FakeSpeechRecogniser> recogniser = std::make_shared<FakeSpeechRecogniser>();
+    std::shared_ptr<FakeScorer> scorer = std::make_shared<FakeScorer>();
+    std::shared_ptr<FakeCapture> capture = std::make_shared<FakeCapture>();
+    std::shared_ptr<OnDeviceTranscriber> transcriber;
+    std::shared_ptr<DetectionPipeline> pipeline;
+    std::shared_ptr<VolumeController> volume;
+    std::unique_ptr<SordinEngine> engine;
+};
+
+}  // namespace sordin
