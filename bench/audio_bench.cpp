@@ -7,7 +7,7 @@
 #include "platform/linux/pipewire/pulse_probe.h"
 #include "platform/loopback_capture.h"
 #include "support/asio_serial_queue.h"
-#include "system/private_audio_server.h"
+#include "rig/private_audio_server.h"
 
 #include <cstdlib>
 #include <filesystem>

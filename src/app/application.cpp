@@ -20,7 +20,6 @@
 #include "support/system_clock.h"
 
 #include <QLoggingCategory>
-
 #include <chrono>
 #include <utility>
 
@@ -84,9 +83,8 @@ void Application::createEngine(const std::filesystem::path& program, std::shared
     auto capture = std::make_shared<LoopbackCapture>(
         queue("sordin.capture", QualityOfService::userInitiated),
         std::make_unique<pipewire::PipeWireLoopbackSource>(session_, pipewire::pulseSocket()));
-    auto volume =
-        std::make_shared<VolumeController>(queue("sordin.volume", QualityOfService::userInteractive),
-                                           objects_, defaults, std::move(guard));
+    auto volume = std::make_shared<VolumeController>(
+        queue("sordin.volume", QualityOfService::userInteractive), objects_, defaults, std::move(guard));
     engine_ = std::make_unique<SordinEngine>(SordinEngine::Parts{
         mainQueue_, std::move(defaults), std::make_shared<LinuxPermissions>(), std::move(transcriber),
         std::move(pipeline), std::move(capture), std::move(volume),

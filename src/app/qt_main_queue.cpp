@@ -4,7 +4,6 @@
 #include <QPointer>
 #include <QThread>
 #include <QTimer>
-
 #include <atomic>
 #include <chrono>
 #include <utility>

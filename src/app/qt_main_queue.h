@@ -4,7 +4,6 @@
 #include "support/serial_queue.h"
 
 #include <QObject>
-
 #include <memory>
 #include <string>
 

@@ -3,7 +3,6 @@
 
 #include <QObject>
 #include <QSocketNotifier>
-
 #include <functional>
 
 namespace sordin {

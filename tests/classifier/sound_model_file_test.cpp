@@ -3,7 +3,7 @@
 #include "classifier/sound_model_file.h"
 #include "random_seed.h"
 #include "support/own_files.h"
-#include "temporary_folder.h"
+#include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 

@@ -3,7 +3,7 @@
 #include "engine/ad_statistics.h"
 #include "engine/duration_text.h"
 #include "support/manual_serial_queue.h"
-#include "temporary_folder.h"
+#include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 

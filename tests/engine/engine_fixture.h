@@ -10,7 +10,7 @@
 #include "fakes/fake_speech.h"
 #include "fakes/fake_user_defaults.h"
 #include "support/manual_serial_queue.h"
-#include "temporary_folder.h"
+#include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 

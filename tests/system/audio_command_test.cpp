@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // sordin-audio against a private server: what has to outlive the death of the program or of the server.
 #include "random_seed.h"
-#include "system/private_audio_server.h"
-#include "system/wait_until.h"
+#include "rig/private_audio_server.h"
+#include "rig/wait_until.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>

@@ -2,8 +2,8 @@
 #include "platform/audio_process_inspector.h"
 #include "platform/linux/desktop/linux_process_directory.h"
 #include "platform/linux/pipewire/audio_objects.h"
+#include "rig/private_audio_server.h"
 #include "system/ear.h"
-#include "system/private_audio_server.h"
 #include "system/private_pulseaudio.h"
 #include "system/tone_file.h"
 

@@ -5,8 +5,8 @@
 #include "platform/linux/pipewire/loopback_source.h"
 #include "platform/linux/pipewire/pulse_probe.h"
 #include "platform/loopback_capture.h"
+#include "rig/wait_until.h"
 #include "support/asio_serial_queue.h"
-#include "system/wait_until.h"
 
 #include <cmath>
 #include <future>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "system/child_process.h"
+#include "rig/child_process.h"
 
 #include <cstdlib>
 #include <filesystem>

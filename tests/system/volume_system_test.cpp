@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/pipewire/audio_objects.h"
 #include "platform/linux/storage/file_user_defaults.h"
+#include "rig/private_audio_server.h"
+#include "rig/wait_until.h"
 #include "support/asio_serial_queue.h"
-#include "system/private_audio_server.h"
-#include "system/wait_until.h"
 #include "volume/pending_restore.h"
 #include "volume/volume_controller.h"
 

@@ -8,7 +8,7 @@
 #include "support/manual_serial_queue.h"
 #include "support/own_files.h"
 #include "support/program_path.h"
-#include "temporary_folder.h"
+#include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 

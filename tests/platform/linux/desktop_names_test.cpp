@@ -3,7 +3,7 @@
 #include "platform/linux/desktop/application_id.h"
 #include "platform/linux/desktop/desktop_entry.h"
 #include "platform/linux/desktop/linux_process_directory.h"
-#include "temporary_folder.h"
+#include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 

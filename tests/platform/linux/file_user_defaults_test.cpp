@@ -2,7 +2,7 @@
 #include "platform/linux/storage/file_user_defaults.h"
 #include "support/asio_serial_queue.h"
 #include "support/manual_serial_queue.h"
-#include "temporary_folder.h"
+#include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 

@@ -2,7 +2,7 @@
 // The program itself, over recordings made here.
 #include "classifier/model_files.h"
 #include "random_seed.h"
-#include "temporary_folder.h"
+#include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>

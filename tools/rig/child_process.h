@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "system/wait_until.h"
+#include "rig/wait_until.h"
 
 #include <algorithm>
 #include <array>

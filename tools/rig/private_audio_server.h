@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "system/child_process.h"
-#include "temporary_folder.h"
+#include "rig/child_process.h"
+#include "rig/temporary_folder.h"
 
 #include <functional>
 #include <optional>

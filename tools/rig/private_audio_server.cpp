@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "system/private_audio_server.h"
+#include "rig/private_audio_server.h"
 
 #include <nlohmann/json.hpp>
 

@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/pipewire/audio_objects.h"
+#include "replay/labels.h"
+#include "rig/private_audio_server.h"
+#include "rig/temporary_folder.h"
+#include "rig/wait_until.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace sordin {
+
+/// Keeps every volume that a device takes, in the order of time.
+class VolumeRecorder {
+public:
+    struct Change {
+        double time;  ///< seconds since the recorder was made
+        float volume;
+    };
+
+    explicit VolumeRecorder(std::shared_ptr<AudioObjects> objects)
+        : objects_(std::move(objects)), thread_([this] { record(); }) {}
+    ~VolumeRecorder() {
+        stopping_ = true;
+        thread_.join();
+    }
+    VolumeRecorder(const VolumeRecorder&) = delete;
+    VolumeRecorder& operator=(const VolumeRecorder&) = delete;
+
+    [[nodiscard]] double now() const {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    }
+    [[nodiscard]] std::vector<Change> changes() {
+        const std::lock_guard lock(mutex_);
+        return changes_;
+    }
+
+private:
+    void record() {
+        while (!stopping_) {
+            const auto device =
+                read<std::uint32_t>(*objects_, systemAudioObject, audio_property::defaultOutputDevice);
+            const auto volume = read<float>(*objects_, device.value_or(0), audio_property::volume(0));
+            if (volume) {
+                const std::lock_guard lock(mutex_);
+                if (changes_.empty() || changes_.back().volume != *volume) {
+                    changes_.push_back({now(), *volume});
+                }
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        }
+    }
+
+    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+    const std::shared_ptr<AudioObjects> objects_;
+    std::mutex mutex_;
+    std::vector<Change> changes_;
+    std::atomic<bool> stopping_ = false;
+    std::thread thread_;
+};
+
+/// The real program, on an audio server of the test's own, with a home of its own.
+class SordinTest : public testing::Test {
+protected:
+    static constexpr std::chrono::seconds deadline{30};
+    static constexpr auto sink = "test-sink-A";
+
+    SordinTest() {
+        std::filesystem::create_directories(home / "config/Sordin");
+        writeText(home / "config/Sordin/defaults.json", R"({"onboarded": true, "sensitivity": 1.0})");
+    }
+
+    void beginServer(const AudioServerOptions& options = {}) {
+        server.emplace(options);
+        server->start();
+    }
+
+    void startProgram() {
+        program.reset();
+        writeText(home / "log", "");
+        program.emplace(
+            std::vector<std::string>{SORDIN_PROGRAM},
+            ChildOptions{.environment = {"XDG_CONFIG_HOME=" + (home / "config").string(),
+                                         "XDG_DATA_HOME=" + (home / "data").string(),
+                                         "QT_LOGGING_RULES=sordin.*.info=true", "QT_FORCE_STDERR_LOGGING=1",
+                                         "QT_MESSAGE_PATTERN=%{message}"},
+                         .log = home / "log"});
+    }
+    [[nodiscard]] std::string log() const { return contentsOf(home / "log"); }
+    /// Whether the program comes to say so, in what it has not said `before`.
+    bool says(const std::string& text, std::size_t before = 0, std::chrono::milliseconds within = deadline) {
+        return waitUntil([&] { return log().find(text, before) != std::string::npos; }, within);
+    }
+    void listen() {
+        startProgram();
+        ASSERT_TRUE(says("status: listening")) << log();
+    }
+
+    /// Plays a recording, in the background, until the end of the test.
+    void play(const std::filesystem::path& recording) {
+        player.emplace(std::vector<std::string>{"pw-play", recording.string()},
+                       ChildOptions{.log = home / "player"});
+    }
+    /// Listens and plays until an ad is faded.
+    void enterAd() {
+        listen();
+        play(pieces() / "ads.wav");
+        ASSERT_TRUE(says("an ad began")) << log();
+        ASSERT_TRUE(becomes(0));
+    }
+
+    /// Whether the sink comes to have this volume.
+    testing::AssertionResult becomes(float volume, std::chrono::milliseconds within = deadline) {
+        const bool so = waitUntil(
+            [&] {
+                const auto now = server->volume(sink);
+                return !now.empty() && std::fabs(now[0] - volume) < 1e-4F;
+            },
+            within);
+        return (so ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << testing::PrintToString(server->volume(sink)) << "\n"
+               << log();
+    }
+    [[nodiscard]] bool recordIsThere() const {
+        return std::filesystem::exists(home / "config/Sordin/pending-restore.json");
+    }
+    [[nodiscard]] nlohmann::json history() const {
+        return nlohmann::json::parse(contentsOf(home / "data/Sordin/history.json"), nullptr, false);
+    }
+
+    /// Recordings that the build has made: "ads.wav" are two commercials, again and again; "excerpt.wav" has
+    /// programme before and behind the two; "talk.wav" is programme alone.
+    static std::filesystem::path pieces() { return SORDIN_BROADCAST; }
+    /// Where the commercials are in the excerpt.
+    static replay::Interval excerptAd() { return replay::readAdLabels(pieces() / "excerpt.txt").at(0); }
+
+    TemporaryFolder home;
+    std::optional<PrivateAudioServer> server;
+    std::optional<ChildProcess> program;
+    std::optional<ChildProcess> player;
+};
+
+/// How often a series is run: a few times, or with ./test --long all of them.
+inline int repetitions(int few, int all) {
+    return std::getenv("SORDIN_LONG") != nullptr ? all : few;
+}
+
+}  // namespace sordin

@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: MIT
+// The whole program against a real audio server, with a real player.
+#include "random_seed.h"
+#include "system/sordin_fixture.h"
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+namespace sordin {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+/// A figure of /proc/PID/status.
+long statusFigure(pid_t process, const std::string& name) {
+    std::ifstream status("/proc/" + std::to_string(process) + "/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind(name + ":", 0) == 0) {
+            return std::stol(line.substr(name.size() + 1));
+        }
+    }
+    return -1;
+}
+
+long openFiles(pid_t process) {
+    const std::filesystem::directory_iterator files("/proc/" + std::to_string(process) + "/fd");
+    return std::distance(begin(files), end(files));
+}
+
+/// The share of a fade of `steps` steps that a volume is on, from 0 to 1; none if it lies between two steps.
+bool onCurve(float volume, int steps) {
+    for (int i = 0; i <= steps; ++i) {
+        const double t = static_cast<double>(i) / steps;
+        if (std::fabs(static_cast<double>(volume) - t * t * (3 - 2 * t)) < 1e-3) {
+            return true;
+        }
+    }
+    return false;
+}
+
+class SordinSystemTest : public SordinTest {};
+
+TEST_F(SordinSystemTest, AnAdInABroadcastIsFadedOutAndBackAndRemembered) {
+    beginServer({.monitorVolumes = true});
+    writeText(home / "config/Sordin/defaults.json", R"({"onboarded": true})");
+    listen();
+    const auto objects =
+        std::make_shared<pipewire::PipeWireAudioObjects>(std::make_shared<pipewire::Session>());
+    VolumeRecorder recorder(objects);
+    // What comes out of the loudspeaker.
+    ChildProcess ear({"pw-record", "--target", sink, "-P", "{ stream.capture.sink=true }", "--rate", "16000",
+                      "--channels", "1", "--format", "f32", (home / "heard.wav").string()},
+                     {.log = home / "ear"});
+    ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(home / "heard.wav"); }, deadline));
+    play(pieces() / "excerpt.wav");
+    const double began = recorder.now();
+    ASSERT_TRUE(says("an ad ended", 0, 120s)) << log();
+    ASSERT_TRUE(becomes(1));
+    ASSERT_TRUE(player->wait(60s));
+    ear.kill(SIGINT);
+    ear.wait(deadline);
+
+    const auto changes = recorder.changes();
+    const auto lowest = std::min_element(changes.begin(), changes.end(),
+                                         [](auto& a, auto& b) { return a.volume < b.volume; });
+    ASSERT_NE(lowest, changes.end());
+    EXPECT_EQ(lowest->volume, 0);
+    // Down the curve, each step once, then up, and nothing else.
+    EXPECT_TRUE(
+        std::is_sorted(changes.begin(), lowest + 1, [](auto& a, auto& b) { return a.volume > b.volume; }));
+    EXPECT_TRUE(std::is_sorted(lowest, changes.end(), [](auto& a, auto& b) { return a.volume < b.volume; }));
+    EXPECT_GE(lowest - changes.begin(), 5);
+    EXPECT_GE(changes.end() - lowest, 20);
+    for (auto change = changes.begin(); change != changes.end(); ++change) {
+        EXPECT_TRUE(onCurve(change->volume, change < lowest ? 7 : 30)) << change->volume;
+    }
+    EXPECT_EQ(changes.back().volume, 1);
+    // The times are the detector's, wide enough for a loaded machine.
+    const auto ad = excerptAd();
+    const double down = lowest->time - began;
+    const double up = changes.back().time - began;
+    EXPECT_GT(down, ad.start - 1);
+    EXPECT_LT(down, ad.start + 12);
+    EXPECT_GT(up, ad.end - 6);
+    EXPECT_LT(up, ad.end + 16);
+
+    const auto events = history();
+    ASSERT_EQ(events.size(), 1U) << events;
+    EXPECT_EQ(events[0]["kind"], "muted");
+    EXPECT_THAT(events[0]["app"].get<std::string>(), testing::HasSubstr("pw-"));
+    EXPECT_NEAR(events[0]["duration"].get<double>(), up - down, 2);
+    EXPECT_FALSE(events[0]["reasons"].empty());
+    EXPECT_FALSE(recordIsThere());
+
+    // And so it was heard: silence in the fade, sound before and behind it.
+    const auto quiet = outputOf({"sox", (home / "heard.wav").string(), "-n", "trim", std::to_string(down + 2),
+                                 std::to_string(up - down - 5), "stat"},
+                                home / "quiet");
+    const auto loud =
+        outputOf({"sox", (home / "heard.wav").string(), "-n", "trim", "3", "8", "stat"}, home / "loud");
+    const auto level = [this](const char* name) {
+        std::istringstream text(contentsOf(home / name));
+        for (std::string line; std::getline(text, line);) {
+            if (line.rfind("RMS     amplitude:", 0) == 0) {
+                return std::stod(line.substr(18));
+            }
+        }
+        return -1.0;
+    };
+    EXPECT_LT(level("quiet"), 1e-4) << contentsOf(home / "quiet");
+    EXPECT_GE(level("quiet"), 0);
+    EXPECT_GT(level("loud"), 0.01) << contentsOf(home / "loud");
+}
+
+TEST_F(SordinSystemTest, EverySignalThatEndsAProgramGivesTheVolumeBackFirst) {
+    beginServer();
+    server->setVolume(sink, {80});
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        enterAd();
+        program->kill(signal);
+        EXPECT_EQ(program->wait(deadline), 0) << log();
+        EXPECT_NEAR(server->volume(sink).at(0), 0.512F, 1e-3F);  // already, not soon
+        EXPECT_FALSE(recordIsThere());
+        EXPECT_EQ(history().at(0)["kind"], "muted");  // the ad was closed and written
+        player.reset();
+    }
+    EXPECT_EQ(history().size(), 3U);
+}
+
+TEST_F(SordinSystemTest, AKilledProgramLeavesNoVolumeDown) {
+    beginServer();
+    std::mt19937 random = seededRandom();
+    std::uniform_int_distribution<int> milliseconds(0, 12'000);
+    const int rounds = repetitions(5, 100);
+    for (int i = 0; i < rounds; ++i) {
+        SCOPED_TRACE(i);
+        listen();
+        play(pieces() / "ads.wav");
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds(random)));  // any moment will do
+        program->kill(SIGKILL);
+        ASSERT_EQ(program->wait(deadline), 128 + SIGKILL);
+        ASSERT_TRUE(becomes(1, 10s)) << "by the guard";
+        ASSERT_TRUE(waitUntil([&] { return !recordIsThere(); }, deadline));
+        player.reset();
+    }
+    // And without a guard, at the next start.
+    enterAd();
+    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+        const std::string parent = process.path() / "status";
+        if (contentsOf(parent).find("PPid:\t" + std::to_string(program->pid()) + "\n") != std::string::npos &&
+            contentsOf(process.path() / "comm").rfind("sordin-volume-", 0) == 0) {
+            ::kill(std::stoi(process.path().filename()), SIGKILL);
+        }
+    }
+    program->kill(SIGKILL);
+    ASSERT_EQ(program->wait(deadline), 128 + SIGKILL);
+    player.reset();
+    EXPECT_TRUE(recordIsThere());
+    ASSERT_TRUE(becomes(0, 1s));
+    listen();
+    EXPECT_TRUE(becomes(1));
+    EXPECT_TRUE(waitUntil([&] { return !recordIsThere(); }, deadline));
+}
+
+TEST_F(SordinSystemTest, ASecondStartDoesNotGetInTheWayOfTheFirst) {
+    beginServer();
+    enterAd();
+    ChildProcess second({SORDIN_PROGRAM}, {.environment = {"XDG_CONFIG_HOME=" + (home / "config").string()},
+                                           .log = home / "second"});
+    EXPECT_EQ(second.wait(60s), 1);
+    EXPECT_THAT(contentsOf(home / "second"), testing::HasSubstr("already running"));
+    EXPECT_TRUE(recordIsThere());
+    program->kill(SIGTERM);
+    EXPECT_EQ(program->wait(deadline), 0);
+    EXPECT_TRUE(becomes(1, 0s));
+}
+
+TEST_F(SordinSystemTest, AServerThatDiesInAnAdLeavesNothingDownAndIsHeardAgain) {
+    beginServer();
+    enterAd();
+    // The session manager remembers what virtual sinks had, so the new one is born silent.
+    std::this_thread::sleep_for(1500ms);  // which it writes after a second
+    const auto before = log().size();
+    server->kill();
+    ASSERT_TRUE(says("Retrying", before)) << log();
+    ASSERT_TRUE(says("an ad ended", before)) << log();
+    server->start();
+    EXPECT_TRUE(becomes(1));
+    EXPECT_TRUE(waitUntil([&] { return !recordIsThere(); }, deadline));
+    ASSERT_TRUE(says("status: listening", before, 50s)) << log();
+    const auto then = log().size();
+    play(pieces() / "ads.wav");
+    EXPECT_TRUE(says("an ad began", then)) << log();
+    EXPECT_TRUE(becomes(0));
+}
+
+TEST_F(SordinSystemTest, AServerThatComesLateIsHeardWithoutAWord) {
+    beginServer();
+    server->stop();
+    startProgram();
+    ASSERT_TRUE(says("status: failed Cannot reach the PipeWire audio server.")) << log();
+    const auto before = log().size();
+    std::this_thread::sleep_for(std::chrono::seconds(repetitions(0, 50)));
+    server->start();
+    EXPECT_TRUE(says("status: listening", before, 50s)) << log();
+    play(pieces() / "ads.wav");
+    EXPECT_TRUE(says("an ad began", before)) << log();
+}
+
+TEST_F(SordinSystemTest, ListeningForLongCostsNoMoreThanAtFirst) {
+    beginServer();
+    listen();
+    play(pieces() / "talk.wav");
+    const auto figures = [this] {
+        return std::vector<long>{statusFigure(program->pid(), "VmRSS"), openFiles(program->pid()),
+                                 statusFigure(program->pid(), "Threads")};
+    };
+    std::this_thread::sleep_for(20s);  // until all that is loaded when first needed is there
+    const auto first = figures();
+    std::this_thread::sleep_for(std::chrono::seconds(repetitions(40, 600)));
+    const auto last = figures();
+    RecordProperty("memory_kib", static_cast<int>(last[0]));
+    EXPECT_LT(last[0], first[0] + 2048) << "KiB";
+    EXPECT_EQ(last[1], first[1]) << "open files";
+    EXPECT_EQ(last[2], first[2]) << "threads";
+}
+
+}  // namespace
+}  // namespace sordin
