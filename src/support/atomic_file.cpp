@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "support/atomic_file.h"
 
+#include "support/file_descriptor.h"
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -17,24 +19,6 @@ namespace fs = std::filesystem;
 std::error_code lastError() {
     return {errno, std::generic_category()};
 }
-
-class FileDescriptor {
-public:
-    explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-    ~FileDescriptor() {
-        if (valid()) {
-            ::close(descriptor_);
-        }
-    }
-    FileDescriptor(const FileDescriptor&) = delete;
-    FileDescriptor& operator=(const FileDescriptor&) = delete;
-
-    [[nodiscard]] bool valid() const { return descriptor_ >= 0; }
-    [[nodiscard]] int get() const { return descriptor_; }
-
-private:
-    int descriptor_;
-};
 
 std::error_code writeAll(int descriptor, std::string_view contents) {
     while (!contents.empty()) {

@@ -14,6 +14,8 @@ struct PendingRestore {
     std::optional<OutputDeviceRecord>
         device;  ///< absent when only the volume was kept: then any default device
 
+    bool operator==(const PendingRestore&) const = default;
+
     /// The key of the volume; what else is kept has keys that begin with the same word.
     static constexpr auto key = "pendingRestoreVolume";
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "volume/volume_controller.h"
 
+#include "volume/output_device.h"
 #include "volume/pending_restore.h"
 
 #include <algorithm>
@@ -13,6 +14,8 @@ namespace {
 
 constexpr double stepSeconds = 0.02;
 constexpr auto stepInterval = std::chrono::milliseconds(20);
+/// The audio server answers within a millisecond or two, unless it hangs.
+constexpr auto patienceForConfirmation = std::chrono::milliseconds(250);
 
 /// The smoothstep curve: starts and ends gently. `t` from 0 to 1.
 float smoothstep(float t) {
@@ -27,8 +30,11 @@ int stepsIn(double seconds) {
 }  // namespace
 
 VolumeController::VolumeController(std::shared_ptr<SerialQueue> queue, std::shared_ptr<AudioObjects> objects,
-                                   std::shared_ptr<UserDefaults> defaults)
-    : queue_(std::move(queue)), objects_(std::move(objects)), defaults_(std::move(defaults)) {}
+                                   std::shared_ptr<UserDefaults> defaults, std::shared_ptr<VolumeGuard> guard)
+    : queue_(std::move(queue)),
+      objects_(std::move(objects)),
+      defaults_(std::move(defaults)),
+      guard_(std::move(guard)) {}
 
 VolumeController::~VolumeController() {
     objects_->onDevicesChanged({});
@@ -52,7 +58,10 @@ void VolumeController::restore(double ramp) {
 }
 
 void VolumeController::restoreImmediately() {
-    queue_->sync([this] { restoreAtOnce(); });
+    queue_->sync([this] {
+        ended_ = true;
+        restoreAtOnce();
+    });
 }
 
 void VolumeController::recoverFromCrash() {
@@ -71,11 +80,11 @@ void VolumeController::recoverFromCrash() {
 }
 
 void VolumeController::duckNow(float fraction, double seconds) {
-    if (ducked_) {
+    if (ducked_ || ended_) {
         return;
     }
     tryToRecover();  // the record of a crash must not be overwritten before it has served
-    const auto device = defaultOutputDevice();
+    const auto device = defaultOutputDevice(*objects_);
     if (!device || recovering_) {
         return;
     }
@@ -83,18 +92,23 @@ void VolumeController::duckNow(float fraction, double seconds) {
     if (returning && ramp_->device != *device) {
         finishRestoreRamp();
     }
-    const auto current = volume(*device);
+    const auto current = outputVolume(*objects_, *device);
     if (current) {
         // Where a restore is on its way, its target is the true volume, not what it has got to.
         savedVolume_ = returning && ramp_ ? ramp_->to : *current;
         usedMute_ = false;
-        PendingRestore{*savedVolume_, objects_->record(*device)}.write(*defaults_);
+        const PendingRestore pending{*savedVolume_, objects_->record(*device)};
+        tellGuard(pending);
+        pending.write(*defaults_);
         awaiting_.reset();
         startRamp({*device, *current, *savedVolume_ * fraction, stepsIn(seconds), false});
-    } else if (canMute(*device)) {
+    } else if (canMute(*objects_, *device)) {
         savedVolume_.reset();
         usedMute_ = true;
-        setMute(*device, true);
+        if (auto record = objects_->record(*device)) {
+            tellGuard(MutedDevice{std::move(*record)});
+        }
+        setMuted(*objects_, *device, true);
     } else {
         return;
     }
@@ -107,9 +121,10 @@ void VolumeController::restoreNow(double seconds) {
         return;
     }
     if (usedMute_) {
-        setMute(device_, false);
+        unmute();
     } else if (savedVolume_) {
-        startRamp({device_, volume(device_).value_or(0), *savedVolume_, stepsIn(seconds), true});
+        startRamp(
+            {device_, outputVolume(*objects_, device_).value_or(0), *savedVolume_, stepsIn(seconds), true});
     }
 }
 
@@ -120,9 +135,11 @@ void VolumeController::restoreAtOnce() {
         return;
     }
     if (usedMute_) {
-        setMute(device_, false);
-    } else if (savedVolume_) {
-        set(device_, *savedVolume_);
+        unmute();
+        return;
+    }
+    if (savedVolume_) {
+        setOutputVolume(*objects_, device_, *savedVolume_);
     }
     restored(device_);
 }
@@ -136,17 +153,14 @@ void VolumeController::tryToRecover() {
         recovering_ = false;
         return;
     }
-    const auto fallback = defaultOutputDevice();
+    const auto fallback = defaultOutputDevice(*objects_);
     if (!fallback) {
         return;  // until there is one
     }
     recovering_ = false;
     const AudioObjectId device = pending->device ? objects_->adopt(*pending->device) : *fallback;
-    // A device that is away takes the volume when it returns; what it has until then nobody knows.
-    const bool away = !objects_->present(device);
-    if (away || volume(device).value_or(1) < pending->volume) {
-        set(device, pending->volume);
-    }
+    tellGuard(*pending);
+    raiseOutputVolume(*objects_, device, pending->volume);
     restored(device);
 }
 
@@ -155,53 +169,6 @@ void VolumeController::devicesChanged() {
     if (awaiting_ && objects_->present(*awaiting_)) {
         restored(*awaiting_);
     }
-}
-
-std::optional<AudioObjectId> VolumeController::defaultOutputDevice() const {
-    const auto device =
-        read<std::uint32_t>(*objects_, systemAudioObject, audio_property::defaultOutputDevice);
-    return device && *device != 0 ? device : std::nullopt;
-}
-
-std::vector<std::uint32_t> VolumeController::volumeElements(AudioObjectId device) const {
-    const std::vector<std::vector<std::uint32_t>> candidates{
-        {0}, {1, 2}};  // the device as a whole, its front channels
-    for (const auto& elements : candidates) {
-        if (std::all_of(elements.begin(), elements.end(), [&](std::uint32_t element) {
-                const auto property = audio_property::volume(element);
-                return objects_->has(device, property) && objects_->settable(device, property);
-            })) {
-            return elements;
-        }
-    }
-    return {};
-}
-
-std::optional<float> VolumeController::volume(AudioObjectId device) const {
-    const auto elements = volumeElements(device);
-    float sum = 0;
-    for (const std::uint32_t element : elements) {
-        const auto value = read<float>(*objects_, device, audio_property::volume(element));
-        if (!value) {
-            return std::nullopt;
-        }
-        sum += *value;
-    }
-    return elements.empty() ? std::nullopt : std::optional(sum / static_cast<float>(elements.size()));
-}
-
-void VolumeController::set(AudioObjectId device, float volume) {
-    for (const std::uint32_t element : volumeElements(device)) {
-        objects_->set(device, audio_property::volume(element), std::clamp(volume, 0.0F, 1.0F));
-    }
-}
-
-bool VolumeController::canMute(AudioObjectId device) const {
-    return objects_->has(device, audio_property::mute) && objects_->settable(device, audio_property::mute);
-}
-
-void VolumeController::setMute(AudioObjectId device, bool muted) {
-    objects_->set(device, audio_property::mute, std::uint32_t{muted ? 1U : 0U});
 }
 
 void VolumeController::startRamp(Ramp ramp) {
@@ -223,11 +190,11 @@ void VolumeController::stepRamp() {
     const Ramp now = *ramp_;
     if (now.counter < now.steps) {
         const float t = static_cast<float>(now.counter) / static_cast<float>(now.steps);
-        set(now.device, now.from + (now.to - now.from) * smoothstep(t));
+        setOutputVolume(*objects_, now.device, now.from + (now.to - now.from) * smoothstep(t));
         return;
     }
     cancelRamp();
-    set(now.device, now.to);  // the curve ends there, but for rounding
+    setOutputVolume(*objects_, now.device, now.to);  // the curve ends there, but for rounding
     if (now.restoring) {
         restored(now.device);
     }
@@ -242,17 +209,39 @@ void VolumeController::finishRestoreRamp() {
     if (ramp_ && ramp_->restoring) {
         const Ramp last = *ramp_;
         cancelRamp();
-        set(last.device, last.to);
+        setOutputVolume(*objects_, last.device, last.to);
         restored(last.device);
     }
 }
 
-void VolumeController::restored(AudioObjectId device) {
-    if (objects_->present(device)) {
-        PendingRestore::remove(*defaults_);
-        awaiting_.reset();
+void VolumeController::unmute() {
+    setMuted(*objects_, device_, false);
+    const auto pending = awaiting_ ? PendingRestore::read(*defaults_) : std::nullopt;
+    if (pending) {
+        tellGuard(*pending);  // of another device, which has yet to take its volume
     } else {
+        restored(device_);
+    }
+}
+
+void VolumeController::restored(AudioObjectId device) {
+    if (!objects_->present(device)) {
         awaiting_ = device;
+        return;
+    }
+    // From here on nobody else would bring it back, so the audio system must have it.
+    static_cast<void>(objects_->flush(patienceForConfirmation));
+    PendingRestore::remove(*defaults_);
+    awaiting_.reset();
+    const bool mutedMeanwhile = ducked_ && usedMute_;  // another device, which the guard knows of
+    if (guard_ && !mutedMeanwhile) {
+        guard_->givenBack();
+    }
+}
+
+void VolumeController::tellGuard(const DuckInForce& duck) {
+    if (guard_) {
+        guard_->inForce(duck);
     }
 }
 

@@ -4,10 +4,10 @@
 #include "platform/audio_objects.h"
 #include "platform/user_defaults.h"
 #include "support/serial_queue.h"
+#include "volume/volume_guard.h"
 
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace sordin {
 
@@ -18,9 +18,10 @@ namespace sordin {
 /// controller weakly. Failures of the audio system are silent: no device, no duck.
 class VolumeController : public std::enable_shared_from_this<VolumeController> {
 public:
-    /// None may be null; `queue` is labelled "sordin.volume".
+    /// None may be null but the guard; `queue` is labelled "sordin.volume". The guard is told on the queue,
+    /// before any change to a device and after the audio system has taken the last one back.
     VolumeController(std::shared_ptr<SerialQueue> queue, std::shared_ptr<AudioObjects> objects,
-                     std::shared_ptr<UserDefaults> defaults);
+                     std::shared_ptr<UserDefaults> defaults, std::shared_ptr<VolumeGuard> guard = nullptr);
     ~VolumeController();
     VolumeController(const VolumeController&) = delete;
     VolumeController& operator=(const VolumeController&) = delete;
@@ -34,7 +35,7 @@ public:
     void restore(double ramp);
 
     /// Puts the volume back at once, without a ramp, and returns when that is done. For the end of the
-    /// program.
+    /// program: no duck follows, though one may still be asked for.
     void restoreImmediately();
 
     /// Brings back a volume that an earlier run of the program left down, as soon as there is a device to
@@ -60,28 +61,26 @@ private:
     void tryToRecover();
     void devicesChanged();
 
-    [[nodiscard]] std::optional<AudioObjectId> defaultOutputDevice() const;
-    [[nodiscard]] std::vector<std::uint32_t> volumeElements(AudioObjectId device) const;
-    [[nodiscard]] std::optional<float> volume(AudioObjectId device) const;
-    void set(AudioObjectId device, float volume);
-    [[nodiscard]] bool canMute(AudioObjectId device) const;
-    void setMute(AudioObjectId device, bool muted);
-
     void startRamp(Ramp ramp);
     void stepRamp();
     void cancelRamp();
     /// Takes a restore ramp to its end at once.
     void finishRestoreRamp();
+    /// Ends a duck by the mute switch.
+    void unmute();
     /// A device has its volume back: forgets the record, unless the device is away and has yet to take it.
     void restored(AudioObjectId device);
+    void tellGuard(const DuckInForce& duck);
 
     const std::shared_ptr<SerialQueue> queue_;
     const std::shared_ptr<AudioObjects> objects_;
     const std::shared_ptr<UserDefaults> defaults_;
+    const std::shared_ptr<VolumeGuard> guard_;  // or none
 
     Timer timer_;
     std::optional<Ramp> ramp_;  // the one in progress
     bool ducked_ = false;
+    bool ended_ = false;
     AudioObjectId device_ = 0;  // the one that was ducked
     std::optional<float> savedVolume_;
     bool usedMute_ = false;

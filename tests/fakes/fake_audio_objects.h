@@ -33,6 +33,7 @@ public:
     bool tellsProcesses = true;
     AudioObjectId defaultDevice = 0;
     std::function<void(AudioObjectId, std::uint32_t, float)> onVolumeWritten = [](auto...) {};
+    std::function<void()> onFlush = [] {};
 
     void leave(AudioObjectId device) {
         devices.at(device).present = false;
@@ -100,7 +101,10 @@ public:
         return property == audio_property::mute || devices.at(object).fixed.count(property.element) == 0;
     }
 
-    bool flush(std::chrono::milliseconds /*deadline*/) override { return true; }
+    bool flush(std::chrono::milliseconds /*deadline*/) override {
+        onFlush();
+        return true;
+    }
 
     [[nodiscard]] std::optional<OutputDeviceRecord> record(AudioObjectId device) const override {
         return OutputDeviceRecord{devices.at(device).name, "", 1, {1, 0.5F}};

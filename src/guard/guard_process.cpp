@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: MIT
+#include "guard/guard_process.h"
+
+#include "guard/guard_descriptors.h"
+#include "guard/guard_messages.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+namespace sordin {
+
+namespace {
+
+/// The same file under a number that is none of the guard's, so that giving it one overwrites nothing.
+FileDescriptor moved(const FileDescriptor& file) {
+    return FileDescriptor(fcntl(file.get(), F_DUPFD_CLOEXEC, guard_descriptor::firstFree));
+}
+
+/// Starts the guard with nothing of ours but the two; its number, or -1.
+pid_t spawned(std::string helper, std::string folder, const FileDescriptor& program,
+              const FileDescriptor& messages) {
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDWR, 0);
+    posix_spawn_file_actions_adddup2(&actions, STDIN_FILENO, STDOUT_FILENO);
+    posix_spawn_file_actions_adddup2(&actions, program.get(), guard_descriptor::program);
+    posix_spawn_file_actions_adddup2(&actions, messages.get(), guard_descriptor::messages);
+    posix_spawn_file_actions_addclosefrom_np(&actions, guard_descriptor::firstFree);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    // Held back until the guard ignores them, so that none can end it before.
+    sigset_t endings;
+    sigemptyset(&endings);
+    for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+        sigaddset(&endings, signal);
+    }
+    posix_spawnattr_setsigmask(&attributes, &endings);
+    sigset_t all;
+    sigfillset(&all);
+    posix_spawnattr_setsigdefault(&attributes, &all);
+    // A session of its own: what ends the program's terminal or its group does not end the guard.
+    posix_spawnattr_setflags(&attributes,
+                             POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
+    std::array<char*, 3> arguments{helper.data(), folder.data(), nullptr};
+    pid_t pid = -1;
+    const int error = posix_spawn(&pid, helper.c_str(), &actions, &attributes, arguments.data(), environ);
+    posix_spawnattr_destroy(&attributes);
+    posix_spawn_file_actions_destroy(&actions);
+    return error == 0 ? pid : -1;
+}
+
+}  // namespace
+
+GuardProcess::GuardProcess(std::filesystem::path helper, const std::filesystem::path& folder)
+    : helper_(std::move(helper)), folder_(std::filesystem::absolute(folder)) {
+    start();
+}
+
+void GuardProcess::inForce(const DuckInForce& duck) {
+    if (!tell(duck)) {
+        end();
+        start();
+        static_cast<void>(tell(duck));
+    }
+}
+
+void GuardProcess::givenBack() {
+    if (!tell(std::nullopt)) {
+        end();  // the one that does not know would take the volume for owed
+    }
+}
+
+void GuardProcess::start() {
+    const FileDescriptor self(static_cast<int>(syscall(SYS_pidfd_open, getpid(), 0)));
+    std::array<int, 2> ends{-1, -1};
+    if (!self.valid() || socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+        return;
+    }
+    socket_ = FileDescriptor(ends[0]);
+    const FileDescriptor theirs(ends[1]);
+    const FileDescriptor program = moved(self);
+    const FileDescriptor messages = moved(theirs);
+    if (program.valid() && messages.valid()) {
+        pid_ = spawned(helper_, folder_, program, messages);
+    }
+    if (pid_ < 0) {
+        socket_.close();
+    }
+}
+
+bool GuardProcess::tell(const std::optional<DuckInForce>& duck) const {
+    const std::string message = toGuardMessage(duck);
+    return socket_.valid() && message.size() <= longestGuardMessage &&
+           send(socket_.get(), message.data(), message.size(), MSG_DONTWAIT | MSG_NOSIGNAL) ==
+               static_cast<ssize_t>(message.size());
+}
+
+void GuardProcess::end() {
+    socket_.close();
+    if (const pid_t pid = std::exchange(pid_, -1); pid > 0) {
+        kill(pid, SIGKILL);
+        while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
+        }
+    }
+}
+
+}  // namespace sordin

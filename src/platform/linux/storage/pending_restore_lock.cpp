@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/storage/pending_restore_lock.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <system_error>
+#include <thread>
+
+namespace sordin {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+/// There is no waiting for a file's lock with a limit but by asking again.
+constexpr Clock::duration askingInterval = std::chrono::milliseconds(10);
+
+bool lock(int file) {
+    int result = 0;
+    do {
+        result = flock(file, LOCK_EX | LOCK_NB);
+    } while (result != 0 && errno == EINTR);
+    return result == 0;
+}
+
+}  // namespace
+
+PendingRestoreLock::PendingRestoreLock(const std::filesystem::path& folder,
+                                       std::chrono::milliseconds patience) {
+    std::error_code ignored;
+    std::filesystem::create_directories(folder, ignored);
+    // Not blocking, should anything but a file lie there.
+    constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK;
+    constexpr mode_t ownersOnly = 0600;
+    file_ = FileDescriptor(::open((folder / "pending-restore.lock").c_str(), flags, ownersOnly));
+    if (!file_.valid()) {
+        return;
+    }
+    const auto end = Clock::now() + patience;
+    while (!lock(file_.get())) {
+        if (errno != EWOULDBLOCK) {
+            return;
+        }
+        const auto left = end - Clock::now();
+        if (left <= Clock::duration::zero()) {
+            state_ = State::taken;
+            return;
+        }
+        std::this_thread::sleep_for(std::min(left, askingInterval));
+    }
+    state_ = State::held;
+}
+
+}  // namespace sordin

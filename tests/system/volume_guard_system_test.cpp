@@ -1,0 +1,269 @@
+// SPDX-License-Identifier: MIT
+// A program that fades, its real guard, and a death that nobody is told of.
+#include "platform/linux/storage/file_user_defaults.h"
+#include "platform/linux/storage/pending_restore_lock.h"
+#include "random_seed.h"
+#include "support/asio_serial_queue.h"
+#include "support/file_descriptor.h"
+#include "rig/private_audio_server.h"
+#include "rig/wait_until.h"
+#include "volume/pending_restore.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <csignal>
+#include <poll.h>
+#include <sys/syscall.h>
+#include <thread>
+
+namespace sordin {
+namespace {
+
+using namespace std::chrono_literals;
+using State = PendingRestoreLock::State;
+using testing::Each;
+using testing::FloatNear;
+using testing::Pointwise;
+
+constexpr auto deadline = 20s;
+constexpr auto sinkA = "test-sink-A";
+constexpr auto sinkB = "test-sink-B";
+
+using Channels = std::vector<float>;
+
+/// A guard, which is no child of the test's.
+class Guard {
+public:
+    explicit Guard(pid_t pid) : pid_(pid), process_(static_cast<int>(syscall(SYS_pidfd_open, pid, 0))) {}
+
+    [[nodiscard]] pid_t pid() const { return pid_; }
+    void signal(int number) const { kill(pid_, number); }
+    [[nodiscard]] bool ends() const {
+        pollfd gone{process_.get(), POLLIN, 0};
+        return poll(&gone, 1, std::chrono::milliseconds(deadline).count()) == 1;
+    }
+
+private:
+    pid_t pid_;
+    FileDescriptor process_;
+};
+
+class VolumeGuardSystemTest : public testing::Test {
+protected:
+    VolumeGuardSystemTest() {
+        server.start();
+        server.setVolume(sinkA, {80, 40});
+        server.setVolume(sinkB, {30});
+        EXPECT_TRUE(becomes(sinkA, before) && becomes(sinkB, others));
+    }
+
+    void startProgram(const std::string& option = {}) {
+        std::vector<std::string> command{SORDIN_DUCKING_PROGRAM, folder.path()};
+        if (!option.empty()) {
+            command.push_back(option);
+        }
+        program.emplace(command, ChildOptions{.readOutput = true, .writeInput = true});
+        ASSERT_EQ(program->readLine(deadline), "ready");
+    }
+
+    std::string ask(const std::string& command) {
+        program->writeLine(command);
+        return program->readLine(deadline).value_or("");
+    }
+    void duck() {
+        ask("duck");
+        ASSERT_TRUE(becomes(sinkA, {0, 0}));
+    }
+    Guard guard() { return Guard(std::stoi(ask("guard"))); }
+
+    void killProgram() {
+        program->kill(SIGKILL);
+        ASSERT_EQ(program->wait(deadline), 128 + SIGKILL);
+    }
+
+    testing::AssertionResult becomes(const std::string& sink, const Channels& channels) {
+        Channels now;
+        const auto so = [&] {
+            now = server.volume(sink);
+            return std::equal(now.begin(), now.end(), channels.begin(), channels.end(),
+                              [](float x, float y) { return std::fabs(x - y) < 1e-4F; });
+        };
+        return (waitUntil(so, deadline) ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << testing::PrintToString(now);
+    }
+    [[nodiscard]] bool hasRecord() const { return exists(folder / "pending-restore.json"); }
+    /// Whether nobody holds the lock, sooner or later.
+    [[nodiscard]] bool lockIsFree() const {
+        return PendingRestoreLock(folder.path(), deadline).state() == State::held;
+    }
+
+    const Channels before{0.512F, 0.064F};
+    const Channels others{0.027F, 0.027F};
+    PrivateAudioServer server;
+    const TemporaryFolder folder;
+    std::optional<ChildProcess> program;
+};
+
+TEST_F(VolumeGuardSystemTest, GivesBackWheneverTheProgramIsKilled) {
+    auto random = seededRandom();
+    const auto someTime = [&random](int most) {
+        std::this_thread::sleep_for(
+            std::chrono::milliseconds(std::uniform_int_distribution(0, most)(random)));
+    };
+    for (int round = 0; round < 12; ++round) {
+        startProgram();
+        const Guard watching = guard();
+        if (round % 3 == 0) {
+            ask("duck");  // while it fades
+            someTime(160);
+        } else {
+            duck();
+        }
+        if (round % 3 == 2) {
+            ask("restore");  // while it comes back, and just after
+            someTime(700);
+        }
+        killProgram();
+        ASSERT_TRUE(watching.ends());
+        EXPECT_THAT(server.volume(sinkA), Pointwise(FloatNear(1e-4F), before)) << round;
+        EXPECT_FALSE(hasRecord()) << round;
+    }
+    EXPECT_TRUE(becomes(sinkB, others)) << "never touched";
+}
+
+TEST_F(VolumeGuardSystemTest, DoesNotLowerWhatTheUserHasRaised) {
+    startProgram();
+    const Guard watching = guard();
+    duck();
+    const Channels raised{0.729F, 0.729F};
+    server.setVolume(sinkA, {90});
+    ASSERT_TRUE(becomes(sinkA, raised));
+    killProgram();
+    ASSERT_TRUE(watching.ends());
+    EXPECT_THAT(server.volume(sinkA), Pointwise(FloatNear(1e-4F), raised));
+    EXPECT_FALSE(hasRecord());
+}
+
+TEST_F(VolumeGuardSystemTest, EndsTheMutingOfADeviceWithoutAVolume) {
+    server.setMute(sinkB, true);
+    startProgram("mute-only");
+    const Guard watching = guard();
+    ask("duck");
+    ASSERT_TRUE(waitUntil([&] { return server.muted(sinkA); }, deadline));
+    killProgram();
+    ASSERT_TRUE(watching.ends());
+    EXPECT_FALSE(server.muted(sinkA));
+    EXPECT_TRUE(server.muted(sinkB));
+    EXPECT_THAT(server.volume(sinkA), Pointwise(FloatNear(1e-4F), before));
+}
+
+TEST_F(VolumeGuardSystemTest, OutlivesTheSignalsThatEndASessionButNotTheProgram) {
+    startProgram();
+    const Guard watching = guard();
+    for (const int signal : {SIGTERM, SIGHUP, SIGINT, SIGPIPE}) {
+        watching.signal(signal);
+    }
+    EXPECT_EQ(getsid(watching.pid()), watching.pid()) << "a session of its own";
+    std::vector<int> descriptors;
+    for (const auto& entry :
+         std::filesystem::directory_iterator("/proc/" + std::to_string(watching.pid()) + "/fd")) {
+        descriptors.push_back(std::stoi(entry.path().filename()));
+    }
+    EXPECT_THAT(descriptors, Each(testing::Le(4))) << "nothing else of the program's";
+    duck();
+    killProgram();
+    ASSERT_TRUE(watching.ends());
+    EXPECT_TRUE(becomes(sinkA, before));
+
+    // With nothing in force it goes without a change, whatever the volume is.
+    for (const bool restored : {true, false}) {
+        startProgram();
+        const Guard idle = guard();
+        if (restored) {
+            duck();
+            ask("restore-now");
+            EXPECT_FALSE(hasRecord());
+            server.setVolume(sinkA, {10});
+            ASSERT_TRUE(becomes(sinkA, {0.001F, 0.001F}));
+        }
+        restored ? killProgram() : program->closeInput();
+        EXPECT_TRUE(idle.ends());
+        EXPECT_THAT(server.volume(sinkA), Pointwise(FloatNear(1e-4F), Channels{0.001F, 0.001F}));
+    }
+}
+
+TEST_F(VolumeGuardSystemTest, IsStartedAgainForTheNextDuckIfItHasDied) {
+    startProgram();
+    for (const int end : {SIGKILL, SIGSTOP}) {  // one that takes nothing any more
+        const Guard first = guard();
+        first.signal(end);
+        if (end == SIGKILL) {
+            ASSERT_TRUE(first.ends());
+        }
+        pid_t now = first.pid();
+        ASSERT_TRUE(waitUntil(
+            [&] {
+                ask("duck");
+                ask("restore-now");
+                return (now = guard().pid()) != first.pid();
+            },
+            deadline));
+        ASSERT_GT(now, 0);
+        ASSERT_TRUE(first.ends());
+    }
+    const Guard last = guard();
+    duck();
+    killProgram();
+    ASSERT_TRUE(last.ends());
+    EXPECT_TRUE(becomes(sinkA, before));
+    EXPECT_FALSE(hasRecord());
+}
+
+TEST_F(VolumeGuardSystemTest, LeavesEverythingToWhoHoldsTheLock) {
+    startProgram("without-lock");
+    const Guard watching = guard();
+    duck();
+    const PendingRestoreLock lock(folder.path());
+    ASSERT_EQ(lock.state(), State::held);
+    killProgram();
+    ASSERT_TRUE(watching.ends());
+    EXPECT_THAT(server.volume(sinkA), Each(testing::Lt(1e-3F))) << "as it was left";
+    EXPECT_TRUE(hasRecord());
+}
+
+TEST_F(VolumeGuardSystemTest, WaitsForADeviceThatIsAway) {
+    const auto dieWithoutDevice = [this](const char* sink) {
+        server.createSink(sink);
+        server.setVolume(sink, {60});
+        EXPECT_TRUE(becomes(sink, {0.216F, 0.216F}));
+        server.setDefaultSink(sink);
+        startProgram();
+        Guard watching = guard();
+        ask("duck");
+        EXPECT_TRUE(becomes(sink, {0, 0}));
+        server.destroySink(sink);
+        killProgram();
+        EXPECT_TRUE(lockIsFree()) << "a new start need not wait that long";
+        return watching;
+    };
+    {
+        const Guard watching = dieWithoutDevice("usb");
+        EXPECT_TRUE(hasRecord());
+        server.createSink("usb");
+        ASSERT_TRUE(watching.ends());
+        EXPECT_THAT(server.volume("usb"), Pointwise(FloatNear(1e-4F), Channels{0.216F, 0.216F}));
+        EXPECT_FALSE(hasRecord());
+        server.destroySink("usb");
+    }
+    {
+        const Guard watching = dieWithoutDevice("hdmi");
+        watching.signal(SIGTERM);  // now that the record is all that counts
+        ASSERT_TRUE(watching.ends());
+        EXPECT_TRUE(hasRecord()) << "for the next start";
+    }
+    EXPECT_THAT(server.volume(sinkA), Pointwise(FloatNear(1e-4F), before));
+}
+
+}  // namespace
+}  // namespace sordin
