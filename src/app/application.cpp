@@ -19,6 +19,7 @@
 #include "support/own_files.h"
 #include "support/system_clock.h"
 
+#include <QCoreApplication>
 #include <QLoggingCategory>
 #include <chrono>
 #include <utility>
@@ -77,7 +78,7 @@ void Application::createEngine(const std::filesystem::path& program, std::shared
     auto transcriber = std::make_shared<OnDeviceTranscriber>(
         linuxSpeechRecogniser(queue("sordin.speech", QualityOfService::userInitiated), program));
     auto pipeline = std::make_shared<DetectionPipeline>(DetectionPipeline::Parts{
-        queue("sordin.audio", QualityOfService::userInitiated), std::make_shared<SystemClock>(),
+        audioQueue_, std::make_shared<SystemClock>(),
         std::make_shared<SoundAnalysisClassifier>(soundTagger(program)), transcriber,
         std::make_shared<KeywordTranscriptScorer>(), std::make_shared<HeuristicAdScorer>()});
     auto capture = std::make_shared<LoopbackCapture>(
@@ -100,6 +101,10 @@ Application::~Application() {
     if (!objects_->flush(flushDeadline)) {
         qCWarning(appLog, "the audio server did not confirm the volume in time");
     }
+    // An ad that was under way ends here and is remembered.
+    engine_->stopCapture();
+    audioQueue_->sync([] {});
+    QCoreApplication::sendPostedEvents();
     engine_.reset();
 }
 

@@ -5,6 +5,7 @@
 #include "engine/sordin_engine.h"
 #include "platform/linux/desktop/linux_process_directory.h"
 #include "platform/linux/pipewire/session.h"
+#include "support/asio_serial_queue.h"
 #include "volume/volume_guard.h"
 
 #include <filesystem>
@@ -33,6 +34,7 @@ private:
     const std::shared_ptr<pipewire::Session> session_;
     const std::shared_ptr<AudioObjects> objects_;
     const LinuxProcessDirectory directory_;
+    const std::shared_ptr<SerialQueue> audioQueue_ = std::make_shared<AsioSerialQueue>("sordin.audio");
     const std::shared_ptr<QtMainQueue> mainQueue_ = std::make_shared<QtMainQueue>();
     std::unique_ptr<SordinEngine> engine_;
 };

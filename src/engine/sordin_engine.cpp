@@ -416,6 +416,7 @@ void SordinEngine::forgetLearnedAds() {
 }
 
 void SordinEngine::applicationWillTerminate() {
+    parts_.volume->refuseDucks();
     parts_.volume->restoreImmediately();
 }
 

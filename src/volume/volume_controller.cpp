@@ -57,11 +57,12 @@ void VolumeController::restore(double ramp) {
     post([ramp](VolumeController& self) { self.restoreNow(ramp); });
 }
 
+void VolumeController::refuseDucks() {
+    post([](VolumeController& self) { self.refusing_ = true; });
+}
+
 void VolumeController::restoreImmediately() {
-    queue_->sync([this] {
-        ended_ = true;
-        restoreAtOnce();
-    });
+    queue_->sync([this] { restoreAtOnce(); });
 }
 
 void VolumeController::recoverFromCrash() {
@@ -80,7 +81,7 @@ void VolumeController::recoverFromCrash() {
 }
 
 void VolumeController::duckNow(float fraction, double seconds) {
-    if (ducked_ || ended_) {
+    if (ducked_ || refusing_) {
         return;
     }
     tryToRecover();  // the record of a crash must not be overwritten before it has served

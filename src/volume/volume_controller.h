@@ -35,8 +35,12 @@ public:
     void restore(double ramp);
 
     /// Puts the volume back at once, without a ramp, and returns when that is done. For the end of the
-    /// program: no duck follows, though one may still be asked for.
+    /// program.
     void restoreImmediately();
+
+    /// No duck that is asked for from now on happens: at the end of the program others may not have noticed
+    /// yet. Any thread; before restoreImmediately(), so that the volume is back for good.
+    void refuseDucks();
 
     /// Brings back a volume that an earlier run of the program left down, as soon as there is a device to
     /// bring it back to. It is only ever raised. Call once, before the first duck.
@@ -80,7 +84,7 @@ private:
     Timer timer_;
     std::optional<Ramp> ramp_;  // the one in progress
     bool ducked_ = false;
-    bool ended_ = false;
+    bool refusing_ = false;
     AudioObjectId device_ = 0;  // the one that was ducked
     std::optional<float> savedVolume_;
     bool usedMute_ = false;
