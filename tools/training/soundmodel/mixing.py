@@ -143,7 +143,7 @@ class Mixer:
         )
         self.music = Bank(folder, "music", weigh({"c-": 1.5, "openmsx": 0.6}))
         self.song = Bank(folder, "song", weigh({"sung": 0.6, "c-spoken": 1.5, "c-": 4}))
-        self.noise = Bank(folder, "noise", weigh({"made": 0.8, "c-": 2}))
+        self.noise = Bank(folder, "noise", weigh({"made": 0.8, "crowd": 1.5, "c-": 2}))
         self.mixed = Bank(folder, "mixed", weigh({}))
         self.banks = [self.speech, self.music, self.song, self.noise, self.mixed]
         self.usual = {}  # loss by kind of scene

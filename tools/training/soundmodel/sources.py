@@ -126,7 +126,7 @@ SOURCES = [
 
 # Of the licensed collection: sources that are not learned from although they may be.
 COLLECTION_TUNE = re.compile(
-    r"joshuamorin|vocadito_1\.|picovoice_4|mycroft_heycomp_es|voices_|fsdd_theo|digabi_(chopin|trow)|helena_chaos|berlin_"
+    r"ev3_hydrogen|vocadito_1\.|picovoice_4|mycroft_heycomp_es|voices_|fsdd_theo|digabi_(chopin|trow)|helena_chaos|berlin_"
 )
 COLLECTION_HELD = re.compile(r"ev3_rubidium|vocadito_14|mcl_track6|ibm_")
 

@@ -8,6 +8,7 @@ import tempfile
 
 import numpy as np
 from scipy.ndimage import median_filter, uniform_filter1d
+from scipy.signal import butter, fftconvolve, sosfilt
 from soundmodel.audio import RATE, decode
 from soundmodel.prepare import levelled, write
 
@@ -285,6 +286,54 @@ def made_noise(rng, length):
     return sound / (np.abs(sound).max() + 1e-9) * 0.6
 
 
+def applause(rng, length):
+    """So many hands that no clap stands alone, or few."""
+    sound = np.zeros(length + 400)
+    for at in rng.integers(0, length, int(np.exp(rng.uniform(np.log(20), np.log(400))) * length / RATE)):
+        size = int(rng.integers(60, 300))
+        clap = rng.standard_normal(size) * np.exp(-np.arange(size) / (size / 4))
+        sound[at : at + size] += rng.uniform(0.1, 1) * clap
+    low, high = np.sort(rng.uniform([500, 2000], [1500, 6000]))
+    return sosfilt(butter(2, [low, high], "bandpass", fs=RATE, output="sos"), sound[:length])
+
+
+def crowd(rng, voices, length):
+    """A place full of people: nobody can be understood. Voices near and far, some of them excited, in a hall; applause."""
+    sound = np.zeros(length)
+    for _ in range(int(rng.integers(25, 70))):
+        voice = voices[int(rng.integers(len(voices)))]
+        pitch = rng.uniform(0.85, 1.2) if rng.random() < 0.6 else rng.uniform(1.2, 1.8)
+        size = int(length * pitch) + 2
+        if len(voice) <= size:
+            continue
+        begin = int(rng.integers(0, len(voice) - size))
+        stretch = np.interp(np.arange(length) * pitch, np.arange(size), voice[begin : begin + size])
+        sound += np.exp(rng.normal(0, 0.5)) * stretch / (stretch.std() + 1e-3)
+    size = int(rng.uniform(0.3, 1.5) * RATE)
+    hall = rng.standard_normal(size) * np.exp(-6.9 * np.arange(size) / size)
+    sound = fftconvolve(sound, hall / np.sqrt((hall**2).sum()))[:length] + rng.uniform(0, 0.4) * sound
+    sound /= sound.std() + 1e-9
+    if rng.random() < 0.6:
+        clapping = applause(rng, length)
+        sound = rng.uniform(0, 1) * sound + rng.uniform(0.2, 1) * clapping / (clapping.std() + 1e-9)
+    if rng.random() < 0.5:  # it roars
+        roar = shaped_noise(rng, length)
+        sound += rng.uniform(0.1, 0.8) * roar / (roar.std() + 1e-9)
+    sound *= swelling(rng, length, rng.uniform(0.1, 0.8))
+    return sound / (np.abs(sound).max() + 1e-9) * 0.6
+
+
+def crowds(work, minutes=14, length=10 * RATE):
+    """WORK/pcm/train/noise/crowd, of voices that come from packages."""
+    target = work / "pcm/train/noise/crowd__all.s16"
+    if target.exists():
+        return
+    rng = np.random.default_rng(5)
+    paths = sorted(p for p in (work / "pcm/train/speech").glob("*.s16") if not p.name.startswith("c-"))
+    voices = [np.fromfile(p, "<i2")[: 20 * 60 * RATE].astype(np.float32) / 32768 for p in paths]
+    write(target, np.concatenate([crowd(rng, voices, length) for _ in range(minutes * 60 * RATE // length)]))
+
+
 def noises(work, minutes=40, length=6 * RATE):
     """WORK/pcm/train/noise/made."""
     target = work / "pcm/train/noise/made__all.s16"
@@ -307,3 +356,4 @@ def make_all(work):
     """All of the above; singing needs the voices of prepare.py."""
     with concurrent.futures.ProcessPoolExecutor(2) as pool:
         list(pool.map(_make, [(work, part) for part in ("voices", "noises", 2, 3, 4)]))
+    crowds(work)  # of all voices there are by now
