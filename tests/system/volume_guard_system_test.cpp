@@ -99,6 +99,7 @@ protected:
     }
 
     const Channels before{0.512F, 0.064F};
+    const Channels low{0.001F, 0.001F};
     const Channels others{0.027F, 0.027F};
     PrivateAudioServer server;
     const TemporaryFolder folder;
@@ -130,6 +131,39 @@ TEST_F(VolumeGuardSystemTest, GivesBackWheneverTheProgramIsKilled) {
         EXPECT_FALSE(hasRecord()) << round;
     }
     EXPECT_TRUE(becomes(sinkB, others)) << "never touched";
+}
+
+TEST_F(VolumeGuardSystemTest, HearsWhatTheProgramSaidLastThoughItIsGone) {
+    for (const bool restored : {false, true}) {
+        server.setVolume(sinkA, {80, 40});
+        ASSERT_TRUE(becomes(sinkA, before));
+        startProgram();
+        const Guard watching = guard();
+        watching.signal(SIGSTOP);
+        duck();
+        if (restored) {
+            ask("restore-now");
+            server.setVolume(sinkA, {10});
+            ASSERT_TRUE(becomes(sinkA, low));
+        }
+        killProgram();
+        watching.signal(SIGCONT);
+        ASSERT_TRUE(watching.ends());
+        EXPECT_TRUE(becomes(sinkA, restored ? low : before));
+    }
+}
+
+TEST_F(VolumeGuardSystemTest, ANewStartAtOnceAndTheGuardDoNotDisturbEachOther) {
+    for (int round = 0; round < 3; ++round) {
+        startProgram();
+        const Guard watching = guard();
+        duck();
+        killProgram();
+        startProgram();  // one of the two gives back
+        ASSERT_TRUE(watching.ends());
+        EXPECT_TRUE(becomes(sinkA, before));
+        EXPECT_TRUE(waitUntil([&] { return !hasRecord(); }, deadline));
+    }
 }
 
 TEST_F(VolumeGuardSystemTest, DoesNotLowerWhatTheUserHasRaised) {
@@ -185,11 +219,11 @@ TEST_F(VolumeGuardSystemTest, OutlivesTheSignalsThatEndASessionButNotTheProgram)
             ask("restore-now");
             EXPECT_FALSE(hasRecord());
             server.setVolume(sinkA, {10});
-            ASSERT_TRUE(becomes(sinkA, {0.001F, 0.001F}));
+            ASSERT_TRUE(becomes(sinkA, low));
         }
         restored ? killProgram() : program->closeInput();
         EXPECT_TRUE(idle.ends());
-        EXPECT_THAT(server.volume(sinkA), Pointwise(FloatNear(1e-4F), Channels{0.001F, 0.001F}));
+        EXPECT_THAT(server.volume(sinkA), Pointwise(FloatNear(1e-4F), low));
     }
 }
 
