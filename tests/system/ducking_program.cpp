@@ -70,7 +70,7 @@ int main(int argc, char** argv) {
     const std::set<std::string> options(argv + 2, argv + argc);
     std::optional<PendingRestoreLock> lock;
     if (options.count("without-lock") == 0) {
-        lock.emplace(folder, 20s);
+        lock.emplace(folder, PendingRestoreLock::patienceAtStart);
     }
     const auto guard = std::make_shared<GuardProcess>(
         findHelper(programPath(argv[0]), "sordin-volume-guard").value(), folder);
