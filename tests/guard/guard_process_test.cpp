@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "guard/guard_process.h"
-#include "temporary_folder.h"
+#include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 

@@ -7,10 +7,10 @@
 #include "platform/linux/sandbox/network_filter.h"
 #include "platform/linux/storage/file_user_defaults.h"
 #include "platform/linux/storage/pending_restore_lock.h"
+#include "rig/wait_until.h"
 #include "support/asio_serial_queue.h"
 #include "support/own_files.h"
 #include "support/program_path.h"
-#include "rig/wait_until.h"
 #include "volume/volume_controller.h"
 
 #include <iostream>

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: MIT
 // A program that fades, its real guard, and a death that nobody is told of.
-#include "platform/linux/storage/file_user_defaults.h"
 #include "platform/linux/storage/pending_restore_lock.h"
 #include "random_seed.h"
-#include "support/asio_serial_queue.h"
-#include "support/file_descriptor.h"
 #include "rig/private_audio_server.h"
 #include "rig/wait_until.h"
-#include "volume/pending_restore.h"
+#include "support/file_descriptor.h"
 
 #include <gmock/gmock.h>
 
