@@ -31,7 +31,7 @@ using namespace std::chrono_literals;
 
 /// A program that has just been starting another may have lent that the lock for a moment.
 constexpr auto patienceForLock = 200ms;
-/// For a device that is there. A new run of the program has to wait for that long.
+/// For a device that is there. A new start of the program waits meanwhile (PendingRestoreLock).
 constexpr auto patienceWithLock = 2s;
 /// For one that has yet to return.
 constexpr auto patienceWithoutLock = 8s;

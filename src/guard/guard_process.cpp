@@ -25,7 +25,7 @@ FileDescriptor moved(const FileDescriptor& file) {
 }
 
 /// Starts the guard with nothing of ours but the two; its number, or -1.
-pid_t spawned(std::string helper, std::string folder, const FileDescriptor& program,
+pid_t spawned(std::array<std::string, 2> command, const FileDescriptor& program,
               const FileDescriptor& messages) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
@@ -49,9 +49,9 @@ pid_t spawned(std::string helper, std::string folder, const FileDescriptor& prog
     // A session of its own: what ends the program's terminal or its group does not end the guard.
     posix_spawnattr_setflags(&attributes,
                              POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
-    std::array<char*, 3> arguments{helper.data(), folder.data(), nullptr};
+    std::array<char*, 3> arguments{command[0].data(), command[1].data(), nullptr};
     pid_t pid = -1;
-    const int error = posix_spawn(&pid, helper.c_str(), &actions, &attributes, arguments.data(), environ);
+    const int error = posix_spawn(&pid, arguments[0], &actions, &attributes, arguments.data(), environ);
     posix_spawnattr_destroy(&attributes);
     posix_spawn_file_actions_destroy(&actions);
     return error == 0 ? pid : -1;
@@ -59,8 +59,8 @@ pid_t spawned(std::string helper, std::string folder, const FileDescriptor& prog
 
 }  // namespace
 
-GuardProcess::GuardProcess(std::filesystem::path helper, const std::filesystem::path& folder)
-    : helper_(std::move(helper)), folder_(std::filesystem::absolute(folder)) {
+GuardProcess::GuardProcess(const std::filesystem::path& helper, const std::filesystem::path& folder)
+    : helper_(helper), folder_(std::filesystem::absolute(folder)) {
     start();
 }
 
@@ -89,7 +89,7 @@ void GuardProcess::start() {
     const FileDescriptor program = moved(self);
     const FileDescriptor messages = moved(theirs);
     if (program.valid() && messages.valid()) {
-        pid_ = spawned(helper_, folder_, program, messages);
+        pid_ = spawned({helper_, folder_}, program, messages);
     }
     if (pid_ < 0) {
         socket_.close();

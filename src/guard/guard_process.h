@@ -30,7 +30,7 @@ namespace sordin {
 class GuardProcess final : public VolumeGuard {
 public:
     /// Starts `helper`, which finds the record in `folder`. Never fails: see running().
-    GuardProcess(std::filesystem::path helper, const std::filesystem::path& folder);
+    GuardProcess(const std::filesystem::path& helper, const std::filesystem::path& folder);
 
     /// Lets the guard end, with the program where a duck is still in force, else now.
     ~GuardProcess() override = default;

@@ -7,10 +7,10 @@
 #include "platform/linux/sandbox/network_filter.h"
 #include "platform/linux/storage/file_user_defaults.h"
 #include "platform/linux/storage/pending_restore_lock.h"
+#include "rig/wait_until.h"
 #include "support/asio_serial_queue.h"
 #include "support/own_files.h"
 #include "support/program_path.h"
-#include "rig/wait_until.h"
 #include "volume/volume_controller.h"
 
 #include <iostream>
@@ -70,7 +70,7 @@ int main(int argc, char** argv) {
     const std::set<std::string> options(argv + 2, argv + argc);
     std::optional<PendingRestoreLock> lock;
     if (options.count("without-lock") == 0) {
-        lock.emplace(folder, 20s);
+        lock.emplace(folder, PendingRestoreLock::patienceAtStart);
     }
     const auto guard = std::make_shared<GuardProcess>(
         findHelper(programPath(argv[0]), "sordin-volume-guard").value(), folder);

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: MIT
 // A program that fades, its real guard, and a death that nobody is told of.
-#include "platform/linux/storage/file_user_defaults.h"
 #include "platform/linux/storage/pending_restore_lock.h"
 #include "random_seed.h"
-#include "support/asio_serial_queue.h"
-#include "support/file_descriptor.h"
 #include "rig/private_audio_server.h"
 #include "rig/wait_until.h"
-#include "volume/pending_restore.h"
+#include "support/file_descriptor.h"
 
 #include <gmock/gmock.h>
 
@@ -99,6 +96,7 @@ protected:
     }
 
     const Channels before{0.512F, 0.064F};
+    const Channels low{0.001F, 0.001F};
     const Channels others{0.027F, 0.027F};
     PrivateAudioServer server;
     const TemporaryFolder folder;
@@ -130,6 +128,39 @@ TEST_F(VolumeGuardSystemTest, GivesBackWheneverTheProgramIsKilled) {
         EXPECT_FALSE(hasRecord()) << round;
     }
     EXPECT_TRUE(becomes(sinkB, others)) << "never touched";
+}
+
+TEST_F(VolumeGuardSystemTest, HearsWhatTheProgramSaidLastThoughItIsGone) {
+    for (const bool restored : {false, true}) {
+        server.setVolume(sinkA, {80, 40});
+        ASSERT_TRUE(becomes(sinkA, before));
+        startProgram();
+        const Guard watching = guard();
+        watching.signal(SIGSTOP);
+        duck();
+        if (restored) {
+            ask("restore-now");
+            server.setVolume(sinkA, {10});
+            ASSERT_TRUE(becomes(sinkA, low));
+        }
+        killProgram();
+        watching.signal(SIGCONT);
+        ASSERT_TRUE(watching.ends());
+        EXPECT_TRUE(becomes(sinkA, restored ? low : before));
+    }
+}
+
+TEST_F(VolumeGuardSystemTest, ANewStartAtOnceAndTheGuardDoNotDisturbEachOther) {
+    for (int round = 0; round < 3; ++round) {
+        startProgram();
+        const Guard watching = guard();
+        duck();
+        killProgram();
+        startProgram();  // one of the two gives back
+        ASSERT_TRUE(watching.ends());
+        EXPECT_TRUE(becomes(sinkA, before));
+        EXPECT_TRUE(waitUntil([&] { return !hasRecord(); }, deadline));
+    }
 }
 
 TEST_F(VolumeGuardSystemTest, DoesNotLowerWhatTheUserHasRaised) {
@@ -185,11 +216,11 @@ TEST_F(VolumeGuardSystemTest, OutlivesTheSignalsThatEndASessionButNotTheProgram)
             ask("restore-now");
             EXPECT_FALSE(hasRecord());
             server.setVolume(sinkA, {10});
-            ASSERT_TRUE(becomes(sinkA, {0.001F, 0.001F}));
+            ASSERT_TRUE(becomes(sinkA, low));
         }
         restored ? killProgram() : program->closeInput();
         EXPECT_TRUE(idle.ends());
-        EXPECT_THAT(server.volume(sinkA), Pointwise(FloatNear(1e-4F), Channels{0.001F, 0.001F}));
+        EXPECT_THAT(server.volume(sinkA), Pointwise(FloatNear(1e-4F), low));
     }
 }
 
@@ -201,15 +232,15 @@ TEST_F(VolumeGuardSystemTest, IsStartedAgainForTheNextDuckIfItHasDied) {
         if (end == SIGKILL) {
             ASSERT_TRUE(first.ends());
         }
-        pid_t now = first.pid();
+        pid_t now = -1;
         ASSERT_TRUE(waitUntil(
             [&] {
                 ask("duck");
                 ask("restore-now");
-                return (now = guard().pid()) != first.pid();
+                now = guard().pid();
+                return now > 0 && now != first.pid();
             },
             deadline));
-        ASSERT_GT(now, 0);
         ASSERT_TRUE(first.ends());
     }
     const Guard last = guard();

@@ -61,6 +61,7 @@ TEST_F(VolumeGuardTest, IsToldBeforeAnythingElseAndClearedAfterEverythingElse) {
     controller->restore(0.6);
     pass(300);
     duck(0.25F);  // turned around: still the true volume
+    ASSERT_TRUE(toldVolume());
     EXPECT_EQ(toldVolume()->volume, 0.8F);
     events.clear();
     restore();
@@ -109,6 +110,7 @@ TEST_F(VolumeGuardTest, IsToldOfWhatAnEarlierRunLeftDown) {
     objects->leave(headphones);
     controller->recoverFromCrash();
     pass(1);
+    ASSERT_TRUE(toldVolume());
     EXPECT_EQ(toldVolume()->device->name, "headphones");
     objects->comeBack(headphones);
     pass(1);

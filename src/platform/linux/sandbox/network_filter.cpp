@@ -21,8 +21,8 @@ using Filter = std::unique_ptr<void, Release>;
 int refuseFamilies(const Filter& filter, int call) {
     static_assert(AF_UNIX < AF_NETLINK);
     const auto refuse = [&](scmp_compare comparison, int family) {
-        return seccomp_rule_add(filter.get(), SCMP_ACT_ERRNO(EAFNOSUPPORT), call, 1,
-                                SCMP_A0(comparison, static_cast<scmp_datum_t>(family)));
+        const scmp_arg_cmp first{0, comparison, static_cast<scmp_datum_t>(family), 0};
+        return seccomp_rule_add_array(filter.get(), SCMP_ACT_ERRNO(EAFNOSUPPORT), call, 1, &first);
     };
     int error = refuse(SCMP_CMP_GT, AF_NETLINK);
     for (int family = 0; family < AF_NETLINK && error == 0; ++family) {

@@ -22,6 +22,9 @@ public:
         impossible  ///< the folder can hold no lock, for example a home that cannot be written to
     };
 
+    /// What a start of the program waits at most for the guard of the run before, which holds it for less.
+    static constexpr std::chrono::milliseconds patienceAtStart{4'000};
+
     /// Waits up to `patience` while another process holds it. Creates the folder if it is missing.
     explicit PendingRestoreLock(const std::filesystem::path& folder,
                                 std::chrono::milliseconds patience = std::chrono::milliseconds(0));
