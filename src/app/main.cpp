@@ -11,7 +11,6 @@
 #include "support/program_path.h"
 
 #include <QCoreApplication>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -24,10 +23,6 @@ using namespace sordin;
 
 constexpr int failed = 1;
 
-/// The guard of an earlier run works for ten seconds at most; whoever has the right after that is a program
-/// that runs.
-constexpr std::chrono::seconds guardPatience{12};
-
 std::shared_ptr<VolumeGuard> startGuard(const std::filesystem::path& program) {
     const auto helper = findHelper(program, "sordin-volume-guard");
     if (!helper) {
@@ -39,7 +34,7 @@ std::shared_ptr<VolumeGuard> startGuard(const std::filesystem::path& program) {
 }
 
 int run(int argc, char** argv) {
-    const PendingRestoreLock lock(configFolder(), guardPatience);
+    const PendingRestoreLock lock(configFolder(), PendingRestoreLock::patienceAtStart);
     if (lock.state() == PendingRestoreLock::State::taken) {
         std::fprintf(stderr, "sordin: is already running\n");
         return failed;
