@@ -6,8 +6,8 @@
 #include "platform/linux/pipewire/loopback_source.h"
 #include "platform/linux/pipewire/pulse_probe.h"
 #include "platform/loopback_capture.h"
-#include "support/asio_serial_queue.h"
 #include "rig/private_audio_server.h"
+#include "support/asio_serial_queue.h"
 
 #include <cstdlib>
 #include <filesystem>

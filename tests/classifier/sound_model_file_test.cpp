@@ -2,8 +2,8 @@
 #include "classifier/model_files.h"
 #include "classifier/sound_model_file.h"
 #include "random_seed.h"
-#include "support/own_files.h"
 #include "rig/temporary_folder.h"
+#include "support/own_files.h"
 
 #include <gmock/gmock.h>
 

@@ -2,8 +2,8 @@
 #include "engine/ad_history_file.h"
 #include "engine/ad_statistics.h"
 #include "engine/duration_text.h"
-#include "support/manual_serial_queue.h"
 #include "rig/temporary_folder.h"
+#include "support/manual_serial_queue.h"
 
 #include <gmock/gmock.h>
 

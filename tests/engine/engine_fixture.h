@@ -9,8 +9,8 @@
 #include "fakes/fake_process_directory.h"
 #include "fakes/fake_speech.h"
 #include "fakes/fake_user_defaults.h"
-#include "support/manual_serial_queue.h"
 #include "rig/temporary_folder.h"
+#include "support/manual_serial_queue.h"
 
 #include <gmock/gmock.h>
 

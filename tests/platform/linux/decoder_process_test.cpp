@@ -5,10 +5,10 @@
 #include "platform/linux/speech/linux_speech_recogniser.h"
 #include "platform/on_device_transcriber.h"
 #include "replay/audio_file.h"
+#include "rig/temporary_folder.h"
 #include "support/manual_serial_queue.h"
 #include "support/own_files.h"
 #include "support/program_path.h"
-#include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 

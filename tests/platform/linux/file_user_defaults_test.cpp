@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/storage/file_user_defaults.h"
+#include "rig/temporary_folder.h"
 #include "support/asio_serial_queue.h"
 #include "support/manual_serial_queue.h"
-#include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 
