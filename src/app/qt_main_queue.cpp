@@ -55,6 +55,7 @@ Timer QtMainQueue::start(Duration interval, Work work, bool once) {
     const auto length = std::chrono::ceil<milliseconds>(interval);
     const auto begin = [context = context_.get(), ticker, length, once, work = std::move(work)] {
         constexpr milliseconds coarseFrom{100};
+        // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the context owns it
         ticker->timer = new QTimer(context);
         ticker->timer->setTimerType(length < coarseFrom ? Qt::PreciseTimer : Qt::CoarseTimer);
         QObject::connect(ticker->timer, &QTimer::timeout, context, [ticker, once, work] {

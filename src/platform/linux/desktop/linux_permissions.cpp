@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 /// Where the audio server is looked for.
 fs::path serverSocket() {
     const char* name = std::getenv("PIPEWIRE_REMOTE");
-    const fs::path socket = name != nullptr && *name != '\0' ? name : "pipewire-0";
+    fs::path socket = name != nullptr && *name != '\0' ? name : "pipewire-0";
     for (const char* variable : {"PIPEWIRE_RUNTIME_DIR", "XDG_RUNTIME_DIR"}) {
         if (const char* folder = std::getenv(variable)) {
             return fs::path(folder) / socket;
