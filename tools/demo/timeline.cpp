@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "demo/timeline.h"
 
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <utility>
@@ -77,9 +78,9 @@ void Timeline::followVolume(double time, float volume) {
         moved_ = time;
     } else if (moving_ && time - moved_ > stillness) {
         moving_ = false;
-        char seconds[32];
-        std::snprintf(seconds, sizeof seconds, "%.1f", moved_ - began_);
-        print(began_, "the volume: to " + percentText(volume) + " within " + seconds + " s");
+        std::array<char, 32> seconds{};
+        std::snprintf(seconds.data(), seconds.size(), "%.1f", moved_ - began_);
+        print(began_, "the volume: to " + percentText(volume) + " within " + seconds.data() + " s");
         if (volume > *settled_) {
             settled_ = volume;
         }
