@@ -38,28 +38,22 @@ void handle(void (*handler)(int)) {
 
 }  // namespace
 
-TerminationSignals::Pipe::Pipe() {
+TerminationSignals::Pipe TerminationSignals::makePipe() {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
         throw std::system_error(errno, std::generic_category(), "pipe");
     }
-    readEnd = ends[0];
-    writeEnd = ends[1];
-}
-
-TerminationSignals::Pipe::~Pipe() {
-    close(readEnd);
-    close(writeEnd);
+    return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
 }
 
 TerminationSignals::TerminationSignals(std::function<void()> onSignal)
-    : notifier_(pipe_.readEnd, QSocketNotifier::Read) {
+    : notifier_(pipe_.readEnd.get(), QSocketNotifier::Read) {
     QObject::connect(&notifier_, &QSocketNotifier::activated, &notifier_,
                      [this, onSignal = std::move(onSignal)] {
                          notifier_.setEnabled(false);
                          onSignal();
                      });
-    signalPipe = pipe_.writeEnd;
+    signalPipe = pipe_.writeEnd.get();
     handle(noteSignal);
 }
 

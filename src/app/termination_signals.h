@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "support/file_descriptor.h"
+
 #include <QObject>
 #include <QSocketNotifier>
 #include <functional>
@@ -20,15 +22,12 @@ public:
 
 private:
     struct Pipe {
-        Pipe();
-        ~Pipe();
-        Pipe(const Pipe&) = delete;
-        Pipe& operator=(const Pipe&) = delete;
-        int readEnd = -1;
-        int writeEnd = -1;
+        FileDescriptor readEnd;
+        FileDescriptor writeEnd;
     };
+    static Pipe makePipe();
 
-    Pipe pipe_;
+    const Pipe pipe_ = makePipe();
     QSocketNotifier notifier_;
 };
 

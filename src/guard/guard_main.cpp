@@ -3,8 +3,8 @@
 // it promises is in guard_process.h. While it waits it has one thread and no connection to anything but the
 // program.
 #include "guard/giving_back.h"
-#include "guard/guard_descriptors.h"
 #include "guard/guard_messages.h"
+#include "guard/guard_start.h"
 #include "platform/linux/pipewire/audio_objects.h"
 #include "platform/linux/storage/file_user_defaults.h"
 #include "platform/linux/storage/pending_restore_lock.h"
@@ -36,22 +36,21 @@ constexpr auto patienceWithLock = 2s;
 /// For one that has yet to return.
 constexpr auto patienceWithoutLock = 8s;
 
-constexpr std::array endingSignals{SIGTERM, SIGHUP, SIGINT};
-
-void onEndingSignals(void (*action)(int)) {
-    for (const int each : endingSignals) {
-        std::signal(each, action);
+/// Those that end a session, and SIGPIPE: the audio server may go while it is being told something.
+void ignoreSignals() {
+    sigset_t ignored;
+    sigemptyset(&ignored);
+    for (const int each : guard_start::heldBackSignals) {
+        std::signal(each, SIG_IGN);
+        sigaddset(&ignored, each);
     }
+    sigprocmask(SIG_UNBLOCK, &ignored, nullptr);
 }
 
-/// They were held back until now.
-void unblockEndingSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int each : endingSignals) {
-        sigaddset(&signals, each);
+void endAtSignals() {
+    for (const int each : {SIGTERM, SIGHUP, SIGINT}) {
+        std::signal(each, SIG_DFL);
     }
-    sigprocmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
 /// Takes in the messages that are there. False if no more can come.
@@ -59,7 +58,7 @@ bool receive(std::optional<DuckInForce>& duck) {
     std::array<char, longestGuardMessage> text;
     while (true) {
         const auto length =
-            recv(guard_descriptor::messages, text.data(), text.size(), MSG_DONTWAIT | MSG_TRUNC);
+            recv(guard_start::messages, text.data(), text.size(), MSG_DONTWAIT | MSG_TRUNC);
         if (length > 0 && static_cast<std::size_t>(length) <= text.size()) {
             static_cast<void>(readGuardMessage({text.data(), static_cast<std::size_t>(length)}, duck));
         } else if (length == 0 || (length < 0 && errno != EINTR)) {
@@ -72,7 +71,7 @@ bool receive(std::optional<DuckInForce>& duck) {
 std::optional<DuckInForce> watchProgram() {
     std::optional<DuckInForce> duck;
     std::array<pollfd, 2> sources{
-        {{guard_descriptor::program, POLLIN, 0}, {guard_descriptor::messages, POLLIN, 0}}};
+        {{guard_start::program, POLLIN, 0}, {guard_start::messages, POLLIN, 0}}};
     auto& [program, messages] = sources;
     while (true) {
         if (poll(sources.data(), sources.size(), -1) < 0 && errno != EINTR) {
@@ -121,7 +120,7 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
     auto device = awaitDevice(objects, duck, patienceWithLock);
     if (!device) {
         // Nothing is lost any more by ending: the record is there.
-        onEndingSignals(SIG_DFL);
+        endAtSignals();
         lock.reset();
         device = awaitDevice(objects, duck, patienceWithoutLock);
         lock.emplace(folder, patienceForLock);
@@ -138,7 +137,7 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
 
 bool calledByProgram() {
     struct stat messages {};
-    return fstat(guard_descriptor::messages, &messages) == 0 && S_ISSOCK(messages.st_mode);
+    return fstat(guard_start::messages, &messages) == 0 && S_ISSOCK(messages.st_mode);
 }
 
 }  // namespace
@@ -148,9 +147,7 @@ int main(int argc, char** argv) {
         std::cerr << "sordin-volume-guard is a part of Sordin and is started by it\n";
         return 2;
     }
-    onEndingSignals(SIG_IGN);
-    std::signal(SIGPIPE, SIG_IGN);  // the audio server may go while it is being told something
-    unblockEndingSignals();
+    ignoreSignals();
     try {
         if (const auto duck = watchProgram()) {
             giveBackFor(argv[1], *duck);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "guard/guard_process.h"
 
-#include "guard/guard_descriptors.h"
 #include "guard/guard_messages.h"
+#include "guard/guard_start.h"
 
 #include <array>
 #include <cerrno>
@@ -21,7 +21,7 @@ namespace {
 
 /// The same file under a number that is none of the guard's, so that giving it one overwrites nothing.
 FileDescriptor moved(const FileDescriptor& file) {
-    return FileDescriptor(fcntl(file.get(), F_DUPFD_CLOEXEC, guard_descriptor::firstFree));
+    return FileDescriptor(fcntl(file.get(), F_DUPFD_CLOEXEC, guard_start::firstFreeDescriptor));
 }
 
 /// Starts the guard with nothing of ours but the two; its number, or -1.
@@ -31,18 +31,17 @@ pid_t spawned(std::array<std::string, 2> command, const FileDescriptor& program,
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDWR, 0);
     posix_spawn_file_actions_adddup2(&actions, STDIN_FILENO, STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, program.get(), guard_descriptor::program);
-    posix_spawn_file_actions_adddup2(&actions, messages.get(), guard_descriptor::messages);
-    posix_spawn_file_actions_addclosefrom_np(&actions, guard_descriptor::firstFree);
+    posix_spawn_file_actions_adddup2(&actions, program.get(), guard_start::program);
+    posix_spawn_file_actions_adddup2(&actions, messages.get(), guard_start::messages);
+    posix_spawn_file_actions_addclosefrom_np(&actions, guard_start::firstFreeDescriptor);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
-    // Held back until the guard ignores them, so that none can end it before.
-    sigset_t endings;
-    sigemptyset(&endings);
-    for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
-        sigaddset(&endings, signal);
+    sigset_t heldBack;
+    sigemptyset(&heldBack);
+    for (const int signal : guard_start::heldBackSignals) {
+        sigaddset(&heldBack, signal);
     }
-    posix_spawnattr_setsigmask(&attributes, &endings);
+    posix_spawnattr_setsigmask(&attributes, &heldBack);
     sigset_t all;
     sigfillset(&all);
     posix_spawnattr_setsigdefault(&attributes, &all);

@@ -7,6 +7,7 @@
 #include "platform/linux/sandbox/network_filter.h"
 #include "platform/linux/storage/file_user_defaults.h"
 #include "platform/linux/storage/pending_restore_lock.h"
+#include "rig/forwarding_audio_objects.h"
 #include "rig/wait_until.h"
 #include "support/asio_serial_queue.h"
 #include "support/own_files.h"
@@ -23,35 +24,17 @@ using namespace sordin;
 using namespace std::chrono_literals;
 
 /// Devices without a volume, as some digital outputs are.
-class MuteOnly final : public AudioObjects {
+class MuteOnly final : public ForwardingAudioObjects {
 public:
-    explicit MuteOnly(std::shared_ptr<AudioObjects> objects) : objects_(std::move(objects)) {}
+    using ForwardingAudioObjects::ForwardingAudioObjects;
 
-    [[nodiscard]] std::optional<AudioPropertyValue> get(AudioObjectId object,
-                                                        const AudioProperty& property) const override {
-        return objects_->get(object, property);
-    }
-    bool set(AudioObjectId object, const AudioProperty& property, const AudioPropertyValue& value) override {
-        return objects_->set(object, property, value);
-    }
     [[nodiscard]] bool has(AudioObjectId object, const AudioProperty& property) const override {
-        return property.selector != audio_property::volume(0).selector && objects_->has(object, property);
+        return property.selector != audio_property::volume(0).selector &&
+               ForwardingAudioObjects::has(object, property);
     }
     [[nodiscard]] bool settable(AudioObjectId object, const AudioProperty& property) const override {
         return has(object, property);
     }
-    bool flush(std::chrono::milliseconds deadline) override { return objects_->flush(deadline); }
-    [[nodiscard]] std::optional<OutputDeviceRecord> record(AudioObjectId device) const override {
-        return objects_->record(device);
-    }
-    AudioObjectId adopt(const OutputDeviceRecord& record) override { return objects_->adopt(record); }
-    [[nodiscard]] bool present(AudioObjectId device) const override { return objects_->present(device); }
-    void onDevicesChanged(std::function<void()> handler) override {
-        objects_->onDevicesChanged(std::move(handler));
-    }
-
-private:
-    const std::shared_ptr<AudioObjects> objects_;
 };
 
 bool hasDevice(const AudioObjects& objects) {

@@ -6,13 +6,13 @@
 #include "rig/private_audio_server.h"
 #include "rig/temporary_folder.h"
 #include "rig/wait_until.h"
+#include "sink_volume.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include <atomic>
 #include <chrono>
-#include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -124,17 +124,9 @@ protected:
         ASSERT_TRUE(becomes(0));
     }
 
-    /// Whether the sink comes to have this volume.
+    /// Whether the sink comes to have this volume, on all channels.
     testing::AssertionResult becomes(float volume, std::chrono::milliseconds within = deadline) {
-        const bool so = waitUntil(
-            [&] {
-                const auto now = server->volume(sink);
-                return !now.empty() && std::fabs(now[0] - volume) < 1e-4F;
-            },
-            within);
-        return (so ? testing::AssertionSuccess() : testing::AssertionFailure())
-               << testing::PrintToString(server->volume(sink)) << "\n"
-               << log();
+        return sinkBecomes(*server, sink, {volume, volume}, within) << "\n" << log();
     }
     [[nodiscard]] bool recordIsThere() const {
         return std::filesystem::exists(home / "config/Sordin/pending-restore.json");

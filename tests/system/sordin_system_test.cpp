@@ -4,6 +4,7 @@
 #include "system/sordin_fixture.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <sstream>
 
@@ -29,7 +30,7 @@ long openFiles(pid_t process) {
     return std::distance(begin(files), end(files));
 }
 
-/// The share of a fade of `steps` steps that a volume is on, from 0 to 1; none if it lies between two steps.
+/// Whether a volume is one that a fade of so many steps passes through.
 bool onCurve(float volume, int steps) {
     for (int i = 0; i <= steps; ++i) {
         const double t = static_cast<double>(i) / steps;

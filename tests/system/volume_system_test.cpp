@@ -3,6 +3,7 @@
 #include "platform/linux/storage/file_user_defaults.h"
 #include "rig/private_audio_server.h"
 #include "rig/wait_until.h"
+#include "sink_volume.h"
 #include "support/asio_serial_queue.h"
 #include "volume/pending_restore.h"
 #include "volume/volume_controller.h"
@@ -130,15 +131,8 @@ protected:
         return device;
     }
 
-    /// Whether the server comes to have this volume, linear, by channel.
     testing::AssertionResult becomes(const std::string& sink, const Channels& channels) {
-        const bool so = waitUntil([&] { return matches(server->volume(sink), channels); }, deadline);
-        return (so ? testing::AssertionSuccess() : testing::AssertionFailure())
-               << testing::PrintToString(server->volume(sink));
-    }
-    static bool matches(const Channels& a, const Channels& b) {
-        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                          [](float x, float y) { return std::fabs(x - y) < 1e-4F; });
+        return sinkBecomes(*server, sink, channels, deadline);
     }
     bool recordIsGone() {
         return waitUntil([&] { return !defaults->number(PendingRestore::key); }, deadline);
@@ -399,7 +393,7 @@ TEST_F(VolumeSystemTest, AfterFlushTheServerHasTheVolume) {
         objects->set(device, audio_property::volume(0), scalar);
         ASSERT_TRUE(objects->flush(deadline));
         crash();
-        EXPECT_TRUE(matches(server->volume(sinkA), {channel, channel})) << i;
+        EXPECT_TRUE(sameVolume(server->volume(sinkA), {channel, channel})) << i;
         startProgram();
         ASSERT_EQ(defaultDevice(sinkA), device);
     }
