@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/decoding_recogniser.h"
 
+#include "platform/spoken_text.h"
 #include "support/resampler.h"
 
 #include <algorithm>
@@ -153,7 +154,7 @@ private:
     }
 
     void tell() {
-        std::string text = decoder_->text();
+        std::string text = spokenText(decoder_->words());
         if (text != text_) {
             text_ = std::move(text);
             order_->onText(text_);

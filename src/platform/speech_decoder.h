@@ -5,6 +5,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace sordin {
 
@@ -12,6 +13,15 @@ namespace sordin {
 class SpeechDecoderError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
+};
+
+/// A word as a decoder believes to have heard it.
+struct HeardWord {
+    std::string word;  ///< lower case, without spaces
+    double length;     ///< seconds
+    /// How well it fits: natural logarithm of the likelihood of its sounds over that of whatever fitted best,
+    /// mean of the hundredths of a second. 0 is as well as can be, -4 usual, -6 poor.
+    double match;
 };
 
 /// A loaded speech decoder, which turns samples into words as fast as it can. For one thread at a time.
@@ -28,12 +38,11 @@ public:
     /// Takes mono samples. Throws SpeechDecoderError.
     virtual void process(std::span<const std::int16_t> samples) = 0;
 
-    /// Ends the text; it can still be asked for.
+    /// Ends the text; its words can still be asked for.
     virtual void end() = 0;
 
-    /// What it makes of all samples since begin(): lower case, words with single spaces between them.
-    /// Throws SpeechDecoderError.
-    [[nodiscard]] virtual std::string text() = 0;
+    /// What it makes of all samples since begin(). Throws SpeechDecoderError.
+    [[nodiscard]] virtual std::vector<HeardWord> words() = 0;
 };
 
 }  // namespace sordin

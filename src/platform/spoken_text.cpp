@@ -1,40 +1,106 @@
 // SPDX-License-Identifier: MIT
 #include "platform/spoken_text.h"
 
+#include "detection/keyword_transcript_scorer.h"
+
 #include <algorithm>
 #include <array>
+#include <span>
+#include <string_view>
 
 namespace sordin {
 
 namespace {
 
+constexpr std::string_view unclear = "…";
+
 constexpr std::array<std::string_view, 11> digits{"zero", "oh",  "one",   "two",   "three", "four",
                                                   "five", "six", "seven", "eight", "nine"};
 
-/// The word at the beginning of a text.
-std::string_view firstWord(std::string_view text) {
-    return text.substr(0, text.find(' '));
+// Of all words that were spoken over music, hardly any was longer.
+constexpr double longestWord = 0.5;  // seconds
+constexpr double longerForEachLetter = 0.1;
+
+// Nine of ten phrases that were spoken have more evidence, three of ten that were not (docs/speech.md).
+constexpr double leastEvidence = -2.2;
+constexpr double evidenceOfALetter = 0.27;  // of the phrase, spaces too
+
+void writeTollFreeNumbers(std::vector<HeardWord>& words) {
+    for (std::size_t i = 1; i + 1 < words.size(); ++i) {
+        if (words[i].word == "one" && words[i - 1].word == "call" &&
+            std::find(digits.begin(), digits.end(), words[i + 1].word) != digits.end()) {
+            words[i].word = "1";
+        }
+    }
 }
 
-bool endsWithWord(std::string_view text, std::string_view word) {
-    return text.ends_with(word) && (text.size() == word.size() || text[text.size() - word.size() - 1] == ' ');
+bool tooLong(const HeardWord& word) {
+    return word.length > longestWord + longerForEachLetter * static_cast<double>(word.word.size());
 }
+
+/// Of a phrase of so many letters.
+bool evident(std::span<const HeardWord> words, std::size_t letters) {
+    double length = 0;
+    double match = 0;
+    for (const HeardWord& word : words) {
+        length += word.length;
+        match += word.length * word.match;
+    }
+    return length > 0 && match / length + evidenceOfALetter * static_cast<double>(letters) >= leastEvidence;
+}
+
+/// Words with single spaces between them, and where each begins.
+struct Line {
+    explicit Line(std::span<const HeardWord> words) {
+        for (const HeardWord& word : words) {
+            starts.push_back(text.size());
+            text += word.word;
+            text += ' ';
+        }
+    }
+    /// Number of the word that a place is in.
+    [[nodiscard]] std::size_t wordAt(std::size_t place) const {
+        return static_cast<std::size_t>(std::upper_bound(starts.begin(), starts.end(), place) -
+                                        starts.begin()) -
+               1;
+    }
+
+    std::string text;
+    std::vector<std::size_t> starts;
+};
 
 }  // namespace
 
-std::string asWritten(std::string_view spoken) {
-    constexpr std::string_view number = " one ";
-    std::string written;
-    std::size_t at = 0;
-    while ((at = spoken.find(number)) != std::string_view::npos) {
-        const std::string_view rest = spoken.substr(at + number.size());
-        const bool tollFree = endsWithWord(spoken.substr(0, at), "call") &&
-                              std::find(digits.begin(), digits.end(), firstWord(rest)) != digits.end();
-        written += spoken.substr(0, at);
-        written += tollFree ? " 1" : " one";
-        spoken.remove_prefix(at + number.size() - 1);  // its last space may begin another
+std::string spokenText(std::vector<HeardWord> words) {
+    writeTollFreeNumbers(words);
+    for (HeardWord& word : words) {
+        if (tooLong(word)) {
+            word.word = unclear;
+        }
     }
-    return written += spoken;
+    const Line line(words);
+    std::vector<bool> doubtful(words.size());
+    for (const auto& phrase : KeywordTranscriptScorer::phrases()) {
+        for (std::size_t at = line.text.find(phrase.text); at != std::string::npos;
+             at = line.text.find(phrase.text, at + 1)) {
+            const std::size_t first = line.wordAt(at);
+            const std::size_t end = line.wordAt(at + phrase.text.size() - 1) + 1;
+            if (!evident(std::span(words).subspan(first, end - first), phrase.text.size())) {
+                std::fill(doubtful.begin() + static_cast<std::ptrdiff_t>(first),
+                          doubtful.begin() + static_cast<std::ptrdiff_t>(end), true);
+            }
+        }
+    }
+    std::string text;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        const std::string_view word = doubtful[i] ? unclear : std::string_view(words[i].word);
+        if (word == unclear && text.ends_with(unclear)) {
+            continue;
+        }
+        text += text.empty() ? "" : " ";
+        text += word;
+    }
+    return text;
 }
 
 }  // namespace sordin

@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/speech_decoder.h"
+
 #include <string>
-#include <string_view>
+#include <vector>
 
 namespace sordin {
 
-/// Spoken words as they would be written where it matters: "call one eight hundred" becomes "call 1 eight
-/// hundred", the beginning of a toll-free number. Nothing else changes: what is spoken as "dot com" or
-/// "percent off" must not be there in figures as well, or it would count twice.
-[[nodiscard]] std::string asWritten(std::string_view spoken);
+/// Heard words as a text, with "…" where they are not to be believed:
+/// - words that last longer than anybody speaks them: noise and music, which a decoder takes for speech too;
+/// - phrases of advertisements that do not fit the sounds well enough for their length. The decoder expects
+///   such phrases, so it also hears them in speech that it does not understand, short ones above all.
+/// "call one eight hundred" becomes "call 1 eight hundred", the beginning of a toll-free number. Nothing else
+/// changes: what is spoken as "dot com" or "percent off" must not be there in figures as well, or it would
+/// count twice.
+[[nodiscard]] std::string spokenText(std::vector<HeardWord> words);
 
 }  // namespace sordin

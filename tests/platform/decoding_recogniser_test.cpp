@@ -2,7 +2,6 @@
 #include "fakes/fake_speech.h"
 #include "platform/decoding_recogniser.h"
 #include "platform/on_device_transcriber.h"
-#include "platform/spoken_text.h"
 #include "support/asio_serial_queue.h"
 #include "support/manual_serial_queue.h"
 
@@ -228,16 +227,6 @@ TEST_F(DecodingRecogniserTest, ASlowDecoderOnItsThreadHoldsNobodyUp) {
     slow.drain();
     EXPECT_EQ(count, 6);
     thread->sync([&] { EXPECT_EQ(decoder->heard.size(), 3U * 16'000); });
-}
-
-TEST(SpokenText, WritesTollFreeNumbersAsTheyAreWritten) {
-    EXPECT_EQ(asWritten("so call one eight hundred now"), "so call 1 eight hundred now");
-    EXPECT_EQ(asWritten("call one nine call one one two"), "call 1 nine call 1 one two");
-    EXPECT_EQ(asWritten("call one"), "call one") << "who knows what follows";
-    EXPECT_EQ(asWritten("call one of them or recall one eight"), "call one of them or recall one eight");
-    EXPECT_EQ(asWritten("one eight hundred"), "one eight hundred");
-    EXPECT_EQ(asWritten("fifty percent off at acme dot com"), "fifty percent off at acme dot com");
-    EXPECT_EQ(asWritten(""), "");
 }
 
 }  // namespace

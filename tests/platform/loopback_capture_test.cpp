@@ -129,6 +129,36 @@ TEST_F(LoopbackCaptureTest, AStartWaitsTenSecondsForAServerAndSaysWhatWasMissing
     EXPECT_THAT(news, ElementsAre("start: " + SystemAudioCapture::description(Error::otherServer)));
 }
 
+TEST_F(LoopbackCaptureTest, TellsOnceWhenAStartThatFailedWouldNoLongerFail) {
+    int ready = 0;
+    capture->onReady([&] { ++ready; });
+    const auto change = [this](std::optional<LoopbackSource::Obstacle> obstacle) {
+        source.obstacle = std::move(obstacle);
+        source.changed();
+        control->runPending();
+    };
+    const LoopbackSource::Obstacle otherServer{Failure(Error::otherServer), false};
+    source.obstacle = otherServer;
+    start();
+    change(otherServer);
+    EXPECT_EQ(ready, 0);
+    change({});
+    change({});
+    EXPECT_EQ(ready, 1);
+
+    // While it runs, or a start waits for the server itself, there is nothing to tell.
+    run();
+    change(otherServer);
+    change({});
+    EXPECT_EQ(ready, 1);
+    stop();
+    settle();
+    source.obstacle = {Failure(Error::unreachable), true};
+    start();
+    change({});
+    EXPECT_EQ(ready, 1);
+}
+
 TEST_F(LoopbackCaptureTest, AServerThatIsLostWhileOpeningIsWaitedForAndOneThatRefusesIsNot) {
     start();
     source.obstacle = {Failure(Error::unreachable), true};

@@ -36,7 +36,7 @@ void serve(PocketSphinxDecoder& decoder) {
             decoder.end();
             break;
         case DecoderMessage::ask:
-            if (!sendMessage(socketToProgram, DecoderMessage::text, decoder.text())) {
+            if (!sendMessage(socketToProgram, DecoderMessage::words, toContent(decoder.words()))) {
                 return;
             }
             break;

@@ -4,7 +4,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
+#include <locale>
+#include <sstream>
 #include <sys/socket.h>
 
 namespace sordin {
@@ -62,6 +65,29 @@ std::optional<ReceivedMessage> receiveMessage(int socket) {
         return std::nullopt;
     }
     return message;
+}
+
+std::string toContent(const std::vector<HeardWord>& words) {
+    std::ostringstream content;
+    content.imbue(std::locale::classic());
+    for (const HeardWord& each : words) {
+        content << each.length << ' ' << each.match << ' ' << each.word << '\n';
+    }
+    return content.str();
+}
+
+std::optional<std::vector<HeardWord>> wordsIn(const std::string& content) {
+    std::istringstream lines(content);
+    lines.imbue(std::locale::classic());
+    std::vector<HeardWord> words;
+    for (HeardWord each{}; lines >> each.length;) {
+        if (!(lines >> each.match >> each.word) || !std::isfinite(each.length) ||
+            !std::isfinite(each.match)) {
+            return std::nullopt;
+        }
+        words.push_back(each);
+    }
+    return lines.eof() ? std::optional(std::move(words)) : std::nullopt;
 }
 
 }  // namespace sordin

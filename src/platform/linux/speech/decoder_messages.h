@@ -3,10 +3,13 @@
 // length of what follows in bytes, and that. The process first says `ready`.
 #pragma once
 
+#include "platform/speech_decoder.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace sordin {
 
@@ -16,8 +19,8 @@ enum class DecoderMessage : std::uint8_t {
     begin = 'b',    ///< a new text
     samples = 's',  ///< 16-bit integers in the machine's order
     end = 'e',      ///< the text ends
-    ask = 'a',      ///< the text is wanted
-    text = 't',     ///< from the process: the answer
+    ask = 'a',      ///< the words are wanted
+    words = 'w',    ///< from the process: the answer
 };
 
 struct ReceivedMessage {
@@ -31,5 +34,9 @@ struct ReceivedMessage {
 /// Waits for a message; none if the other side is gone, says nothing for longer than the socket waits, or
 /// says what cannot be a message.
 [[nodiscard]] std::optional<ReceivedMessage> receiveMessage(int socket);
+
+/// Words as what a message contains, and back; none if that was not made of words.
+[[nodiscard]] std::string toContent(const std::vector<HeardWord>& words);
+[[nodiscard]] std::optional<std::vector<HeardWord>> wordsIn(const std::string& content);
 
 }  // namespace sordin

@@ -13,6 +13,7 @@
 #include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace sordin {
@@ -61,18 +62,19 @@ DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const Speech
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
         throw SpeechDecoderError("no socket for the speech decoder");
     }
-    socket_ = ends[0];
-    waitAtMost(patienceForLoading, socket_);
+    socket_ = FileDescriptor(ends[0]);
+    FileDescriptor theirs(ends[1]);
+    waitAtMost(patienceForLoading, socket_.get());
     pid_ = spawned({helper.string(), files.acousticModel.string(), files.generalLanguage.string(),
                     files.dictionary.string(), files.advertisingLanguage.string()},
-                   ends[1]);
-    ::close(ends[1]);
-    const auto answer = pid_ < 0 ? std::nullopt : receiveMessage(socket_);
+                   theirs.get());
+    theirs.close();
+    const auto answer = pid_ < 0 ? std::nullopt : receiveMessage(socket_.get());
     if (!answer || answer->kind != DecoderMessage::ready) {
         close();
         throw SpeechDecoderError(answer ? answer->content : "the speech decoder does not start");
     }
-    waitAtMost(patienceForAnswers, socket_);
+    waitAtMost(patienceForAnswers, socket_.get());
 }
 
 DecoderProcess::~DecoderProcess() {
@@ -80,7 +82,7 @@ DecoderProcess::~DecoderProcess() {
 }
 
 void DecoderProcess::close() {
-    ::close(socket_);
+    socket_.close();
     if (pid_ > 0) {
         kill(pid_, SIGKILL);
         while (waitpid(pid_, nullptr, 0) < 0 && errno == EINTR) {
@@ -89,30 +91,31 @@ void DecoderProcess::close() {
 }
 
 void DecoderProcess::begin() {
-    if (!sendMessage(socket_, DecoderMessage::begin)) {
+    if (!sendMessage(socket_.get(), DecoderMessage::begin)) {
         throw SpeechDecoderError("the speech decoder has ended");
     }
 }
 
 void DecoderProcess::process(std::span<const std::int16_t> samples) {
     const std::string_view bytes(reinterpret_cast<const char*>(samples.data()), samples.size_bytes());
-    if (!sendMessage(socket_, DecoderMessage::samples, bytes)) {
+    if (!sendMessage(socket_.get(), DecoderMessage::samples, bytes)) {
         throw SpeechDecoderError("the speech decoder has ended");
     }
 }
 
 void DecoderProcess::end() {
-    // If it cannot be told, text() says so.
-    static_cast<void>(sendMessage(socket_, DecoderMessage::end));
+    // If it cannot be told, words() says so.
+    static_cast<void>(sendMessage(socket_.get(), DecoderMessage::end));
 }
 
-std::string DecoderProcess::text() {
-    if (sendMessage(socket_, DecoderMessage::ask)) {
-        auto answer = receiveMessage(socket_);
-        if (answer && answer->kind == DecoderMessage::text) {
-            return std::move(answer->content);
-        }
-        if (answer) {
+std::vector<HeardWord> DecoderProcess::words() {
+    if (sendMessage(socket_.get(), DecoderMessage::ask)) {
+        const auto answer = receiveMessage(socket_.get());
+        if (answer && answer->kind == DecoderMessage::words) {
+            if (auto words = wordsIn(answer->content)) {
+                return *std::move(words);
+            }
+        } else if (answer) {
             throw SpeechDecoderError(answer->content);
         }
     }

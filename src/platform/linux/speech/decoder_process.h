@@ -3,12 +3,13 @@
 
 #include "platform/linux/speech/speech_model_files.h"
 #include "platform/speech_decoder.h"
+#include "support/file_descriptor.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <span>
-#include <string>
 #include <sys/types.h>
+#include <vector>
 
 namespace sordin {
 
@@ -27,7 +28,7 @@ public:
     void begin() override;
     void process(std::span<const std::int16_t> samples) override;
     void end() override;
-    [[nodiscard]] std::string text() override;
+    [[nodiscard]] std::vector<HeardWord> words() override;
 
     /// The process, for who wants to know what it costs.
     [[nodiscard]] pid_t pid() const { return pid_; }
@@ -35,7 +36,7 @@ public:
 private:
     void close();
 
-    int socket_ = -1;
+    FileDescriptor socket_;
     pid_t pid_ = -1;
 };
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/speech/pocketsphinx_decoder.h"
 
-#include "platform/spoken_text.h"
-
 #include <array>
 #include <pocketsphinx.h>
 #if __has_include(<sphinxbase/ngram_model.h>)
@@ -14,6 +12,8 @@
 #include <pocketsphinx/model.h>
 #define SORDIN_POCKETSPHINX_5 1
 #endif
+#include <string>
+#include <string_view>
 
 namespace sordin {
 
@@ -21,6 +21,10 @@ namespace {
 
 constexpr float advertisingWeight = 0.2F;  // of our n-grams; the rest is the general model's
 constexpr double languageWeight = 9;
+constexpr double secondsOfAFrame = 0.01;
+/// Acoustic scores are relative to the best of the frame, logarithms to the base 1.0001, without the last ten
+/// bits.
+constexpr double scoreInNaturalLogarithms = 1024 * 1e-4;
 
 #if SORDIN_POCKETSPHINX_5
 using Configuration = ps_config_t;
@@ -110,12 +114,32 @@ public:
         }
     }
 
-    [[nodiscard]] const char* hypothesis() {
-        const char* words = ps_get_hyp(decoder_.get(), nullptr);
-        return words == nullptr ? "" : words;
+    [[nodiscard]] std::vector<HeardWord> words() {
+        std::vector<HeardWord> words;
+        for (ps_seg_t* at = ps_seg_iter(decoder_.get()); at != nullptr; at = ps_seg_next(at)) {
+            const std::string_view word = ps_seg_word(at);
+            if (!isSilenceOrNoise(word)) {
+                words.push_back(heard(word, at));
+            }
+        }
+        return words;
     }
 
 private:
+    static bool isSilenceOrNoise(std::string_view word) {
+        return word.starts_with('<') || word.starts_with('[') || word.starts_with('+');
+    }
+    static HeardWord heard(std::string_view word, ps_seg_t* at) {
+        int first = 0;
+        int last = 0;
+        ps_seg_frames(at, &first, &last);
+        std::int32_t acoustic = 0;
+        ps_seg_prob(at, &acoustic, nullptr, nullptr);
+        const int frames = last - first + 1;
+        // Of several pronunciations "word(2)" is the second.
+        return {std::string(word.substr(0, word.find('('))), frames * secondsOfAFrame,
+                scoreInNaturalLogarithms * acoustic / frames};
+    }
     void mixLanguages(const SpeechModelFiles& files) {
         ngram_model_t* general = ps_get_lm(decoder_.get(), searchOf(decoder_.get()));
         const Owned<ngram_model_t> advertising(ngram_model_read(configuration_.get(),
@@ -157,8 +181,8 @@ void PocketSphinxDecoder::end() {
     engine_->end();
 }
 
-std::string PocketSphinxDecoder::text() {
-    return asWritten(engine_->hypothesis());
+std::vector<HeardWord> PocketSphinxDecoder::words() {
+    return engine_->words();
 }
 
 }  // namespace sordin

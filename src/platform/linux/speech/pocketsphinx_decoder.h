@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
-#include <string>
+#include <vector>
 
 namespace sordin {
 
@@ -27,7 +27,7 @@ public:
     void begin() override;
     void process(std::span<const std::int16_t> samples) override;
     void end() override;
-    [[nodiscard]] std::string text() override;
+    [[nodiscard]] std::vector<HeardWord> words() override;
 
 private:
     class Engine;

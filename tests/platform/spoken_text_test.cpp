@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#include "platform/spoken_text.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace sordin {
+namespace {
+
+/// Words of a usual length that fit as well as said.
+std::vector<HeardWord> words(const std::string& text, double match = -3) {
+    std::vector<HeardWord> words;
+    std::istringstream stream(text);
+    for (std::string word; stream >> word;) {
+        words.push_back({word, 0.08 * static_cast<double>(word.size()), match});
+    }
+    return words;
+}
+
+TEST(SpokenText, WritesTollFreeNumbersAsTheyAreWritten) {
+    const auto written = [](const std::string& text) { return spokenText(words(text)); };
+    EXPECT_EQ(written("so call one eight hundred now"), "so call 1 eight hundred now");
+    EXPECT_EQ(written("call one nine call one one two"), "call 1 nine call 1 one two");
+    EXPECT_EQ(written("call one"), "call one") << "who knows what follows";
+    EXPECT_EQ(written("call one of them or recall one eight"), "call one of them or recall one eight");
+    EXPECT_EQ(written("one eight hundred"), "one eight hundred");
+    EXPECT_EQ(written("fifty percent off at acme dot com"), "fifty percent off at acme dot com");
+    EXPECT_EQ(written(""), "");
+}
+
+TEST(SpokenText, LeavesOutWhatNobodySpeaksSoLong) {
+    auto heard = words("and good dot com advertisement today");
+    heard[1].length = 3.4;
+    heard[4].length = 4.9;
+    EXPECT_EQ(spokenText(heard), "and … dot com … today");
+    heard[0].length = 1;
+    EXPECT_EQ(spokenText(heard), "… dot com … today") << "one sign for several";
+    heard[4].length = 1.7;
+    EXPECT_EQ(spokenText(heard), "… dot com advertisement today") << "slowly, but spoken";
+    auto parted = words("dot mm com");
+    parted[1].length = 2;
+    EXPECT_EQ(spokenText(parted), "dot … com") << "what was apart stays apart";
+}
+
+TEST(SpokenText, PhrasesOfAdvertisementsNeedEvidenceTheMoreTheShorterTheyAre) {
+    const std::string text = "and use code now or download the app";
+    EXPECT_EQ(spokenText(words(text, -4)), text);
+    EXPECT_EQ(spokenText(words(text, -4.8)), "and … now or download the app");
+    EXPECT_EQ(spokenText(words(text, -8)), "and … now or …");
+    EXPECT_EQ(spokenText(words("we walked along the river", -8)), "we walked along the river") << "no phrase";
+    EXPECT_EQ(spokenText(words("visiting", -5)), "…") << "a part of a word counts as much";
+
+    auto mixed = words("use code", -3);
+    mixed[0].match = -9;  // of three letters; the four of the other hold against it
+    EXPECT_EQ(spokenText(mixed), "…");
+    mixed[0].match = -5;
+    EXPECT_EQ(spokenText(mixed), "use code");
+    mixed[0].length = mixed[1].length = 0;
+    EXPECT_EQ(spokenText(mixed), "…") << "nothing was heard";
+}
+
+}  // namespace
+}  // namespace sordin
