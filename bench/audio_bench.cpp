@@ -6,12 +6,12 @@
 #include "platform/linux/pipewire/loopback_source.h"
 #include "platform/linux/pipewire/pulse_probe.h"
 #include "platform/loopback_capture.h"
+#include "process_use.h"
 #include "rig/private_audio_server.h"
 #include "support/asio_serial_queue.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <future>
 #include <iostream>
 #include <string>
@@ -20,29 +20,6 @@
 namespace {
 
 using namespace sordin;
-
-struct Use {
-    double cpuSeconds = 0;
-    double wakeUps = 0;  ///< of all threads
-};
-
-/// What a process's threads have used so far.
-Use useOf(const std::string& process) {
-    Use use;
-    for (const auto& thread : std::filesystem::directory_iterator("/proc/" + process + "/task")) {
-        double nanoseconds = 0;
-        std::ifstream(thread.path() / "schedstat") >> nanoseconds;
-        use.cpuSeconds += nanoseconds * 1e-9;
-        std::ifstream status(thread.path() / "status");
-        const std::string key = "voluntary_ctxt_switches:";
-        for (std::string line; std::getline(status, line);) {
-            if (line.starts_with(key)) {
-                use.wakeUps += std::stod(line.substr(key.size()));
-            }
-        }
-    }
-    return use;
-}
 
 std::string serverProcess() {
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
@@ -58,12 +35,12 @@ std::string serverProcess() {
 template <class Work>
 void measure(const std::string& what, Work work) {
     const auto server = serverProcess();
-    const Use ours = useOf("self");
-    const Use theirs = useOf(server);
+    const ProcessUse ours = useOf("self");
+    const ProcessUse theirs = useOf(server);
     const auto start = std::chrono::steady_clock::now();
     work();
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-    const auto print = [&](const std::string& who, const Use& before, const Use& after) {
+    const auto print = [&](const std::string& who, const ProcessUse& before, const ProcessUse& after) {
         std::cout << "  " << who << ": " << (after.cpuSeconds - before.cpuSeconds) * 30 / time.count()
                   << " CPU s in 30 s, " << (after.wakeUps - before.wakeUps) / time.count()
                   << " wake-ups a second\n";

@@ -43,13 +43,15 @@ TEST(SpokenText, LeavesOutWhatNobodySpeaksSoLong) {
     EXPECT_EQ(spokenText(parted), "dot … com") << "what was apart stays apart";
 }
 
-TEST(SpokenText, PhrasesOfAdvertisementsNeedEvidenceTheMoreTheShorterTheyAre) {
+TEST(SpokenText, PhrasesNeedEvidenceTheMoreTheShorterAndHeavierTheyAre) {
     const std::string text = "and use code now or download the app";
     EXPECT_EQ(spokenText(words(text, -4)), text);
     EXPECT_EQ(spokenText(words(text, -4.8)), "and … now or download the app");
     EXPECT_EQ(spokenText(words(text, -8)), "and … now or …");
     EXPECT_EQ(spokenText(words("we walked along the river", -8)), "we walked along the river") << "no phrase";
     EXPECT_EQ(spokenText(words("visiting", -5)), "…") << "a part of a word counts as much";
+    EXPECT_EQ(spokenText(words("only at or shop now", -4.4)), "only at or …")
+        << "shorter, but it counts for less";
 
     auto mixed = words("use code", -3);
     mixed[0].match = -9;  // of three letters; the four of the other hold against it
