@@ -57,8 +57,7 @@ void endAtSignals() {
 bool receive(std::optional<DuckInForce>& duck) {
     std::array<char, longestGuardMessage> text;
     while (true) {
-        const auto length =
-            recv(guard_start::messages, text.data(), text.size(), MSG_DONTWAIT | MSG_TRUNC);
+        const auto length = recv(guard_start::messages, text.data(), text.size(), MSG_DONTWAIT | MSG_TRUNC);
         if (length > 0 && static_cast<std::size_t>(length) <= text.size()) {
             static_cast<void>(readGuardMessage({text.data(), static_cast<std::size_t>(length)}, duck));
         } else if (length == 0 || (length < 0 && errno != EINTR)) {
@@ -70,8 +69,7 @@ bool receive(std::optional<DuckInForce>& duck) {
 /// Returns when the program is gone, or has no more use for a guard; what was in force then.
 std::optional<DuckInForce> watchProgram() {
     std::optional<DuckInForce> duck;
-    std::array<pollfd, 2> sources{
-        {{guard_start::program, POLLIN, 0}, {guard_start::messages, POLLIN, 0}}};
+    std::array<pollfd, 2> sources{{{guard_start::program, POLLIN, 0}, {guard_start::messages, POLLIN, 0}}};
     auto& [program, messages] = sources;
     while (true) {
         if (poll(sources.data(), sources.size(), -1) < 0 && errno != EINTR) {
