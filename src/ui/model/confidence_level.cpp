@@ -7,7 +7,10 @@
 namespace sordin {
 
 ConfidenceLevel::ConfidenceLevel(QQuickItem* parent) : QQuickPaintedItem(parent) {
-    connect(this, &ConfidenceLevel::changed, this, [this] { update(); });
+    for (const auto signal : {&ConfidenceLevel::shownChanged, &ConfidenceLevel::overChanged,
+                              &ConfidenceLevel::thresholdChanged, &ConfidenceLevel::styleChanged}) {
+        connect(this, signal, this, [this] { update(); });
+    }
 }
 
 void ConfidenceLevel::paint(QPainter* painter) {

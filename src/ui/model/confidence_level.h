@@ -12,22 +12,25 @@ class ConfidenceLevel : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     /// The length of the level. Above 1 the track is full; a stub is there at 0 and below.
-    Q_PROPERTY(double shown MEMBER shown_ NOTIFY changed)
+    Q_PROPERTY(double shown MEMBER shown_ NOTIFY shownChanged)
     /// The level has `reached` for its colour, otherwise `level`.
-    Q_PROPERTY(bool over MEMBER over_ NOTIFY changed)
+    Q_PROPERTY(bool over MEMBER over_ NOTIFY overChanged)
     /// Where the tick is; not clamped.
-    Q_PROPERTY(double threshold MEMBER threshold_ NOTIFY changed)
-    Q_PROPERTY(QColor track MEMBER track_ NOTIFY changed)
-    Q_PROPERTY(QColor level MEMBER level_ NOTIFY changed)
-    Q_PROPERTY(QColor reached MEMBER reached_ NOTIFY changed)
-    Q_PROPERTY(QColor tick MEMBER tick_ NOTIFY changed)
+    Q_PROPERTY(double threshold MEMBER threshold_ NOTIFY thresholdChanged)
+    Q_PROPERTY(QColor track MEMBER track_ NOTIFY styleChanged)
+    Q_PROPERTY(QColor level MEMBER level_ NOTIFY styleChanged)
+    Q_PROPERTY(QColor reached MEMBER reached_ NOTIFY styleChanged)
+    Q_PROPERTY(QColor tick MEMBER tick_ NOTIFY styleChanged)
 
 public:
     explicit ConfidenceLevel(QQuickItem* parent = nullptr);
     void paint(QPainter* painter) override;
 
 Q_SIGNALS:
-    void changed();
+    void shownChanged();
+    void overChanged();
+    void thresholdChanged();
+    void styleChanged();
 
 private:
     double shown_ = 0;

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Sordin.Model
+import Sordin.Style
+
+Slider {
+    required property SordinEngine engine
+
+    value: engine.sensitivity
+    onValueChanged: if (value !== engine.sensitivity) engine.sensitivity = value
+    Accessible.name: qsTr("Sensitivity")
+}
