@@ -8,9 +8,11 @@
 #include <stdexcept>
 
 // What registers the types of a module that is linked statically; nothing else refers to it.
+// NOLINTBEGIN(readability-identifier-naming): Qt's names
 void qml_register_types_Sordin();
 void qml_register_types_Sordin_Model();
 void qml_register_types_Sordin_Style();
+// NOLINTEND(readability-identifier-naming)
 
 namespace sordin {
 

@@ -118,8 +118,10 @@ void AdHistoryModel::historyChanged() {
 /// A new event at the front, and perhaps the loss of the last, moves no other row: a view keeps its place.
 void AdHistoryModel::follow() {
     AdHistory events = wanted();
-    const bool added = !events.empty() && !shown_.empty() && events.size() >= 2 && events[1] == shown_[0] &&
-                       events.size() <= shown_.size() + 1 &&
+    if (events == shown_) {
+        return;
+    }
+    const bool added = !shown_.empty() && events.size() > 1 && events.size() <= shown_.size() + 1 &&
                        std::equal(events.begin() + 1, events.end(), shown_.begin());
     if (added) {
         if (events.size() == shown_.size()) {
@@ -130,12 +132,10 @@ void AdHistoryModel::follow() {
         beginInsertRows({}, 0, 0);
         shown_ = std::move(events);
         endInsertRows();
-    } else if (events != shown_) {
+    } else {
         beginResetModel();
         shown_ = std::move(events);
         endResetModel();
-    } else {
-        return;
     }
     Q_EMIT countChanged();
     Q_EMIT eventsChanged();

@@ -16,8 +16,8 @@ T.Button {
     font: Theme.body
     opacity: enabled ? 1 : 0.45
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     contentItem: Text {
         text: control.text

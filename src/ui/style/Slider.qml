@@ -9,16 +9,20 @@ T.Slider {
     implicitWidth: 160
     implicitHeight: 24
     opacity: enabled ? 1 : 0.45
-    // Keys and assistive technology move it by these, where it has no steps of its own.
-    readonly property real nudge: stepSize > 0 ? stepSize : (to - from) / 20
-    Accessible.onIncreaseAction: value = Math.min(to, value + nudge)
-    Accessible.onDecreaseAction: value = Math.max(from, value - nudge)
+    Accessible.onIncreaseAction: increase()
+    Accessible.onDecreaseAction: decrease()
+    // Steps, not assignments, which would end what the value is bound to.
     Keys.onPressed: event => {
-        const by = { [Qt.Key_Right]: 1, [Qt.Key_Up]: 1, [Qt.Key_Left]: -1, [Qt.Key_Down]: -1,
-                     [Qt.Key_PageUp]: 4, [Qt.Key_PageDown]: -4, [Qt.Key_Home]: -1000, [Qt.Key_End]: 1000 }[event.key];
-        if (by !== undefined) {
-            value = Math.max(from, Math.min(to, value + by * nudge));
-            event.accepted = true;
+        const [steps, by] = {
+            [Qt.Key_PageUp]: [4, 1], [Qt.Key_PageDown]: [4, -1], [Qt.Key_Home]: [1000, -1], [Qt.Key_End]: [1000, 1],
+        }[event.key] ?? [0, 0];
+        event.accepted = steps > 0;
+        for (let i = 0; i < steps && value !== (by > 0 ? to : from); ++i) {
+            if (by > 0) {
+                increase();
+            } else {
+                decrease();
+            }
         }
     }
 

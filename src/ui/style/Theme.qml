@@ -20,7 +20,7 @@ QtObject {
     readonly property color quaternary: dark ? "#3a3d44" : "#e3e5ea"
     readonly property color hover: dark ? "#14ffffff" : "#0d000000"
     readonly property color pressed: dark ? "#22ffffff" : "#1a000000"
-    readonly property color red: dark ? "#ff6961" : "#d62f26"
+    readonly property color red: dark ? "#ff7b74" : "#d62f26"
     readonly property color orange: dark ? "#ffb040" : "#d47600"
     readonly property color orangeText: dark ? "#ffb040" : "#a35300"
     readonly property color yellow: dark ? "#ffd84d" : "#a07f00"

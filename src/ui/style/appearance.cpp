@@ -59,11 +59,16 @@ Appearance::Appearance(QObject* parent) : QObject(parent) {
     ask(gnomeGroup, animationsKey);
 }
 
+Appearance*& Appearance::used() {
+    static Appearance* used = nullptr;
+    return used;
+}
+
 Appearance* Appearance::create(QQmlEngine* /*qml*/, QJSEngine* /*engine*/) {
-    if (instance_ != nullptr) {
-        QJSEngine::setObjectOwnership(instance_, QJSEngine::CppOwnership);
+    if (used() != nullptr) {
+        QJSEngine::setObjectOwnership(used(), QJSEngine::CppOwnership);
     }
-    return instance_;
+    return used();
 }
 
 void Appearance::ask(const QString& group, const QString& key) {
@@ -88,14 +93,14 @@ void Appearance::settingChanged(const QString& group, const QString& key, const 
     }
     if (group == appearanceGroup && key == colourSchemeKey) {
         colourScheme_ = content.toUInt();
+        Q_EMIT changed();
     } else if (group == appearanceGroup && key == accentKey) {
         portalAccent_ = colourIn(content);
+        Q_EMIT changed();
     } else if (group == gnomeGroup && key == animationsKey) {
         reducedMotion_ = content.metaType().id() == QMetaType::Bool && !content.toBool();
-    } else {
-        return;
+        Q_EMIT changed();
     }
-    Q_EMIT changed();
 }
 
 bool Appearance::dark() const {

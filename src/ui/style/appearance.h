@@ -26,7 +26,7 @@ public:
     explicit Appearance(QObject* parent);
 
     /// The one that views use; the application makes it and keeps it.
-    static void use(Appearance* appearance) { instance_ = appearance; }
+    static void use(Appearance* appearance) { used() = appearance; }
     static Appearance* create(QQmlEngine* qml, QJSEngine* engine);
 
     [[nodiscard]] bool dark() const;
@@ -44,10 +44,10 @@ Q_SIGNALS:
 private Q_SLOTS:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
-private:
+private:  // NOLINT(readability-redundant-access-specifiers): no slots any more
     void ask(const QString& group, const QString& key);
 
-    static inline Appearance* instance_ = nullptr;
+    static Appearance*& used();
     std::optional<bool> forced_;
     unsigned colourScheme_ = 0;  // of the portal: 1 prefers dark, 2 light
     QColor portalAccent_;

@@ -60,11 +60,12 @@ T.ApplicationWindow {
                     height: 34
                     text: modelData.title
                     highlighted: ListView.isCurrentItem
+                    focusPolicy: Qt.NoFocus // the list has it
                     onClicked: ListView.view.currentIndex = index
                     Accessible.role: Accessible.ListItem
                     Accessible.name: text
                     Accessible.selected: highlighted
-                    Accessible.onPressAction: click()
+                    Accessible.onPressAction: clicked()
                     background: Rectangle {
                         radius: 8
                         color: row.highlighted ? Qt.alpha(Theme.accent, Theme.dark ? 0.28 : 0.16) : row.hovered ? Theme.hover : "transparent"

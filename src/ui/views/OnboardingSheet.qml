@@ -29,6 +29,13 @@ T.Popup {
     exit: Transition { NumberAnimation { property: "opacity"; from: 1; to: 0; duration: Theme.quick } }
     background: Rectangle { radius: 14; color: Theme.card; border { width: 1; color: Theme.quaternary } }
 
+    function goBack() {
+        --step;
+        if (step === 0) {
+            primary.forceActiveFocus(); // the button is gone
+        }
+    }
+
     function finish() {
         engine.onboardingComplete = true;
         if (engine.isEnabled) {
@@ -42,8 +49,8 @@ T.Popup {
         spacing: 14
         Accessible.role: Accessible.Dialog
         Accessible.name: qsTr("Welcome to Sordin")
-        Keys.onReturnPressed: primary.click()
-        Keys.onEnterPressed: primary.click()
+        Keys.onReturnPressed: primary.clicked()
+        Keys.onEnterPressed: primary.clicked()
 
         Loader {
             id: page
@@ -69,7 +76,7 @@ T.Popup {
                 }
             }
             Item { Layout.fillWidth: true }
-            Button { objectName: "back"; visible: sheet.step > 0; text: qsTr("Back"); onClicked: --sheet.step }
+            Button { objectName: "back"; visible: sheet.step > 0; text: qsTr("Back"); onClicked: sheet.goBack() }
             Button {
                 id: primary
                 objectName: "primary"

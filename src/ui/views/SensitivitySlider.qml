@@ -6,6 +6,7 @@ import Sordin.Style
 Slider {
     required property SordinEngine engine
 
+    stepSize: 0.05 // for keys; the pointer is free
     value: engine.sensitivity
     onValueChanged: if (value !== engine.sensitivity) engine.sensitivity = value
     Accessible.name: qsTr("Sensitivity")
