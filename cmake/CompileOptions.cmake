@@ -37,3 +37,9 @@ function(sordin_library name)
     target_link_libraries(${name} PRIVATE sordin_options)
     target_include_directories(${name} INTERFACE "${PROJECT_SOURCE_DIR}/src")
 endfunction()
+
+# sordin_strict(SOURCES...): compiles these with the project's warnings, in a target whose other sources Qt generates.
+function(sordin_strict)
+    get_target_property(options sordin_options INTERFACE_COMPILE_OPTIONS)
+    set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS "${options}")
+endfunction()

@@ -271,13 +271,22 @@ void SordinEngine::adEnded(const AdSummary& summary) {
     record(std::move(event));
 }
 
+void SordinEngine::setHistory(AdHistory history) {
+    history_ = std::move(history);
+    Q_EMIT historyChanged();
+}
+
+void SordinEngine::saveHistory() {
+    parts_.historyFile->save(history_);
+}
+
 void SordinEngine::record(AdEvent event) {
     history_.insert(history_.begin(), std::move(event));
     if (history_.size() > historyLength) {
         history_.resize(historyLength);
     }
     Q_EMIT historyChanged();
-    parts_.historyFile->save(history_);
+    saveHistory();
 }
 
 void SordinEngine::startCapture() {

@@ -136,6 +136,10 @@ public:
 
     /// Newest first, at most 500 since the last was added.
     [[nodiscard]] const AdHistory& history() const { return history_; }
+    /// Replaces it, for now: saveHistory() does for good.
+    void setHistory(AdHistory history);
+    /// Writes the history to the disk, later.
+    void saveHistory();
     [[nodiscard]] AdHistory realEvents() const { return sordin::realEvents(history_); }
     [[nodiscard]] std::vector<AppStat> appStats() const { return sordin::appStats(history_); }
     [[nodiscard]] TodaySummary todaySummary() const {
@@ -145,21 +149,21 @@ public:
     // Operations.
 
     /// Begins to listen, if switched on. Does nothing while a start is under way.
-    void startCapture();
+    Q_INVOKABLE void startCapture();
     /// Stops listening; an ad in progress ends.
-    void stopCapture();
+    Q_INVOKABLE void stopCapture();
     /// Asks for what `screenAccess` stands for; does not begin to listen.
-    void requestScreenAccess();
-    void requestSpeechAccess();
+    Q_INVOKABLE void requestScreenAccess();
+    Q_INVOKABLE void requestSpeechAccess();
     /// Reads both permissions anew.
-    void refreshAccess();
+    Q_INVOKABLE void refreshAccess();
     /// See Permissions.
-    void openSettings(const QString& anchor);
+    Q_INVOKABLE void openSettings(const QString& anchor);
     /// Pretends that an ad of `seconds` begins: the volume is really faded, whatever the switches say. Does
     /// nothing while a simulated or a real ad is under way, or if the time is no time.
-    void simulate(double seconds);
+    Q_INVOKABLE void simulate(double seconds);
     /// Forgets the ads that would be recognised by their sound.
-    void forgetLearnedAds();
+    Q_INVOKABLE void forgetLearnedAds();
     /// Puts the volume back at once and returns when that is done: call last of all, before the process ends.
     void applicationWillTerminate();
 
@@ -180,7 +184,7 @@ Q_SIGNALS:
     void transcribingChanged();
     /// A point was added at the end; the first one may have gone.
     void trailChanged();
-    /// An event was added at the front; the last one may have gone.
+    /// An event was added at the front, and the last one may have gone; or it is another.
     void historyChanged();
     void screenAccessChanged();
     void speechAccessChanged();

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include "ui/model/ad_history_model.h"
+
+#include "engine/duration_text.h"
+#include "ui/model/date_text.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace sordin {
+
+AdHistoryModel::AdHistoryModel(QObject* parent) : QAbstractListModel(parent) {
+    undoTimer_.setSingleShot(true);
+    undoTimer_.setInterval(undoTime);
+    connect(&undoTimer_, &QTimer::timeout, this, &AdHistoryModel::forgetCleared);
+}
+
+void AdHistoryModel::setEngine(SordinEngine* engine) {
+    if (engine == engine_) {
+        return;
+    }
+    if (engine_) {
+        engine_->disconnect(this);
+    }
+    engine_ = engine;
+    if (engine_) {
+        connect(engine_, &SordinEngine::historyChanged, this, &AdHistoryModel::historyChanged);
+    }
+    forgetCleared();
+    follow();
+    Q_EMIT engineChanged();
+    Q_EMIT canClearChanged();
+}
+
+void AdHistoryModel::setShowTests(bool show) {
+    if (show == showTests_) {
+        return;
+    }
+    showTests_ = show;
+    follow();
+    Q_EMIT showTestsChanged();
+}
+
+int AdHistoryModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : count();
+}
+
+QVariant AdHistoryModel::data(const QModelIndex& index, int role) const {
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) {
+        return {};
+    }
+    const AdEvent& event = shown_[static_cast<std::size_t>(index.row())];
+    switch (role) {
+    case Qt::DisplayRole:
+    case appRole:
+        return event.app;
+    case realRole:
+        return event.kind == AdEvent::Kind::muted;
+    case startRole:
+        return localDateTime(event.start);
+    case detailsRole: {
+        const QString reasons =
+            event.reasons.isEmpty() ? QStringLiteral("–") : event.reasons.join(QStringLiteral(", "));
+        return QString(dateAndTime(localDateTime(event.start)) + QStringLiteral(" · ") + reasons);
+    }
+    case durationRole:
+        return formatDuration(event.duration);
+    case confidenceRole:
+        return static_cast<int>(std::clamp(event.peakConfidence, 0.0, 1.0) * 100);
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> AdHistoryModel::roleNames() const {
+    return {{appRole, "app"},         {realRole, "real"},         {startRole, "start"},
+            {detailsRole, "details"}, {durationRole, "duration"}, {confidenceRole, "confidence"}};
+}
+
+void AdHistoryModel::clear() {
+    if (!canClear()) {
+        return;
+    }
+    AdHistory before = engine_->history();
+    engine_->setHistory({});
+    engine_->saveHistory();
+    cleared_ = std::move(before);
+    undoTimer_.start();
+    canUndo_ = true;
+    Q_EMIT canUndoChanged();
+}
+
+void AdHistoryModel::undoClear() {
+    if (!canUndo() || !engine_) {
+        return;
+    }
+    engine_->setHistory(std::exchange(cleared_, {}));  // which ends the undoing
+    engine_->saveHistory();
+}
+
+AdHistory AdHistoryModel::wanted() const {
+    AdHistory events;
+    if (engine_) {
+        std::copy_if(
+            engine_->history().begin(), engine_->history().end(), std::back_inserter(events),
+            [this](const AdEvent& event) { return showTests_ || event.kind == AdEvent::Kind::muted; });
+    }
+    return events;
+}
+
+void AdHistoryModel::historyChanged() {
+    forgetCleared();
+    follow();
+    Q_EMIT canClearChanged();
+}
+
+/// A new event at the front, and perhaps the loss of the last, moves no other row: a view keeps its place.
+void AdHistoryModel::follow() {
+    AdHistory events = wanted();
+    if (events == shown_) {
+        return;
+    }
+    const bool added = !shown_.empty() && events.size() > 1 && events.size() <= shown_.size() + 1 &&
+                       std::equal(events.begin() + 1, events.end(), shown_.begin());
+    if (added) {
+        if (events.size() == shown_.size()) {
+            beginRemoveRows({}, count() - 1, count() - 1);
+            shown_.pop_back();
+            endRemoveRows();
+        }
+        beginInsertRows({}, 0, 0);
+        shown_ = std::move(events);
+        endInsertRows();
+    } else {
+        beginResetModel();
+        shown_ = std::move(events);
+        endResetModel();
+    }
+    Q_EMIT countChanged();
+    Q_EMIT eventsChanged();
+}
+
+void AdHistoryModel::forgetCleared() {
+    undoTimer_.stop();
+    cleared_.clear();
+    if (std::exchange(canUndo_, false)) {
+        Q_EMIT canUndoChanged();
+    }
+}
+
+}  // namespace sordin

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#include "ui/model/app_stats_model.h"
+
+#include "engine/duration_text.h"
+#include "ui/model/date_text.h"
+
+namespace sordin {
+
+void AppStatsModel::setEngine(SordinEngine* engine) {
+    if (engine == engine_) {
+        return;
+    }
+    if (engine_) {
+        engine_->disconnect(this);
+    }
+    engine_ = engine;
+    if (engine_) {
+        connect(engine_, &SordinEngine::historyChanged, this, &AppStatsModel::follow);
+    }
+    follow();
+    Q_EMIT engineChanged();
+}
+
+int AppStatsModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : count();
+}
+
+QVariant AppStatsModel::data(const QModelIndex& index, int role) const {
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid | CheckIndexOption::ParentIsInvalid)) {
+        return {};
+    }
+    const AppStat& stat = stats_[static_cast<std::size_t>(index.row())];
+    switch (role) {
+    case Qt::DisplayRole:
+    case appRole:
+        return stat.app;
+    case summaryRole:
+        return tr("%1 ads · %2 muted").arg(stat.count).arg(formatDuration(stat.total));
+    case shareRole: {
+        const double first = stats_.front().total;
+        return first > 0 ? stat.total / first : 0;
+    }
+    case detailsRole:
+        return tr("Average %1 · last %2")
+            .arg(formatDuration(stat.total / stat.count),
+                 relativeDate(localDateTime(stat.last), QDateTime::currentDateTime()));
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> AppStatsModel::roleNames() const {
+    return {{appRole, "app"}, {summaryRole, "summary"}, {shareRole, "share"}, {detailsRole, "details"}};
+}
+
+void AppStatsModel::follow() {
+    beginResetModel();
+    stats_ = engine_ ? engine_->appStats() : std::vector<AppStat>();
+    endResetModel();
+    Q_EMIT countChanged();
+}
+
+}  // namespace sordin

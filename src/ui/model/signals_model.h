@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/sordin_engine.h"
+
+#include <QAbstractListModel>
+#include <QPointer>
+#include <QQmlEngine>
+
+namespace sordin {
+
+/// The detector's signals, a row each, in its order. Rows stay while their names do.
+class SignalsModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(sordin::SordinEngine* engine READ engine WRITE setEngine NOTIFY engineChanged REQUIRED)
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+public:
+    enum Role {
+        nameRole = Qt::UserRole,
+        levelRole,  ///< 0 to 1
+        valueRole,  ///< text, two decimals, not clamped
+    };
+
+    using QAbstractListModel::QAbstractListModel;
+
+    [[nodiscard]] SordinEngine* engine() const { return engine_; }
+    void setEngine(SordinEngine* engine);
+    [[nodiscard]] int count() const { return static_cast<int>(readings_.size()); }
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+Q_SIGNALS:
+    void engineChanged();
+    void countChanged();
+
+private:
+    void follow();
+
+    QPointer<SordinEngine> engine_;
+    std::vector<SignalReading> readings_;
+};
+
+}  // namespace sordin

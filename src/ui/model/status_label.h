@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/sordin_engine.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QQmlEngine>
+
+namespace sordin {
+
+/// What the engine is doing, in words and by colour. Every place that shows it uses this.
+class StatusLabel : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(sordin::SordinEngine* engine READ engine WRITE setEngine NOTIFY engineChanged REQUIRED)
+    Q_PROPERTY(QString text READ text NOTIFY changed)
+    Q_PROPERTY(Tone tone READ tone NOTIFY changed)
+
+public:
+    /// The colours of the theme.
+    enum class Tone { gray, orange, yellow, green, red };
+    Q_ENUM(Tone)
+
+    using QObject::QObject;
+
+    [[nodiscard]] SordinEngine* engine() const { return engine_; }
+    void setEngine(SordinEngine* engine);
+
+    /// A short line; of a failure, its message. Empty without an engine.
+    [[nodiscard]] QString text() const;
+    [[nodiscard]] Tone tone() const;
+
+Q_SIGNALS:
+    void engineChanged();
+    void changed();
+
+private:
+    QPointer<SordinEngine> engine_;
+};
+
+}  // namespace sordin

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#include "ui/model/summary_texts.h"
+
+#include "engine/duration_text.h"
+
+#include <QDateTime>
+#include <numeric>
+
+namespace sordin {
+
+SummaryTexts::SummaryTexts(QObject* parent) : QObject(parent) {
+    midnight_.setSingleShot(true);
+    connect(&midnight_, &QTimer::timeout, this, [this] {
+        Q_EMIT changed();
+        waitForMidnight();
+    });
+    waitForMidnight();
+}
+
+/// An hour at most: a timer does not count the time that the computer sleeps, and clocks are set.
+void SummaryTexts::waitForMidnight() {
+    using namespace std::chrono_literals;
+    const QDateTime now = QDateTime::currentDateTime();
+    const auto left = std::chrono::milliseconds(now.msecsTo(now.date().addDays(1).startOfDay()) + 1000);
+    midnight_.start(std::min<std::chrono::milliseconds>(left, 1h));
+}
+
+void SummaryTexts::setEngine(SordinEngine* engine) {
+    if (engine == engine_) {
+        return;
+    }
+    if (engine_) {
+        engine_->disconnect(this);
+    }
+    engine_ = engine;
+    if (engine_) {
+        connect(engine_, &SordinEngine::historyChanged, this, &SummaryTexts::changed);
+    }
+    Q_EMIT engineChanged();
+    Q_EMIT changed();
+}
+
+QString SummaryTexts::today() const {
+    const TodaySummary now = summary();
+    return tr("Today: %1 ads · %2 muted").arg(now.count).arg(formatDuration(now.seconds));
+}
+
+QString SummaryTexts::adsToday() const {
+    return QString::number(summary().count);
+}
+
+QString SummaryTexts::mutedToday() const {
+    return formatDuration(summary().seconds);
+}
+
+QString SummaryTexts::allTimeMuted() const {
+    const AdHistory events = engine_ ? engine_->realEvents() : AdHistory();
+    return formatDuration(
+        std::accumulate(events.begin(), events.end(), 0.0,
+                        [](double sum, const AdEvent& event) { return sum + event.duration; }));
+}
+
+}  // namespace sordin

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/sordin_engine.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QQmlEngine>
+#include <QTimer>
+
+namespace sordin {
+
+/// Figures over the remembered ads, as texts. They change with the history and at midnight.
+class SummaryTexts : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(sordin::SordinEngine* engine READ engine WRITE setEngine NOTIFY engineChanged REQUIRED)
+    /// One line: how many today, and how long.
+    Q_PROPERTY(QString today READ today NOTIFY changed)
+    Q_PROPERTY(QString adsToday READ adsToday NOTIFY changed)
+    Q_PROPERTY(QString mutedToday READ mutedToday NOTIFY changed)
+    Q_PROPERTY(QString allTimeMuted READ allTimeMuted NOTIFY changed)
+
+public:
+    explicit SummaryTexts(QObject* parent = nullptr);
+
+    [[nodiscard]] SordinEngine* engine() const { return engine_; }
+    void setEngine(SordinEngine* engine);
+
+    [[nodiscard]] QString today() const;
+    [[nodiscard]] QString adsToday() const;
+    [[nodiscard]] QString mutedToday() const;
+    [[nodiscard]] QString allTimeMuted() const;
+
+Q_SIGNALS:
+    void engineChanged();
+    void changed();
+
+private:
+    [[nodiscard]] TodaySummary summary() const { return engine_ ? engine_->todaySummary() : TodaySummary(); }
+    void waitForMidnight();
+
+    QPointer<SordinEngine> engine_;
+    QTimer midnight_;
+};
+
+}  // namespace sordin

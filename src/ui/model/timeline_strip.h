@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "ui/model/ad_history_model.h"
+
+#include <QColor>
+#include <QDateTime>
+#include <QPointer>
+#include <QQuickPaintedItem>
+#include <vector>
+
+namespace sordin {
+
+/// The ads of the last hours as marks on a bar, now at its right end. Positions are as of the last change.
+class TimelineStrip : public QQuickPaintedItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(sordin::AdHistoryModel* events READ events WRITE setEvents NOTIFY eventsChanged REQUIRED)
+    /// What the bar spans.
+    Q_PROPERTY(int hours MEMBER hours_ NOTIFY changed REQUIRED)
+    Q_PROPERTY(QColor ground MEMBER ground_ NOTIFY changed)
+    Q_PROPERTY(QColor real MEMBER real_ NOTIFY changed)
+    Q_PROPERTY(QColor test MEMBER test_ NOTIFY changed)
+
+public:
+    struct Mark {
+        int row;       ///< in the model
+        QRectF place;  ///< in the item's coordinates
+        bool real;
+    };
+
+    explicit TimelineStrip(QQuickItem* parent = nullptr);
+
+    [[nodiscard]] AdHistoryModel* events() const { return events_; }
+    void setEvents(AdHistoryModel* events);
+
+    /// What is drawn at a moment, later ones over earlier ones.
+    [[nodiscard]] std::vector<Mark> marks(const QDateTime& now) const;
+    void paint(QPainter* painter) override;
+
+    /// The row of the topmost mark at a place, with a few points of tolerance; -1 if there is none.
+    Q_INVOKABLE [[nodiscard]] int rowAt(double x) const;
+
+Q_SIGNALS:
+    void eventsChanged();
+    void changed();
+
+private:
+    QPointer<AdHistoryModel> events_;
+    int hours_ = 6;
+    QColor ground_;
+    QColor real_;
+    QColor test_;
+};
+
+}  // namespace sordin

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/sordin_engine.h"
+
+#include <QColor>
+#include <QFont>
+#include <QPointF>
+#include <QPointer>
+#include <QQuickPaintedItem>
+#include <QVariantMap>
+
+namespace sordin {
+
+/// The confidence of the last minutes as a line over time, with the threshold as a dashed rule. The vertical
+/// axis is 0 to 1 whatever comes; the horizontal one is as long as the trail.
+class TrailChart : public QQuickPaintedItem {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(sordin::SordinEngine* engine READ engine WRITE setEngine NOTIFY engineChanged REQUIRED)
+    Q_PROPERTY(QColor line MEMBER line_ NOTIFY styleChanged)
+    Q_PROPERTY(QColor rule MEMBER rule_ NOTIFY styleChanged)
+    Q_PROPERTY(QColor grid MEMBER grid_ NOTIFY styleChanged)
+    Q_PROPERTY(QColor label MEMBER label_ NOTIFY styleChanged)
+    Q_PROPERTY(QFont font MEMBER font_ NOTIFY styleChanged)
+    /// The row of the trail that is pointed at; -1 for none.
+    Q_PROPERTY(int highlighted MEMBER highlighted_ NOTIFY styleChanged)
+
+public:
+    explicit TrailChart(QQuickItem* parent = nullptr);
+
+    [[nodiscard]] SordinEngine* engine() const { return engine_; }
+    void setEngine(SordinEngine* engine);
+
+    void paint(QPainter* painter) override;
+
+    /// The row of the point nearest to a place; -1 if there is none.
+    Q_INVOKABLE [[nodiscard]] int rowAt(double x) const;
+    /// "x" and "y" in the item's coordinates, "confidence", "time" (a date); empty for a row that is not
+    /// there.
+    Q_INVOKABLE [[nodiscard]] QVariantMap point(int row) const;
+
+Q_SIGNALS:
+    void engineChanged();
+    void styleChanged();
+
+private:
+    [[nodiscard]] QRectF plot() const;
+    [[nodiscard]] QPointF place(const TrailPoint& point) const;
+    [[nodiscard]] double heightOf(double value) const;
+    void paintAxes(QPainter& painter) const;
+    void paintLine(QPainter& painter) const;
+
+    QPointer<SordinEngine> engine_;
+    QColor line_;
+    QColor rule_;
+    QColor grid_;
+    QColor label_;
+    QFont font_;
+    int highlighted_ = -1;
+};
+
+}  // namespace sordin

@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Sordin.Style
+
+Label {
+    font: Theme.caption
+    color: Theme.secondary
+}

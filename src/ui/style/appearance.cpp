@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include "ui/style/appearance.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QPalette>
+#include <array>
+
+namespace sordin {
+
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString interface = QStringLiteral("org.freedesktop.portal.Settings");
+const QString appearanceGroup = QStringLiteral("org.freedesktop.appearance");
+const QString gnomeGroup = QStringLiteral("org.gnome.desktop.interface");
+const QString colourSchemeKey = QStringLiteral("color-scheme");
+const QString accentKey = QStringLiteral("accent-color");
+const QString animationsKey = QStringLiteral("enable-animations");
+
+constexpr int patience = 2000;  // milliseconds; what comes later is still heard as a change
+
+/// Three shares from 0 to 1, as the portal has them; anything else is no colour.
+QColor colourIn(const QVariant& value) {
+    if (!value.canConvert<QDBusArgument>()) {
+        return {};
+    }
+    const auto argument = value.value<QDBusArgument>();
+    if (argument.currentSignature() != QLatin1String("(ddd)")) {
+        return {};
+    }
+    std::array<double, 3> shares{};
+    argument.beginStructure();
+    argument >> shares[0] >> shares[1] >> shares[2];
+    argument.endStructure();
+    for (const double share : shares) {
+        if (!(share >= 0 && share <= 1)) {
+            return {};
+        }
+    }
+    return QColor::fromRgbF(static_cast<float>(shares[0]), static_cast<float>(shares[1]),
+                            static_cast<float>(shares[2]));
+}
+
+}  // namespace
+
+Appearance::Appearance(QObject* parent) : QObject(parent) {
+    qApp->installEventFilter(this);
+    QDBusConnection::sessionBus().connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+                                          SLOT(settingChanged(QString, QString, QDBusVariant)));
+    ask(appearanceGroup, colourSchemeKey);
+    ask(appearanceGroup, accentKey);
+    ask(gnomeGroup, animationsKey);
+}
+
+Appearance*& Appearance::used() {
+    static Appearance* used = nullptr;
+    return used;
+}
+
+Appearance* Appearance::create(QQmlEngine* /*qml*/, QJSEngine* /*engine*/) {
+    if (used() != nullptr) {
+        QJSEngine::setObjectOwnership(used(), QJSEngine::CppOwnership);
+    }
+    return used();
+}
+
+void Appearance::ask(const QString& group, const QString& key) {
+    auto question = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+    question << group << key;
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): this owns it until it is done
+    auto* call =
+        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question, patience), this);
+    connect(call, &QDBusPendingCallWatcher::finished, this, [this, call, group, key] {
+        call->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *call;
+        if (reply.isValid()) {
+            settingChanged(group, key, reply.value());
+        }
+    });
+}
+
+void Appearance::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
+    QVariant content = value.variant();
+    if (content.canConvert<QDBusVariant>()) {  // older portals wrap it twice
+        content = content.value<QDBusVariant>().variant();
+    }
+    if (group == appearanceGroup && key == colourSchemeKey) {
+        colourScheme_ = content.toUInt();
+        Q_EMIT changed();
+    } else if (group == appearanceGroup && key == accentKey) {
+        portalAccent_ = colourIn(content);
+        Q_EMIT changed();
+    } else if (group == gnomeGroup && key == animationsKey) {
+        reducedMotion_ = content.metaType().id() == QMetaType::Bool && !content.toBool();
+        Q_EMIT changed();
+    }
+}
+
+bool Appearance::dark() const {
+    if (forced_) {
+        return *forced_;
+    }
+    if (colourScheme_ == 1 || colourScheme_ == 2) {
+        return colourScheme_ == 1;
+    }
+    return QGuiApplication::palette().color(QPalette::Window).lightnessF() < 0.5F;
+}
+
+QColor Appearance::accent() const {
+    return portalAccent_;
+}
+
+void Appearance::force(bool dark) {
+    forced_ = dark;
+    Q_EMIT changed();
+}
+
+bool Appearance::eventFilter(QObject* object, QEvent* event) {
+    if (object == qApp && event->type() == QEvent::ApplicationPaletteChange) {
+        Q_EMIT changed();
+    }
+    return QObject::eventFilter(object, event);
+}
+
+}  // namespace sordin

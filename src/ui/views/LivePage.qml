@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Layouts
+import Sordin.Model
+import Sordin.Style
+
+// What the detector does right now.
+ColumnLayout {
+    id: page
+    required property SordinEngine engine
+    spacing: 16
+
+    EngineState { id: status; engine: page.engine }
+
+    Card {
+        RowLayout {
+            spacing: 14
+            Item {
+                implicitWidth: 44
+                implicitHeight: 44
+                Rectangle { anchors.fill: parent; radius: 12; color: status.color; opacity: 0.14 }
+                Symbol {
+                    objectName: "statusSymbol"
+                    anchors.centerIn: parent
+                    size: 30
+                    name: page.engine.adActive ? "speaker.slash.fill" : "speaker.wave.2.fill"
+                    color: status.color
+                }
+            }
+            ColumnLayout {
+                spacing: 2
+                Label {
+                    objectName: "statusText"
+                    text: status.text
+                    font: Theme.title
+                    Layout.fillWidth: true
+                    Accessible.role: Accessible.AlertMessage
+                }
+                Label {
+                    objectName: "source"
+                    visible: page.engine.adActive
+                    text: qsTr("Source: %1").arg(page.engine.currentApp)
+                    color: Theme.secondary
+                    Layout.fillWidth: true
+                    maximumLineCount: 1
+                    elide: Text.ElideRight
+                }
+            }
+            EnabledSwitch { objectName: "enabled"; engine: page.engine; Layout.alignment: Qt.AlignVCenter }
+        }
+        RowLayout {
+            objectName: "permissionNotice"
+            visible: !page.engine.screenAccess
+            spacing: 8
+            Label {
+                text: qsTr("Screen & System Audio Recording permission is required to hear system audio.")
+                font: Theme.callout
+                Layout.fillWidth: true
+            }
+            Button {
+                objectName: "grant"
+                text: qsTr("Grant…")
+                onClicked: {
+                    page.engine.requestScreenAccess();
+                    page.engine.openSettings("Privacy_ScreenCapture");
+                }
+            }
+            Button { objectName: "retry"; text: qsTr("Retry"); onClicked: page.engine.startCapture() }
+        }
+    }
+    Card {
+        ConfidenceBar { Layout.fillWidth: true; confidence: page.engine.confidence; threshold: page.engine.threshold }
+        RowLayout {
+            Label {
+                objectName: "confidence"
+                text: Math.trunc(page.engine.confidence * 100) + "%"
+                font: Theme.caption
+                Layout.fillWidth: true
+            }
+            Caption { objectName: "threshold"; text: qsTr("Mute threshold %1%").arg(Math.trunc(page.engine.threshold * 100)) }
+        }
+        TrailChart {
+            id: chart
+            objectName: "chart"
+            Layout.fillWidth: true
+            implicitHeight: 140
+            engine: page.engine
+            line: Theme.accent
+            rule: Qt.alpha(Theme.red, 0.7)
+            grid: Theme.quaternary
+            label: Theme.secondary
+            font: Theme.caption
+            highlighted: pointer.hovered ? rowAt(pointer.point.position.x) : -1
+            Accessible.role: Accessible.Chart
+            Accessible.name: qsTr("Confidence over time")
+
+            HoverHandler { id: pointer }
+            Tip {
+                readonly property var point: { page.engine.confidence; return chart.point(chart.highlighted); }
+                visible: chart.highlighted >= 0
+                at: Qt.point(point.x ?? 0, point.y ?? 0)
+                text: visible ? qsTr("%1% at %2").arg(Math.trunc(point.confidence * 100)).arg(point.time.toLocaleTimeString(Qt.locale(), "hh:mm:ss")) : ""
+            }
+        }
+    }
+    Card {
+        RowLayout {
+            spacing: 12
+            Label { text: qsTr("Sensitivity"); wrapMode: Text.NoWrap; Accessible.ignored: true }
+            Caption { text: qsTr("Fewer mutes"); wrapMode: Text.NoWrap }
+            SensitivitySlider { objectName: "sensitivity"; engine: page.engine; Layout.fillWidth: true }
+            Caption { text: qsTr("More mutes"); wrapMode: Text.NoWrap }
+        }
+        Caption { text: qsTr("Higher sensitivity lowers the confidence needed to mute."); Layout.fillWidth: true }
+    }
+    Card {
+        objectName: "transcriptCard"
+        visible: page.engine.transcribing
+        title: qsTr("On-device transcript (suspicious segment)")
+        Label {
+            objectName: "transcript"
+            readonly property bool waiting: page.engine.transcript === ""
+            text: waiting ? qsTr("Listening…") : page.engine.transcript
+            font: waiting ? Theme.callout : Theme.body
+            color: waiting ? Theme.secondary : Theme.text
+            maximumLineCount: 4
+            elide: Text.ElideRight
+            Layout.fillWidth: true
+        }
+    }
+    Item { Layout.fillHeight: true }
+}

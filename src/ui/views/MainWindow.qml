@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+import Sordin.Model
+import Sordin.Style
+
+T.ApplicationWindow {
+    id: window
+    required property SordinEngine engine
+    readonly property string section: sections[sidebar.currentIndex].key
+    readonly property var sections: [
+        { key: "live", title: qsTr("Live"), symbol: "waveform", page: live },
+        { key: "timeline", title: qsTr("Timeline"), symbol: "clock.arrow.circlepath", page: timeline },
+        { key: "apps", title: qsTr("Apps"), symbol: "app.badge", page: apps },
+        { key: "test", title: qsTr("Test Mode"), symbol: "testtube.2", page: test },
+        { key: "settings", title: qsTr("Settings"), symbol: "gearshape", page: settings },
+    ]
+
+    title: qsTr("Sordin")
+    width: 860
+    height: 640
+    minimumWidth: 780
+    minimumHeight: 540
+    color: Theme.window
+
+
+    Component { id: live; LivePage { engine: window.engine } }
+    Component { id: timeline; TimelinePage { engine: window.engine } }
+    Component { id: apps; AppsPage { engine: window.engine } }
+    Component { id: test; TestPage { engine: window.engine } }
+    Component { id: settings; SettingsPage { engine: window.engine } }
+
+    RowLayout {
+        anchors.fill: parent
+        spacing: 0
+        Rectangle {
+            Layout.fillHeight: true
+            Layout.minimumWidth: 160
+            Layout.preferredWidth: 180
+            Layout.maximumWidth: 220
+            color: Theme.sidebar
+            ListView {
+                id: sidebar
+                objectName: "sidebar"
+                anchors { fill: parent; margins: 10; topMargin: 14 }
+                spacing: 2
+                interactive: false
+                focus: true
+                activeFocusOnTab: true
+                keyNavigationEnabled: true
+                model: window.sections
+                Accessible.role: Accessible.List
+                Accessible.name: qsTr("Pages")
+                delegate: T.ItemDelegate {
+                    id: row
+                    required property var modelData
+                    required property int index
+                    width: ListView.view.width
+                    height: 34
+                    text: modelData.title
+                    highlighted: ListView.isCurrentItem
+                    focusPolicy: Qt.NoFocus // the list has it
+                    onClicked: ListView.view.currentIndex = index
+                    Accessible.role: Accessible.ListItem
+                    Accessible.name: text
+                    Accessible.selected: highlighted
+                    Accessible.onPressAction: clicked()
+                    background: Rectangle {
+                        radius: 8
+                        color: row.highlighted ? Qt.alpha(Theme.accent, Theme.dark ? 0.28 : 0.16) : row.hovered ? Theme.hover : "transparent"
+                        border { width: row.highlighted && sidebar.activeFocus && window.byKeyboard ? 2 : 0; color: Theme.accent }
+                    }
+                    contentItem: Row {
+                        leftPadding: 10
+                        spacing: 10
+                        Symbol {
+                            anchors.verticalCenter: parent.verticalCenter
+                            name: row.modelData.symbol
+                            size: 17
+                            color: row.highlighted ? Theme.accent : Theme.secondary
+                        }
+                        Label { anchors.verticalCenter: parent.verticalCenter; text: row.text; wrapMode: Text.NoWrap; Accessible.ignored: true }
+                    }
+                }
+            }
+        }
+        Rectangle { Layout.fillHeight: true; implicitWidth: 1; color: Theme.quaternary }
+        Flickable {
+            id: detail
+            objectName: "detail"
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            clip: true
+            boundsBehavior: Flickable.StopAtBounds
+            contentWidth: width
+            contentHeight: page.height + 48
+            T.ScrollBar.vertical: ScrollBar { }
+            Loader {
+                id: page
+                objectName: "page"
+                x: 24
+                y: 24
+                width: detail.width - 48
+                height: item ? Math.max(item.implicitHeight, detail.height - 48) : 0
+                sourceComponent: window.sections[sidebar.currentIndex].page
+                onSourceComponentChanged: detail.contentY = 0
+            }
+            // What the keyboard reaches comes into sight.
+            Connections {
+                target: window
+                function onActiveFocusItemChanged() {
+                    const item = window.activeFocusItem;
+                    if (item && page.item && window.isWithin(item, page.item)) {
+                        const top = item.mapToItem(detail.contentItem, 0, 0).y;
+                        if (top < detail.contentY + 12) {
+                            detail.contentY = Math.max(0, top - 12);
+                        } else if (top + item.height > detail.contentY + detail.height - 12) {
+                            detail.contentY = Math.min(detail.contentHeight - detail.height, top + item.height + 12 - detail.height);
+                        }
+                    }
+                }
+            }
+        }
+    }
+    // Whether the focus was last moved by keys, so that it is to be seen.
+    readonly property bool byKeyboard: activeFocusItem !== null && (activeFocusItem.focusReason === Qt.TabFocusReason || activeFocusItem.focusReason === Qt.BacktabFocusReason)
+
+    function isWithin(item: Item, ancestor: Item): bool {
+        for (let each = item; each; each = each.parent) {
+            if (each === ancestor) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    OnboardingSheet { objectName: "sheet"; engine: window.engine; lastStep: 3 }
+}

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Window
+import Sordin.Model
+import Sordin.Style
+
+// What drops down from the icon. Leaving it closes it.
+Window {
+    id: panel
+    required property SordinEngine engine
+    signal openMain()
+    signal quit()
+
+    title: qsTr("Sordin")
+    width: 290
+    height: column.implicitHeight + 24
+    // Compositors that tile leave windows of one size alone.
+    minimumWidth: width
+    maximumWidth: width
+    minimumHeight: height
+    maximumHeight: height
+    color: "transparent"
+
+    EngineState { id: status; engine: panel.engine }
+    SummaryTexts { id: summary; engine: panel.engine }
+
+    Rectangle {
+        anchors.fill: parent
+        radius: 12
+        color: Theme.window
+        border { width: 1; color: Theme.outline }
+        focus: true
+        Keys.onEscapePressed: panel.close()
+
+        ColumnLayout {
+            id: column
+            anchors { left: parent.left; right: parent.right; top: parent.top; margins: 12 }
+            spacing: 10
+            RowLayout {
+                spacing: 8
+                Rectangle { implicitWidth: 10; implicitHeight: 10; radius: 5; color: status.color; Accessible.ignored: true }
+                Label {
+                    objectName: "statusText"
+                    text: status.text
+                    font: Theme.headline
+                    Layout.fillWidth: true
+                    Accessible.role: Accessible.AlertMessage
+                }
+                EnabledSwitch { objectName: "enabled"; engine: panel.engine; labelHidden: true }
+            }
+            ConfidenceBar { Layout.fillWidth: true; confidence: panel.engine.confidence; threshold: panel.engine.threshold }
+            ColumnLayout {
+                spacing: 4
+                RowLayout {
+                    Label { text: qsTr("Sensitivity"); font: Theme.callout; Layout.fillWidth: true; Accessible.ignored: true }
+                    Caption { objectName: "sensitivityText"; text: Math.trunc(panel.engine.sensitivity * 100) + "%" }
+                }
+                SensitivitySlider { objectName: "sensitivity"; engine: panel.engine; Layout.fillWidth: true }
+            }
+            Caption { objectName: "today"; text: summary.today; Layout.fillWidth: true }
+            Divider { }
+            RowLayout {
+                Button { objectName: "open"; text: qsTr("Open Sordin"); onClicked: { panel.close(); panel.openMain(); } }
+                Item { Layout.fillWidth: true }
+                Button { objectName: "quit"; text: qsTr("Quit"); onClicked: panel.quit() }
+            }
+        }
+    }
+}

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import QtQuick.Layouts
+import Sordin.Model
+import Sordin.Style
+
+ColumnLayout {
+    id: page
+    required property SordinEngine engine
+    spacing: 16
+
+    Card {
+        RowLayout {
+            spacing: 12
+            Label { text: qsTr("During ads"); wrapMode: Text.NoWrap; Accessible.ignored: true }
+            Slider {
+                objectName: "duck"
+                from: 0
+                to: 50
+                stepSize: 5
+                snapMode: Slider.SnapAlways
+                Layout.fillWidth: true
+                value: page.engine.duckPercent
+                onValueChanged: if (value !== page.engine.duckPercent) page.engine.duckPercent = value
+                Accessible.name: qsTr("During ads")
+                Accessible.description: duckText.text
+            }
+            Label {
+                id: duckText
+                objectName: "duckText"
+                text: page.engine.duckPercent === 0 ? qsTr("Mute") : qsTr("Duck to %1%").arg(Math.trunc(page.engine.duckPercent))
+                Layout.preferredWidth: 100
+                horizontalAlignment: Text.AlignRight
+                wrapMode: Text.NoWrap
+            }
+        }
+        Caption {
+            text: qsTr("Volume fades out in 0.15 s and back in over 0.6 s. Your original volume is always restored.")
+            Layout.fillWidth: true
+        }
+    }
+    Card {
+        Switch {
+            objectName: "transcription"
+            text: qsTr("Transcribe suspicious segments on-device")
+            Layout.fillWidth: true
+            checked: page.engine.transcriptionEnabled
+            onCheckedChanged: {
+                if (checked !== page.engine.transcriptionEnabled) {
+                    page.engine.transcriptionEnabled = checked;
+                }
+                checked = Qt.binding(() => page.engine.transcriptionEnabled);
+            }
+        }
+        Caption {
+            text: qsTr("Uses Apple's on-device speech model only. No audio or text ever leaves your Mac; Sordin has no networking code.")
+            Layout.fillWidth: true
+        }
+    }
+    Card {
+        PermissionRow {
+            objectName: "screen"
+            title: qsTr("Screen & System Audio Recording")
+            granted: page.engine.screenAccess
+            onWanted: {
+                page.engine.requestScreenAccess();
+                page.engine.openSettings("Privacy_ScreenCapture");
+            }
+        }
+        PermissionRow {
+            objectName: "speech"
+            title: qsTr("Speech Recognition (optional)")
+            granted: page.engine.speechAccess
+            onWanted: page.engine.requestSpeechAccess()
+        }
+        Button { objectName: "refresh"; text: qsTr("Refresh"); onClicked: page.engine.refreshAccess() }
+    }
+    Button {
+        objectName: "onboarding"
+        text: qsTr("Show onboarding again")
+        onClicked: page.engine.onboardingComplete = false
+    }
+    Item { Layout.fillHeight: true }
+}

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+// For tests that need Qt's fonts and event loop, but no display.
+#include <gmock/gmock.h>
+
+#include <QGuiApplication>
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    testing::InitGoogleMock(&argc, argv);
+    const QGuiApplication application(argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+#include "ui/model/ad_history_model.h"
+#include "ui/model/app_stats_model.h"
+#include "ui/model/signals_model.h"
+#include "ui_fixture.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace sordin {
+namespace {
+
+using Mode = QAbstractItemModelTester::FailureReportingMode;
+using EventKind = AdEvent::Kind;
+using testing::ElementsAre;
+
+class ModelsTest : public UiTest {
+protected:
+    [[nodiscard]] static std::vector<QString> apps(const QAbstractItemModel& model) {
+        std::vector<QString> names;
+        for (int row = 0; row < model.rowCount(); ++row) {
+            names.push_back(model.index(row, 0).data().toString());
+        }
+        return names;
+    }
+};
+
+TEST_F(ModelsTest, HistoryFollowsTheEngineRowByRow) {
+    engine->setHistory({adAgo("B", 60, 10), adAgo("A", 120, 10)});
+    AdHistoryModel model;
+    const QAbstractItemModelTester tester(&model, Mode::Fatal);
+    model.setEngine(engine.get());
+    EXPECT_THAT(apps(model), ElementsAre("B", "A"));
+
+    const QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
+    const QPersistentModelIndex b = model.index(0);
+    add(adAgo("C", 30, 10));
+    EXPECT_THAT(apps(model), ElementsAre("C", "B", "A"));
+    EXPECT_EQ(b.row(), 1) << "what a view shows stays where it is";
+    AdHistory full = engine->history();
+    full.insert(full.begin(), adAgo("D", 20, 10));
+    full.pop_back();
+    engine->setHistory(full);
+    EXPECT_THAT(apps(model), ElementsAre("D", "C", "B"));
+    EXPECT_EQ(b.row(), 2);
+    EXPECT_EQ(resets.count(), 0);
+
+    engine->setHistory({adAgo("X", 10, 5)});
+    EXPECT_THAT(apps(model), ElementsAre("X"));
+    model.setEngine(nullptr);
+    EXPECT_EQ(model.rowCount(), 0);
+}
+
+TEST_F(ModelsTest, HistoryListsTestsOnlyIfWanted) {
+    engine->setHistory({adAgo("Simulated", 10, 6, EventKind::simulated), adAgo("Real", 20, 10),
+                        adAgo("Watched", 40, 10, EventKind::testOnly)});
+    AdHistoryModel model;
+    const QAbstractItemModelTester tester(&model, Mode::Fatal);
+    model.setEngine(engine.get());
+    EXPECT_THAT(apps(model), ElementsAre("Simulated", "Real", "Watched"));
+    model.setShowTests(false);
+    EXPECT_THAT(apps(model), ElementsAre("Real"));
+    add(adAgo("Another test", 5, 6, EventKind::testOnly));
+    EXPECT_THAT(apps(model), ElementsAre("Real"));
+    add(adAgo("Another", 1, 1));
+    EXPECT_THAT(apps(model), ElementsAre("Another", "Real"));
+    model.setShowTests(true);
+    EXPECT_EQ(model.rowCount(), 5);
+
+    const auto real = model.index(0);
+    const auto simulated = model.index(2);
+    EXPECT_TRUE(real.data(AdHistoryModel::realRole).toBool());
+    EXPECT_FALSE(simulated.data(AdHistoryModel::realRole).toBool());
+    EXPECT_EQ(real.data(AdHistoryModel::confidenceRole).toInt(), 85) << "truncated";
+    EXPECT_EQ(simulated.data(AdHistoryModel::durationRole).toString(), "6s");
+    EXPECT_TRUE(real.data(AdHistoryModel::detailsRole).toString().endsWith(" · Audio, Keywords"));
+    AdEvent plain = adAgo("Plain", 0, 1);
+    plain.reasons.clear();
+    add(plain);
+    EXPECT_TRUE(model.index(0).data(AdHistoryModel::detailsRole).toString().endsWith(" · –"));
+}
+
+TEST_F(ModelsTest, AClearedHistoryComesBackForAsLongAsNothingIsNew) {
+    AdHistoryModel model;
+    const QAbstractItemModelTester tester(&model, Mode::Fatal);
+    model.setEngine(engine.get());
+    EXPECT_FALSE(model.canClear());
+    model.clear();
+    EXPECT_FALSE(model.canUndo()) << "there was nothing";
+
+    const auto kept = [this] { return AdHistoryFile(folder / "Sordin/history.json", historyQueue).load(); };
+    const AdHistory before{adAgo("B", 60, 10), adAgo("A", 120, 10, EventKind::testOnly)};
+    engine->setHistory(before);
+    model.setShowTests(false);
+    model.clear();
+    settle();
+    EXPECT_TRUE(engine->history().empty()) << "those that are not listed too";
+    EXPECT_TRUE(kept().empty());
+    EXPECT_TRUE(model.canUndo());
+    EXPECT_FALSE(model.canClear());
+    model.undoClear();
+    settle();
+    EXPECT_EQ(engine->history(), before);
+    EXPECT_EQ(kept(), before);
+    EXPECT_FALSE(model.canUndo());
+
+    model.clear();
+    add(adAgo("New", 1, 1));
+    EXPECT_FALSE(model.canUndo());
+    model.undoClear();
+    EXPECT_THAT(apps(model), ElementsAre("New"));
+}
+
+TEST_F(ModelsTest, StatisticsSayHowMuchCameFromWhere) {
+    AppStatsModel model;
+    const QAbstractItemModelTester tester(&model, Mode::Fatal);
+    model.setEngine(engine.get());
+    EXPECT_EQ(model.rowCount(), 0);
+    engine->setHistory({adAgo("Radio", 7300, 30), adAgo("Browser", 90'000, 20), adAgo("Radio", 100'000, 50)});
+    EXPECT_THAT(apps(model), ElementsAre("Radio", "Browser"));
+    const auto radio = model.index(0);
+    const auto browser = model.index(1);
+    EXPECT_EQ(radio.data(AppStatsModel::summaryRole).toString(), "2 ads · 1m 20s muted");
+    EXPECT_EQ(radio.data(AppStatsModel::detailsRole).toString(), "Average 40s · last 2 hours ago");
+    EXPECT_EQ(radio.data(AppStatsModel::shareRole).toDouble(), 1);
+    EXPECT_EQ(browser.data(AppStatsModel::shareRole).toDouble(), 0.25);
+    EXPECT_EQ(browser.data(AppStatsModel::detailsRole).toString(), "Average 20s · last yesterday");
+    engine->setHistory({adAgo("Radio", 60, 0)});
+    EXPECT_EQ(model.index(0).data(AppStatsModel::shareRole).toDouble(), 0) << "no time at all, not a fault";
+}
+
+TEST_F(ModelsTest, SignalsKeepTheirRows) {
+    SignalsModel model;
+    const QAbstractItemModelTester tester(&model, Mode::Fatal);
+    model.setEngine(engine.get());
+    EXPECT_EQ(model.rowCount(), 0);
+    const auto hearSignals = [this](float audio, float keywords) {
+        scorer->contributions = {};
+        scorer->contributions.append({"Audio", audio});
+        scorer->contributions.append({"Keywords", keywords});
+        hear(2, 0.3F);
+    };
+    capture->completion(std::nullopt);
+    settle();
+    hearSignals(0.1F, 0.2F);
+    ASSERT_EQ(model.rowCount(), 2);
+    const QSignalSpy resets(&model, &QAbstractItemModel::modelReset);
+    const QSignalSpy changes(&model, &QAbstractItemModel::dataChanged);
+    hearSignals(1.7F, -0.5F);
+    EXPECT_EQ(resets.count(), 0);
+    EXPECT_GE(changes.count(), 1);
+    EXPECT_EQ(model.index(0).data(SignalsModel::levelRole).toDouble(), 1);
+    EXPECT_EQ(model.index(0).data(SignalsModel::valueRole).toString(), "1.70") << "as it is";
+    EXPECT_EQ(model.index(1).data(SignalsModel::levelRole).toDouble(), 0);
+    engine->setIsEnabled(false);
+    settle();
+    EXPECT_EQ(model.rowCount(), 0);
+}
+
+}  // namespace
+}  // namespace sordin

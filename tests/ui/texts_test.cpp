@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "ui/model/date_text.h"
+#include "ui/model/status_label.h"
+#include "ui/model/summary_texts.h"
+#include "ui_fixture.h"
+
+#include <QLocale>
+#include <QSignalSpy>
+
+namespace sordin {
+namespace {
+
+class TextsTest : public UiTest {};
+
+using Tone = StatusLabel::Tone;
+
+TEST_F(TextsTest, TheStatusIsSaidInWordsAndByColour) {
+    StatusLabel label;
+    EXPECT_EQ(label.text(), "");
+    label.setEngine(engine.get());
+    const QSignalSpy changes(&label, &StatusLabel::changed);
+    const auto is = [&](const char* text, Tone tone) { return label.text() == text && label.tone() == tone; };
+    EXPECT_TRUE(is("Starting…", Tone::yellow));
+    capture->completion(std::nullopt);
+    settle();
+    EXPECT_TRUE(is("Listening", Tone::green));
+    hearAdBegin();
+    EXPECT_TRUE(is("Ad detected, muted", Tone::red));
+    hearAdEnd();
+    engine->setTestMode(true);
+    EXPECT_TRUE(is("Listening (test mode)", Tone::green));
+    hearAdBegin();
+    EXPECT_TRUE(is("Ad detected (test: not muted)", Tone::red));
+    engine->setIsEnabled(false);
+    settle();
+    EXPECT_TRUE(is("Paused", Tone::gray));
+    EXPECT_GE(changes.count(), 6);
+
+    permissions->granted = false;
+    engine->setIsEnabled(true);
+    settle();
+    EXPECT_TRUE(is("Needs permission", Tone::orange));
+    permissions->granted = true;
+    engine->startCapture();
+    settle();
+    capture->completion(SystemAudioCapture::Failure(SystemAudioCapture::Error::noOutput));
+    settle();
+    EXPECT_EQ(label.text(), engine->status().message());
+    EXPECT_FALSE(label.text().isEmpty());
+    EXPECT_EQ(label.tone(), Tone::orange);
+}
+
+TEST_F(TextsTest, SummariesCountRealAds) {
+    SummaryTexts texts;
+    EXPECT_EQ(texts.today(), "Today: 0 ads · 0s muted");
+    texts.setEngine(engine.get());
+    const QSignalSpy changes(&texts, &SummaryTexts::changed);
+    wallClock = currentReferenceDate();
+    // Yesterday, whatever the time of day is now.
+    const double yesterday = QTime(0, 0).secsTo(QTime::currentTime()) + 3600.0;
+    engine->setHistory(
+        {adAgo("A", 0, 12), adAgo("A", 0, 500, AdEvent::Kind::testOnly), adAgo("B", yesterday, 60)});
+    EXPECT_EQ(changes.count(), 1);
+    EXPECT_EQ(texts.today(), "Today: 1 ads · 12s muted");
+    EXPECT_EQ(texts.adsToday(), "1");
+    EXPECT_EQ(texts.mutedToday(), "12s");
+    EXPECT_EQ(texts.allTimeMuted(), "1m 12s");
+}
+
+TEST(DateText, RelativeDatesAreInWords) {
+    const QDateTime now(QDate(2024, 3, 31), QTime(12, 0), Qt::UTC);
+    const auto ago = [&now](qint64 seconds) {
+        return relativeDate(now.addSecs(-seconds), now).toStdString();
+    };
+    constexpr qint64 day = 86'400;
+    EXPECT_EQ(ago(-5000), "now") << "the clock was set back";
+    EXPECT_EQ(ago(0), "now");
+    EXPECT_EQ(ago(1), "1 second ago");
+    EXPECT_EQ(ago(59), "59 seconds ago");
+    EXPECT_EQ(ago(60), "1 minute ago");
+    EXPECT_EQ(ago(3599), "59 minutes ago");
+    EXPECT_EQ(ago(3600), "1 hour ago");
+    EXPECT_EQ(ago(2 * 3600), "2 hours ago");
+    EXPECT_EQ(ago(day), "yesterday");
+    EXPECT_EQ(ago(6 * day), "6 days ago");
+    EXPECT_EQ(ago(7 * day), "last week");
+    EXPECT_EQ(ago(15 * day), "2 weeks ago");
+    EXPECT_EQ(ago(31 * day), "last month") << "29 February is the end of the month before";
+    EXPECT_EQ(ago(32 * day), "last month");
+    EXPECT_EQ(ago(366 * day), "last year");
+    EXPECT_EQ(ago(3 * 366 * day), "3 years ago");
+}
+
+TEST(DateText, DatesAreWrittenAsTheUsersLanguageDoes) {
+    const QDateTime date(QDate(2024, 3, 5), QTime(15, 4, 9));
+    const auto in = [&date](const char* language) {
+        QLocale::setDefault(QLocale(QLatin1String(language)));
+        const std::string text = dateAndTime(date).toStdString();
+        QLocale::setDefault(QLocale::c());
+        return text;
+    };
+    EXPECT_EQ(in("en_US"), "Mar 5, 2024, 3:04:09 PM");
+    EXPECT_EQ(in("en_GB"), "5 Mar 2024, 15:04:09");
+    EXPECT_EQ(in("de_DE"), "5. März 2024, 15:04:09");
+}
+
+}  // namespace
+}  // namespace sordin

@@ -1,0 +1,356 @@
+// SPDX-License-Identifier: MIT
+// The views as a user has them: clicked at, typed at and read.
+#include "ui/ui_engine.h"
+#include "ui_fixture.h"
+
+#include <QAccessible>
+#include <QQuickItem>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace sordin {
+namespace {
+
+using EventKind = AdEvent::Kind;
+
+class ViewsTest : public UiTest {
+protected:
+    static void SetUpTestSuite() { UiEngine::prepare(); }
+
+    void openWindow() {
+        window = ui.mainWindow(*engine);
+        open(*window);
+    }
+    void openPanel() {
+        window = ui.panel(*engine);
+        open(*window);
+    }
+    static void open(QQuickWindow& opened) {
+        opened.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&opened));
+    }
+    /// 0 is Live.
+    void openPage(int index) {
+        openWindow();
+        item("sidebar")->setProperty("currentIndex", index);
+    }
+
+    /// By its object name, in what is shown; pages that were left do not count.
+    [[nodiscard]] QQuickItem* find(const QString& name, const QQuickItem* within = nullptr) const {
+        const QQuickItem* parent = within != nullptr ? within : window->contentItem()->parentItem();
+        for (QQuickItem* child : (parent != nullptr ? parent : window->contentItem())->childItems()) {
+            if (child->objectName() == name) {
+                return child;
+            }
+            if (QQuickItem* found = find(name, child)) {
+                return found;
+            }
+        }
+        return nullptr;
+    }
+    [[nodiscard]] QQuickItem* item(const QString& name) const {
+        QQuickItem* found = find(name);
+        if (found == nullptr) {
+            throw std::runtime_error("there is no " + name.toStdString());
+        }
+        return found;
+    }
+    [[nodiscard]] std::string textOf(const QString& name) const {
+        return item(name)->property("text").toString().toStdString();
+    }
+    [[nodiscard]] bool shown(const QString& name) const {
+        const QQuickItem* found = find(name);
+        return found != nullptr && found->isVisible();
+    }
+    void click(QQuickItem* target) {
+        const QPointF centre = target->mapToScene({target->width() / 2, target->height() / 2});
+        QTest::mouseClick(window.get(), Qt::LeftButton, {}, centre.toPoint());
+        settle();
+    }
+    void click(const QString& name) { click(item(name)); }
+    void press(Qt::Key key) {
+        QTest::keyClick(window.get(), key);
+        settle();
+    }
+
+    UiEngine ui;
+    std::unique_ptr<QQuickWindow> window;
+};
+
+TEST_F(ViewsTest, TheLivePageSaysWhatIsGoingOn) {
+    capture->completion(std::nullopt);
+    settle();
+    openWindow();
+    EXPECT_EQ(textOf("statusText"), "Listening");
+    EXPECT_FALSE(shown("source"));
+    EXPECT_FALSE(shown("permissionNotice"));
+    EXPECT_FALSE(shown("transcriptCard"));
+    EXPECT_EQ(textOf("threshold"), "Mute threshold 57%") << "truncated";
+    hearAdBegin();
+    EXPECT_EQ(textOf("statusText"), "Ad detected, muted");
+    EXPECT_EQ(textOf("source"), "Source: Radio");
+    EXPECT_TRUE(shown("source"));
+    EXPECT_EQ(item("statusSymbol")->property("name").toString(), "speaker.slash.fill");
+    EXPECT_EQ(textOf("confidence"), "89%") << "0.9 in single precision, truncated";
+
+    click("enabled");
+    EXPECT_FALSE(engine->isEnabled());
+    EXPECT_EQ(textOf("statusText"), "Paused");
+    engine->setIsEnabled(true);
+    EXPECT_TRUE(item("enabled")->property("checked").toBool()) << "it still follows";
+
+    item("sensitivity")->forceActiveFocus();
+    press(Qt::Key_Right);
+    EXPECT_NEAR(engine->sensitivity(), 0.55, 1e-9);
+    press(Qt::Key_Home);
+    EXPECT_EQ(engine->sensitivity(), 0);
+    press(Qt::Key_Left);
+    EXPECT_EQ(engine->sensitivity(), 0);
+    engine->setSensitivity(0.7);
+    EXPECT_EQ(item("sensitivity")->property("value").toDouble(), 0.7);
+}
+
+TEST_F(ViewsTest, AMissingPermissionCanBeAskedForWhereItIsMissed) {
+    permissions->granted = false;
+    engine->refreshAccess();
+    openWindow();
+    ASSERT_TRUE(shown("permissionNotice"));
+    const int starts = capture->starts;
+    permissions->grantedWhenAsked = true;
+    click("grant");
+    EXPECT_EQ(permissions->opened, std::vector<std::string>{"Privacy_ScreenCapture"});
+    EXPECT_FALSE(shown("permissionNotice"));
+    engine->setIsEnabled(false);
+    settle();
+    permissions->granted = false;
+    engine->refreshAccess();
+    engine->setIsEnabled(true);
+    settle();
+    permissions->granted = true;
+    click("retry");
+    EXPECT_GT(capture->starts, starts);
+
+    item("sidebar")->setProperty("currentIndex", 4);
+    permissions->granted = false;
+    recogniser->permitted = false;
+    click("refresh");
+    QQuickItem* speech = find("grant", item("speech"));
+    ASSERT_TRUE(speech->isVisible() && find("grant", item("screen"))->isVisible());
+    recogniser->permitted = true;
+    click(speech);
+    EXPECT_TRUE(engine->speechAccess());
+    EXPECT_FALSE(find("grant", item("speech"))->isVisible());
+}
+
+TEST_F(ViewsTest, TheHistoryIsListedFilteredClearedAndBroughtBack) {
+    openPage(1);
+    EXPECT_TRUE(shown("noAds"));
+    EXPECT_FALSE(item("clear")->isEnabled());
+    engine->setHistory({adAgo("Radio", 60, 6, EventKind::simulated), adAgo("Radio", 120, 30)});
+    EXPECT_FALSE(shown("noAds"));
+    EXPECT_EQ(item("list")->property("count").toInt(), 2);
+    QTest::qWait(50);  // the rows are made when they are drawn
+    window->grabWindow();
+    click("showTests");
+    EXPECT_EQ(item("list")->property("count").toInt(), 1);
+    click("clear");
+    EXPECT_TRUE(engine->history().empty());
+    EXPECT_TRUE(shown("noAds"));
+    ASSERT_TRUE(shown("undoBar"));
+    window->grabWindow();
+    click("undo");
+    EXPECT_EQ(engine->history().size(), 2U);
+    EXPECT_FALSE(shown("undoBar"));
+
+    EXPECT_EQ(textOf("ago"), "6 h ago");
+    QQuickItem* range = item("range");
+    const QPointF first = range->mapToScene({20, range->height() / 2});
+    QTest::mouseClick(window.get(), Qt::LeftButton, {}, first.toPoint());
+    EXPECT_EQ(textOf("ago"), "1 h ago");
+    press(Qt::Key_Right);
+    EXPECT_EQ(textOf("ago"), "6 h ago") << "by keys";
+    item("sidebar")->setProperty("currentIndex", 2);
+    EXPECT_FALSE(shown("noStatistics"));
+    item("sidebar")->setProperty("currentIndex", 1);
+    EXPECT_TRUE(item("showTests")->property("checked").toBool()) << "each visit starts anew";
+}
+
+TEST_F(ViewsTest, FiveHundredAdsAreNotFiveHundredRows) {
+    AdHistory history;
+    for (int i = 0; i < 500; ++i) {
+        history.push_back(adAgo("Radio", 60.0 * i, 10));
+    }
+    engine->setHistory(history);
+    openPage(1);
+    window->grabWindow();
+    EXPECT_LT(find("list")->findChildren<QQuickItem*>().size(), 600) << "a row has a dozen parts";
+}
+
+TEST_F(ViewsTest, TheTestPageTriesAndForgets) {
+    openPage(3);
+    EXPECT_TRUE(shown("waiting"));
+    EXPECT_FALSE(shown("spinner"));
+    click("testMode");
+    EXPECT_TRUE(engine->testMode());
+    engine->setTestMode(false);
+    EXPECT_FALSE(item("testMode")->property("checked").toBool());
+    click("simulate");
+    EXPECT_TRUE(engine->simulating());
+    EXPECT_FALSE(item("simulate")->isEnabled());
+    EXPECT_TRUE(shown("spinner"));
+    pass(7);
+    EXPECT_TRUE(item("simulate")->isEnabled());
+    capture->completion(std::nullopt);
+    settle();
+    hearAdBegin();
+    EXPECT_FALSE(item("simulate")->isEnabled()) << "during a real ad";
+    EXPECT_EQ(textOf("testTranscript"), "Transcription runs only on suspicious speech segments.");
+    EXPECT_FALSE(shown("noSpeech"));
+    recogniser->permitted = false;
+    engine->refreshAccess();
+    EXPECT_TRUE(shown("noSpeech"));
+}
+
+TEST_F(ViewsTest, SettingsChangeTheEngine) {
+    openPage(4);
+    EXPECT_EQ(textOf("duckText"), "Mute");
+    item("duck")->forceActiveFocus();
+    press(Qt::Key_Right);
+    EXPECT_EQ(engine->duckPercent(), 5);
+    EXPECT_EQ(textOf("duckText"), "Duck to 5%");
+    press(Qt::Key_End);
+    press(Qt::Key_Right);
+    EXPECT_EQ(engine->duckPercent(), 50);
+    QQuickItem* duck = item("duck");
+    QTest::mouseClick(window.get(), Qt::LeftButton, {},
+                      duck->mapToScene({duck->width() * 0.33, duck->height() / 2}).toPoint());
+    EXPECT_EQ(engine->duckPercent(), 15) << "in steps";
+    click("transcription");
+    EXPECT_FALSE(engine->transcriptionEnabled());
+    EXPECT_FALSE(find("sheet") != nullptr &&
+                 window->findChild<QObject*>("sheet")->property("visible").toBool());
+    click("onboarding");
+    EXPECT_TRUE(window->findChild<QObject*>("sheet")->property("visible").toBool());
+}
+
+TEST_F(ViewsTest, TheGuideIsFinishedByItsLastButtonAlone) {
+    engine->setIsEnabled(false);
+    engine->setOnboardingComplete(false);
+    settle();
+    openWindow();
+    QObject* sheet = window->findChild<QObject*>("sheet");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sheet->property("opened").toBool(); }));
+    press(Qt::Key_Escape);
+    QTest::mouseClick(window.get(), Qt::LeftButton, {}, QPoint(5, 5));
+    EXPECT_FALSE(engine->onboardingComplete());
+    EXPECT_TRUE(sheet->property("visible").toBool());
+    EXPECT_EQ(textOf("sheetTitle"), "Welcome to Sordin");
+    EXPECT_FALSE(shown("back"));
+    click("primary");
+    EXPECT_EQ(textOf("sheetTitle"), "System audio permission");
+    EXPECT_EQ(textOf("permission"), "Permission granted");
+    permissions->granted = false;
+    click("recheck");
+    EXPECT_EQ(textOf("permission"), "Not granted yet");
+    click("openSettings");
+    EXPECT_EQ(permissions->opened.size(), 1U);
+    permissions->grantedWhenAsked = true;
+    click("request");
+    EXPECT_EQ(textOf("permission"), "Permission granted");
+    click("back");
+    EXPECT_EQ(textOf("sheetTitle"), "Welcome to Sordin");
+    press(Qt::Key_Return);
+    press(Qt::Key_Return);
+    EXPECT_EQ(textOf("sheetTitle"), "Speech recognition (optional)");
+    EXPECT_FALSE(shown("noPrompt"));
+    click("primary");
+    EXPECT_EQ(textOf("primary"), "Start listening");
+    EXPECT_FALSE(engine->onboardingComplete());
+    const int starts = capture->starts;
+    press(Qt::Key_Return);
+    EXPECT_TRUE(engine->onboardingComplete());
+    EXPECT_EQ(capture->starts, starts) << "switched off";
+    engine->setOnboardingComplete(false);
+    EXPECT_EQ(sheet->property("step").toInt(), 0) << "from the beginning again";
+    engine->setIsEnabled(true);
+    settle();
+}
+
+TEST_F(ViewsTest, ThePanelHasTheMostImportantAtHand) {
+    openPanel();
+    EXPECT_EQ(window->width(), 290);
+    EXPECT_EQ(textOf("statusText"), "Starting…");
+    EXPECT_EQ(textOf("today"), "Today: 0 ads · 0s muted");
+    EXPECT_EQ(textOf("sensitivityText"), "50%");
+    engine->setSensitivity(0.999);
+    EXPECT_EQ(textOf("sensitivityText"), "99%");
+    click("enabled");
+    EXPECT_FALSE(engine->isEnabled());
+    const QSignalSpy opened(window.get(), SIGNAL(openMain()));
+    const QSignalSpy quit(window.get(), SIGNAL(quit()));
+    click("quit");
+    EXPECT_EQ(quit.count(), 1);
+    click("open");
+    EXPECT_EQ(opened.count(), 1);
+    EXPECT_FALSE(window->isVisible());
+    window->show();
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(ViewsTest, TheKeyboardReachesEverything) {
+    openWindow();
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    press(Qt::Key_Down);
+    EXPECT_EQ(window->property("section").toString(), "test");
+    const auto focused = [this] {
+        const QQuickItem* at = window->activeFocusItem();
+        while (at != nullptr && at->objectName().isEmpty()) {
+            at = at->parentItem();
+        }
+        return at != nullptr ? at->objectName() : QString();
+    };
+    std::vector<QString> reached;
+    for (int i = 0; i < 4; ++i) {
+        press(Qt::Key_Tab);
+        reached.push_back(focused());
+    }
+    EXPECT_EQ(reached, (std::vector<QString>{"testMode", "simulate", "forget", "sidebar"}));
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(window->activeFocusItem()->property("visualFocus").toBool()) << "to be seen";
+    press(Qt::Key_Space);
+    EXPECT_TRUE(engine->testMode());
+}
+
+TEST_F(ViewsTest, TextsCanBeReadInBothLooks) {
+    openWindow();
+    QQmlComponent component(qmlEngine(window.get()));
+    component.setData("import QtQuick; import Sordin.Style\nQtObject { property var theme: Theme }", {});
+    const std::unique_ptr<QObject> holder(component.create());
+    ASSERT_TRUE(holder) << component.errorString().toStdString();
+    QObject* theme = holder->property("theme").value<QObject*>();
+    const auto contrast = [theme](const char* a, const char* b) {
+        double result = 0;
+        QMetaObject::invokeMethod(theme, "contrast", Q_RETURN_ARG(double, result),
+                                  Q_ARG(QColor, theme->property(a).value<QColor>()),
+                                  Q_ARG(QColor, theme->property(b).value<QColor>()));
+        return result;
+    };
+    for (const bool dark : {false, true}) {
+        ui.appearance().force(dark);
+        for (const char* ground : {"card", "window", "sidebar"}) {
+            EXPECT_GE(contrast("text", ground), 4.5) << ground << dark;
+            EXPECT_GE(contrast("secondary", ground), 4.5) << ground << dark;
+        }
+        EXPECT_GE(contrast("orangeText", "card"), 4.5) << dark;
+        EXPECT_GE(contrast("accentText", "accent"), 4.5) << dark;
+        EXPECT_GE(contrast("red", "button"), 4.5) << dark;
+        for (const char* mark : {"accent", "red", "orange", "yellow", "green", "gray"}) {
+            EXPECT_GE(contrast(mark, "card"), 3) << mark << dark;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace sordin
