@@ -3,8 +3,6 @@ import QtQuick
 import Sordin.Style
 
 Text {
-    property bool figures: false // digits of one width, so that a changing number does not move
-
     font: Theme.body
     color: Theme.text
     wrapMode: Text.Wrap
