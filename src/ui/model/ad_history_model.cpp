@@ -17,15 +17,11 @@ AdHistoryModel::AdHistoryModel(QObject* parent) : QAbstractListModel(parent) {
 }
 
 void AdHistoryModel::setEngine(SordinEngine* engine) {
-    if (engine == engine_) {
+    if (!engine_.change(engine, this)) {
         return;
     }
     if (engine_) {
-        engine_->disconnect(this);
-    }
-    engine_ = engine;
-    if (engine_) {
-        connect(engine_, &SordinEngine::historyChanged, this, &AdHistoryModel::historyChanged);
+        connect(engine_.get(), &SordinEngine::historyChanged, this, &AdHistoryModel::historyChanged);
     }
     forgetCleared();
     follow();

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/sordin_engine.h"
+#include "ui/model/followed_engine.h"
 
 #include <QAbstractListModel>
-#include <QPointer>
 #include <QQmlEngine>
 #include <QTimer>
 #include <chrono>
@@ -36,7 +35,7 @@ public:
 
     explicit AdHistoryModel(QObject* parent = nullptr);
 
-    [[nodiscard]] SordinEngine* engine() const { return engine_; }
+    [[nodiscard]] SordinEngine* engine() const { return engine_.get(); }
     void setEngine(SordinEngine* engine);
 
     /// Whether watched and simulated ads are listed too. On at first.
@@ -76,7 +75,7 @@ private:
     void follow();
     void forgetCleared();
 
-    QPointer<SordinEngine> engine_;
+    FollowedEngine engine_;
     bool showTests_ = true;
     AdHistory shown_;
     AdHistory cleared_;  // while canUndo_

@@ -7,15 +7,11 @@
 namespace sordin {
 
 void AppStatsModel::setEngine(SordinEngine* engine) {
-    if (engine == engine_) {
+    if (!engine_.change(engine, this)) {
         return;
     }
     if (engine_) {
-        engine_->disconnect(this);
-    }
-    engine_ = engine;
-    if (engine_) {
-        connect(engine_, &SordinEngine::historyChanged, this, &AppStatsModel::follow);
+        connect(engine_.get(), &SordinEngine::historyChanged, this, &AppStatsModel::follow);
     }
     follow();
     Q_EMIT engineChanged();

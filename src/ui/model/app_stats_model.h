@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/sordin_engine.h"
+#include "ui/model/followed_engine.h"
 
 #include <QAbstractListModel>
-#include <QPointer>
 #include <QQmlEngine>
 
 namespace sordin {
@@ -27,7 +26,7 @@ public:
 
     using QAbstractListModel::QAbstractListModel;
 
-    [[nodiscard]] SordinEngine* engine() const { return engine_; }
+    [[nodiscard]] SordinEngine* engine() const { return engine_.get(); }
     void setEngine(SordinEngine* engine);
     [[nodiscard]] int count() const { return static_cast<int>(stats_.size()); }
 
@@ -42,7 +41,7 @@ Q_SIGNALS:
 private:
     void follow();
 
-    QPointer<SordinEngine> engine_;
+    FollowedEngine engine_;
     std::vector<AppStat> stats_;
 };
 

@@ -6,15 +6,11 @@
 namespace sordin {
 
 void SignalsModel::setEngine(SordinEngine* engine) {
-    if (engine == engine_) {
+    if (!engine_.change(engine, this)) {
         return;
     }
     if (engine_) {
-        engine_->disconnect(this);
-    }
-    engine_ = engine;
-    if (engine_) {
-        connect(engine_, &SordinEngine::signalReadingsChanged, this, &SignalsModel::follow);
+        connect(engine_.get(), &SordinEngine::signalReadingsChanged, this, &SignalsModel::follow);
     }
     follow();
     Q_EMIT engineChanged();

@@ -6,16 +6,12 @@ namespace sordin {
 using Kind = EngineStatus::Kind;
 
 void StatusLabel::setEngine(SordinEngine* engine) {
-    if (engine == engine_) {
+    if (!engine_.change(engine, this)) {
         return;
     }
     if (engine_) {
-        engine_->disconnect(this);
-    }
-    engine_ = engine;
-    if (engine_) {
-        connect(engine_, &SordinEngine::statusChanged, this, &StatusLabel::changed);
-        connect(engine_, &SordinEngine::testModeChanged, this, &StatusLabel::changed);
+        connect(engine_.get(), &SordinEngine::statusChanged, this, &StatusLabel::changed);
+        connect(engine_.get(), &SordinEngine::testModeChanged, this, &StatusLabel::changed);
     }
     Q_EMIT engineChanged();
     Q_EMIT changed();

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/sordin_engine.h"
+#include "ui/model/followed_engine.h"
 
 #include <QObject>
-#include <QPointer>
 #include <QQmlEngine>
 
 namespace sordin {
@@ -24,7 +23,7 @@ public:
 
     using QObject::QObject;
 
-    [[nodiscard]] SordinEngine* engine() const { return engine_; }
+    [[nodiscard]] SordinEngine* engine() const { return engine_.get(); }
     void setEngine(SordinEngine* engine);
 
     /// A short line; of a failure, its message. Empty without an engine.
@@ -36,7 +35,7 @@ Q_SIGNALS:
     void changed();
 
 private:
-    QPointer<SordinEngine> engine_;
+    FollowedEngine engine_;
 };
 
 }  // namespace sordin

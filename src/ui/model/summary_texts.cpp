@@ -4,6 +4,7 @@
 #include "engine/duration_text.h"
 
 #include <QDateTime>
+#include <algorithm>
 #include <numeric>
 
 namespace sordin {
@@ -26,15 +27,11 @@ void SummaryTexts::waitForMidnight() {
 }
 
 void SummaryTexts::setEngine(SordinEngine* engine) {
-    if (engine == engine_) {
+    if (!engine_.change(engine, this)) {
         return;
     }
     if (engine_) {
-        engine_->disconnect(this);
-    }
-    engine_ = engine;
-    if (engine_) {
-        connect(engine_, &SordinEngine::historyChanged, this, &SummaryTexts::changed);
+        connect(engine_.get(), &SordinEngine::historyChanged, this, &SummaryTexts::changed);
     }
     Q_EMIT engineChanged();
     Q_EMIT changed();

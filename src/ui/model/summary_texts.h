@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/sordin_engine.h"
+#include "ui/model/followed_engine.h"
 
 #include <QObject>
-#include <QPointer>
 #include <QQmlEngine>
 #include <QTimer>
 
@@ -24,7 +23,7 @@ class SummaryTexts : public QObject {
 public:
     explicit SummaryTexts(QObject* parent = nullptr);
 
-    [[nodiscard]] SordinEngine* engine() const { return engine_; }
+    [[nodiscard]] SordinEngine* engine() const { return engine_.get(); }
     void setEngine(SordinEngine* engine);
 
     [[nodiscard]] QString today() const;
@@ -40,7 +39,7 @@ private:
     [[nodiscard]] TodaySummary summary() const { return engine_ ? engine_->todaySummary() : TodaySummary(); }
     void waitForMidnight();
 
-    QPointer<SordinEngine> engine_;
+    FollowedEngine engine_;
     QTimer midnight_;
 };
 

@@ -16,16 +16,12 @@ TrailChart::TrailChart(QQuickItem* parent) : QQuickPaintedItem(parent) {
 }
 
 void TrailChart::setEngine(SordinEngine* engine) {
-    if (engine == engine_) {
+    if (!engine_.change(engine, this)) {
         return;
     }
     if (engine_) {
-        engine_->disconnect(this);
-    }
-    engine_ = engine;
-    if (engine_) {
-        connect(engine_, &SordinEngine::trailChanged, this, [this] { update(); });
-        connect(engine_, &SordinEngine::thresholdChanged, this, [this] { update(); });
+        connect(engine_.get(), &SordinEngine::trailChanged, this, [this] { update(); });
+        connect(engine_.get(), &SordinEngine::thresholdChanged, this, [this] { update(); });
     }
     Q_EMIT engineChanged();
     update();

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/sordin_engine.h"
+#include "ui/model/followed_engine.h"
 
 #include <QColor>
 #include <QFont>
 #include <QPointF>
-#include <QPointer>
 #include <QQuickPaintedItem>
 #include <QVariantMap>
 
@@ -29,7 +28,7 @@ class TrailChart : public QQuickPaintedItem {
 public:
     explicit TrailChart(QQuickItem* parent = nullptr);
 
-    [[nodiscard]] SordinEngine* engine() const { return engine_; }
+    [[nodiscard]] SordinEngine* engine() const { return engine_.get(); }
     void setEngine(SordinEngine* engine);
 
     void paint(QPainter* painter) override;
@@ -51,7 +50,7 @@ private:
     void paintAxes(QPainter& painter) const;
     void paintLine(QPainter& painter) const;
 
-    QPointer<SordinEngine> engine_;
+    FollowedEngine engine_;
     QColor line_;
     QColor rule_;
     QColor grid_;

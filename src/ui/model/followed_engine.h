@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/sordin_engine.h"
+
+#include <QObject>
+#include <QPointer>
+
+namespace sordin {
+
+/// The engine that an object shows; none by default, and none again once the engine is gone.
+class FollowedEngine {
+public:
+    /// Changes it, and ends what `follower` heard of the one before. False if it is the same.
+    bool change(SordinEngine* engine, const QObject* follower) {
+        if (engine == engine_) {
+            return false;
+        }
+        if (engine_) {
+            engine_->disconnect(follower);
+        }
+        engine_ = engine;
+        return true;
+    }
+
+    [[nodiscard]] SordinEngine* get() const { return engine_; }
+    [[nodiscard]] SordinEngine* operator->() const { return engine_; }
+    [[nodiscard]] explicit operator bool() const { return !engine_.isNull(); }
+
+private:
+    QPointer<SordinEngine> engine_;
+};
+
+}  // namespace sordin
