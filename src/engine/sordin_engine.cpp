@@ -242,6 +242,7 @@ void SordinEngine::adStarted(bool muted) {
     adStart_ = now();
     adWasMuted_ = muted;
     publish(adActive_, true, &SordinEngine::adActiveChanged);
+    publish(adFaded_, muted || adFaded_, &SordinEngine::adFadedChanged);
     setStatus(EngineStatus::Kind::mutingAd);
     publish(currentApp_, QString::fromStdString(parts_.inspector->likelySource()),
             &SordinEngine::currentAppChanged);
@@ -250,6 +251,7 @@ void SordinEngine::adStarted(bool muted) {
 
 void SordinEngine::adEnded(const AdSummary& summary) {
     publish(adActive_, false, &SordinEngine::adActiveChanged);
+    publish(adFaded_, false, &SordinEngine::adFadedChanged);
     if (status_ == EngineStatus::Kind::mutingAd) {
         setStatus(EngineStatus::Kind::listening);
     }
@@ -344,7 +346,7 @@ void SordinEngine::stopCapture() {
     capturing_ = false;
     parts_.capture->stop([] {});
     parts_.pipeline->stop();
-    parts_.volume->restore(restoreRamp);
+    bringVolumeBack();
     setStatus(EngineStatus::Kind::disabled);
     publish(adActive_, false, &SordinEngine::adActiveChanged);
     publish(confidence_, 0.0, &SordinEngine::confidenceChanged);
@@ -404,11 +406,12 @@ void SordinEngine::simulate(double seconds) {
     const Moment start = now();
     const QString app = QString::fromStdString(parts_.inspector->likelySource());
     parts_.volume->duck(config_->duck(), duckRamp);
+    publish(adFaded_, true, &SordinEngine::adFadedChanged);
     constexpr double longest = 24 * 60 * 60;  // no timer runs longer, no simulation needs to
     const std::chrono::duration<double> length(std::min(seconds, longest));
     simulation_ = parts_.mainQueue->after(std::chrono::duration_cast<SerialQueue::Duration>(length),
                                           [this, start, app] {
-                                              parts_.volume->restore(restoreRamp);
+                                              bringVolumeBack();
                                               record({QUuid::createUuid(),
                                                       start.date,
                                                       parts_.clock->now() - start.clock,
@@ -418,6 +421,16 @@ void SordinEngine::simulate(double seconds) {
                                                       AdEvent::Kind::simulated});
                                               publish(simulating_, false, &SordinEngine::simulatingChanged);
                                           });
+}
+
+void SordinEngine::restoreVolume() {
+    qCInfo(engineLog, "the volume is asked back");
+    bringVolumeBack();
+}
+
+void SordinEngine::bringVolumeBack() {
+    parts_.volume->restore(restoreRamp);
+    publish(adFaded_, false, &SordinEngine::adFadedChanged);
 }
 
 void SordinEngine::forgetLearnedAds() {

@@ -45,6 +45,7 @@ class SordinEngine final : public QObject {
     Q_PROPERTY(double confidence READ confidence NOTIFY confidenceChanged)
     Q_PROPERTY(double threshold READ threshold NOTIFY thresholdChanged)
     Q_PROPERTY(bool adActive READ adActive NOTIFY adActiveChanged)
+    Q_PROPERTY(bool adFaded READ adFaded NOTIFY adFadedChanged)
     Q_PROPERTY(QString currentApp READ currentApp NOTIFY currentAppChanged)
     Q_PROPERTY(QString transcript READ transcript NOTIFY transcriptChanged)
     Q_PROPERTY(bool transcribing READ transcribing NOTIFY transcribingChanged)
@@ -112,6 +113,8 @@ public:
     /// The confidence that starts an ad; a single-precision value.
     [[nodiscard]] double threshold() const { return threshold_; }
     [[nodiscard]] bool adActive() const { return adActive_; }
+    /// The volume is down for an ad, real or simulated.
+    [[nodiscard]] bool adFaded() const { return adFaded_; }
     /// The application taken as the source of the current or the last ad.
     [[nodiscard]] const QString& currentApp() const { return currentApp_; }
     /// The detector's signals, in its order.
@@ -162,6 +165,8 @@ public:
     /// Pretends that an ad of `seconds` begins: the volume is really faded, whatever the switches say. Does
     /// nothing while a simulated or a real ad is under way, or if the time is no time.
     Q_INVOKABLE void simulate(double seconds);
+    /// Brings the volume back in an ad, which goes on: it is not faded again until another begins.
+    Q_INVOKABLE void restoreVolume();
     /// Forgets the ads that would be recognised by their sound.
     Q_INVOKABLE void forgetLearnedAds();
     /// Puts the volume back at once and returns when that is done: call last of all, before the process ends.
@@ -178,6 +183,7 @@ Q_SIGNALS:
     void confidenceChanged();
     void thresholdChanged();
     void adActiveChanged();
+    void adFadedChanged();
     void currentAppChanged();
     void signalReadingsChanged();
     void transcriptChanged();
@@ -214,6 +220,7 @@ private:
     void captureStopped();
     void captureReady();
     void startWatchdog();
+    void bringVolumeBack();
     void setStatus(const EngineStatus& status);
     void setSignals(std::vector<SignalReading> readings);
     void record(AdEvent event);
@@ -232,6 +239,7 @@ private:
     double confidence_ = 0;
     double threshold_ = 0.575;
     bool adActive_ = false;
+    bool adFaded_ = false;
     QString currentApp_;
     std::vector<SignalReading> signals_;
     QString transcript_;

@@ -163,6 +163,47 @@ TEST_F(EngineAdsTest, ASimulatedAdIsReallyFadedWhateverTheSwitchesSay) {
     }
 }
 
+TEST_F(EngineAdsTest, TheVolumeCanBeAskedBackInAnAdWhichGoesOn) {
+    listen();
+    EXPECT_FALSE(engine->adFaded());
+    hearAdBegin();
+    pass(1);
+    EXPECT_TRUE(engine->adFaded());
+    engine->restoreVolume();
+    EXPECT_FALSE(engine->adFaded());
+    pass(1);
+    EXPECT_EQ(volumeNow(), fullVolume);
+    EXPECT_TRUE(engine->adActive());
+    hear(6, 0.9F);
+    pass(1);
+    EXPECT_EQ(volumeNow(), fullVolume) << "it is not faded again";
+    EXPECT_TRUE(engine->adActive());
+    hearAdEnd();
+    ASSERT_EQ(engine->history().size(), 1U);
+    EXPECT_EQ(engine->history()[0].kind, AdEvent::Kind::muted);
+    hearAdBegin();
+    pass(1);
+    EXPECT_EQ(volumeNow(), 0) << "the next one is";
+    engine->stopCapture();
+    EXPECT_FALSE(engine->adFaded());
+
+    engine->simulate(3);
+    EXPECT_TRUE(engine->adFaded());
+    engine->restoreVolume();
+    pass(1);
+    EXPECT_EQ(volumeNow(), fullVolume);
+    EXPECT_TRUE(engine->simulating());
+    pass(3);
+    engine->setTestMode(true);
+    engine->setIsEnabled(true);
+    settle();
+    capture->completion(std::nullopt);
+    settle();
+    hearAdBegin();
+    EXPECT_TRUE(engine->adActive());
+    EXPECT_FALSE(engine->adFaded()) << "watched only";
+}
+
 TEST_F(EngineAdsTest, SimulatedAndRealAdsDoNotStack) {
     listen();
     hearAdBegin();
