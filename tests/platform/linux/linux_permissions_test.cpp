@@ -1,21 +1,52 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/desktop/linux_permissions.h"
-#include "rig/temporary_folder.h"
-#include "support/own_files.h"
+#include "bus_fixture.h"
+#include "platform/linux/session/linux_permissions.h"
 
-#include <gtest/gtest.h>
-
+#include <QDBusVirtualObject>
 #include <cstdlib>
 
 namespace sordin {
 namespace {
 
-TEST(LinuxPermissions, OnlyASandboxWithoutTheServersSocketLacksThem) {
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Any object of any program: keeps what it is told.
+class Helper : public QDBusVirtualObject {
+public:
+    Helper(QDBusConnection bus, const QString& name) : bus_(std::move(bus)), name_(name) {
+        bus_.registerVirtualObject("/", this, QDBusConnection::SubPath);
+        bus_.registerService(name);
+    }
+    ~Helper() override {
+        bus_.unregisterObject("/");
+        bus_.unregisterService(name_);
+    }
+    Q_DISABLE_COPY_MOVE(Helper)
+
+    [[nodiscard]] QString introspect(const QString& /*path*/) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& /*bus*/) override {
+        calls.push_back((message.path() + ' ' + message.member()).toStdString());
+        last = message;
+        return true;
+    }
+
+    std::vector<std::string> calls;
+    QDBusMessage last;
+
+private:
+    QDBusConnection bus_;
+    QString name_;
+};
+
+class LinuxPermissionsTest : public BusTest {};
+
+TEST_F(LinuxPermissionsTest, OnlyASandboxWithoutTheServersSocketLacksThem) {
     const TemporaryFolder folder;
     setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1);
     unsetenv("PIPEWIRE_RUNTIME_DIR");
     unsetenv("PIPEWIRE_REMOTE");
-    const LinuxPermissions permissions(folder / "sandbox");
+    const LinuxPermissions permissions(program, folder / "sandbox");
     EXPECT_TRUE(permissions.screenCapturePreflight()) << "a server that is away is no missing permission";
     writeText(folder / "sandbox", "");
     EXPECT_FALSE(permissions.screenCapturePreflight());
@@ -25,6 +56,31 @@ TEST(LinuxPermissions, OnlyASandboxWithoutTheServersSocketLacksThem) {
     unsetenv("PIPEWIRE_REMOTE");
     EXPECT_TRUE(permissions.screenCapturePreflight());
     unsetenv("XDG_RUNTIME_DIR");
+}
+
+TEST_F(LinuxPermissionsTest, OpensTheBestOfTheDesktopsProgramsThatHelp) {
+    LinuxPermissions permissions(program);
+    permissions.openSettings("Privacy_ScreenCapture");  // nobody is there
+    permissions.openSettings("Privacy_SpeechRecognition");
+    {
+        Helper settings(desktop, "org.gnome.Settings");
+        permissions.openSettings("Privacy_ScreenCapture");
+        ASSERT_TRUE(comes([&] { return settings.calls.size() == 1; }));
+        EXPECT_EQ(settings.calls[0], "/org/gnome/Settings ActivateAction");
+        EXPECT_EQ(settings.last.signature(), "sava{sv}");
+        permissions.openSettings("no such page");
+        permissions.openSettings("Privacy_SpeechRecognition");
+        static_cast<void>(ask("/", "org.freedesktop.DBus.Peer", "Ping"));  // what was sent has come by now
+        EXPECT_EQ(settings.calls.size(), 1U);
+    }
+    const Helper software(desktop, "org.gnome.Software");
+    const Helper installer(program, "org.freedesktop.PackageKit");
+    permissions.openSettings("Privacy_SpeechRecognition");
+    ASSERT_TRUE(comes([&] { return installer.calls.size() == 1; }));
+    EXPECT_THAT(installer.calls, ElementsAre("/org/freedesktop/PackageKit InstallPackageNames"));
+    EXPECT_EQ(installer.last.arguments().value(0).toStringList(), QStringList("pocketsphinx-en-us"));
+    EXPECT_THAT(software.calls, IsEmpty());
+    LinuxPermissions(QDBusConnection("there is none")).openSettings("Privacy_ScreenCapture");
 }
 
 }  // namespace

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// What can be known of the display before and beside the toolkit that draws on it. The functions open a
+// connection of their own for as long as the question takes.
+#pragma once
+
+namespace sordin {
+
+enum class DisplayState {
+    none,       ///< the environment names none
+    reachable,  ///< of Wayland's, only the name is looked at
+    unreachable
+};
+
+/// Of the display that the environment names.
+[[nodiscard]] DisplayState displayState();
+
+/// Whether windows may have parts that are not there: round corners, for example. Of an X11 display that has
+/// nobody to mix them, no.
+[[nodiscard]] bool displayMixesWindows();
+
+}  // namespace sordin

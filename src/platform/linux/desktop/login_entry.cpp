@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/desktop/login_entry.h"
+
+#include "platform/linux/desktop/key_file.h"
+#include "platform/linux/desktop/small_file.h"
+#include "support/atomic_file.h"
+
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+namespace sordin {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// As a key of type string has it.
+std::string escaped(const std::string& value) {
+    std::string result;
+    for (const char c : value) {
+        switch (c) {
+        case '\\':
+            result += "\\\\";
+            break;
+        case '\n':
+            result += "\\n";
+            break;
+        case '\r':
+            result += "\\r";
+            break;
+        case '\t':
+            result += "\\t";
+            break;
+        default:
+            result += c;
+        }
+    }
+    return result;
+}
+
+/// As an argument of the key Exec, before it is escaped as a string: in quotes, since a path may have blanks.
+std::string quoted(const std::string& argument) {
+    std::string result = "\"";
+    for (const char c : argument) {
+        if (c == '"' || c == '`' || c == '$' || c == '\\') {
+            result += '\\';
+        } else if (c == '%') {
+            result += '%';  // else it would stand for something
+        }
+        result += c;
+    }
+    return result + '"';
+}
+
+}  // namespace
+
+LoginEntry::LoginEntry(fs::path folder, fs::path program)
+    : file_(std::move(folder) / "org.sordin.Sordin.desktop"), program_(std::move(program)) {}
+
+fs::path LoginEntry::userFolder() {
+    const char* set = std::getenv("XDG_CONFIG_HOME");
+    if (set != nullptr && fs::path(set).is_absolute()) {
+        return fs::path(set) / "autostart";
+    }
+    const char* home = std::getenv("HOME");
+    return fs::path(home != nullptr ? home : "/") / ".config/autostart";
+}
+
+bool LoginEntry::active() const {
+    bool there = false;
+    bool off = false;
+    forEachEntry(readSmallFile(file_), "Desktop Entry", [&](std::string_view key, std::string_view value) {
+        there = there || key == "Exec";
+        off = off || (key == "Hidden" && value == "true") ||
+              (key == "X-GNOME-Autostart-enabled" && value == "false");
+        return true;
+    });
+    return there && !off;
+}
+
+std::error_code LoginEntry::setActive(bool active) const {
+    std::error_code error;
+    if (!active) {
+        fs::remove(file_, error);
+        return error;
+    }
+    fs::create_directories(file_.parent_path(), error);
+    if (error) {
+        return error;
+    }
+    return replaceFile(file_,
+                       "[Desktop Entry]\n"
+                       "Type=Application\n"
+                       "Name=Sordin\n"
+                       "Icon=org.sordin.Sordin\n"
+                       "TryExec=" +
+                           escaped(program_.string()) +
+                           "\n"
+                           "Exec=" +
+                           escaped(quoted(program_.string()) + " --hidden") +
+                           "\n"
+                           "StartupNotify=false\n"
+                           "X-GNOME-Autostart-enabled=true\n",
+                       Durability::programEnd);
+}
+
+}  // namespace sordin

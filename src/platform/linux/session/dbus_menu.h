@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/session/dbus_structs.h"
+#include "platform/status_item.h"
+
+#include <QDBusConnection>
+#include <QObject>
+#include <vector>
+
+namespace sordin {
+
+/// A menu that the desktop draws: com.canonical.dbusmenu, version 3. It has one level; entry `i` of it has
+/// the id i + 1, and 0 stands for all of them. Ids of no entry are answered as the desktop may expect: with
+/// nothing.
+class DbusMenu : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
+    Q_PROPERTY(unsigned Version READ version CONSTANT)
+    Q_PROPERTY(QString TextDirection READ textDirection CONSTANT)
+    Q_PROPERTY(QString Status READ status CONSTANT)
+    Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
+
+public:
+    /// Where it is on the bus.
+    static constexpr auto path = "/MenuBar";
+
+    /// Puts itself on the bus, for its life.
+    explicit DbusMenu(QDBusConnection bus);
+    ~DbusMenu() override;
+    Q_DISABLE_COPY_MOVE(DbusMenu)
+
+    void setEntries(std::vector<StatusMenuEntry> entries);
+
+    [[nodiscard]] unsigned version() const { return 3; }
+    [[nodiscard]] QString textDirection() const { return QStringLiteral("ltr"); }
+    [[nodiscard]] QString status() const { return QStringLiteral("normal"); }
+    [[nodiscard]] QStringList iconThemePath() const { return {}; }
+
+    // NOLINTBEGIN(readability-identifier-naming): the interface's names
+public Q_SLOTS:
+    unsigned GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
+                       sordin::MenuLayout& layout);
+    QList<sordin::MenuProperties> GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames);
+    QDBusVariant GetProperty(int id, const QString& name);
+    void Event(int id, const QString& type, const QDBusVariant& data, unsigned timestamp);
+    /// Returns the ids that it does not know.
+    QList<int> EventGroup(const QList<sordin::MenuEvent>& events);
+    bool AboutToShow(int id);
+    QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& unknownIds);
+
+Q_SIGNALS:
+    void ItemsPropertiesUpdated(const QList<sordin::MenuProperties>& updated,
+                                const QList<sordin::MenuDefaults>& removed);
+    void LayoutUpdated(unsigned revision, int parent);
+    // NOLINTEND(readability-identifier-naming)
+
+private:
+    /// Null if no entry has the id.
+    [[nodiscard]] const StatusMenuEntry* entry(int id) const;
+    [[nodiscard]] MenuLayout layoutOf(int id, const QStringList& names) const;
+
+    QDBusConnection bus_;
+    std::vector<StatusMenuEntry> entries_;
+    unsigned revision_ = 1;
+};
+
+}  // namespace sordin

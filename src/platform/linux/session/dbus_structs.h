@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+// What goes over D-Bus as structures: of the icon and its menu, and of others' settings.
+#pragma once
+
+#include <QByteArray>
+#include <QDBusArgument>
+#include <QDBusVariant>
+#include <QList>
+#include <QMetaType>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace sordin {
+
+/// (iiay): a picture of 32 bits a pixel, ARGB in network byte order.
+struct StatusPixmap {
+    int width = 0;
+    int height = 0;
+    QByteArray argb;
+};
+
+/// (sa(iiay)ss)
+struct StatusToolTip {
+    QString icon;
+    QList<StatusPixmap> pixmaps;
+    QString title;
+    QString text;
+};
+
+/// (ia{sv}av): an entry of the menu with those below it, each a MenuLayout in a variant.
+struct MenuLayout {
+    int id = 0;
+    QVariantMap properties;
+    QVariantList children;
+};
+
+/// (ia{sv})
+struct MenuProperties {
+    int id = 0;
+    QVariantMap properties;
+};
+
+/// (ias): properties that are as if never set.
+struct MenuDefaults {
+    int id = 0;
+    QStringList names;
+};
+
+/// (isvu)
+struct MenuEvent {
+    int id = 0;
+    QString type;
+    QDBusVariant data;
+    unsigned timestamp = 0;
+};
+
+/// (sav): a page of GNOME's settings, with what it is to show.
+struct SettingsPanel {
+    QString name;
+    QVariantList arguments;
+};
+
+QDBusArgument& operator<<(QDBusArgument& argument, const StatusPixmap& value);
+const QDBusArgument& operator>>(const QDBusArgument& argument, StatusPixmap& value);
+QDBusArgument& operator<<(QDBusArgument& argument, const StatusToolTip& value);
+const QDBusArgument& operator>>(const QDBusArgument& argument, StatusToolTip& value);
+QDBusArgument& operator<<(QDBusArgument& argument, const MenuLayout& value);
+const QDBusArgument& operator>>(const QDBusArgument& argument, MenuLayout& value);
+QDBusArgument& operator<<(QDBusArgument& argument, const MenuProperties& value);
+const QDBusArgument& operator>>(const QDBusArgument& argument, MenuProperties& value);
+QDBusArgument& operator<<(QDBusArgument& argument, const MenuDefaults& value);
+const QDBusArgument& operator>>(const QDBusArgument& argument, MenuDefaults& value);
+QDBusArgument& operator<<(QDBusArgument& argument, const MenuEvent& value);
+const QDBusArgument& operator>>(const QDBusArgument& argument, MenuEvent& value);
+QDBusArgument& operator<<(QDBusArgument& argument, const SettingsPanel& value);
+const QDBusArgument& operator>>(const QDBusArgument& argument, SettingsPanel& value);
+
+/// Makes them known to Qt's D-Bus; may be called more than once.
+void registerDbusStructs();
+
+}  // namespace sordin
+
+Q_DECLARE_METATYPE(sordin::StatusPixmap)
+Q_DECLARE_METATYPE(sordin::StatusToolTip)
+Q_DECLARE_METATYPE(sordin::MenuLayout)
+Q_DECLARE_METATYPE(sordin::MenuProperties)
+Q_DECLARE_METATYPE(sordin::MenuDefaults)
+Q_DECLARE_METATYPE(sordin::MenuEvent)
+Q_DECLARE_METATYPE(sordin::SettingsPanel)

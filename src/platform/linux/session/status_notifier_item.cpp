@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/session/status_notifier_item.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <utility>
+
+namespace sordin {
+
+namespace {
+
+const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
+
+/// The icon that shows what a symbol means, by its name in the icon theme.
+QString iconFor(const QString& symbol) {
+    if (symbol == QLatin1String("speaker.slash.fill")) {
+        return QStringLiteral("sordin-muting-symbolic");
+    }
+    return symbol == QLatin1String("speaker.zzz") ? QStringLiteral("sordin-paused-symbolic")
+                                                  : QStringLiteral("sordin-listening-symbolic");
+}
+
+/// Calls the watcher; `answered` gets what it says, unless `object` is gone by then.
+template <class Answered>
+void ask(const QDBusConnection& bus, const QDBusMessage& question, QObject* object, Answered answered) {
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the object owns it until it is done
+    auto* call = new QDBusPendingCallWatcher(bus.asyncCall(question), object);
+    QObject::connect(call, &QDBusPendingCallWatcher::finished, object, [call, answered] {
+        call->deleteLater();
+        answered(call->reply());
+    });
+}
+
+}  // namespace
+
+StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, QString iconThemePath)
+    : bus_(std::move(bus)),
+      iconThemePath_(std::move(iconThemePath)),
+      menu_(bus_),
+      watcher_(watcherService, bus_, QDBusServiceWatcher::WatchForOwnerChange) {
+    registerDbusStructs();
+    bus_.registerObject(QLatin1String(path), this,
+                        QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
+                            QDBusConnection::ExportAllProperties);
+    connect(&watcher_, &QDBusServiceWatcher::serviceRegistered, this,
+            &StatusNotifierItem::registerWithWatcher);
+    connect(&watcher_, &QDBusServiceWatcher::serviceUnregistered, this, &StatusNotifierItem::watcherGone);
+    for (const char* signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
+        bus_.connect(watcherService, watcherPath, watcherService, QLatin1String(signal), this,
+                     SLOT(askForHost()));
+    }
+    registerWithWatcher();
+}
+
+StatusNotifierItem::~StatusNotifierItem() {
+    bus_.unregisterObject(QLatin1String(path));
+}
+
+void StatusNotifierItem::registerWithWatcher() {
+    auto question = QDBusMessage::createMethodCall(watcherService, watcherPath, watcherService,
+                                                   QStringLiteral("RegisterStatusNotifierItem"));
+    // By the connection itself: names of that sort are not to be had in a sandbox.
+    question << bus_.baseService();
+    ask(bus_, question, this, [this](const QDBusMessage& answer) {
+        registered_ = answer.type() == QDBusMessage::ReplyMessage;
+        if (registered_) {
+            askForHost();
+        }
+    });
+}
+
+void StatusNotifierItem::askForHost() {
+    auto question = QDBusMessage::createMethodCall(watcherService, watcherPath,
+                                                   QStringLiteral("org.freedesktop.DBus.Properties"),
+                                                   QStringLiteral("Get"));
+    question << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
+    ask(bus_, question, this, [this](const QDBusMessage& answer) {
+        const QDBusPendingReply<QDBusVariant> reply = answer;
+        hostThere_ = reply.isValid() && reply.value().variant().toBool();
+    });
+}
+
+void StatusNotifierItem::watcherGone() {
+    registered_ = false;
+    hostThere_ = false;
+}
+
+void StatusNotifierItem::setHandlers(Handlers handlers) {
+    handlers_ = std::move(handlers);
+}
+
+void StatusNotifierItem::setSymbol(const QString& name) {
+    if (const QString icon = iconFor(name); icon != icon_) {
+        icon_ = icon;
+        Q_EMIT NewIcon();
+    }
+}
+
+void StatusNotifierItem::setText(const QString& text) {
+    if (text != text_) {
+        text_ = text;
+        Q_EMIT NewToolTip();
+    }
+}
+
+void StatusNotifierItem::setMenu(std::vector<StatusMenuEntry> entries) {
+    menu_.setEntries(std::move(entries));
+}
+
+void StatusNotifierItem::Activate(int x, int y) {
+    if (handlers_.activated) {
+        handlers_.activated({x, y}, std::exchange(token_, {}));
+    }
+}
+
+void StatusNotifierItem::SecondaryActivate(int /*x*/, int /*y*/) {
+    if (handlers_.toggled) {
+        handlers_.toggled();
+    }
+}
+
+void StatusNotifierItem::XAyatanaSecondaryActivate(unsigned /*timestamp*/) {
+    SecondaryActivate(0, 0);
+}
+
+void StatusNotifierItem::ContextMenu(int x, int y) {
+    Activate(x, y);  // of panels that cannot draw a menu
+}
+
+void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {}
+
+void StatusNotifierItem::ProvideXdgActivationToken(const QString& token) {
+    token_ = token;
+}
+
+}  // namespace sordin

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/session/dbus_menu.h"
+#include "platform/status_item.h"
+
+#include <QDBusConnection>
+#include <QDBusObjectPath>
+#include <QDBusServiceWatcher>
+#include <QObject>
+
+namespace sordin {
+
+/// The icon as an org.kde.StatusNotifierItem, which is what panels of Linux desktops show. It makes itself
+/// known to the desktop's watcher whenever one appears; nothing waits for an answer.
+class StatusNotifierItem final : public QObject, public StatusItem {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
+    Q_PROPERTY(QString Category READ category CONSTANT)
+    Q_PROPERTY(QString Id READ id CONSTANT)
+    Q_PROPERTY(QString Title READ title CONSTANT)
+    Q_PROPERTY(QString Status READ status CONSTANT)
+    Q_PROPERTY(int WindowId READ windowId CONSTANT)
+    Q_PROPERTY(QString IconName READ iconName NOTIFY NewIcon)
+    Q_PROPERTY(QString IconThemePath READ iconThemePath CONSTANT)
+    Q_PROPERTY(QList<sordin::StatusPixmap> IconPixmap READ pixmaps CONSTANT)
+    Q_PROPERTY(QString OverlayIconName READ none CONSTANT)
+    Q_PROPERTY(QList<sordin::StatusPixmap> OverlayIconPixmap READ pixmaps CONSTANT)
+    Q_PROPERTY(QString AttentionIconName READ none CONSTANT)
+    Q_PROPERTY(QList<sordin::StatusPixmap> AttentionIconPixmap READ pixmaps CONSTANT)
+    Q_PROPERTY(QString AttentionMovieName READ none CONSTANT)
+    Q_PROPERTY(sordin::StatusToolTip ToolTip READ toolTip NOTIFY NewToolTip)
+    Q_PROPERTY(bool ItemIsMenu READ itemIsMenu CONSTANT)
+    Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
+
+public:
+    /// Where it is on the bus.
+    static constexpr auto path = "/StatusNotifierItem";
+
+    /// `iconThemePath` is a folder with the icons where they are not among the system's; may be empty.
+    StatusNotifierItem(QDBusConnection bus, QString iconThemePath);
+    ~StatusNotifierItem() override;
+    Q_DISABLE_COPY_MOVE(StatusNotifierItem)
+
+    void setHandlers(Handlers handlers) override;
+    void setSymbol(const QString& name) override;
+    void setText(const QString& text) override;
+    void setMenu(std::vector<StatusMenuEntry> entries) override;
+    [[nodiscard]] bool isShown() const override { return registered_ && hostThere_; }
+
+    [[nodiscard]] QString category() const { return QStringLiteral("ApplicationStatus"); }
+    [[nodiscard]] QString id() const { return QStringLiteral("sordin"); }
+    [[nodiscard]] QString title() const { return QStringLiteral("Sordin"); }
+    [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
+    [[nodiscard]] int windowId() const { return 0; }
+    [[nodiscard]] QString iconName() const { return icon_; }
+    [[nodiscard]] QString iconThemePath() const { return iconThemePath_; }
+    [[nodiscard]] QList<StatusPixmap> pixmaps() const { return {}; }
+    [[nodiscard]] QString none() const { return {}; }
+    [[nodiscard]] StatusToolTip toolTip() const { return {icon_, {}, title(), text_}; }
+    /// A click is for the panel; panels that open the menu instead find all of it there.
+    [[nodiscard]] bool itemIsMenu() const { return false; }
+    [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(QLatin1String(DbusMenu::path)); }
+
+    // NOLINTBEGIN(readability-identifier-naming): the interface's names
+public Q_SLOTS:
+    void Activate(int x, int y);
+    void SecondaryActivate(int x, int y);
+    /// Of panels that know no other way to say it.
+    void XAyatanaSecondaryActivate(unsigned timestamp);
+    void ContextMenu(int x, int y);
+    void Scroll(int delta, const QString& orientation);
+    /// For what follows.
+    void ProvideXdgActivationToken(const QString& token);
+
+Q_SIGNALS:
+    void NewTitle();
+    void NewIcon();
+    void NewAttentionIcon();
+    void NewOverlayIcon();
+    void NewToolTip();
+    void NewStatus(const QString& status);
+    // NOLINTEND(readability-identifier-naming)
+
+private Q_SLOTS:
+    void askForHost();
+
+private:  // NOLINT(readability-redundant-access-specifiers): no slots any more
+    void registerWithWatcher();
+    void watcherGone();
+
+    QDBusConnection bus_;
+    const QString iconThemePath_;
+    DbusMenu menu_;
+    QDBusServiceWatcher watcher_;
+    Handlers handlers_;
+    QString icon_;
+    QString text_;
+    QString token_;
+    bool registered_ = false;
+    bool hostThere_ = false;
+};
+
+}  // namespace sordin

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/session/dbus_structs.h"
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QObject>
+#include <utility>
+#include <vector>
+
+namespace sordin {
+
+/// A panel of the desktop that shows icons, with the watcher they make themselves known to.
+class FakePanel : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
+    Q_PROPERTY(bool IsStatusNotifierHostRegistered READ shows)
+    Q_PROPERTY(QStringList RegisteredStatusNotifierItems READ registered)
+    Q_PROPERTY(int ProtocolVersion READ version)
+
+public:
+    static constexpr auto service = "org.kde.StatusNotifierWatcher";
+    static constexpr auto path = "/StatusNotifierWatcher";
+
+    explicit FakePanel(QDBusConnection bus) : bus_(std::move(bus)) {
+        bus_.registerObject(path, this,
+                            QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
+                                QDBusConnection::ExportAllProperties);
+        bus_.registerService(service);
+        const char* item = "org.kde.StatusNotifierItem";
+        bus_.connect({}, "/StatusNotifierItem", item, "NewIcon", this, SLOT(noteIcon()));
+        bus_.connect({}, "/StatusNotifierItem", item, "NewToolTip", this, SLOT(noteTip()));
+    }
+    ~FakePanel() override { leave(); }
+    Q_DISABLE_COPY_MOVE(FakePanel)
+
+    void leave() {
+        bus_.unregisterService(service);
+        bus_.unregisterObject(path);
+    }
+    /// Whether there is a panel behind the watcher.
+    void setShows(bool shows) {
+        shows_ = shows;
+        if (shows) {
+            Q_EMIT StatusNotifierHostRegistered();
+        } else {
+            Q_EMIT StatusNotifierHostUnregistered();
+        }
+    }
+
+    /// What made itself known, by its name on the bus.
+    [[nodiscard]] const std::vector<QString>& items() const { return items_; }
+    [[nodiscard]] int iconChanges() const { return iconChanges_; }
+    [[nodiscard]] int tipChanges() const { return tipChanges_; }
+
+    [[nodiscard]] bool shows() const { return shows_; }
+    [[nodiscard]] QStringList registered() const { return {items_.begin(), items_.end()}; }
+    [[nodiscard]] int version() const { return 0; }
+
+public Q_SLOTS:
+    void RegisterStatusNotifierItem(const QString& item) { items_.push_back(item); }
+    void RegisterStatusNotifierHost(const QString& /*service*/) {}
+    void noteIcon() { ++iconChanges_; }
+    void noteTip() { ++tipChanges_; }
+
+Q_SIGNALS:
+    void StatusNotifierItemRegistered(const QString& item);
+    void StatusNotifierItemUnregistered(const QString& item);
+    void StatusNotifierHostRegistered();
+    void StatusNotifierHostUnregistered();
+
+private:
+    QDBusConnection bus_;
+    bool shows_ = true;
+    std::vector<QString> items_;
+    int iconChanges_ = 0;
+    int tipChanges_ = 0;
+};
+
+/// Hears what a menu tells of its changes.
+class MenuEar : public QObject {
+    Q_OBJECT
+
+public:
+    MenuEar(QDBusConnection bus, const QString& service) {
+        const char* interface = "com.canonical.dbusmenu";
+        bus.connect(service, "/MenuBar", interface, "LayoutUpdated", this, SLOT(noteLayout(uint, int)));
+        bus.connect(service, "/MenuBar", interface, "ItemsPropertiesUpdated", this,
+                    SLOT(noteUpdate(QList<sordin::MenuProperties>, QList<sordin::MenuDefaults>)));
+    }
+
+    std::vector<unsigned> revisions;
+    /// Of each, which entries with which state of their tick.
+    std::vector<std::vector<std::pair<int, int>>> updates;
+
+public Q_SLOTS:
+    void noteLayout(uint revision, int /*parent*/) { revisions.push_back(revision); }
+    void noteUpdate(const QList<sordin::MenuProperties>& updated,
+                    const QList<sordin::MenuDefaults>& /*removed*/) {
+        updates.emplace_back();
+        for (const MenuProperties& each : updated) {
+            updates.back().emplace_back(each.id, each.properties.value("toggle-state").toInt());
+        }
+    }
+};
+
+}  // namespace sordin

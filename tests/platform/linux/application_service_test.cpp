@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#include "bus_fixture.h"
+#include "platform/linux/session/application_service.h"
+
+#include <QThread>
+
+namespace sordin {
+namespace {
+
+using testing::ElementsAre;
+using Name = ApplicationService::Name;
+
+class ApplicationServiceTest : public BusTest {
+protected:
+    std::vector<QString> tokens;
+    const std::function<void(const QString&)> note = [this](const QString& token) {
+        tokens.push_back(token);
+    };
+};
+
+TEST_F(ApplicationServiceTest, OneHasTheNameAndTheOthersAskItToTheFront) {
+    std::optional<ApplicationService> first(std::in_place, program, note);
+    EXPECT_EQ(first->name(), Name::ours);
+    ApplicationService second(desktop, [](const QString&) { ADD_FAILURE() << "it is not this one's"; });
+    ASSERT_EQ(second.name(), Name::taken);
+    // Another process waits for the answer; here it is another thread.
+    const auto activate = [&] {
+        bool answered = false;
+        const std::unique_ptr<QThread> thread(QThread::create([&] { answered = second.activateOther(); }));
+        thread->start();
+        comes([&] { return thread->isFinished(); });
+        return answered;
+    };
+    EXPECT_TRUE(activate());
+    setenv("XDG_ACTIVATION_TOKEN", "token", 1);
+    EXPECT_TRUE(activate());
+    unsetenv("XDG_ACTIVATION_TOKEN");
+    EXPECT_THAT(tokens, ElementsAre("", "token"));
+
+    first.reset();
+    EXPECT_FALSE(activate()) << "nobody has the name";
+    EXPECT_EQ(ApplicationService(program, note).name(), Name::ours) << "which is free again";
+}
+
+TEST_F(ApplicationServiceTest, TheDesktopAsksInAnyOfItsWays) {
+    const ApplicationService service(program, note);
+    constexpr auto path = "/org/sordin/Sordin";
+    constexpr auto interface = "org.freedesktop.Application";
+    const QVariantMap data{{"activation-token", "t"}};
+    EXPECT_EQ(ask(path, interface, "Activate", {data}).type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(ask(path, interface, "Open", {QStringList("file:///a"), data}).type(),
+              QDBusMessage::ReplyMessage);
+    EXPECT_EQ(ask(path, interface, "ActivateAction", {"unknown", QVariantList(), data}).type(),
+              QDBusMessage::ReplyMessage);
+    EXPECT_EQ(ask(path, interface, "Activate", {QVariantMap{{"activation-token", 7}}}).type(),
+              QDBusMessage::ReplyMessage);
+    EXPECT_THAT(tokens, ElementsAre("t", "t", "t", "7"));
+    EXPECT_EQ(ask(path, interface, "Activate", {"not a map"}).type(), QDBusMessage::ErrorMessage);
+}
+
+TEST_F(ApplicationServiceTest, WithoutABusThereIsNoName) {
+    EXPECT_EQ(ApplicationService(QDBusConnection("there is none"), note).name(), Name::none);
+}
+
+}  // namespace
+}  // namespace sordin
