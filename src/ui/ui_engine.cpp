@@ -4,7 +4,9 @@
 #include "engine/sordin_engine.h"
 #include "ui/style/symbol_provider.h"
 
+#include <QCoreApplication>
 #include <QQmlComponent>
+#include <QTranslator>
 #include <stdexcept>
 
 // What registers the types of a module that is linked statically; nothing else refers to it.
@@ -32,6 +34,11 @@ void UiEngine::prepare() {
     qml_register_types_Sordin_Model();
     qml_register_types_Sordin();
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the application owns it
+    auto* wording = new QTranslator(qApp);
+    if (wording->load(QStringLiteral(":/wording/platform.qm"))) {
+        QCoreApplication::installTranslator(wording);
+    }
 }
 
 std::unique_ptr<QQuickWindow> UiEngine::mainWindow(SordinEngine& engine) {

@@ -20,7 +20,8 @@ public:
     UiEngine& operator=(const UiEngine&) = delete;
 
     /// To be called before the first window, and once a QGuiApplication is there: what draws windows takes a
-    /// third of the memory of one that uses the graphics card, and for this much less time.
+    /// third of the memory of one that uses the graphics card, and for this much less time. Sentences that
+    /// are not true of this platform are replaced from here on.
     static void prepare();
 
     /// The main window, or the panel of the icon; not shown yet. Throws std::runtime_error if the program is

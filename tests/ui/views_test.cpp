@@ -15,8 +15,6 @@ using EventKind = AdEvent::Kind;
 
 class ViewsTest : public UiTest {
 protected:
-    static void SetUpTestSuite() { UiEngine::prepare(); }
-
     void openWindow() {
         window = ui.mainWindow(*engine);
         open(*window);

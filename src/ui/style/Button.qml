@@ -16,6 +16,7 @@ T.Button {
     font: Theme.body
     opacity: enabled ? 1 : 0.45
     Accessible.name: text
+    Accessible.onPressAction: if (enabled) clicked()
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()
 

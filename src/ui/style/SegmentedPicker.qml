@@ -34,6 +34,8 @@ Rectangle {
                 font: Theme.callout
                 checked: picker.value === modelData.value
                 Accessible.name: picker.label + ": " + text
+                Accessible.onPressAction: picker.picked(modelData.value)
+                Accessible.onToggleAction: picker.picked(modelData.value)
                 onCheckedChanged: if (checked && picker.value !== modelData.value) picker.picked(modelData.value)
                 Keys.onLeftPressed: step(-1)
                 Keys.onRightPressed: step(1)

@@ -17,6 +17,8 @@ T.ApplicationWindow {
         { key: "settings", title: qsTr("Settings"), symbol: "gearshape", page: settings },
     ]
 
+    signal quit()
+
     title: qsTr("Sordin")
     width: 860
     height: 640
@@ -24,6 +26,8 @@ T.ApplicationWindow {
     minimumHeight: 540
     color: Theme.window
 
+    Shortcut { sequence: "Ctrl+Q"; context: Qt.ApplicationShortcut; onActivated: window.quit() } // over the guide too
+    Shortcut { sequence: "Ctrl+W"; onActivated: window.close() }
 
     Component { id: live; LivePage { engine: window.engine } }
     Component { id: timeline; TimelinePage { engine: window.engine } }

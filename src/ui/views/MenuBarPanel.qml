@@ -22,6 +22,8 @@ Window {
     maximumHeight: height
     color: "transparent"
 
+    Shortcut { sequence: "Ctrl+Q"; onActivated: panel.quit() }
+
     EngineState { id: status; engine: panel.engine }
     SummaryTexts { id: summary; engine: panel.engine }
 
@@ -61,7 +63,7 @@ Window {
             Caption { objectName: "today"; text: summary.today; Layout.fillWidth: true }
             Divider { }
             RowLayout {
-                Button { objectName: "open"; text: qsTr("Open Sordin"); onClicked: { panel.close(); panel.openMain(); } }
+                Button { objectName: "open"; text: qsTr("Open Sordin"); onClicked: { panel.openMain(); panel.close(); } }
                 Item { Layout.fillWidth: true }
                 Button { objectName: "quit"; text: qsTr("Quit"); onClicked: panel.quit() }
             }

@@ -80,6 +80,7 @@ T.Popup {
             Button {
                 id: primary
                 objectName: "primary"
+                focus: true
                 highlighted: true
                 text: sheet.step === sheet.lastStep ? qsTr("Start listening") : qsTr("Continue")
                 onClicked: {

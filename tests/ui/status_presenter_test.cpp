@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+// The icon and its menu, as the engine goes through its states.
+#include "ui/panel_place.h"
+#include "ui/status_presenter.h"
+#include "ui_fixture.h"
+
+#include <algorithm>
+
+namespace sordin {
+namespace {
+
+using testing::ElementsAre;
+
+struct FakeStatusItem final : StatusItem {
+    void setHandlers(Handlers /*handlers*/) override {}
+    void setSymbol(const QString& name) override { symbol = name; }
+    void setText(const QString& said) override { text = said; }
+    void setMenu(std::vector<StatusMenuEntry> entries) override { menu = std::move(entries); }
+    [[nodiscard]] bool isShown() const override { return true; }
+
+    [[nodiscard]] const StatusMenuEntry& entry(const QString& name) const {
+        const auto found =
+            std::find_if(menu.begin(), menu.end(), [&](const auto& each) { return each.text == name; });
+        return found != menu.end() ? *found : throw std::runtime_error("there is no " + name.toStdString());
+    }
+    void choose(const QString& name) const {
+        const auto triggered = entry(name).triggered;  // the menu is another when it returns
+        triggered();
+    }
+
+    QString symbol;
+    QString text;
+    std::vector<StatusMenuEntry> menu;
+};
+
+class StatusPresenterTest : public UiTest {
+protected:
+    FakeStatusItem item;
+    bool atLogin = false;
+    std::vector<std::string> chosen;
+    StatusPresenter presenter{*engine,
+                              item,
+                              {[this] { chosen.emplace_back("panel"); },
+                               [this] { chosen.emplace_back("main"); },
+                               [this] { chosen.emplace_back("quit"); }, [this] { return atLogin; },
+                               [this](bool active) { atLogin = active; }}};
+};
+
+TEST_F(StatusPresenterTest, TheIconFollowsTheEngine) {
+    capture->completion(std::nullopt);
+    settle();
+    EXPECT_EQ(item.symbol, "waveform");
+    EXPECT_EQ(item.text, "Listening");
+    EXPECT_EQ(item.menu.front().text, "Listening");
+    EXPECT_FALSE(item.menu.front().enabled) << "it is not to be chosen";
+    hearAdBegin();
+    EXPECT_EQ(item.symbol, "speaker.slash.fill");
+    EXPECT_EQ(item.text, "Ad detected, muted");
+    hearAdEnd();
+    engine->setTestMode(true);
+    EXPECT_EQ(item.text, "Listening (test mode)");
+    engine->setIsEnabled(false);
+    settle();
+    EXPECT_EQ(item.symbol, "speaker.zzz");
+    EXPECT_EQ(item.text, "Paused");
+    engine->simulate(5);
+    EXPECT_EQ(item.symbol, "speaker.slash.fill") << "also when it is paused";
+}
+
+TEST_F(StatusPresenterTest, TheMenuReachesEverything) {
+    std::vector<std::string> texts;
+    for (const StatusMenuEntry& entry : item.menu) {
+        texts.push_back(entry.text.toStdString());
+    }
+    EXPECT_THAT(texts, ElementsAre("Starting…", "", "Show Panel", "Open Sordin", "", "Enabled",
+                                   "Restore Volume", "Start at Login", "", "Quit"));
+    for (const auto* name : {"Show Panel", "Open Sordin", "Quit"}) {
+        item.choose(name);
+    }
+    EXPECT_THAT(chosen, ElementsAre("panel", "main", "quit"));
+
+    EXPECT_TRUE(item.entry("Enabled").checked);
+    item.choose("Enabled");
+    EXPECT_FALSE(engine->isEnabled());
+    EXPECT_FALSE(item.entry("Enabled").checked);
+    item.choose("Enabled");
+    settle();
+    capture->completion(std::nullopt);
+    settle();
+
+    EXPECT_FALSE(item.entry("Restore Volume").enabled);
+    hearAdBegin();
+    ASSERT_TRUE(item.entry("Restore Volume").enabled);
+    item.choose("Restore Volume");
+    EXPECT_FALSE(item.entry("Restore Volume").enabled);
+    EXPECT_TRUE(engine->adActive());
+
+    EXPECT_FALSE(item.entry("Start at Login").checked);
+    item.choose("Start at Login");
+    EXPECT_TRUE(atLogin);
+    EXPECT_TRUE(item.entry("Start at Login").checked);
+    item.choose("Start at Login");
+    EXPECT_FALSE(atLogin);
+}
+
+TEST(PanelPlace, IsWholeBesideTheIconWhereverTheBarIs) {
+    const QSize size(290, 200);
+    const QRect screen(0, 0, 1280, 800);
+    struct Case {
+        QPoint click;
+        QRect free;
+        QPoint place;
+    };
+    for (const auto& [click, free, place] : {
+             Case{{640, 10}, screen.adjusted(0, 30, 0, 0), {495, 36}},      // bar above
+             Case{{640, 790}, screen.adjusted(0, 0, 0, -30), {495, 564}},   // below
+             Case{{1275, 790}, screen.adjusted(0, 0, 0, -30), {984, 564}},  // in the corner
+             Case{{10, 400}, screen.adjusted(40, 0, 0, 0), {46, 186}},      // at the left
+             Case{{640, 10}, screen, {495, 24}},                            // a bar that takes no room
+             Case{{640, 790}, screen, {495, 576}},
+             Case{{-600, 10}, QRect(-1280, 30, 1280, 770), {-745, 36}},  // on a screen at the left
+             Case{{5, 5}, QRect(0, 0, 200, 100), {6, 6}},                // no room at all
+         }) {
+        EXPECT_EQ(panelPlace(click, size, free), place)
+            << click.x() << ' ' << click.y() << " gives " << panelPlace(click, size, free).x() << ' '
+            << panelPlace(click, size, free).y();
+    }
+}
+
+}  // namespace
+}  // namespace sordin

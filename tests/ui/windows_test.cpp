@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+// The windows as they come and go.
+#include "ui/windows.h"
+#include "ui_fixture.h"
+
+#include <QQuickItem>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace sordin {
+namespace {
+
+class WindowsTest : public UiTest {
+protected:
+    static bool comes(const std::function<bool()>& condition) { return QTest::qWaitFor(condition); }
+    void openMain() {
+        windows.showMain();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(windows.main()));
+    }
+    void openPanel() {
+        QTest::qWait(310);  // a click right after it was closed is the one that closed it
+        windows.togglePanel({600, 10});
+        ASSERT_NE(windows.panel(), nullptr);
+        ASSERT_TRUE(QTest::qWaitForWindowActive(windows.panel()));
+    }
+    static void click(QQuickWindow* window, const char* name) {
+        auto* item = window->findChild<QQuickItem*>(name);
+        ASSERT_NE(item, nullptr);
+        QTest::mouseClick(window, Qt::LeftButton, {},
+                          item->mapToScene({item->width() / 2, item->height() / 2}).toPoint());
+    }
+    [[nodiscard]] int page() const {
+        return windows.main()->findChild<QObject*>("sidebar")->property("currentIndex").toInt();
+    }
+
+    bool iconIsShown = true;
+    Windows windows{*engine, {[this] { return iconIsShown; }, [] { return true; }}};
+};
+
+TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {
+    openMain();
+    windows.main()->findChild<QObject*>("sidebar")->setProperty("currentIndex", 3);
+    windows.main()->resize(1000, 700);
+    const QPointer<QQuickWindow> first = windows.main();
+    windows.showMain();
+    EXPECT_EQ(windows.main(), first) << "one is enough";
+    EXPECT_EQ(page(), 3);
+    windows.main()->close();
+    EXPECT_EQ(windows.main(), nullptr);
+    EXPECT_TRUE(comes([&] { return first.isNull(); })) << "nothing of it is kept";
+    openMain();
+    EXPECT_EQ(page(), 0);
+    EXPECT_EQ(windows.main()->size(), QSize(1000, 700));
+    QTest::keyClick(windows.main(), Qt::Key_W, Qt::ControlModifier);
+    EXPECT_EQ(windows.main(), nullptr);
+}
+
+TEST_F(WindowsTest, WithoutAnIconAClosedWindowStaysWithinReach) {
+    iconIsShown = false;
+    openMain();
+    windows.main()->findChild<QObject*>("sidebar")->setProperty("currentIndex", 3);
+    windows.main()->close();
+    ASSERT_NE(windows.main(), nullptr);
+    EXPECT_TRUE(windows.main()->windowStates() & Qt::WindowMinimized);
+    windows.showMain();
+    EXPECT_FALSE(windows.main()->windowStates() & Qt::WindowMinimized);
+    EXPECT_EQ(page(), 3);
+}
+
+TEST_F(WindowsTest, ThePanelGoesWhenItIsLeft) {
+    openPanel();
+    windows.togglePanel({600, 10});
+    EXPECT_EQ(windows.panel(), nullptr);
+    windows.togglePanel({600, 10});
+    EXPECT_EQ(windows.panel(), nullptr) << "the click that took its focus";
+
+    openPanel();
+    QTest::keyClick(windows.panel(), Qt::Key_Escape);
+    EXPECT_EQ(windows.panel(), nullptr);
+
+    openPanel();
+    QTest::mouseClick(windows.panel(), Qt::LeftButton, {}, {-20, 10});
+    EXPECT_EQ(windows.panel(), nullptr) << "a click elsewhere";
+
+    openPanel();
+    QQuickWindow other;
+    other.show();
+    other.requestActivate();
+    EXPECT_TRUE(comes([&] { return windows.panel() == nullptr; })) << "another window";
+
+    openPanel();
+    click(windows.panel(), "enabled");
+    EXPECT_FALSE(engine->isEnabled());
+    EXPECT_NE(windows.panel(), nullptr);
+    click(windows.panel(), "open");
+    EXPECT_EQ(windows.panel(), nullptr);
+    ASSERT_NE(windows.main(), nullptr);
+    EXPECT_TRUE(windows.main()->isVisible());
+}
+
+TEST_F(WindowsTest, BothCanEndTheProgram) {
+    const QSignalSpy quits(&windows, &Windows::quit);
+    openPanel();
+    click(windows.panel(), "quit");
+    EXPECT_EQ(quits.count(), 1);
+    openMain();
+    QTest::keyClick(windows.main(), Qt::Key_Q, Qt::ControlModifier);
+    EXPECT_EQ(quits.count(), 2);
+}
+
+TEST_F(WindowsTest, NothingIsDrawnThatNobodySees) {
+    openMain();
+    int frames = 0;
+    QObject::connect(
+        windows.main(), &QQuickWindow::afterRendering, windows.main(), [&] { ++frames; },
+        Qt::DirectConnection);
+    const auto live = [&] {
+        hear(2, 0.3F);
+        hear(2, 0.1F);
+        QTest::qWait(100);
+    };
+    live();
+    EXPECT_GT(frames, 0);
+    windows.main()->hide();
+    frames = 0;
+    live();
+    EXPECT_EQ(frames, 0);
+}
+
+}  // namespace
+}  // namespace sordin
