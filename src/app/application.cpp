@@ -6,10 +6,10 @@
 #include "classifier/sound_model_file.h"
 #include "detection/heuristic_ad_scorer.h"
 #include "detection/keyword_transcript_scorer.h"
-#include "platform/linux/desktop/linux_permissions.h"
 #include "platform/linux/pipewire/audio_objects.h"
 #include "platform/linux/pipewire/loopback_source.h"
 #include "platform/linux/pipewire/pulse_probe.h"
+#include "platform/linux/session/linux_permissions.h"
 #include "platform/linux/speech/linux_speech_recogniser.h"
 #include "platform/linux/storage/file_user_defaults.h"
 #include "platform/linux/storage/user_folders.h"
@@ -20,6 +20,7 @@
 #include "support/system_clock.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
 #include <QLoggingCategory>
 #include <chrono>
 #include <utility>
@@ -87,8 +88,8 @@ void Application::createEngine(const std::filesystem::path& program, std::shared
     auto volume = std::make_shared<VolumeController>(
         queue("sordin.volume", QualityOfService::userInteractive), objects_, defaults, std::move(guard));
     engine_ = std::make_unique<SordinEngine>(SordinEngine::Parts{
-        mainQueue_, std::move(defaults), std::make_shared<LinuxPermissions>(), std::move(transcriber),
-        std::move(pipeline), std::move(capture), std::move(volume),
+        mainQueue_, std::move(defaults), std::make_shared<LinuxPermissions>(QDBusConnection::sessionBus()),
+        std::move(transcriber), std::move(pipeline), std::move(capture), std::move(volume),
         std::make_shared<AudioProcessInspector>(*objects_, directory_),
         std::make_shared<AdHistoryFile>(dataFolder() / "history.json",
                                         queue("sordin.history", QualityOfService::utility)),

@@ -1,20 +1,26 @@
 // SPDX-License-Identifier: MIT
 // sordin: the application's process.
 #include "app/application.h"
+#include "app/desktop.h"
+#include "app/options.h"
 #include "app/termination_signals.h"
 #include "guard/guard_process.h"
+#include "platform/linux/desktop/display.h"
 #include "platform/linux/sandbox/network_filter.h"
 #include "platform/linux/sandbox/private_memory.h"
+#include "platform/linux/session/application_service.h"
 #include "platform/linux/storage/pending_restore_lock.h"
 #include "platform/linux/storage/user_folders.h"
 #include "support/own_files.h"
 #include "support/program_path.h"
 
-#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QGuiApplication>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <memory>
+#include <optional>
 #include <system_error>
 
 namespace {
@@ -22,6 +28,7 @@ namespace {
 using namespace sordin;
 
 constexpr int failed = 1;
+constexpr int misused = 2;
 
 std::shared_ptr<VolumeGuard> startGuard(const std::filesystem::path& program) {
     const auto helper = findHelper(program, "sordin-volume-guard");
@@ -33,7 +40,41 @@ std::shared_ptr<VolumeGuard> startGuard(const std::filesystem::path& program) {
     return std::make_shared<GuardProcess>(*helper, configFolder());
 }
 
-int run(int argc, char** argv) {
+/// With windows where there is a display for them.
+std::unique_ptr<QCoreApplication> makeQt(int& argc, char** argv, bool windows) {
+    if (!windows) {
+        return std::make_unique<QCoreApplication>(argc, argv);
+    }
+    auto qt = std::make_unique<QGuiApplication>(argc, argv);
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Sordin"));
+    QGuiApplication::setDesktopFileName(QLatin1String(ApplicationService::id));
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    UiEngine::prepare();
+    return qt;
+}
+
+int run(int argc, char** argv, const Options& options) {
+    const DisplayState display = displayState();
+    if (display == DisplayState::unreachable) {
+        std::fprintf(stderr, "sordin: the display %s cannot be reached\n", std::getenv("DISPLAY"));
+        return failed;
+    }
+    const bool windows = display == DisplayState::reachable;
+    const auto qt = makeQt(argc, argv, windows);
+    std::optional<Desktop> desktop;
+    ApplicationService service(QDBusConnection::sessionBus(), [&desktop](const QString& token) {
+        if (desktop) {
+            desktop->showMain(token);
+        }
+    });
+    if (service.name() == ApplicationService::Name::taken) {
+        if (options.hidden || service.activateOther()) {
+            return 0;
+        }
+        std::fprintf(stderr, "sordin: is already running, but does not answer\n");
+        return failed;
+    }
+    // Others of the user's sessions, and those without a bus.
     const PendingRestoreLock lock(configFolder(), PendingRestoreLock::patienceAtStart);
     if (lock.state() == PendingRestoreLock::State::taken) {
         std::fprintf(stderr, "sordin: is already running\n");
@@ -41,15 +82,30 @@ int run(int argc, char** argv) {
     }
     const auto program = programPath(argv[0]);
     auto guard = startGuard(program);
-    QCoreApplication qt(argc, argv);
-    const TerminationSignals signals([] { QCoreApplication::quit(); });
+    const TerminationSignals signals([] { QCoreApplication::exit(); });
     Application application(program, std::move(guard));
-    return QCoreApplication::exec();
+    if (windows) {
+        desktop.emplace(application.engine(), program);
+        if (!options.hidden || !application.engine().onboardingComplete()) {
+            desktop->showMain();
+        }
+    }
+    const int status = QCoreApplication::exec();
+    desktop.reset();  // before the engine that it shows
+    return status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    const auto options = parseOptions({argv + 1, argv + argc});
+    if (!options) {
+        return misused;
+    }
+    if (options->answer) {
+        std::fputs(options->answer, stdout);
+        return 0;
+    }
     // Before there is a thread, so that every one is held by it.
     if (const auto error = refuseNetwork()) {
         std::fprintf(stderr, "sordin: the system cannot be told to refuse the network: %s\n",
@@ -58,7 +114,7 @@ int main(int argc, char** argv) {
     static_cast<void>(keepOutOfDumps());
     std::signal(SIGPIPE, SIG_IGN);
     try {
-        return run(argc, argv);
+        return run(argc, argv, *options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "sordin: %s\n", error.what());
         return failed;

@@ -90,24 +90,29 @@ protected:
         server->start();
     }
 
-    void startProgram() {
+    /// With a home of its own, and unless the test has added to it, without a display.
+    [[nodiscard]] std::vector<std::string> environment() const {
+        std::vector<std::string> all{"XDG_CONFIG_HOME=" + (home / "config").string(),
+                                     "XDG_DATA_HOME=" + (home / "data").string(),
+                                     "QT_LOGGING_RULES=sordin.*.info=true", "QT_FORCE_STDERR_LOGGING=1",
+                                     "QT_MESSAGE_PATTERN=%{message}"};
+        all.insert(all.end(), display.begin(), display.end());
+        return all;
+    }
+    void startProgram(const std::vector<std::string>& arguments = {}) {
         program.reset();
         writeText(home / "log", "");
-        program.emplace(
-            std::vector<std::string>{SORDIN_PROGRAM},
-            ChildOptions{.environment = {"XDG_CONFIG_HOME=" + (home / "config").string(),
-                                         "XDG_DATA_HOME=" + (home / "data").string(),
-                                         "QT_LOGGING_RULES=sordin.*.info=true", "QT_FORCE_STDERR_LOGGING=1",
-                                         "QT_MESSAGE_PATTERN=%{message}"},
-                         .log = home / "log"});
+        std::vector<std::string> command{SORDIN_PROGRAM};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        program.emplace(command, ChildOptions{.environment = environment(), .log = home / "log"});
     }
     [[nodiscard]] std::string log() const { return contentsOf(home / "log"); }
     /// Whether the program comes to say so, in what it has not said `before`.
     bool says(const std::string& text, std::size_t before = 0, std::chrono::milliseconds within = deadline) {
         return waitUntil([&] { return log().find(text, before) != std::string::npos; }, within);
     }
-    void listen() {
-        startProgram();
+    void listen(const std::vector<std::string>& arguments = {}) {
+        startProgram(arguments);
         ASSERT_TRUE(says("status: listening")) << log();
     }
 
@@ -142,6 +147,7 @@ protected:
     static replay::Interval excerptAd() { return replay::readAdLabels(pieces() / "excerpt.txt").at(0); }
 
     TemporaryFolder home;
+    std::vector<std::string> display{"DISPLAY=", "WAYLAND_DISPLAY="};
     std::optional<PrivateAudioServer> server;
     std::optional<ChildProcess> program;
     std::optional<ChildProcess> player;

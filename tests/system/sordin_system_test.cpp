@@ -169,8 +169,7 @@ TEST_F(SordinSystemTest, AKilledProgramLeavesNoVolumeDown) {
 TEST_F(SordinSystemTest, ASecondStartDoesNotGetInTheWayOfTheFirst) {
     beginServer();
     enterAd();
-    ChildProcess second({SORDIN_PROGRAM}, {.environment = {"XDG_CONFIG_HOME=" + (home / "config").string()},
-                                           .log = home / "second"});
+    ChildProcess second({SORDIN_PROGRAM}, {.environment = environment(), .log = home / "second"});
     EXPECT_EQ(second.wait(60s), 1);
     EXPECT_THAT(contentsOf(home / "second"), testing::HasSubstr("already running"));
     EXPECT_TRUE(recordIsThere());

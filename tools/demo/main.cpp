@@ -51,11 +51,11 @@ void demonstrate(const std::string& program, const std::string& broadcast, const
     const std::filesystem::path log = home / "log";
     writeText(log, "");
     ChildProcess sordin(
-        {program},
-        {.environment = {"XDG_CONFIG_HOME=" + (home / "config").string(),
-                         "XDG_DATA_HOME=" + (home / "data").string(), "QT_LOGGING_RULES=sordin.*.info=true",
-                         "QT_FORCE_STDERR_LOGGING=1", "QT_MESSAGE_PATTERN=%{message}"},
-         .log = log});
+        {program}, {.environment = {"XDG_CONFIG_HOME=" + (home / "config").string(),
+                                    "XDG_DATA_HOME=" + (home / "data").string(),
+                                    "DISPLAY=", "WAYLAND_DISPLAY=", "QT_LOGGING_RULES=sordin.*.info=true",
+                                    "QT_FORCE_STDERR_LOGGING=1", "QT_MESSAGE_PATTERN=%{message}"},
+                    .log = log});
     if (!waitUntil([&] { return contentsOf(log).find("listening") != std::string::npos; }, deadline)) {
         throw std::runtime_error("Sordin does not listen: " + contentsOf(log));
     }

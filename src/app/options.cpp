@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include "app/options.h"
+
+#include <cstdio>
+
+namespace sordin {
+
+namespace {
+
+constexpr auto usage = "usage: sordin [--hidden]\n"
+                       "  --hidden   start with the icon alone, without the window\n"
+                       "  --version  print the version\n"
+                       "  --help     print this\n";
+constexpr auto version = "sordin " SORDIN_VERSION "\n";
+
+}  // namespace
+
+std::optional<Options> parseOptions(const std::vector<std::string_view>& arguments) {
+    Options options;
+    for (const std::string_view argument : arguments) {
+        if (argument == "--hidden") {
+            options.hidden = true;
+        } else if (argument == "--help" || argument == "-h") {
+            options.answer = usage;
+        } else if (argument == "--version") {
+            options.answer = version;
+        } else {
+            std::fprintf(stderr, "sordin: unknown argument: %.*s\n%s", static_cast<int>(argument.size()),
+                         argument.data(), usage);
+            return std::nullopt;
+        }
+    }
+    return options;
+}
+
+}  // namespace sordin

@@ -1,0 +1,349 @@
+// SPDX-License-Identifier: MIT
+// The whole program on a desktop: a display, a window manager, a session bus, a panel, and somebody who
+// clicks.
+#include "fake_panel.h"
+#include "platform/linux/session/dbus_menu.h"
+#include "rig/private_bus.h"
+#include "system/private_display.h"
+#include "system/sordin_fixture.h"
+
+#include <QCoreApplication>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <sstream>
+
+namespace sordin {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+struct ShownWindow {
+    std::string id;
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
+
+class DesktopTest : public SordinTest {
+protected:
+    static constexpr int panelWidth = 290;
+    static constexpr int mainWidth = 860;
+
+    DesktopTest() {
+        beginServer();  // which turns the bus off that is there
+        bus.emplace();
+        connection.emplace(QDBusConnection::connectToBus(QString::fromStdString(bus->address()), "desktop"));
+        display.clear();
+        screen.emplace();
+        windowManager.emplace(std::vector<std::string>{"openbox"}, ChildOptions{.log = home / "openbox"});
+        waitUntil(
+            [&] {
+                return tool({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}).find("window id") !=
+                       std::string::npos;
+            },
+            deadline);
+    }
+    ~DesktopTest() override {
+        program.reset();
+        panel.reset();
+        QDBusConnection::disconnectFromBus("desktop");
+    }
+
+    void showPanel() { panel.emplace(*connection); }
+    /// Starts with the icon alone, and waits until the panel shows it.
+    void startHidden() {
+        showPanel();
+        listen({"--hidden"});
+        ASSERT_TRUE(comes([&] { return !panel->items().empty(); })) << log();
+    }
+
+    /// Whether it comes to hold while the panel answers.
+    template <class Condition>
+    static bool comes(Condition condition, std::chrono::milliseconds within = deadline) {
+        return waitUntil(
+            [&] {
+                QCoreApplication::processEvents();
+                return condition();
+            },
+            within);
+    }
+    [[nodiscard]] QDBusMessage ask(const char* path, const char* interface, const char* method,
+                                   const QVariantList& arguments = {}) {
+        auto question = QDBusMessage::createMethodCall(panel->items().back(), path, interface, method);
+        question.setArguments(arguments);
+        const auto call = connection->asyncCall(question);
+        comes([&] { return call.isFinished(); });
+        return call.reply();
+    }
+    [[nodiscard]] QString itemProperty(const char* name) {
+        const auto answer = ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
+                                {"org.kde.StatusNotifierItem", name});
+        return answer.arguments().value(0).value<QDBusVariant>().variant().toString();
+    }
+    void clickIcon(int x, int y) {
+        static_cast<void>(ask("/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate", {x, y}));
+    }
+    /// By its text in the menu; throws if it is not there.
+    void choose(const QString& text) {
+        const auto answer =
+            ask(DbusMenu::path, "com.canonical.dbusmenu", "GetLayout", {0, -1, QStringList()});
+        const auto layout = qdbus_cast<MenuLayout>(answer.arguments().value(1));
+        for (const QVariant& child : layout.children) {
+            const auto entry = qdbus_cast<MenuLayout>(child);
+            if (entry.properties.value("label") == text) {
+                static_cast<void>(ask(DbusMenu::path, "com.canonical.dbusmenu", "Event",
+                                      {entry.id, "clicked", QVariant::fromValue(QDBusVariant(0)), 0U}));
+                return;
+            }
+        }
+        throw std::runtime_error("the menu has no " + text.toStdString());
+    }
+
+    std::string tool(std::vector<std::string> command) const {
+        return outputOf(std::move(command), home / "tools").value_or("");
+    }
+    /// Windows of ours, of this width.
+    [[nodiscard]] std::vector<ShownWindow> shown(int width) const {
+        std::vector<ShownWindow> all;
+        std::istringstream ids(tool({"xdotool", "search", "--onlyvisible", "--name", "^Sordin$"}));
+        for (std::string id; ids >> id;) {
+            ShownWindow window{id};
+            std::istringstream geometry(tool({"xdotool", "getwindowgeometry", "--shell", id}));
+            for (std::string line; std::getline(geometry, line);) {
+                const auto value = [&line] { return std::stoi(line.substr(line.find('=') + 1)); };
+                if (line.starts_with("X=")) {
+                    window.x = value();
+                } else if (line.starts_with("Y=")) {
+                    window.y = value();
+                } else if (line.starts_with("WIDTH=")) {
+                    window.width = value();
+                } else if (line.starts_with("HEIGHT=")) {
+                    window.height = value();
+                }
+            }
+            if (window.width == width) {
+                all.push_back(window);
+            }
+        }
+        return all;
+    }
+    [[nodiscard]] bool isShown(int width) const { return !shown(width).empty(); }
+    [[nodiscard]] bool isActive(const ShownWindow& window) const {
+        return tool({"xdotool", "getactivewindow"}) == window.id + "\n";
+    }
+    [[nodiscard]] bool hasFocus(const ShownWindow& window) const {
+        return tool({"xdotool", "getwindowfocus"}) == window.id + "\n";
+    }
+    bool mainComes() {
+        return comes([&] {
+            const auto windows = shown(mainWidth);
+            return windows.size() == 1 && isActive(windows[0]);
+        });
+    }
+    void click(int x, int y) {
+        tool({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"});
+    }
+    void press(const std::string& key) { tool({"xdotool", "key", key}); }
+    [[nodiscard]] nlohmann::json defaults() const {
+        return nlohmann::json::parse(contentsOf(home / "config/Sordin/defaults.json"), nullptr, false);
+    }
+    /// Whether a setting comes to have this value on the disk.
+    bool becomesSetting(const char* key, const nlohmann::json& value) {
+        return comes([&] {
+            const auto all = defaults();
+            return all.is_object() && all.contains(key) && all[key] == value;
+        });
+    }
+    [[nodiscard]] int secondStart(const std::vector<std::string>& arguments = {}) {
+        std::vector<std::string> command{SORDIN_PROGRAM};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        ChildProcess second(command, {.environment = environment(), .log = home / "second"});
+        comes([&] { return !second.running(); });
+        return second.wait(0s).value_or(-1);
+    }
+
+    std::optional<PrivateBus> bus;
+    std::optional<QDBusConnection> connection;
+    std::optional<PrivateDisplay> screen;
+    std::optional<ChildProcess> windowManager;
+    std::optional<FakePanel> panel;
+};
+
+TEST_F(DesktopTest, TheFirstStartShowsTheGuideEvenAtLogin) {
+    writeText(home / "config/Sordin/defaults.json", "{}");
+    startProgram();
+    ASSERT_TRUE(mainComes()) << log();
+    press("ctrl+q");
+    EXPECT_EQ(program->wait(deadline), 0) << "over the guide too";
+    startProgram({"--hidden"});
+    ASSERT_TRUE(mainComes()) << log();
+    EXPECT_EQ(log().find("listening"), std::string::npos);
+    press("Escape");
+    EXPECT_TRUE(comes([&] {
+        press("Return");
+        return log().find("status: listening") != std::string::npos;
+    })) << log();
+    EXPECT_TRUE(becomesSetting("onboarded", true));
+    press("ctrl+q");
+    EXPECT_EQ(program->wait(deadline), 0) << log();
+}
+
+TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
+    startHidden();
+    EXPECT_FALSE(isShown(mainWidth));
+    EXPECT_EQ(itemProperty("IconName"), "sordin-listening-symbolic");
+    const auto icons = itemProperty("IconThemePath").toStdString();
+    EXPECT_TRUE(std::filesystem::exists(icons + "/hicolor/symbolic/apps/sordin-listening-symbolic.svg"))
+        << icons;
+
+    clickIcon(640, 10);
+    ASSERT_TRUE(comes([&] { return isShown(panelWidth); })) << log();
+    const auto opened = shown(panelWidth).at(0);
+    EXPECT_EQ(opened.x + opened.width / 2, 640);
+    EXPECT_GT(opened.y, 10);
+    EXPECT_LT(opened.y, 40);
+    click(100, 700);
+    EXPECT_TRUE(comes([&] { return !isShown(panelWidth); })) << "a click elsewhere closes it";
+
+    // By the keyboard: from the switch over the slider to the first button.
+    ASSERT_TRUE(comes([&] {
+        clickIcon(1270, 790);
+        return isShown(panelWidth);
+    }));
+    const auto corner = shown(panelWidth).at(0);
+    EXPECT_LE(corner.x + corner.width, 1280);
+    EXPECT_LE(corner.y + corner.height, 800);
+    ASSERT_TRUE(comes([&] { return hasFocus(corner); }));
+    press("Tab");
+    press("space");
+    EXPECT_TRUE(becomesSetting("enabled", false)) << log();
+    EXPECT_TRUE(comes([&] { return itemProperty("IconName") == "sordin-paused-symbolic"; }));
+    press("Tab");
+    press("Home");
+    EXPECT_TRUE(becomesSetting("sensitivity", 0.0));
+    click(corner.x + 50, corner.y + corner.height - 26);
+    ASSERT_TRUE(mainComes()) << "Open Sordin";
+    EXPECT_FALSE(isShown(panelWidth));
+
+    press("alt+F4");
+    EXPECT_TRUE(comes([&] { return !isShown(mainWidth); }));
+    EXPECT_TRUE(program->running());
+    ASSERT_TRUE(comes([&] {
+        clickIcon(640, 790);
+        return isShown(panelWidth);
+    }));
+    const auto last = shown(panelWidth).at(0);
+    click(last.x + last.width - 40, last.y + last.height - 26);
+    EXPECT_TRUE(comes([&] { return !program->running(); })) << "Quit";
+    EXPECT_EQ(program->wait(0s), 0);
+}
+
+TEST_F(DesktopTest, ASecondStartBringsTheFirstForward) {
+    startHidden();
+    EXPECT_EQ(secondStart({"--hidden"}), 0);
+    EXPECT_FALSE(isShown(mainWidth)) << "at login nobody asks for a window";
+    EXPECT_EQ(secondStart(), 0);
+    ASSERT_TRUE(mainComes());
+    ChildProcess other({"xev", "-name", "other"}, {.log = home / "xev"});
+    ASSERT_TRUE(comes([&] { return !isActive(shown(mainWidth).at(0)); })) << "another window is in front";
+    EXPECT_EQ(secondStart(), 0);
+    EXPECT_TRUE(mainComes());
+    EXPECT_THAT(shown(mainWidth), SizeIs(1));
+    program->kill(SIGTERM);
+    EXPECT_EQ(program->wait(deadline), 0) << "a window that is open does not hold it";
+}
+
+TEST_F(DesktopTest, WithoutAPanelTheWindowStaysWithinReach) {
+    listen();
+    ASSERT_TRUE(mainComes()) << log();
+    const auto window = shown(mainWidth).at(0);
+    press("alt+F4");
+    EXPECT_TRUE(comes([&] {
+        return tool({"xprop", "-id", window.id, "WM_STATE"}).find("Iconic") != std::string::npos;
+    }));
+    EXPECT_EQ(secondStart(), 0);
+    EXPECT_TRUE(mainComes());
+    press("ctrl+q");
+    EXPECT_TRUE(comes([&] { return !program->running(); }));
+    EXPECT_EQ(program->wait(0s), 0);
+}
+
+TEST_F(DesktopTest, TheMenuWorksInAnAd) {
+    startHidden();
+    play(pieces() / "ads.wav");
+    ASSERT_TRUE(says("an ad began")) << log();
+    ASSERT_TRUE(becomes(0));
+    EXPECT_EQ(itemProperty("IconName"), "sordin-muting-symbolic");
+    choose("Restore Volume");
+    EXPECT_TRUE(becomes(1));
+    EXPECT_EQ(itemProperty("IconName"), "sordin-muting-symbolic") << "the ad goes on";
+    choose("Start at Login");
+    EXPECT_TRUE(std::filesystem::exists(home / "config/autostart/org.sordin.Sordin.desktop"));
+    choose("Show Panel");
+    EXPECT_TRUE(comes([&] { return isShown(panelWidth); }));
+    choose("Open Sordin");
+    EXPECT_TRUE(mainComes());
+    static_cast<void>(ask("/StatusNotifierItem", "org.kde.StatusNotifierItem", "SecondaryActivate", {1, 1}));
+    EXPECT_TRUE(becomesSetting("enabled", false)) << "the middle button";
+    EXPECT_FALSE(recordIsThere());
+    choose("Quit");
+    EXPECT_TRUE(comes([&] { return !program->running(); }));
+    EXPECT_EQ(program->wait(0s), 0);
+}
+
+TEST_F(DesktopTest, APanelThatRestartsGetsTheIconBack) {
+    startHidden();
+    for (int i = 0; i < 2; ++i) {
+        panel.reset();
+        showPanel();
+        EXPECT_TRUE(comes([&] { return panel->items().size() == 1; })) << i;
+    }
+    clickIcon(640, 10);
+    EXPECT_TRUE(comes([&] { return isShown(panelWidth); }));
+}
+
+TEST_F(DesktopTest, LosingTheDisplayOrTheBusLeavesNoVolumeDown) {
+    enterAd();
+    ASSERT_TRUE(mainComes());
+    screen->kill();
+    EXPECT_TRUE(comes([&] { return !program->running(); })) << log();
+    EXPECT_TRUE(becomes(1)) << "by the guard, if the program was not asked";
+    EXPECT_TRUE(waitUntil([&] { return !recordIsThere(); }, deadline));
+    player.reset();
+
+    windowManager.reset();
+    screen.emplace();
+    enterAd();
+    bus.reset();  // the end of the session
+    screen->kill();
+    EXPECT_TRUE(waitUntil([&] { return !program->running(); }, deadline)) << log();
+    EXPECT_TRUE(becomes(1));
+    EXPECT_TRUE(waitUntil([&] { return !recordIsThere(); }, deadline));
+}
+
+TEST_F(DesktopTest, ADisplayThatCannotBeReachedIsSaid) {
+    display = {"DISPLAY=:12345", "WAYLAND_DISPLAY="};
+    startProgram();
+    EXPECT_EQ(program->wait(deadline), 1);
+    EXPECT_THAT(log(), testing::HasSubstr("the display :12345 cannot be reached"));
+}
+
+TEST_F(DesktopTest, AssistiveTechnologyReachesAndHearsEverything) {
+    display.emplace_back("QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1");
+    listen();
+    ASSERT_TRUE(mainComes());
+    ChildProcess user({"/usr/bin/python3", SORDIN_USER}, {.log = home / "user"});
+    ASSERT_TRUE(comes([&] { return !user.running(); }, 120s));
+    EXPECT_EQ(user.wait(0s), 0) << contentsOf(home / "user");
+    EXPECT_TRUE(becomesSetting("enabled", false));
+    EXPECT_TRUE(becomesSetting("sensitivity", 0.9));
+    EXPECT_TRUE(becomesSetting("transcription", false));
+    EXPECT_TRUE(becomesSetting("onboarded", false));
+}
+
+}  // namespace
+}  // namespace sordin
