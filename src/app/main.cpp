@@ -16,6 +16,7 @@
 
 #include <QDBusConnection>
 #include <QGuiApplication>
+#include <QLoggingCategory>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -45,6 +46,11 @@ std::unique_ptr<QCoreApplication> makeQt(int& argc, char** argv, bool windows) {
     if (!windows) {
         return std::make_unique<QCoreApplication>(argc, argv);
     }
+    // Nothing is drawn by the graphics card, whose driver Wayland would load all the same, and be it of twice
+    // our size. (No such integration is there, which Qt warns of.)
+    qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+    qputenv("QT_IM_MODULE", "none");  // nothing is written into our windows
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.wayland.warning=false"));
     auto qt = std::make_unique<QGuiApplication>(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Sordin"));
     QGuiApplication::setDesktopFileName(QLatin1String(ApplicationService::id));

@@ -6,6 +6,7 @@
 #include <QCloseEvent>
 #include <QCursor>
 #include <QGuiApplication>
+#include <QLoggingCategory>
 #include <QMouseEvent>
 #include <QPainterPath>
 #include <QRegion>
@@ -15,6 +16,8 @@
 namespace sordin {
 
 namespace {
+
+Q_LOGGING_CATEGORY(windowsLog, "sordin.windows", QtWarningMsg)
 
 /// Whether windows say themselves where they are. On Wayland the compositor does.
 bool windowsHavePlaces() {
@@ -71,6 +74,9 @@ void Windows::showMain(const QString& token) {
         main_ = ui_.mainWindow(engine_);
         main_->installEventFilter(this);
         connect(main_.get(), SIGNAL(quit()), this, SIGNAL(quit()));
+        connect(
+            main_.get(), &QQuickWindow::frameSwapped, this, [] { qCInfo(windowsLog, "the window is drawn"); },
+            Qt::SingleShotConnection);
         if (mainSize_.isValid()) {
             main_->resize(mainSize_);
         }
@@ -123,7 +129,6 @@ void Windows::closePanel() {
         panelWasClosed_.start();
         panel_->removeEventFilter(this);
         panel_->disconnect(this);
-        panel_->setMouseGrabEnabled(false);
         panel_->hide();
         panel_.release()->deleteLater();  // it may be what is calling
     }

@@ -325,6 +325,34 @@ TEST_F(DesktopTest, LosingTheDisplayOrTheBusLeavesNoVolumeDown) {
     EXPECT_TRUE(waitUntil([&] { return !recordIsThere(); }, deadline));
 }
 
+TEST_F(DesktopTest, LosingTheCompositorLeavesNoVolumeDown) {
+    const std::string socket = "sordin-test";
+    ChildProcess compositor({"weston", "--backend=headless-backend.so", "--socket=" + socket, "--idle-time=0",
+                             "--use-pixman", "--no-config", "--width=1280", "--height=800"},
+                            {.log = home / "weston"});
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            return std::filesystem::exists(std::getenv("XDG_RUNTIME_DIR") / std::filesystem::path(socket));
+        },
+        deadline))
+        << contentsOf(home / "weston");
+    display = {"DISPLAY=", "WAYLAND_DISPLAY=" + socket, "XDG_SESSION_TYPE=wayland"};
+    showPanel();
+    startProgram();
+    ASSERT_TRUE(comes([&] { return log().find("the window is drawn") != std::string::npos; })) << log();
+    play(pieces() / "ads.wav");
+    ASSERT_TRUE(says("an ad began")) << log();
+    ASSERT_TRUE(becomes(0));
+    ASSERT_TRUE(comes([&] { return !panel->items().empty(); }));
+    clickIcon(640, 10);
+    clickIcon(640, 10);
+    EXPECT_TRUE(program->running()) << log();
+    compositor.kill(SIGKILL);
+    EXPECT_TRUE(comes([&] { return !program->running(); })) << log();
+    EXPECT_TRUE(becomes(1));
+    EXPECT_TRUE(waitUntil([&] { return !recordIsThere(); }, deadline));
+}
+
 TEST_F(DesktopTest, ADisplayThatCannotBeReachedIsSaid) {
     display = {"DISPLAY=:12345", "WAYLAND_DISPLAY="};
     startProgram();

@@ -41,7 +41,7 @@ TEST_F(PicturesTest, TheLevelIsAsLongAsTheConfidenceAndTheTickAtTheThreshold) {
               {"reached", QColor(red)},
               {"tick", QColor(black)}});
     const auto lengthOf = [&bar](double shown, QRgb colour) {
-        bar.setProperty("shown", shown);
+        bar.setProperty("confidence", shown);
         const QImage image = picture(bar, {200, 8});
         int length = 0;
         for (int x = 0; x < 200; ++x) {

@@ -6,20 +6,14 @@ import Sordin.Style
 // The current ad confidence against the threshold.
 ConfidenceLevel {
     id: bar
-    required property real confidence
-
     implicitWidth: 120
     implicitHeight: 8
-    shown: confidence
     over: confidence >= threshold
     track: Theme.quaternary
     level: Theme.accent
     reached: Theme.red
     tick: Theme.text
-    Behavior on shown {
-        enabled: bar.Window.visibility !== Window.Hidden
-        NumberAnimation { duration: Theme.gentle; easing.type: Easing.OutQuad }
-    }
+    duration: Theme.gentle
     Accessible.role: Accessible.ProgressBar
     Accessible.name: qsTr("Ad confidence")
     Accessible.description: qsTr("%1% of the %2% that mute").arg(Math.trunc(confidence * 100)).arg(Math.trunc(threshold * 100))

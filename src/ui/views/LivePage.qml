@@ -97,7 +97,7 @@ ColumnLayout {
             HoverHandler { id: pointer }
             Tip {
                 readonly property var point: { page.engine.confidence; return chart.point(chart.highlighted); }
-                visible: chart.highlighted >= 0
+                visible: point.time !== undefined
                 at: Qt.point(point.x ?? 0, point.y ?? 0)
                 text: visible ? qsTr("%1% at %2").arg(Math.trunc(point.confidence * 100)).arg(point.time.toLocaleTimeString(Qt.locale(), "hh:mm:ss")) : ""
             }
