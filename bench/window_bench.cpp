@@ -58,6 +58,7 @@ int main(int argc, char** argv) {
     const PrivateDisplay display;
     const ChildProcess windowManager({"openbox"}, {});
     std::this_thread::sleep_for(2s);
+    outputOf({"xdotool", "mousemove", "5", "5"});  // as when the user is busy elsewhere
     measureStart();
     {
         const MeasuredProgram program({.windows = true, .arguments = {"--hidden"}});

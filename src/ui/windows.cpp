@@ -68,10 +68,15 @@ Windows::Windows(SordinEngine& engine, Surroundings surroundings)
 
 Windows::~Windows() = default;
 
+/// At login there may never be a window, and this is as big as all the rest of the program.
+UiEngine& Windows::ui() {
+    return ui_ ? *ui_ : ui_.emplace();
+}
+
 void Windows::showMain(const QString& token) {
     closePanel();
     if (!main_) {
-        main_ = ui_.mainWindow(engine_);
+        main_ = ui().mainWindow(engine_);
         main_->installEventFilter(this);
         connect(main_.get(), SIGNAL(quit()), this, SIGNAL(quit()));
         connect(
@@ -98,7 +103,7 @@ void Windows::togglePanel(QPoint click, const QString& token) {
 }
 
 void Windows::openPanel(QPoint click) {
-    panel_ = ui_.panel(engine_);
+    panel_ = ui().panel(engine_);
     panel_->installEventFilter(this);
     connect(panel_.get(), SIGNAL(quit()), this, SIGNAL(quit()));
     connect(panel_.get(), SIGNAL(openMain()), this, SLOT(showMain()));

@@ -8,6 +8,7 @@
 #include <QPoint>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace sordin {
 
@@ -49,13 +50,14 @@ Q_SIGNALS:
     void quit();
 
 private:
+    [[nodiscard]] UiEngine& ui();
     void openPanel(QPoint click);
     void closePanel();
     bool closing(QEvent& event);
 
     SordinEngine& engine_;
     const Surroundings surroundings_;
-    UiEngine ui_;
+    std::optional<UiEngine> ui_;  // since the first window
     std::unique_ptr<QQuickWindow> main_;
     std::unique_ptr<QQuickWindow> panel_;
     QSize mainSize_;                // the user's, from the last time

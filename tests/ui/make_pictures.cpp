@@ -18,6 +18,7 @@ public:
     void TestBody() override {}
 
     void make() {
+        wallClock = currentReferenceDate() - 600;  // the test's time moves on while it listens
         for (const bool dark : {false, true}) {
             ui_.appearance().force(dark);
             look_ = dark ? "dark" : "light";
@@ -93,7 +94,7 @@ private:
     void full() {
         using EventKind = AdEvent::Kind;
         AdHistory history;
-        const std::array apps{"Firefox", "Spotify", "Podcasts",
+        const std::array apps{"Web Browser", "Music", "Podcasts",
                               "A media player with a very long name that does not fit anywhere"};
         for (int i = 0; i < 60; ++i) {
             history.push_back(adAgo(apps[static_cast<std::size_t>(i % 4)], 300 + 1300.0 * i, 8 + (i * 7) % 50,

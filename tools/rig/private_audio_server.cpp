@@ -16,11 +16,19 @@ namespace {
 using nlohmann::json;
 using namespace std::chrono_literals;
 
-/// All objects of the server; an empty list while there is no server.
+/// All objects of the server; an empty list while there is no server. The tool may wait for ever for an
+/// object that went while it was listing; then it is asked again.
 json dump() {
-    const auto text = outputOf({"pw-dump", "--no-colors"}, "/dev/null");
-    json objects = json::parse(text.value_or("[]"), nullptr, false);
-    return objects.is_array() ? objects : json::array();
+    constexpr int attempts = 3;
+    for (int i = 0; i < attempts; ++i) {
+        const auto begun = std::chrono::steady_clock::now();
+        const auto text = outputOf({"pw-dump", "--no-colors"}, "/dev/null", 3s);
+        if (text || std::chrono::steady_clock::now() - begun < 3s) {
+            json objects = json::parse(text.value_or("[]"), nullptr, false);
+            return objects.is_array() ? objects : json::array();
+        }
+    }
+    return json::array();
 }
 
 /// `null` where there is no such thing, as everywhere below.

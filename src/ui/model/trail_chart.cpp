@@ -49,9 +49,9 @@ QPointF TrailChart::place(const TrailPoint& point) const {
 }
 
 void TrailChart::paint(QPainter* painter) {
-    painter->setRenderHint(QPainter::Antialiasing);
     painter->setFont(font_);
     paintAxes(*painter);
+    painter->setRenderHint(QPainter::Antialiasing);
     if (engine_) {
         paintLine(*painter);
         QPen dashes(rule_, 1);
@@ -68,12 +68,11 @@ void TrailChart::paintAxes(QPainter& painter) const {
     const double lineHeight = QFontMetricsF(font_).height();
     for (int i = 0; i <= lines; ++i) {
         const double value = static_cast<double>(i) / lines;
-        const double y = std::round(heightOf(value)) + 0.5;
-        painter.setPen(QPen(grid_, 1));
-        painter.drawLine(QPointF(area.left(), y), QPointF(area.right(), y));
+        const double y = std::round(heightOf(value));
+        painter.fillRect(QRectF(area.left(), y, area.width(), 1), grid_);  // cheaper than a line
         if (i % 2 == 0) {
             painter.setPen(label_);
-            painter.drawText(QRectF(0, y - lineHeight / 2, area.left() - 8, lineHeight),
+            painter.drawText(QRectF(0, y + 0.5 - lineHeight / 2, area.left() - 8, lineHeight),
                              Qt::AlignRight | Qt::AlignVCenter, QString::number(value));
         }
     }
