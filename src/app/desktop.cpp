@@ -36,7 +36,7 @@ QString toText(const std::filesystem::path& path) {
 Desktop::Desktop(SordinEngine& engine, const std::filesystem::path& program)
     : loginEntry_(LoginEntry::userFolder(), program),
       item_(QDBusConnection::sessionBus(), toText(iconFolder(program))),
-      windows_(engine, {[this] { return item_.isShown(); }, displayMixesWindows}),
+      windows_(engine, {[this] { return item_.isShown(); }, displayMixesWindows, bringForward}),
       presenter_(engine, item_,
                  {[this] { windows_.togglePanel({}); }, [this] { windows_.showMain(); }, leave,
                   [this] { return loginEntry_.active(); },

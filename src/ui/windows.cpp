@@ -88,6 +88,9 @@ void Windows::showMain(const QString& token) {
     }
     use(token);
     bringToFront(*main_);
+    if (windowsHavePlaces()) {
+        surroundings_.bringForward(static_cast<std::uint32_t>(main_->winId()));
+    }
 }
 
 void Windows::togglePanel(QPoint click, const QString& token) {

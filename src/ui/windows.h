@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QPoint>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -23,6 +24,8 @@ public:
         std::function<bool()> iconIsShown;
         /// Whether windows may have transparent parts.
         std::function<bool()> mixesWindows;
+        /// Asks the window manager to bring a window to the front, where windows have numbers.
+        std::function<void(std::uint32_t)> bringForward;
     };
 
     /// `engine` must outlive it. None of the functions may be empty.

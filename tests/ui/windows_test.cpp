@@ -34,7 +34,7 @@ protected:
     }
 
     bool iconIsShown = true;
-    Windows windows{*engine, {[this] { return iconIsShown; }, [] { return true; }}};
+    Windows windows{*engine, {[this] { return iconIsShown; }, [] { return true; }, [](auto) {}}};
 };
 
 TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {

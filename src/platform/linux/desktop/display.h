@@ -3,6 +3,8 @@
 // connection of their own for as long as the question takes.
 #pragma once
 
+#include <cstdint>
+
 namespace sordin {
 
 enum class DisplayState {
@@ -17,5 +19,9 @@ enum class DisplayState {
 /// Whether windows may have parts that are not there: round corners, for example. Of an X11 display that has
 /// nobody to mix them, no.
 [[nodiscard]] bool displayMixesWindows();
+
+/// Asks the window manager of an X11 display to bring a window to the front because the user wants it there.
+/// Toolkits ask in the name of the program, which managers may refuse one that nobody has clicked at lately.
+void bringForward(std::uint32_t window);
 
 }  // namespace sordin
