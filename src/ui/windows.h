@@ -33,7 +33,7 @@ public:
     ~Windows() override;
     Q_DISABLE_COPY_MOVE(Windows)
 
-public Q_SLOTS:
+public Q_SLOTS:  // NOLINT(readability-redundant-access-specifiers): now they are slots
     /// Shows the main window in front of all others; `token` (or none) is the desktop's leave to do so.
     void showMain(const QString& token = {});
 

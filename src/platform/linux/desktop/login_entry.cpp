@@ -55,8 +55,8 @@ std::string quoted(const std::string& argument) {
 
 }  // namespace
 
-LoginEntry::LoginEntry(fs::path folder, fs::path program)
-    : file_(std::move(folder) / "org.sordin.Sordin.desktop"), program_(std::move(program)) {}
+LoginEntry::LoginEntry(const fs::path& folder, fs::path program)
+    : file_(folder / "org.sordin.Sordin.desktop"), program_(std::move(program)) {}
 
 fs::path LoginEntry::userFolder() {
     const char* set = std::getenv("XDG_CONFIG_HOME");

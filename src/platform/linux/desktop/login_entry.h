@@ -11,7 +11,7 @@ namespace sordin {
 class LoginEntry {
 public:
     /// `folder` is the user's for such entries; need not exist. `program` is what is to be started, hidden.
-    LoginEntry(std::filesystem::path folder, std::filesystem::path program);
+    LoginEntry(const std::filesystem::path& folder, std::filesystem::path program);
 
     /// In the user's own configuration.
     [[nodiscard]] static std::filesystem::path userFolder();

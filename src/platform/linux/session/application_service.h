@@ -38,14 +38,15 @@ public:
     /// if it does not answer, for which it has ten seconds.
     [[nodiscard]] bool activateOther();
 
-    // NOLINTBEGIN(readability-identifier-naming): the interface's names
+    // NOLINTBEGIN(readability-identifier-naming,readability-redundant-access-specifiers): the interface's
+    // names
 public Q_SLOTS:
     void Activate(const QVariantMap& platformData);
     /// There are no files to open.
     void Open(const QStringList& uris, const QVariantMap& platformData);
     void ActivateAction(const QString& action, const QVariantList& parameter,
                         const QVariantMap& platformData);
-    // NOLINTEND(readability-identifier-naming)
+    // NOLINTEND(readability-identifier-naming,readability-redundant-access-specifiers)
 
 private:
     QDBusConnection bus_;

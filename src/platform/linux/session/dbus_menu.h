@@ -37,7 +37,8 @@ public:
     [[nodiscard]] QString status() const { return QStringLiteral("normal"); }
     [[nodiscard]] QStringList iconThemePath() const { return {}; }
 
-    // NOLINTBEGIN(readability-identifier-naming): the interface's names
+    // NOLINTBEGIN(readability-identifier-naming,readability-redundant-access-specifiers): the interface's
+    // names
 public Q_SLOTS:
     unsigned GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
                        sordin::MenuLayout& layout);
@@ -53,7 +54,7 @@ Q_SIGNALS:
     void ItemsPropertiesUpdated(const QList<sordin::MenuProperties>& updated,
                                 const QList<sordin::MenuDefaults>& removed);
     void LayoutUpdated(unsigned revision, int parent);
-    // NOLINTEND(readability-identifier-naming)
+    // NOLINTEND(readability-identifier-naming,readability-redundant-access-specifiers)
 
 private:
     /// Null if no entry has the id.

@@ -62,7 +62,8 @@ public:
     [[nodiscard]] bool itemIsMenu() const { return false; }
     [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(QLatin1String(DbusMenu::path)); }
 
-    // NOLINTBEGIN(readability-identifier-naming): the interface's names
+    // NOLINTBEGIN(readability-identifier-naming,readability-redundant-access-specifiers): the interface's
+    // names
 public Q_SLOTS:
     void Activate(int x, int y);
     void SecondaryActivate(int x, int y);
@@ -80,7 +81,7 @@ Q_SIGNALS:
     void NewOverlayIcon();
     void NewToolTip();
     void NewStatus(const QString& status);
-    // NOLINTEND(readability-identifier-naming)
+    // NOLINTEND(readability-identifier-naming,readability-redundant-access-specifiers)
 
 private Q_SLOTS:
     void askForHost();
