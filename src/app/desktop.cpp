@@ -2,6 +2,7 @@
 #include "app/desktop.h"
 
 #include "platform/linux/desktop/display.h"
+#include "platform/linux/storage/user_folders.h"
 #include "support/own_files.h"
 
 #include <QDBusConnection>
@@ -34,7 +35,7 @@ QString toText(const std::filesystem::path& path) {
 }  // namespace
 
 Desktop::Desktop(SordinEngine& engine, const std::filesystem::path& program)
-    : loginEntry_(LoginEntry::userFolder(), program),
+    : loginEntry_(autostartFolder(), program),
       item_(QDBusConnection::sessionBus(), toText(iconFolder(program))),
       windows_(engine, {[this] { return item_.isShown(); }, displayMixesWindows, bringForward}),
       presenter_(engine, item_,

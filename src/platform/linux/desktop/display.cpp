@@ -1,32 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/desktop/display.h"
 
+#include "platform/linux/desktop/xcb_handles.h"
+
 #include <cstdlib>
-#include <memory>
 #include <string>
-#include <xcb/xcb.h>
 
 namespace sordin {
 
 namespace {
 
-struct Free {
-    // xcb allocates its replies so.
-    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
-    void operator()(void* memory) const { std::free(memory); }
-};
-struct Disconnect {
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
-
-using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
-
 /// None of this name only if the connection is gone.
-xcb_atom_t atom(const Connection& connection, const std::string& name) {
+xcb_atom_t atom(const XcbConnection& connection, const std::string& name) {
     const auto asked =
         xcb_intern_atom(connection.get(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-    const std::unique_ptr<xcb_intern_atom_reply_t, Free> reply(
-        xcb_intern_atom_reply(connection.get(), asked, nullptr));
+    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection.get(), asked, nullptr));
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
@@ -44,26 +32,26 @@ DisplayState displayState() {
     if (!named("DISPLAY")) {
         return DisplayState::none;
     }
-    const Connection connection(xcb_connect(nullptr, nullptr));
+    const XcbConnection connection(xcb_connect(nullptr, nullptr));
     return xcb_connection_has_error(connection.get()) == 0 ? DisplayState::reachable
                                                            : DisplayState::unreachable;
 }
 
 bool displayMixesWindows() {
     int screen = 0;
-    const Connection connection(xcb_connect(nullptr, &screen));
+    const XcbConnection connection(xcb_connect(nullptr, &screen));
     if (xcb_connection_has_error(connection.get()) != 0) {
         return true;
     }
     // Whoever mixes them owns this selection (Extended Window Manager Hints).
     const auto selection = atom(connection, "_NET_WM_CM_S" + std::to_string(screen));
-    const std::unique_ptr<xcb_get_selection_owner_reply_t, Free> owner(xcb_get_selection_owner_reply(
+    const XcbReply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
         connection.get(), xcb_get_selection_owner(connection.get(), selection), nullptr));
     return !owner || owner->owner != XCB_WINDOW_NONE;
 }
 
 void bringForward(std::uint32_t window) {
-    const Connection connection(xcb_connect(nullptr, nullptr));
+    const XcbConnection connection(xcb_connect(nullptr, nullptr));
     if (xcb_connection_has_error(connection.get()) != 0) {
         return;
     }

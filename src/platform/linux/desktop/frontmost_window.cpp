@@ -1,39 +1,26 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/desktop/frontmost_window.h"
 
+#include "platform/linux/desktop/xcb_handles.h"
+
 #include <cstdlib>
-#include <memory>
 #include <string_view>
 #include <xcb/res.h>
-#include <xcb/xcb.h>
 
 namespace sordin {
 
 namespace {
 
-struct Free {
-    // xcb allocates its replies so.
-    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
-    void operator()(void* memory) const { std::free(memory); }
-};
-template <class Reply>
-using Owned = std::unique_ptr<Reply, Free>;
-
 /// A connection to the X server for as long as a question takes.
 class Display {
 public:
     Display() : connection_(xcb_connect(nullptr, &screen_)) {}
-    ~Display() { xcb_disconnect(connection_); }
-    Display(const Display&) = delete;
-    Display& operator=(const Display&) = delete;
-
-    [[nodiscard]] xcb_connection_t* get() const { return connection_; }
 
     [[nodiscard]] std::optional<xcb_window_t> root() const {
-        if (xcb_connection_has_error(connection_) != 0) {
+        if (xcb_connection_has_error(connection_.get()) != 0) {
             return std::nullopt;
         }
-        auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection_));
+        auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection_.get()));
         for (int i = 0; i < screen_ && screens.rem > 1; ++i) {
             xcb_screen_next(&screens);
         }
@@ -42,15 +29,16 @@ public:
 
     /// The first 32 bits of a window's property; none for 0, which names nothing.
     [[nodiscard]] std::optional<std::uint32_t> number(xcb_window_t window, std::string_view property) const {
-        const auto name =
-            xcb_intern_atom(connection_, 1, static_cast<std::uint16_t>(property.size()), property.data());
-        const Owned<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(connection_, name, nullptr));
+        const auto name = xcb_intern_atom(connection_.get(), 1, static_cast<std::uint16_t>(property.size()),
+                                          property.data());
+        const XcbReply<xcb_intern_atom_reply_t> atom(xcb_intern_atom_reply(connection_.get(), name, nullptr));
         if (!atom || atom->atom == XCB_ATOM_NONE) {
             return std::nullopt;
         }
         const auto asked =
-            xcb_get_property(connection_, 0, window, atom->atom, XCB_GET_PROPERTY_TYPE_ANY, 0, 1);
-        const Owned<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection_, asked, nullptr));
+            xcb_get_property(connection_.get(), 0, window, atom->atom, XCB_GET_PROPERTY_TYPE_ANY, 0, 1);
+        const XcbReply<xcb_get_property_reply_t> reply(
+            xcb_get_property_reply(connection_.get(), asked, nullptr));
         if (!reply || reply->format != 32 ||
             xcb_get_property_value_length(reply.get()) != sizeof(std::uint32_t)) {
             return std::nullopt;
@@ -62,14 +50,14 @@ public:
     /// The process behind a window as the server knows it. A sandboxed program only knows its number in
     /// there.
     [[nodiscard]] std::optional<std::uint32_t> clientProcess(xcb_window_t window) const {
-        const auto* extension = xcb_get_extension_data(connection_, &xcb_res_id);
+        const auto* extension = xcb_get_extension_data(connection_.get(), &xcb_res_id);
         if (extension == nullptr || extension->present == 0) {
             return std::nullopt;
         }
         const xcb_res_client_id_spec_t question{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-        const auto asked = xcb_res_query_client_ids(connection_, 1, &question);
-        const Owned<xcb_res_query_client_ids_reply_t> reply(
-            xcb_res_query_client_ids_reply(connection_, asked, nullptr));
+        const auto asked = xcb_res_query_client_ids(connection_.get(), 1, &question);
+        const XcbReply<xcb_res_query_client_ids_reply_t> reply(
+            xcb_res_query_client_ids_reply(connection_.get(), asked, nullptr));
         if (!reply) {
             return std::nullopt;
         }
@@ -82,7 +70,7 @@ public:
 
 private:
     int screen_ = 0;
-    xcb_connection_t* connection_;
+    XcbConnection connection_;
 };
 
 bool onWayland() {

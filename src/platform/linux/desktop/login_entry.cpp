@@ -5,7 +5,6 @@
 #include "platform/linux/desktop/small_file.h"
 #include "support/atomic_file.h"
 
-#include <cstdlib>
 #include <string>
 #include <utility>
 
@@ -57,15 +56,6 @@ std::string quoted(const std::string& argument) {
 
 LoginEntry::LoginEntry(const fs::path& folder, fs::path program)
     : file_(folder / "org.sordin.Sordin.desktop"), program_(std::move(program)) {}
-
-fs::path LoginEntry::userFolder() {
-    const char* set = std::getenv("XDG_CONFIG_HOME");
-    if (set != nullptr && fs::path(set).is_absolute()) {
-        return fs::path(set) / "autostart";
-    }
-    const char* home = std::getenv("HOME");
-    return fs::path(home != nullptr ? home : "/") / ".config/autostart";
-}
 
 bool LoginEntry::active() const {
     bool there = false;

@@ -13,9 +13,6 @@ public:
     /// `folder` is the user's for such entries; need not exist. `program` is what is to be started, hidden.
     LoginEntry(const std::filesystem::path& folder, std::filesystem::path program);
 
-    /// In the user's own configuration.
-    [[nodiscard]] static std::filesystem::path userFolder();
-
     /// Whether it is there and not switched off, which desktops do in the entry itself. Read anew.
     [[nodiscard]] bool active() const;
     /// Writes or removes it; on an error it is as it was.

@@ -12,4 +12,7 @@ namespace sordin {
 /// For the history: $XDG_DATA_HOME/Sordin, else ~/.local/share/Sordin.
 [[nodiscard]] std::filesystem::path dataFolder();
 
+/// For what the desktop starts at login: $XDG_CONFIG_HOME/autostart, else ~/.config/autostart.
+[[nodiscard]] std::filesystem::path autostartFolder();
+
 }  // namespace sordin

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// What xcb hands out, owned.
+#pragma once
+
+#include <cstdlib>
+#include <memory>
+#include <xcb/xcb.h>
+
+namespace sordin {
+
+struct XcbFree {
+    // xcb allocates its replies so.
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
+    void operator()(void* memory) const { std::free(memory); }
+};
+template <class Reply>
+using XcbReply = std::unique_ptr<Reply, XcbFree>;
+
+struct XcbDisconnect {
+    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+};
+using XcbConnection = std::unique_ptr<xcb_connection_t, XcbDisconnect>;
+
+}  // namespace sordin
