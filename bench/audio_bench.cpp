@@ -2,9 +2,7 @@
 // What hearing and fading cost, on a private audio server: CPU seconds and wake-ups of this process and of
 // the server.
 //   sordin_audio_bench [SECONDS]   seconds for each measurement, 30 if absent
-#include "platform/linux/pipewire/audio_objects.h"
-#include "platform/linux/pipewire/loopback_source.h"
-#include "platform/linux/pipewire/pulse_probe.h"
+#include "platform/linux/audio/linux_audio.h"
 #include "platform/loopback_capture.h"
 #include "process_use.h"
 #include "rig/private_audio_server.h"
@@ -57,12 +55,10 @@ int main(int argc, char** argv) {
     const auto wait = [seconds] { std::this_thread::sleep_for(seconds); };
     PrivateAudioServer server;
     server.start();
-    const auto session = std::make_shared<pipewire::Session>();
-    pipewire::PipeWireAudioObjects objects(session);
+    const LinuxAudio audio;
+    AudioObjects& objects = *audio.objects();
     const auto queue = std::make_shared<AsioSerialQueue>("sordin.audio");
-    LoopbackCapture capture(
-        std::make_shared<AsioSerialQueue>("sordin.capture"),
-        std::make_unique<pipewire::PipeWireLoopbackSource>(session, pipewire::pulseSocket()));
+    LoopbackCapture capture(std::make_shared<AsioSerialQueue>("sordin.capture"), audio.loopbackSource());
     std::promise<void> running;
     capture.start(
         queue, [](const CapturedAudio&) {}, [&](const auto&) { running.set_value(); });

@@ -6,9 +6,6 @@
 #include "classifier/sound_model_file.h"
 #include "detection/heuristic_ad_scorer.h"
 #include "detection/keyword_transcript_scorer.h"
-#include "platform/linux/pipewire/audio_objects.h"
-#include "platform/linux/pipewire/loopback_source.h"
-#include "platform/linux/pipewire/pulse_probe.h"
 #include "platform/linux/session/linux_permissions.h"
 #include "platform/linux/speech/linux_speech_recogniser.h"
 #include "platform/linux/storage/file_user_defaults.h"
@@ -61,12 +58,11 @@ std::shared_ptr<const Clock> awakeClock() {
 }  // namespace
 
 Application::Application(const std::filesystem::path& program, std::shared_ptr<VolumeGuard> guard)
-    : session_(std::make_shared<pipewire::Session>()),
-      objects_(std::make_shared<pipewire::PipeWireAudioObjects>(session_)),
+    : audio_(std::make_shared<LinuxAudio>()),
       directory_(DesktopEntries::ofUser(), "/proc",
-                 [session = session_](auto processId) { return session->portalApplication(processId); }) {
+                 [audio = audio_](auto processId) { return audio->portalApplication(processId); }) {
     // A volume that a crash left down is brought back at once if its device is known.
-    session_->waitUntilListed(listingDeadline);
+    audio_->waitUntilKnown(listingDeadline);
     createEngine(program, std::move(guard));
 }
 
@@ -82,15 +78,15 @@ void Application::createEngine(const std::filesystem::path& program, std::shared
         audioQueue_, std::make_shared<SystemClock>(),
         std::make_shared<SoundAnalysisClassifier>(soundTagger(program)), transcriber,
         std::make_shared<KeywordTranscriptScorer>(), std::make_shared<HeuristicAdScorer>()});
-    auto capture = std::make_shared<LoopbackCapture>(
-        queue("sordin.capture", QualityOfService::userInitiated),
-        std::make_unique<pipewire::PipeWireLoopbackSource>(session_, pipewire::pulseSocket()));
-    auto volume = std::make_shared<VolumeController>(
-        queue("sordin.volume", QualityOfService::userInteractive), objects_, defaults, std::move(guard));
+    auto capture = std::make_shared<LoopbackCapture>(queue("sordin.capture", QualityOfService::userInitiated),
+                                                     audio_->loopbackSource());
+    auto volume =
+        std::make_shared<VolumeController>(queue("sordin.volume", QualityOfService::userInteractive),
+                                           audio_->objects(), defaults, std::move(guard));
     engine_ = std::make_unique<SordinEngine>(SordinEngine::Parts{
         mainQueue_, std::move(defaults), std::make_shared<LinuxPermissions>(QDBusConnection::sessionBus()),
         std::move(transcriber), std::move(pipeline), std::move(capture), std::move(volume),
-        std::make_shared<AudioProcessInspector>(*objects_, directory_),
+        std::make_shared<AudioProcessInspector>(*audio_->objects(), directory_),
         std::make_shared<AdHistoryFile>(dataFolder() / "history.json",
                                         queue("sordin.history", QualityOfService::utility)),
         awakeClock(), currentReferenceDate});
@@ -99,7 +95,7 @@ void Application::createEngine(const std::filesystem::path& program, std::shared
 Application::~Application() {
     engine_->applicationWillTerminate();
     // Only when the server has taken the volume is it safe to leave.
-    if (!objects_->flush(flushDeadline)) {
+    if (!audio_->objects()->flush(flushDeadline)) {
         qCWarning(appLog, "the audio server did not confirm the volume in time");
     }
     // An ad that was under way ends here and is remembered.

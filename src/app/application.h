@@ -3,8 +3,8 @@
 
 #include "app/qt_main_queue.h"
 #include "engine/sordin_engine.h"
+#include "platform/linux/audio/linux_audio.h"
 #include "platform/linux/desktop/linux_process_directory.h"
-#include "platform/linux/pipewire/session.h"
 #include "support/asio_serial_queue.h"
 #include "volume/volume_guard.h"
 
@@ -31,8 +31,7 @@ private:
     void createEngine(const std::filesystem::path& program, std::shared_ptr<VolumeGuard> guard);
 
     // In the order of their ends, last first.
-    const std::shared_ptr<pipewire::Session> session_;
-    const std::shared_ptr<AudioObjects> objects_;
+    const std::shared_ptr<LinuxAudio> audio_;
     const LinuxProcessDirectory directory_;
     const std::shared_ptr<SerialQueue> audioQueue_ = std::make_shared<AsioSerialQueue>("sordin.audio");
     const std::shared_ptr<QtMainQueue> mainQueue_ = std::make_shared<QtMainQueue>();

@@ -5,7 +5,7 @@
 #include "guard/giving_back.h"
 #include "guard/guard_messages.h"
 #include "guard/guard_start.h"
-#include "platform/linux/pipewire/audio_objects.h"
+#include "platform/linux/audio/linux_audio.h"
 #include "platform/linux/storage/file_user_defaults.h"
 #include "platform/linux/storage/pending_restore_lock.h"
 #include "support/asio_serial_queue.h"
@@ -114,7 +114,8 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
     }
     const RecordFile file(folder);
     const auto record = file.read();
-    pipewire::PipeWireAudioObjects objects(std::make_shared<pipewire::Session>());
+    const LinuxAudio audio;
+    AudioObjects& objects = *audio.objects();
     auto device = awaitDevice(objects, duck, patienceWithLock);
     if (!device) {
         // Nothing is lost any more by ending: the record is there.

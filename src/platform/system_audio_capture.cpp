@@ -13,8 +13,6 @@ std::string SystemAudioCapture::description(Error error) {
         return "Cannot reach the audio server.";
     case Error::noOutput:
         return "The audio server has no audio output.";
-    case Error::otherServer:
-        return "The sound is played by another audio server.";
     case Error::connectionLost:
         return "The connection to the audio server was lost.";
     case Error::refused:

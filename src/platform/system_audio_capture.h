@@ -24,7 +24,6 @@ public:
         noDisplay,       ///< on systems that capture sound with the screen
         unreachable,     ///< no audio server answers
         noOutput,        ///< the audio server has no audio output
-        otherServer,     ///< the sound is played by another audio server
         connectionLost,  ///< the audio server went away
         refused,         ///< the audio server ended the capture, or never began it
         cancelled,       ///< stopped before it had started

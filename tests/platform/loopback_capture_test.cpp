@@ -124,9 +124,9 @@ TEST_F(LoopbackCaptureTest, AStartWaitsTenSecondsForAServerAndSaysWhatWasMissing
     stop();
     settle();
     news.clear();
-    source.obstacle = {Failure(Error::otherServer), false};
+    source.obstacle = {Failure(Error::noDisplay), false};
     start();
-    EXPECT_THAT(news, ElementsAre("start: " + SystemAudioCapture::description(Error::otherServer)));
+    EXPECT_THAT(news, ElementsAre("start: " + SystemAudioCapture::description(Error::noDisplay)));
 }
 
 TEST_F(LoopbackCaptureTest, TellsOnceWhenAStartThatFailedWouldNoLongerFail) {
@@ -137,10 +137,10 @@ TEST_F(LoopbackCaptureTest, TellsOnceWhenAStartThatFailedWouldNoLongerFail) {
         source.changed();
         control->runPending();
     };
-    const LoopbackSource::Obstacle otherServer{Failure(Error::otherServer), false};
-    source.obstacle = otherServer;
+    const LoopbackSource::Obstacle noDisplay{Failure(Error::noDisplay), false};
+    source.obstacle = noDisplay;
     start();
-    change(otherServer);
+    change(noDisplay);
     EXPECT_EQ(ready, 0);
     change({});
     change({});
@@ -148,7 +148,7 @@ TEST_F(LoopbackCaptureTest, TellsOnceWhenAStartThatFailedWouldNoLongerFail) {
 
     // While it runs, or a start waits for the server itself, there is nothing to tell.
     run();
-    change(otherServer);
+    change(noDisplay);
     change({});
     EXPECT_EQ(ready, 1);
     stop();

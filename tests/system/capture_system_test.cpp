@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/audio_process_inspector.h"
 #include "platform/linux/desktop/linux_process_directory.h"
-#include "platform/linux/pipewire/audio_objects.h"
-#include "rig/private_audio_server.h"
 #include "system/ear.h"
-#include "system/private_pulseaudio.h"
+#include "system/server_kind.h"
 #include "system/tone_file.h"
 
 #include <gmock/gmock.h>
@@ -16,9 +14,6 @@ namespace sordin {
 namespace {
 
 using namespace std::chrono_literals;
-using pipewire::PipeWireAudioObjects;
-using pipewire::PipeWireLoopbackSource;
-using pipewire::Session;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -28,8 +23,8 @@ const double fullLevel = amplitude / std::sqrt(2.0);
 /// A native player of a tone; its arguments as those of tone_player.
 class Player {
 public:
-    explicit Player(const std::vector<std::string>& properties = {}, const std::string& frequency = "440")
-        : process_(arguments(properties, frequency), {.readOutput = true, .writeInput = true}) {
+    explicit Player(ServerKind server, const std::vector<std::string>& properties = {})
+        : process_(arguments(server, properties), {.readOutput = true, .writeInput = true}) {
         EXPECT_EQ(process_.readLine(Ear::deadline), "streaming");
     }
     void pause() { process_.writeLine("pause"); }
@@ -37,38 +32,40 @@ public:
     [[nodiscard]] pid_t pid() const { return process_.pid(); }
 
 private:
-    static std::vector<std::string> arguments(const std::vector<std::string>& properties,
-                                              const std::string& frequency) {
-        std::vector<std::string> result{SORDIN_TONE_PLAYER, frequency, std::to_string(amplitude)};
+    static std::vector<std::string> arguments(ServerKind server, const std::vector<std::string>& properties) {
+        std::vector<std::string> result{server == ServerKind::pipeWire ? SORDIN_TONE_PLAYER
+                                                                       : SORDIN_PULSE_TONE_PLAYER,
+                                        "440", std::to_string(amplitude)};
         result.insert(result.end(), properties.begin(), properties.end());
         return result;
     }
     ChildProcess process_;
 };
 
-class CaptureSystemTest : public testing::Test {
+class CaptureSystemTest : public testing::TestWithParam<ServerKind> {
 protected:
     void begin(const AudioServerOptions& options = {}) {
-        server.emplace(options);
+        server = makeServer(GetParam(), options);
         server->start();
         listen();
     }
     void listen() {
-        session = std::make_shared<Session>();
-        ear.emplace(session);
+        audio.emplace();
+        ear.emplace(*audio);
+    }
+    [[nodiscard]] Player play(const std::vector<std::string>& properties = {}) const {
+        return Player(GetParam(), properties);
     }
 
-    std::optional<PrivateAudioServer> server;
-    std::shared_ptr<Session> session;
+    std::unique_ptr<AudioServer> server;
+    std::optional<LinuxAudio> audio;
     std::optional<Ear> ear;
 };
+INSTANTIATE_TEST_SUITE_P(Capture, CaptureSystemTest, bothServers, serverName);
 
-class CaptureVolumeTest : public CaptureSystemTest, public testing::WithParamInterface<bool> {};
-INSTANTIATE_TEST_SUITE_P(MonitorVolumes, CaptureVolumeTest, testing::Bool());
-
-TEST_P(CaptureVolumeTest, HearsAtFullLevelWhateverTheVolumeOfTheDevice) {
-    begin({.monitorVolumes = GetParam()});
-    const Player player;
+TEST_P(CaptureSystemTest, HearsAtFullLevelWhateverTheVolumeOfTheDevice) {
+    begin({.monitorVolumes = true});  // then those who listen to a device hear its volume
+    const Player player = play();
     ASSERT_EQ(ear->start(), "");
     for (const int percent : {100, 50, 0}) {
         server->setVolume("test-sink-A", {percent});
@@ -88,13 +85,13 @@ TEST_P(CaptureVolumeTest, HearsAtFullLevelWhateverTheVolumeOfTheDevice) {
     EXPECT_TRUE(ear->keepsHearing(fullLevel, 3));  // without a gap
 }
 
-TEST_F(CaptureSystemTest, HearsNativeAndPulseAudioPlayersOfAllSinksAndOfAnyChannels) {
+TEST_P(CaptureSystemTest, HearsNativeAndPulseAudioPlayersOfAllSinksAndOfAnyChannels) {
     begin();
     ASSERT_EQ(ear->start(), "");
     const auto file = server->folder() / "tone.wav";
     writeToneFile(file, 60, 1000, amplitude);
     {
-        const Player native({"target.object=test-sink-B"});
+        const Player native = play({"target=test-sink-B"});
         ChildProcess pulse({"paplay", "--device=test-sink-A", file});
         const auto both = [&] {
             return std::fabs(ear->tone(440) - amplitude) < 0.01 &&
@@ -104,14 +101,14 @@ TEST_F(CaptureSystemTest, HearsNativeAndPulseAudioPlayersOfAllSinksAndOfAnyChann
     }
     EXPECT_TRUE(ear->hears(0));
     {
-        const Player mono({"channels=1"});
+        const Player mono = play({"channels=1"});
         EXPECT_TRUE(ear->hears(fullLevel)) << ear->level();
     }
-    const Player left({"left-only"});
+    const Player left = play({"left-only"});
     EXPECT_TRUE(ear->hears(fullLevel / 2)) << ear->level();  // the mean of both channels
 }
 
-TEST_F(CaptureSystemTest, NeverHearsItself) {
+TEST_P(CaptureSystemTest, NeverHearsItself) {
     begin();
     ASSERT_EQ(ear->start(), "");
     const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, 48'000, 2};
@@ -122,20 +119,20 @@ TEST_F(CaptureSystemTest, NeverHearsItself) {
     for (int i = 0; i < 4; ++i) {
         ASSERT_EQ(pa_simple_write(own, loud.data(), loud.size() * sizeof(float), nullptr), 0);
     }
-    EXPECT_EQ(server->nodeState("test-sink-A"), "running");
+    EXPECT_EQ(server->sinkState("test-sink-A"), "running");
     EXPECT_TRUE(ear->keepsHearing(0, 1));
-    const Player other;  // and while another is heard
+    const Player other = play();  // and while another is heard
     ASSERT_EQ(pa_simple_write(own, loud.data(), loud.size() * sizeof(float), nullptr), 0);
     EXPECT_TRUE(ear->hears(fullLevel)) << ear->level();
     pa_simple_free(own);
 }
 
-TEST_F(CaptureSystemTest, FollowsPlayersAndSinksAsTheyComeAndGo) {
+TEST_P(CaptureSystemTest, FollowsPlayersAndSinksAsTheyComeAndGo) {
     begin();
     ASSERT_EQ(ear->start(), "");
     EXPECT_TRUE(ear->hears(0));  // zeros while nothing plays
     {
-        Player player;
+        Player player = play();
         EXPECT_TRUE(ear->hears(fullLevel));
         server->setDefaultSink("test-sink-B");
         EXPECT_TRUE(ear->keepsHearing(fullLevel, 1)) << "after the default sink changed";
@@ -150,13 +147,13 @@ TEST_F(CaptureSystemTest, FollowsPlayersAndSinksAsTheyComeAndGo) {
     ear->stop();
     const auto frames = ear->heardFrames();
     ASSERT_EQ(ear->start(), "");
-    const Player next;
+    const Player next = play();
     EXPECT_TRUE(ear->hears(fullLevel)) << "started again";
     EXPECT_GT(ear->heardFrames(), frames);
     EXPECT_THAT(ear->losses(), IsEmpty());
 }
 
-TEST_F(CaptureSystemTest, LoopbacksAndRemappedSinksAreHeardOnce) {
+TEST_P(CaptureSystemTest, LoopbacksAndRemappedSinksAreHeardOnce) {
     begin();
     ASSERT_TRUE(outputOf({"pactl", "load-module", "module-loopback", "source=test-sink-A.monitor",
                           "sink=test-sink-B", "latency_msec=100"}));
@@ -164,109 +161,137 @@ TEST_F(CaptureSystemTest, LoopbacksAndRemappedSinksAreHeardOnce) {
         outputOf({"pactl", "load-module", "module-remap-sink", "sink_name=remapped", "master=test-sink-A"}));
     ASSERT_EQ(ear->start(), "");
     {
-        const Player direct({"target.object=test-sink-A"});
+        const Player direct = play({"target=test-sink-A"});
         EXPECT_TRUE(ear->hears(fullLevel)) << ear->level();
         EXPECT_TRUE(ear->keepsHearing(fullLevel, 1.5));
     }
     EXPECT_TRUE(ear->hears(0));
-    const Player remapped({"target.object=remapped"});
+    const Player remapped = play({"target=remapped"});
     EXPECT_TRUE(ear->hears(fullLevel)) << ear->level();
     EXPECT_TRUE(ear->keepsHearing(fullLevel, 1.5));
 }
 
-TEST_F(CaptureSystemTest, TheDeviceSleepsWhileNothingPlays) {
+TEST_P(CaptureSystemTest, TheDeviceSleepsWhileNothingPlays) {
     begin();
     ASSERT_EQ(ear->start(), "");
     {
-        const Player player;
+        const Player player = play();
         EXPECT_TRUE(ear->hears(fullLevel));
     }
-    EXPECT_TRUE(waitUntil([&] { return server->nodeState("test-sink-A") == "suspended"; }, 60s));
-    EXPECT_NE(server->nodeState("sordin"), "running");
+    EXPECT_TRUE(waitUntil([&] { return server->sinkState("test-sink-A") == "suspended"; }, 60s));
     EXPECT_EQ(outputOf({"pactl", "list", "short", "source-outputs"}), "");  // nor is it shown as recording
     EXPECT_TRUE(ear->keepsHearing(0, 1));
 }
 
-TEST_F(CaptureSystemTest, AServerThatDiesIsToldOnceAndHeardAgainWhenItIsBack) {
-    server.emplace();
+TEST_P(CaptureSystemTest, AServerThatDiesIsToldOnceAndHeardAgainWhenItIsBack) {
+    server = makeServer(GetParam());
     listen();
     std::future<std::string> early = std::async(std::launch::async, [&] { return ear->start(); });
     server->start();  // while the start waits for it
     EXPECT_EQ(early.get(), "");
     for (int round = 0; round < 3; ++round) {
         {
-            const Player player;
+            const Player player = play();
             EXPECT_TRUE(ear->hears(fullLevel)) << round;
             server->kill();
         }
         ASSERT_TRUE(waitUntil([&] { return !ear->losses().empty(); }, Ear::deadline));
-        EXPECT_THAT(ear->losses(), ElementsAre("The connection to the PipeWire audio server was lost."));
+        EXPECT_THAT(ear->losses(),
+                    ElementsAre("The connection to the " + nameOf(GetParam()) + " audio server was lost."));
         ear.reset();
-        ear.emplace(session);  // the session is the same
+        ear.emplace(*audio);  // the sessions are the same
         server->start();
         ear->forget();
         EXPECT_EQ(ear->start(), "");
     }
 }
 
-TEST_F(CaptureSystemTest, AServerThatHangsIsToldAndSteadySoundIsNeverTakenForThat) {
+TEST_P(CaptureSystemTest, AServerThatHangsIsToldAndSteadySoundIsNeverTakenForThat) {
     begin();
-    const Player player;
+    const Player player = play();
     ASSERT_EQ(ear->start(), "");
     EXPECT_TRUE(ear->hears(fullLevel));
     EXPECT_TRUE(ear->keepsHearing(fullLevel, 8));  // longer than silence is taken for sound
     EXPECT_THAT(ear->losses(), IsEmpty());
     server->hang();
     ASSERT_TRUE(waitUntil([&] { return !ear->losses().empty(); }, 60s));
-    EXPECT_THAT(ear->losses(),
-                ElementsAre("The PipeWire audio server ended the capture (no sound arrives)."));
+    EXPECT_THAT(ear->losses(), ElementsAre("The " + nameOf(GetParam()) +
+                                           " audio server ended the capture (no sound arrives)."));
     server->goOn();
     EXPECT_EQ(ear->start(), "");
     EXPECT_TRUE(ear->hears(fullLevel));
 }
 
-TEST_F(CaptureSystemTest, SaysWhatIsMissing) {
-    server.emplace(AudioServerOptions{.sinks = {}, .pulse = false});
-    session = std::make_shared<Session>();
-    PipeWireLoopbackSource source(session, pipewire::pulseSocket());
+TEST(CaptureChoiceTest, SaysWhatIsMissing) {
+    PrivateAudioServer server({.sinks = {}, .pulse = false});
+    const LinuxAudio audio;
+    const auto source = audio.loopbackSource();
     const auto obstacle = [&] {
-        const auto found = source.obstacle();
+        const auto found = source->obstacle();
         return found && found->passing ? found->failure.description : "";
     };
     EXPECT_EQ(obstacle(), "Cannot reach the PipeWire audio server.");
-    server->start();  // for video only
+    server.start();  // for video only
     EXPECT_TRUE(waitUntil([&] { return obstacle() == "The PipeWire audio server has no audio output."; },
                           Ear::deadline))
         << obstacle();
-    server->createSink("test-sink-C");
-    EXPECT_TRUE(waitUntil([&] { return !source.obstacle(); }, Ear::deadline)) << obstacle();
+    server.createSink("test-sink-C");
+    EXPECT_TRUE(waitUntil([&] { return !source->obstacle(); }, Ear::deadline)) << obstacle();
 }
 
-TEST_F(CaptureSystemTest, AnotherServerOfSoundBesidePipeWireIsNoticed) {
-    begin({.pulse = false});  // PipeWire for something else, as sharing screens
-    EXPECT_EQ(ear->start(), "");
-    ear->stop();
-    const PrivatePulseAudio other(server->folder() / "log/pulseaudio");
-    EXPECT_EQ(ear->start(), "The sound of this computer is played by PulseAudio, not by PipeWire.");
+TEST(CaptureChoiceTest, TheServerIsHeardThatPlaysTheSound) {
+    PrivateAudioServer pipeWire({.pulse = false});
+    pipeWire.start();
+    const LinuxAudio audio;
+    Ear ear(audio);
+    const auto device = [&] {
+        const auto id =
+            read<std::uint32_t>(*audio.objects(), systemAudioObject, audio_property::defaultOutputDevice);
+        const auto record = audio.objects()->record(id.value_or(0));
+        return record ? record->name : "";
+    };
+    {
+        const Player player(ServerKind::pipeWire);
+        EXPECT_EQ(ear.start(), "");
+        EXPECT_TRUE(ear.hears(fullLevel)) << ear.level();
+        EXPECT_EQ(device(), "test-sink-A");
+    }
+    ear.stop();
+    // Where PulseAudio plays, PipeWire is there for something else, as sharing screens.
+    std::optional<PrivatePulseAudio> pulse(std::in_place, AudioServerOptions{.sinks = {"pulse-sink"}},
+                                           pipeWire);
+    pulse->start();
+    EXPECT_EQ(ear.start(), "");
+    {
+        const Player player(ServerKind::pulseAudio);
+        EXPECT_TRUE(ear.hears(fullLevel)) << ear.level();
+        EXPECT_EQ(device(), "pulse-sink");
+    }
+    pulse.reset();
+    ASSERT_TRUE(waitUntil([&] { return !ear.losses().empty(); }, Ear::deadline));
+    EXPECT_EQ(ear.start(), "");
+    const Player player(ServerKind::pipeWire);
+    EXPECT_TRUE(ear.hears(fullLevel)) << ear.level();
+    EXPECT_EQ(device(), "test-sink-A");
 }
 
-TEST_F(CaptureSystemTest, NamesWhoPlays) {
+TEST_P(CaptureSystemTest, NamesWhoPlays) {
     begin();
-    PipeWireAudioObjects objects(session);
     const LinuxProcessDirectory directory;
-    const AudioProcessInspector inspector(objects, directory);
+    const AudioProcessInspector inspector(*audio->objects(), directory);
+    const std::string name = GetParam() == ServerKind::pipeWire ? "tone_player" : "pulse_tone_player";
     const auto playing = [&](const std::vector<std::string>& names) {
         return waitUntil([&] { return inspector.activeOutputApps() == names; }, Ear::deadline);
     };
     EXPECT_TRUE(playing({}));
     {
-        Player player;
-        EXPECT_TRUE(playing({"tone_player"}));
-        EXPECT_EQ(inspector.likelySource(), "tone_player");
+        Player player = play();
+        EXPECT_TRUE(playing({name}));
+        EXPECT_EQ(inspector.likelySource(), name);
         const auto file = server->folder() / "tone.wav";
         writeToneFile(file, 60, 1000, amplitude);
         ChildProcess pulse({"paplay", file});
-        EXPECT_TRUE(playing({"tone_player", "pacat"}));
+        EXPECT_TRUE(playing({name, "pacat"}));
         player.pause();
         EXPECT_TRUE(playing({"pacat"}));
     }

@@ -3,7 +3,7 @@
 // tests. On standard input it takes "duck", "restore", "restore-now" and "guard", a line each, and answers
 // "done", to the last with the guard's number.
 #include "guard/guard_process.h"
-#include "platform/linux/pipewire/audio_objects.h"
+#include "platform/linux/audio/linux_audio.h"
 #include "platform/linux/sandbox/network_filter.h"
 #include "platform/linux/storage/file_user_defaults.h"
 #include "platform/linux/storage/pending_restore_lock.h"
@@ -57,8 +57,8 @@ int main(int argc, char** argv) {
     }
     const auto guard = std::make_shared<GuardProcess>(
         findHelper(programPath(argv[0]), "sordin-volume-guard").value(), folder);
-    std::shared_ptr<AudioObjects> objects =
-        std::make_shared<pipewire::PipeWireAudioObjects>(std::make_shared<pipewire::Session>());
+    const LinuxAudio audio;
+    std::shared_ptr<AudioObjects> objects = audio.objects();
     if (options.count("mute-only") > 0) {
         objects = std::make_shared<MuteOnly>(objects);
     }

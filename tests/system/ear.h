@@ -2,8 +2,7 @@
 #pragma once
 
 #include "detection/captured_audio.h"
-#include "platform/linux/pipewire/loopback_source.h"
-#include "platform/linux/pipewire/pulse_probe.h"
+#include "platform/linux/audio/linux_audio.h"
 #include "platform/loopback_capture.h"
 #include "rig/wait_until.h"
 #include "support/asio_serial_queue.h"
@@ -25,9 +24,8 @@ public:
     static constexpr std::chrono::seconds deadline{20};
     static constexpr std::size_t window = 4'000;  // frames that level() and tone() look at: a quarter second
 
-    explicit Ear(const std::shared_ptr<pipewire::Session>& session)
-        : capture_(std::make_shared<AsioSerialQueue>("sordin.capture"),
-                   std::make_unique<pipewire::PipeWireLoopbackSource>(session, pipewire::pulseSocket())) {
+    explicit Ear(const LinuxAudio& audio)
+        : capture_(std::make_shared<AsioSerialQueue>("sordin.capture"), audio.loopbackSource()) {
         capture_.onStop([this](const auto& failure) {
             const std::lock_guard lock(mutex_);
             losses_.push_back(failure->description);

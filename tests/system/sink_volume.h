@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "rig/private_audio_server.h"
+#include "rig/audio_server.h"
 #include "rig/wait_until.h"
 
 #include <gtest/gtest.h>
@@ -21,7 +21,7 @@ inline bool sameVolume(const std::vector<float>& a, const std::vector<float>& b)
 }
 
 /// Whether a sink comes to have this volume, linear, by channel; it says which it has otherwise.
-inline testing::AssertionResult sinkBecomes(const PrivateAudioServer& server, const std::string& sink,
+inline testing::AssertionResult sinkBecomes(const AudioServer& server, const std::string& sink,
                                             const std::vector<float>& volume,
                                             std::chrono::milliseconds within) {
     std::vector<float> now;

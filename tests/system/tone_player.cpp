@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [NODE-PROPERTY=VALUE]...
+// tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [target=SINK] [NODE-PROPERTY=VALUE]...
 // Plays a sine, 48 kHz and stereo, until its stdin ends. Lines "pause" and "play" on stdin do that. Says
 // "streaming" and "paused" whenever the stream becomes that.
 #include "system/input_lines.h"
@@ -32,6 +32,8 @@ public:
                 leftOnly_ = true;
             } else if (argument == "channels=1") {
                 channels_ = 1;
+            } else if (argument.starts_with("target=")) {
+                pw_properties_set(properties, PW_KEY_TARGET_OBJECT, argument.substr(equals + 1).c_str());
             } else if (equals != std::string::npos) {
                 pw_properties_set(properties, argument.substr(0, equals).c_str(),
                                   argument.substr(equals + 1).c_str());
@@ -145,7 +147,8 @@ private:
 
 int main(int count, char** arguments) {
     if (count < 3) {
-        std::cerr << "usage: tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [PROPERTY=VALUE]..."
+        std::cerr << "usage: tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [target=SINK] "
+                     "[PROPERTY=VALUE]..."
                   << std::endl;
         return 2;
     }

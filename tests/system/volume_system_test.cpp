@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/pipewire/audio_objects.h"
+#include "platform/linux/audio/linux_audio.h"
 #include "platform/linux/storage/file_user_defaults.h"
-#include "rig/private_audio_server.h"
 #include "rig/wait_until.h"
+#include "server_kind.h"
 #include "sink_volume.h"
 #include "support/asio_serial_queue.h"
 #include "volume/pending_restore.h"
@@ -19,8 +19,6 @@ namespace sordin {
 namespace {
 
 using namespace std::chrono_literals;
-using pipewire::PipeWireAudioObjects;
-using pipewire::Session;
 using testing::ElementsAre;
 using testing::FloatNear;
 using testing::Pointwise;
@@ -46,7 +44,7 @@ public:
 
     /// Returns when it is the default. WirePlumber 0.4 now and then believes for ever that a new card has no
     /// route in use, so it is told.
-    explicit Card(const PrivateAudioServer& server)
+    explicit Card(const AudioServer& server)
         : process_({SORDIN_FAKE_CARD}, {.readOutput = true, .writeInput = true}) {
         while (const auto line = process_.readLine(deadline)) {
             if (line->find("ready") != std::string::npos) {
@@ -94,15 +92,16 @@ private:
 
 class VolumeSystemTest : public testing::Test {
 protected:
-    void begin(const AudioServerOptions& options = {}) {
-        server.emplace(options);
+    void begin(ServerKind kind = ServerKind::pipeWire, const AudioServerOptions& options = {}) {
+        server = makeServer(kind, options);
         server->start();
         startProgram();
+        EXPECT_TRUE(audio->waitUntilKnown(deadline));
     }
 
     void startProgram() {
-        session = std::make_shared<Session>();
-        objects = std::make_shared<PipeWireAudioObjects>(session);
+        audio.emplace();
+        objects = audio->objects();
         queue = std::make_shared<AsioSerialQueue>("sordin.volume");
         controller = std::make_shared<VolumeController>(queue, objects, defaults);
         controller->recoverFromCrash();
@@ -113,7 +112,7 @@ protected:
         controller.reset();
         queue.reset();
         objects.reset();
-        session.reset();
+        audio.reset();
     }
 
     /// Waits until the program sees a sink as the default, and returns it.
@@ -153,18 +152,21 @@ protected:
         return read<float>(*objects, device, audio_property::volume(0)).value_or(-1);
     }
 
-    std::optional<PrivateAudioServer> server;
+    std::unique_ptr<AudioServer> server;
     TemporaryFolder folder;
     std::shared_ptr<UserDefaults> defaults = std::make_shared<FileUserDefaults>(
         folder.path(), std::make_shared<AsioSerialQueue>("sordin.defaults"));
-    std::shared_ptr<Session> session;
-    std::shared_ptr<PipeWireAudioObjects> objects;
+    std::optional<LinuxAudio> audio;
+    std::shared_ptr<AudioObjects> objects;
     std::shared_ptr<SerialQueue> queue;
     std::shared_ptr<VolumeController> controller;
 };
 
-TEST_F(VolumeSystemTest, FadesAVirtualSinkAndBringsVolumeAndBalanceBack) {
-    begin();
+class VolumeOfServerTest : public VolumeSystemTest, public testing::WithParamInterface<ServerKind> {};
+INSTANTIATE_TEST_SUITE_P(Volume, VolumeOfServerTest, bothServers, serverName);
+
+TEST_P(VolumeOfServerTest, FadesAVirtualSinkAndBringsVolumeAndBalanceBack) {
+    begin(GetParam());
     const auto device = defaultDevice(sinkA);
     for (const auto& percents : {std::vector<int>{80, 40}, {130, 65}, {0, 0}, {100, 100}}) {
         server->setVolume(sinkA, percents);
@@ -244,8 +246,8 @@ TEST_F(VolumeSystemTest, ACardFadedByAProgramThatDiedIsNotLeftDownByARestartedSe
     EXPECT_TRUE(card.isTold("fake-speaker", 0.064F));
 }
 
-TEST_F(VolumeSystemTest, TheSinkThatWasFadedIsRestoredWhateverTheDefaultIsNow) {
-    begin();
+TEST_P(VolumeOfServerTest, TheSinkThatWasFadedIsRestoredWhateverTheDefaultIsNow) {
+    begin(GetParam());
     server->setVolume(sinkA, {60});
     ASSERT_TRUE(becomes(sinkA, {0.216F, 0.216F}));
     defaultDevice(sinkA);
@@ -276,20 +278,21 @@ TEST_F(VolumeSystemTest, EachChangeOfTheDefaultIsSeenThoughOthersConnectAllTheTi
     enough = true;
 }
 
-TEST_F(VolumeSystemTest, AServerThatDiesWhileFadedGetsTheVolumeBackWhenItReturns) {
-    begin();
+TEST_P(VolumeOfServerTest, AServerThatDiesWhileFadedGetsTheVolumeBackWhenItReturns) {
+    begin(GetParam());
     server->setVolume(sinkA, {80, 40});
     const Channels before{0.512F, 0.064F};
     ASSERT_TRUE(becomes(sinkA, before));
-    const auto saved = [&] {  // by the session manager, which remembers virtual sinks
-        return contentsOf(server->folder() / "state/wireplumber/restore-stream");
+    const auto saved = [&] {  // by PipeWire's session manager, which remembers virtual sinks at once
+        const auto file = contentsOf(server->folder() / "state/wireplumber/restore-stream");
+        return GetParam() != ServerKind::pipeWire ||
+               file.find("A:channelVolumes=0.0;0.0") != std::string::npos;
     };
     const auto device = defaultDevice(sinkA);
     for (const bool restoredWhileAway : {true, false}) {
         controller->duck(0, 0.15);
         ASSERT_TRUE(becomes(sinkA, {0, 0}));
-        ASSERT_TRUE(waitUntil([&] { return saved().find("A:channelVolumes=0.0;0.0") != std::string::npos; },
-                              deadline));
+        ASSERT_TRUE(waitUntil(saved, deadline));
         server->kill();
         ASSERT_TRUE(waitUntil([&] { return !objects->present(device); }, deadline));
         if (restoredWhileAway) {
@@ -299,7 +302,7 @@ TEST_F(VolumeSystemTest, AServerThatDiesWhileFadedGetsTheVolumeBackWhenItReturns
         server->start();
         ASSERT_TRUE(waitUntil([&] { return objects->present(device); }, deadline));
         if (!restoredWhileAway) {
-            EXPECT_THAT(server->volume(sinkA), ElementsAre(0.0F, 0.0F));  // still faded
+            EXPECT_TRUE(becomes(sinkA, {0, 0})) << "still faded";
             controller->restore(0.1);
         }
         EXPECT_TRUE(becomes(sinkA, before)) << restoredWhileAway;
@@ -308,8 +311,8 @@ TEST_F(VolumeSystemTest, AServerThatDiesWhileFadedGetsTheVolumeBackWhenItReturns
     }
 }
 
-TEST_F(VolumeSystemTest, ASinkThatGoesWhileFadedGetsItsVolumeBackWhenItReturns) {
-    begin();
+TEST_P(VolumeOfServerTest, ASinkThatGoesWhileFadedGetsItsVolumeBackWhenItReturns) {
+    begin(GetParam());
     server->createSink("usb");
     server->setDefaultSink("usb");
     const auto usb = defaultDevice("usb");
@@ -331,8 +334,8 @@ TEST_F(VolumeSystemTest, ASinkThatGoesWhileFadedGetsItsVolumeBackWhenItReturns) 
     EXPECT_THAT(server->volume(sinkA), ElementsAre(1.0F, 1.0F));
 }
 
-TEST_F(VolumeSystemTest, ACrashWithoutAServerIsMendedWhenTheServerAppears) {
-    begin();
+TEST_P(VolumeOfServerTest, ACrashWithoutAServerIsMendedWhenTheServerAppears) {
+    begin(GetParam());
     server->setVolume(sinkA, {130, 65});
     const Channels before{cubed(1.3), cubed(0.65)};
     ASSERT_TRUE(becomes(sinkA, before));
@@ -351,8 +354,8 @@ TEST_F(VolumeSystemTest, ACrashWithoutAServerIsMendedWhenTheServerAppears) {
     EXPECT_TRUE(recordIsGone());
 }
 
-TEST_F(VolumeSystemTest, MuteIsReadAndWrittenAndKeptForADeviceThatIsAway) {
-    begin();
+TEST_P(VolumeOfServerTest, MuteIsReadAndWrittenAndKeptForADeviceThatIsAway) {
+    begin(GetParam());
     const auto device = defaultDevice(sinkA);
     const auto& mute = audio_property::mute;
     ASSERT_TRUE(objects->has(device, mute) && objects->settable(device, mute));
@@ -375,17 +378,17 @@ TEST_F(VolumeSystemTest, MuteIsReadAndWrittenAndKeptForADeviceThatIsAway) {
     EXPECT_FALSE(objects->has(device, audio_property::volume(1)));
 }
 
-TEST_F(VolumeSystemTest, WithoutARealDeviceThereIsNone) {
-    begin({.sinks = {}});
+TEST_P(VolumeOfServerTest, WithoutARealDeviceThereIsNone) {
+    begin(GetParam(), {.sinks = {}});
     ASSERT_TRUE(waitUntil([&] { return server->defaultSink() == "auto_null"; }, deadline));
-    ASSERT_TRUE(session->waitUntilListed(deadline));
+    ASSERT_TRUE(audio->waitUntilKnown(deadline));
     EXPECT_EQ(read<std::uint32_t>(*objects, systemAudioObject, audio_property::defaultOutputDevice), 0U);
     server->createSink("usb");
     defaultDevice("usb");
 }
 
-TEST_F(VolumeSystemTest, AfterFlushTheServerHasTheVolume) {
-    begin();
+TEST_P(VolumeOfServerTest, AfterFlushTheServerHasTheVolume) {
+    begin(GetParam());
     const auto device = defaultDevice(sinkA);
     for (int i = 0; i < 20; ++i) {
         const float scalar = i % 2 == 0 ? 0.25F : 0.75F;

@@ -4,10 +4,8 @@
 #include "audio/options.h"
 #include "audio/printer.h"
 #include "audio/tracing_audio_objects.h"
+#include "platform/linux/audio/linux_audio.h"
 #include "platform/linux/desktop/linux_process_directory.h"
-#include "platform/linux/pipewire/audio_objects.h"
-#include "platform/linux/pipewire/loopback_source.h"
-#include "platform/linux/pipewire/pulse_probe.h"
 #include "platform/linux/storage/file_user_defaults.h"
 #include "platform/loopback_capture.h"
 #include "support/asio_serial_queue.h"
@@ -51,8 +49,7 @@ class Program {
 public:
     Program(const Options& options, Printer& printer)
         : printer_(printer),
-          objects_(std::make_shared<TracingAudioObjects>(
-              std::make_shared<pipewire::PipeWireAudioObjects>(session_), printer)),
+          objects_(std::make_shared<TracingAudioObjects>(audio_->objects(), printer)),
           defaults_(std::make_shared<FileUserDefaults>(
               options.folder,
               std::make_shared<AsioSerialQueue>("sordin.defaults", QualityOfService::utility))),
@@ -60,10 +57,9 @@ public:
               std::make_shared<AsioSerialQueue>("sordin.volume", QualityOfService::userInteractive), objects_,
               defaults_)),
           listener_(std::make_unique<LoopbackCapture>(std::make_shared<AsioSerialQueue>("sordin.capture"),
-                                                      std::make_unique<pipewire::PipeWireLoopbackSource>(
-                                                          session_, pipewire::pulseSocket())),
+                                                      audio_->loopbackSource()),
                     objects_, directory_, printer) {
-        session_->waitUntilListed(listingDeadline);
+        audio_->waitUntilKnown(listingDeadline);
         volume_->recoverFromCrash();
         listener_.start();
     }
@@ -107,9 +103,9 @@ public:
 
 private:
     Printer& printer_;
-    const std::shared_ptr<pipewire::Session> session_ = std::make_shared<pipewire::Session>();
-    const LinuxProcessDirectory directory_{DesktopEntries::ofUser(), "/proc", [session = session_](auto pid) {
-                                               return session->portalApplication(pid);
+    const std::shared_ptr<LinuxAudio> audio_ = std::make_shared<LinuxAudio>();
+    const LinuxProcessDirectory directory_{DesktopEntries::ofUser(), "/proc", [audio = audio_](auto pid) {
+                                               return audio->portalApplication(pid);
                                            }};
     const std::shared_ptr<AudioObjects> objects_;
     const std::shared_ptr<FileUserDefaults> defaults_;

@@ -3,11 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <sstream>
-#include <stdexcept>
 #include <utility>
 
 namespace sordin {
@@ -86,25 +82,7 @@ std::string textOf(const json& value) {
 
 }  // namespace
 
-PrivateAudioServer::PrivateAudioServer(AudioServerOptions options) : options_(std::move(options)) {
-    std::istringstream folders("HOME home XDG_RUNTIME_DIR run XDG_CONFIG_HOME config XDG_STATE_HOME state "
-                               "XDG_CACHE_HOME cache XDG_DATA_HOME data PIPEWIRE_RUNTIME_DIR run "
-                               "PULSE_RUNTIME_PATH run/pulse");
-    for (std::string name, folder; folders >> name >> folder;) {
-        setenv(name.c_str(), (folder_ / folder).c_str(), 1);
-    }
-    setenv("PULSE_SERVER", ("unix:" + (folder_ / "run/pulse/native").string()).c_str(), 1);
-    setenv("DBUS_SESSION_BUS_ADDRESS", "disabled:", 1);
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", "disabled:", 1);
-    std::istringstream leftovers(
-        "DISPLAY WAYLAND_DISPLAY PIPEWIRE_REMOTE PIPEWIRE_CORE PIPEWIRE_NODE PIPEWIRE_PROPS PIPEWIRE_LATENCY "
-        "PIPEWIRE_RATE PIPEWIRE_QUANTUM PIPEWIRE_CONFIG_DIR PIPEWIRE_CONFIG_NAME PIPEWIRE_CONFIG_PREFIX "
-        "WIREPLUMBER_CONFIG_DIR WIREPLUMBER_DATA_DIR PULSE_COOKIE PULSE_SINK PULSE_SOURCE PULSE_CLIENTCONFIG "
-        "PULSE_PROP PULSE_LATENCY_MSEC");
-    for (std::string name; leftovers >> name;) {
-        unsetenv(name.c_str());
-    }
-}
+PrivateAudioServer::PrivateAudioServer(AudioServerOptions options) : AudioServer(std::move(options)) {}
 
 PrivateAudioServer::~PrivateAudioServer() {
     stop();
@@ -114,12 +92,12 @@ void PrivateAudioServer::start() {
     stop();
     writeConfiguration();
     const auto started = [this](std::optional<ChildProcess>& process, const char* program) {
-        process.emplace(std::vector<std::string>{program}, ChildOptions{.log = folder_ / "log" / program});
+        process.emplace(std::vector<std::string>{program}, ChildOptions{.log = folder() / "log" / program});
     };
     started(pipewire_, "pipewire");
-    wait("PipeWire", [this] { return exists(folder_ / "run/pipewire-0"); });
+    wait("PipeWire", [this] { return exists(folder() / "run/pipewire-0"); });
     started(sessionManager_, "wireplumber");
-    if (options_.pulse) {
+    if (options().pulse) {
         started(pulse_, "pipewire-pulse");
     }
     wait("audio server", [this] { return ready(); });
@@ -174,18 +152,6 @@ bool PrivateAudioServer::muted(const std::string& sink) const {
     return at(volumeProperties(sink), "/mute") == true;
 }
 
-void PrivateAudioServer::setVolume(const std::string& sink, const std::vector<int>& percents) {
-    std::vector<std::string> command{"pactl", "set-sink-volume", sink};
-    for (const int percent : percents) {
-        command.push_back(std::to_string(percent) + "%");
-    }
-    run(command);
-}
-
-void PrivateAudioServer::setMute(const std::string& sink, bool mute) {
-    run({"pactl", "set-sink-mute", sink, mute ? "1" : "0"});
-}
-
 std::string PrivateAudioServer::nodeState(const std::string& node) const {
     return textOf(at(nodeOf(dump(), node), "/info/state"));
 }
@@ -208,26 +174,26 @@ void PrivateAudioServer::destroySink(const std::string& sink) {
 }
 
 void PrivateAudioServer::writeConfiguration() {
-    remove_all(folder_ / "run");  // a killed server leaves its sockets
+    remove_all(folder() / "run");  // a killed server leaves its sockets
     for (const char* name :
          {"run/pulse", "home", "cache", "data", "state", "log", "config/pipewire/pipewire.conf.d",
           "config/wireplumber/main.lua.d", "config/wireplumber/bluetooth.lua.d"}) {
-        create_directories(folder_ / name);
+        create_directories(folder() / name);
     }
-    permissions(folder_ / "run", std::filesystem::perms::owner_all);
+    permissions(folder() / "run", std::filesystem::perms::owner_all);
     std::string sinks;
     int priority = 2000;
-    for (const std::string& sink : options_.sinks) {
+    for (const std::string& sink : options().sinks) {
         sinks += "  { factory = adapter args = " + sinkProperties(sink, priority--) + " }\n";
     }
-    writeText(folder_ / "config/pipewire/pipewire.conf.d/sinks.conf",
+    writeText(folder() / "config/pipewire/pipewire.conf.d/sinks.conf",
               "context.objects = [\n" + sinks + "]\n");
-    writeText(folder_ / "config/wireplumber/main.lua.d/51-test.lua",
+    writeText(folder() / "config/wireplumber/main.lua.d/51-test.lua",
               "alsa_monitor.enabled = false\n"
               "v4l2_monitor.enabled = false\n"
               "libcamera_monitor.enabled = false\n"
               "default_access.properties[\"enable-flatpak-portal\"] = false\n");
-    writeText(folder_ / "config/wireplumber/bluetooth.lua.d/51-test.lua",
+    writeText(folder() / "config/wireplumber/bluetooth.lua.d/51-test.lua",
               "bluez_monitor.enabled = false\n"
               "bluez_midi_monitor = { enabled = false }\n");
 }
@@ -240,22 +206,22 @@ std::string PrivateAudioServer::sinkProperties(const std::string& sink, int prio
                 {"object.linger", true},
                 {"audio.rate", 48000},
                 {"audio.position", "[ FL FR ]"},
-                {"monitor.channel-volumes", options_.monitorVolumes},
+                {"monitor.channel-volumes", options().monitorVolumes},
                 {"priority.session", priority},
                 {"priority.driver", priority}}
         .dump();
 }
 
 bool PrivateAudioServer::ready() const {
-    if (options_.pulse && !outputOf({"pactl", "info"}, "/dev/null")) {
+    if (options().pulse && !outputOf({"pactl", "info"}, "/dev/null")) {
         return false;
     }
-    for (const std::string& sink : options_.sinks) {
+    for (const std::string& sink : options().sinks) {
         if (!usable(sink)) {
             return false;
         }
     }
-    if (options_.sinks.empty() && !options_.pulse) {
+    if (options().sinks.empty() && !options().pulse) {
         // The metadata is there but empty, and pw-dump leaves out what is empty.
         const auto found = outputOf({"pw-metadata", "0", "default.audio.sink"}, "/dev/null");
         return found.value_or("").starts_with("Found");
@@ -268,32 +234,14 @@ bool PrivateAudioServer::usable(const std::string& sink) const {
     return ports.is_number() && ports > 0;
 }
 
-std::string PrivateAudioServer::logs() const {
-    std::string text;
-    for (const char* program : {"pipewire", "wireplumber", "pipewire-pulse"}) {
-        const std::string log = contentsOf(folder_ / "log" / program);
-        text += std::string("\n-- ") + program + "\n" +
-                log.substr(log.size() - std::min<std::size_t>(log.size(), 800));
-    }
-    return text;
-}
-
-void PrivateAudioServer::run(const std::vector<std::string>& arguments) const {
-    if (!outputOf(arguments, folder_ / "log/commands")) {
-        throw std::runtime_error(arguments.front() + " failed: " + contentsOf(folder_ / "log/commands"));
-    }
-}
-
 void PrivateAudioServer::wait(const std::string& what, const std::function<bool()>& condition) {
-    const auto runs = [](std::optional<ChildProcess>& process) { return !process || process->running(); };
-    bool allRun = true;
-    const auto settled = [&] {
-        allRun = runs(pipewire_) && runs(sessionManager_) && runs(pulse_);
-        return !allRun || condition();
-    };
-    if (!waitUntil(settled, 20s) || !allRun) {
-        throw std::runtime_error("no " + what + logs());
+    std::vector<ChildProcess*> processes;
+    for (auto* process : {&pipewire_, &sessionManager_, &pulse_}) {
+        if (*process) {
+            processes.push_back(&**process);
+        }
     }
+    AudioServer::wait(what, processes, condition);
 }
 
 }  // namespace sordin

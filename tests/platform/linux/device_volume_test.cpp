@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/pipewire/device_volume.h"
+#include "platform/linux/server/device_volume.h"
 
 #include <gmock/gmock.h>
 
-namespace sordin::pipewire {
+namespace sordin {
 namespace {
 
 using testing::ElementsAre;
@@ -114,4 +114,4 @@ TEST(DeviceVolume, ARecordGivesReferenceAndBalanceBack) {
 }
 
 }  // namespace
-}  // namespace sordin::pipewire
+}  // namespace sordin

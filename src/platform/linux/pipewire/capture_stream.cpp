@@ -18,10 +18,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto linkRetryInterval = 500ms;
-constexpr int mostLinkFailures = 5;
-/// A stream that plays delivers a buffer every few hundredths of a second.
-constexpr auto longestDrought = 2s;
-constexpr int mostMendings = 2;
 /// A tenth of a second: what the detector looks at is five times as long.
 constexpr std::size_t deliveryFrames = SystemAudioCapture::sampleRate / 10;
 
@@ -125,7 +121,8 @@ void CaptureStream::connect() {
     }
 }
 
-void CaptureStream::update(const Graph& graph) {
+void CaptureStream::update() {
+    const Graph& graph = session_.connection()->graph();
     const GlobalId self = stream_ ? pw_stream_get_node_id(stream_.get()) : PW_ID_ANY;
     if (ended_ || self == PW_ID_ANY) {
         return;
@@ -139,53 +136,31 @@ void CaptureStream::update(const Graph& graph) {
 }
 
 void CaptureStream::updateLinks(const Graph& graph, GlobalId self) {
-    const auto plan = linkPlan(graph, self);
-    for (auto link = links_.begin(); link != links_.end();) {
-        if (plan.count(link->first) > 0 && !link->second->broken()) {
-            ++link;
-            continue;
-        }
-        failures_[link->first] += link->second->broken() ? 1 : 0;
-        link = links_.erase(link);
-    }
-    for (auto failure = failures_.begin(); failure != failures_.end();) {
-        failure = plan.count(failure->first) > 0 ? std::next(failure) : failures_.erase(failure);
-    }
-    for (const auto& ports : plan) {
-        const auto failed = failures_.find(ports);
-        if (links_.count(ports) == 0 && (failed == failures_.end() || failed->second < mostLinkFailures)) {
-            links_[ports] = std::make_unique<Link>(session_, ports, graph.ports.at(ports.first).node, self);
-        }
-    }
+    links_.follow(linkPlan(graph, self), [&](const PortPair& ports) {
+        return std::make_unique<Link>(session_, ports, graph.ports.at(ports.first).node, self);
+    });
 }
 
 void CaptureStream::updateActivity(const Graph& graph) {
     const bool playing = std::any_of(graph.nodes.begin(), graph.nodes.end(), [&graph](const auto& entry) {
         return entry.second.running && graph.isAudible(entry.second);
     });
-    if (playing != active_) {
+    if (playing != flow_.active()) {
         deliver();  // what is left of before
-        active_ = playing;
-        lastFlow_ = Clock::now();
-        mendings_ = 0;
+        flow_.setActive(playing);
         pw_stream_set_active(stream_.get(), playing);
     }
 }
 
 void CaptureStream::watchFlow() {
-    if (!active_) {
-        return;
+    if (flow_.active()) {
+        session_.refreshAfter(FlowWatch::longestDrought);
     }
-    session_.refreshAfter(longestDrought);
-    if (Clock::now() < lastFlow_ + longestDrought) {
-        return;
-    }
-    if (mendings_ < mostMendings) {
-        ++mendings_;
-        lastFlow_ = Clock::now();
+    const auto verdict = flow_.look();
+    if (verdict == FlowWatch::Verdict::mend) {
         links_.clear();
         session_.refreshAfter(0ms);
-    } else {
+    } else if (verdict == FlowWatch::Verdict::hopeless) {
         end("no sound arrives");
     }
 }
@@ -248,8 +223,7 @@ void CaptureStream::deliver() {
     if (samples.empty()) {
         return;
     }
-    lastFlow_ = Clock::now();
-    mendings_ = 0;
+    flow_.flowed();
     const auto bytes = std::as_bytes(std::span(samples));
     handlers_.heard({StreamDescription{SystemAudioCapture::sampleRate, 1, SampleType::float32, true},
                      static_cast<std::int64_t>(samples.size()),

@@ -5,13 +5,12 @@
 #include "platform/linux/pipewire/link_plan.h"
 #include "platform/linux/pipewire/sample_ring.h"
 #include "platform/linux/pipewire/session.h"
+#include "platform/linux/server/flow_watch.h"
+#include "platform/linux/server/planned_set.h"
 #include "platform/loopback_source.h"
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
-#include <map>
-#include <memory>
 
 namespace sordin::pipewire {
 
@@ -30,10 +29,9 @@ public:
     CaptureStream& operator=(const CaptureStream&) = delete;
 
     /// Connects to what there is to hear now.
-    void update(const Graph& graph);
+    void update();
 
 private:
-    using Clock = std::chrono::steady_clock;
     class Link;
 
     void connect();
@@ -58,12 +56,9 @@ private:
     bool opened_ = false;
     bool ended_ = false;
 
-    std::map<PortPair, std::unique_ptr<Link>> links_;
-    std::map<PortPair, int> failures_;  // of links that were wanted all the time
+    PlannedSet<PortPair, Link> links_;
     std::uint32_t sessionManagerStarts_ = 0;
-    bool active_ = false;
-    Clock::time_point lastFlow_;  // when a buffer came, or when one could be expected to
-    int mendings_ = 0;            // since a buffer came
+    FlowWatch flow_;
 };
 
 }  // namespace sordin::pipewire

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/server/volume_props.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -11,12 +13,6 @@
 struct spa_pod;
 
 namespace sordin::pipewire {
-
-/// The volume of a node or a route; what is absent is not said.
-struct VolumeProps {
-    std::vector<float> channels;  ///< amplitude factors by channel, 1 is full; empty is absent
-    std::optional<bool> muted;
-};
 
 /// A connector of a sound card, for example its headphones, while it is in use.
 struct Route {

@@ -47,8 +47,13 @@ public:
     /// None while there is no server.
     [[nodiscard]] Connection* connection() const { return connection_.get(); }
 
+    [[nodiscard]] bool connected() const { return connection_ != nullptr; }
+
     /// Whether the server has named all it had when the connection was made.
     [[nodiscard]] bool listed() const { return listed_; }
+    [[nodiscard]] bool ready() const { return connected() && listed(); }
+
+    [[nodiscard]] bool hasSink() const { return connected() && connection_->graph().hasSink(); }
 
     /// Whether the session manager had named a default sink by then, so that it had long been running.
     [[nodiscard]] bool settledWhenListed() const { return settledWhenListed_; }

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/pipewire/device_volume.h"
+#include "platform/linux/server/device_volume.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <utility>
 
-namespace sordin::pipewire {
+namespace sordin {
 
 namespace {
 
@@ -128,4 +128,4 @@ void DeviceVolume::adopt(float reference, const std::vector<float>& ratios) {
     adopted_ = true;
 }
 
-}  // namespace sordin::pipewire
+}  // namespace sordin

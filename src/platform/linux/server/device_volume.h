@@ -5,7 +5,7 @@
 #include <optional>
 #include <vector>
 
-namespace sordin::pipewire {
+namespace sordin {
 
 /// The one volume that the user sees of a device, over the amplitude factors of its channels.
 ///
@@ -62,4 +62,4 @@ private:
     bool lastAnswered_ = true;
 };
 
-}  // namespace sordin::pipewire
+}  // namespace sordin

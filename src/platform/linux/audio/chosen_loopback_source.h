@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/audio/server_choice.h"
+#include "platform/loopback_source.h"
+
+#include <memory>
+
+namespace sordin {
+
+/// Hears all applications through the audio server that plays them.
+class ChosenLoopbackSource final : public LoopbackSource {
+public:
+    /// None may be null.
+    ChosenLoopbackSource(std::shared_ptr<ServerChoice> choice, std::unique_ptr<LoopbackSource> pipeWire,
+                         std::unique_ptr<LoopbackSource> pulse);
+
+    void onChange(std::function<void()> handler) override;
+    [[nodiscard]] std::optional<Obstacle> obstacle() override;
+    void open(Handlers handlers) override;
+    void close() override;
+    [[nodiscard]] SystemAudioCapture::Failure failure(SystemAudioCapture::Error error) const override;
+
+private:
+    [[nodiscard]] LoopbackSource& chosen() const;
+
+    const std::shared_ptr<ServerChoice> choice_;
+    const std::unique_ptr<LoopbackSource> pipeWire_;
+    const std::unique_ptr<LoopbackSource> pulse_;
+};
+
+}  // namespace sordin

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/audio/server_choice.h"
+
+#include <utility>
+
+namespace sordin {
+
+/// Keeps whether a session has what it takes. On its loop, under its lock.
+template <class Session>
+class ServerChoice::Watch : private Session::Observer {
+public:
+    Watch(ServerChoice& choice, Session& session, std::atomic<bool>& there, bool (*isThere)(const Session&))
+        : choice_(choice), session_(session), there_(there), isThere_(isThere) {
+        session_.add(*this);
+    }
+    ~Watch() override { session_.remove(*this); }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+private:
+    void disconnecting() override { update(false); }
+    void graphChanged() override { update(isThere_(session_)); }
+    void update(bool there) {
+        if (there_.exchange(there) != there) {
+            choice_.decide();
+        }
+    }
+
+    ServerChoice& choice_;
+    Session& session_;
+    std::atomic<bool>& there_;
+    bool (*const isThere_)(const Session&);
+};
+
+ServerChoice::ServerChoice(std::shared_ptr<pipewire::Session> pipeWire, std::shared_ptr<pulse::Session> pulse)
+    : pipeWire_(std::move(pipeWire)), pulse_(std::move(pulse)) {
+    pulse_->keepLooking(true);
+    pipeWireWatch_ = std::make_unique<Watch<pipewire::Session>>(
+        *this, *pipeWire_, pipeWireSounds_,
+        [](const pipewire::Session& session) { return session.ready() && session.hasSink(); });
+    pulseWatch_ = std::make_unique<Watch<pulse::Session>>(
+        *this, *pulse_, pulseIsThere_, [](const pulse::Session& session) { return session.connected(); });
+}
+
+ServerChoice::~ServerChoice() = default;
+
+void ServerChoice::look(std::chrono::milliseconds deadline) {
+    pulse_->look(deadline);
+}
+
+bool ServerChoice::waitUntilKnown(std::chrono::milliseconds deadline) {
+    const auto end = std::chrono::steady_clock::now() + deadline;
+    if (pulse_->look(deadline)) {
+        return true;
+    }
+    return pipeWire_->waitUntilListed(
+        std::chrono::ceil<std::chrono::milliseconds>(end - std::chrono::steady_clock::now()));
+}
+
+void ServerChoice::decide() {
+    // Both servers may tell at once; whoever comes last knows both.
+    const bool pulseIsThere = pulseIsThere_;
+    const bool pipeWireSounds = pipeWireSounds_;
+    if (pulseIsThere) {
+        server_ = Server::pulseAudio;
+    } else if (pipeWireSounds) {
+        server_ = Server::pipeWire;
+    }
+    pulse_->keepLooking(!pipeWireSounds);
+}
+
+}  // namespace sordin

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/pipewire/session.h"
+#include "platform/linux/pulse/session.h"
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+
+namespace sordin {
+
+/// Which audio server plays the sound. Where PulseAudio itself answers it is that one, since desktops of this
+/// kind may run PipeWire too, for sharing screens; else it is PipeWire once that has a device. A server that
+/// goes stays the choice until the other one is there.
+///
+/// Whoever observes the sessions should begin to after the choice was made: then it is told before them. All
+/// operations may be called from any thread.
+class ServerChoice {
+public:
+    enum class Server { pipeWire, pulseAudio };
+
+    /// None may be null.
+    ServerChoice(std::shared_ptr<pipewire::Session> pipeWire, std::shared_ptr<pulse::Session> pulse);
+    ~ServerChoice();
+    ServerChoice(const ServerChoice&) = delete;
+    ServerChoice& operator=(const ServerChoice&) = delete;
+
+    [[nodiscard]] Server server() const { return server_; }
+
+    /// Looks whether PulseAudio has come to be the one that plays, for as long as `deadline`.
+    void look(std::chrono::milliseconds deadline);
+
+    /// Waits until the server that plays is known with all it has; false if that takes longer than
+    /// `deadline`.
+    bool waitUntilKnown(std::chrono::milliseconds deadline);
+
+private:
+    template <class Session>
+    class Watch;
+
+    void decide();
+
+    const std::shared_ptr<pipewire::Session> pipeWire_;
+    const std::shared_ptr<pulse::Session> pulse_;
+    std::atomic<Server> server_ = Server::pipeWire;
+    std::atomic<bool> pipeWireSounds_ = false;
+    std::atomic<bool> pulseIsThere_ = false;
+    std::unique_ptr<Watch<pipewire::Session>> pipeWireWatch_;
+    std::unique_ptr<Watch<pulse::Session>> pulseWatch_;
+};
+
+}  // namespace sordin

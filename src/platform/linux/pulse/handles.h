@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <pulse/context.h>
+#include <pulse/operation.h>
+#include <pulse/proplist.h>
+#include <pulse/stream.h>
+#include <pulse/thread-mainloop.h>
+
+namespace sordin::pulse {
+
+template <auto destroy>
+struct Deleter {
+    template <class Thing>
+    void operator()(Thing* thing) const {
+        destroy(thing);
+    }
+};
+
+using LoopPointer = std::unique_ptr<pa_threaded_mainloop, Deleter<pa_threaded_mainloop_free>>;
+using ContextPointer = std::unique_ptr<pa_context, Deleter<pa_context_unref>>;
+using StreamPointer = std::unique_ptr<pa_stream, Deleter<pa_stream_unref>>;
+using PropertiesPointer = std::unique_ptr<pa_proplist, Deleter<pa_proplist_free>>;
+
+/// Lets a question or an order take its course. False if it could not be sent.
+inline bool sent(pa_operation* operation) {
+    if (operation != nullptr) {
+        pa_operation_unref(operation);
+    }
+    return operation != nullptr;
+}
+
+/// Holds the lock of the loop: whoever has it may use the connection's objects. Under it nobody waits, and
+/// nothing outside this folder is called.
+class LoopLock {
+public:
+    explicit LoopLock(pa_threaded_mainloop* loop) : loop_(loop) { pa_threaded_mainloop_lock(loop_); }
+    ~LoopLock() { pa_threaded_mainloop_unlock(loop_); }
+    LoopLock(const LoopLock&) = delete;
+    LoopLock& operator=(const LoopLock&) = delete;
+
+private:
+    pa_threaded_mainloop* loop_;
+};
+
+}  // namespace sordin::pulse

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/pulse/session.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace sordin::pulse {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto reconnectInterval = 500ms;
+
+}  // namespace
+
+Session::Session()
+    : refresh_(loop_, [this] { onRefresh(); }),
+      look_(loop_, [this] { onLook(); }),
+      refreshTimer_(loop_,
+                    [this] {
+                        refreshAt_.reset();
+                        onRefresh();
+                    }),
+      connectTimer_(loop_, [this] {
+          retrying_ = false;
+          if (looking_) {
+              connect();
+          }
+      }) {
+    connect();
+    loop_.start();
+}
+
+Session::~Session() {
+    {
+        const LoopLock held = lock();
+        disconnect();
+    }
+    loop_.stop();
+}
+
+void Session::add(Observer& observer) {
+    const LoopLock held = lock();
+    observers_.push_back(&observer);
+    refresh_.signal();
+}
+
+void Session::remove(Observer& observer) {
+    const LoopLock held = lock();
+    observers_.erase(std::remove(observers_.begin(), observers_.end(), &observer), observers_.end());
+}
+
+void Session::refreshAfter(std::chrono::milliseconds delay) {
+    const auto when = Clock::now() + delay;
+    if (!refreshAt_ || when < *refreshAt_) {
+        refreshAt_ = when;
+        refreshTimer_.runAfter(delay);
+    }
+}
+
+void Session::keepLooking(bool looking) {
+    if (looking_.exchange(looking) != looking && looking) {
+        look_.signal();
+    }
+}
+
+bool Session::look(std::chrono::milliseconds deadline) {
+    {
+        const LoopLock held = lock();
+        if (!connection_) {
+            connect();
+        }
+    }
+    return loop_.waitFor(deadline, [this] { return !connection_ || over_ || ready(); }) && [this] {
+        const LoopLock held = lock();
+        return ready();
+    }();
+}
+
+bool Session::flush(std::chrono::milliseconds deadline) {
+    std::uint64_t connection = 0;
+    std::uint64_t question = 0;
+    {
+        const LoopLock held = lock();
+        if (!connected() || over_ || !connection_->synchronise()) {
+            return false;
+        }
+        connection = connections_;
+        question = ++questions_;
+    }
+    bool lost = false;
+    return loop_.waitFor(deadline, [&] {
+        lost = connections_ != connection || !connection_;
+        return lost || answers_ >= question;
+    }) && !lost;
+}
+
+void Session::connect() {
+    connection_ = Connection::open(loop_, {[this] {
+                                               over_ = over_ || !connected();
+                                               if (!over_) {
+                                                   connection_->list();
+                                               }
+                                           },
+                                           [this] { refresh_.signal(); },
+                                           [this] {
+                                               over_ = true;
+                                               refresh_.signal();
+                                           },
+                                           [this] {
+                                               ++answers_;
+                                               loop_.signal();
+                                           }});
+    ++connections_;
+    questions_ = 0;
+    answers_ = 0;
+    if (!connection_) {
+        over_ = true;  // to be tried again
+    }
+    refresh_.signal();
+}
+
+void Session::disconnect() {
+    if (connection_) {
+        for (Observer* observer : observers_) {
+            observer->disconnecting();
+        }
+        connection_.reset();
+    }
+    over_ = false;
+}
+
+void Session::onLook() {
+    if (!connection_ && !retrying_ && looking_) {
+        connect();
+    }
+}
+
+void Session::onRefresh() {
+    if (over_) {
+        const bool other = connection_ && connection_->isPulseAudio() == false;
+        disconnect();
+        if (!other) {
+            retrying_ = true;
+            connectTimer_.runAfter(reconnectInterval);
+        }
+    }
+    for (Observer* observer : observers_) {
+        observer->graphChanged();
+    }
+    loop_.signal();  // whoever waits for an answer may have it
+}
+
+}  // namespace sordin::pulse

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/pulse/connection.h"
+#include "platform/linux/pulse/loop.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace sordin::pulse {
+
+/// What the program has of PulseAudio: one thread with its loop, and one connection while there is a server
+/// of that kind. Where PipeWire answers in its place the connection ends at once.
+///
+/// Looks for a server when it begins, when it is asked, and while it keeps looking: half a second after a
+/// connection was lost and every half second until anybody answers.
+///
+/// Observers are called on the loop's thread, under its lock; everything else may be called from any other
+/// thread.
+class Session {
+public:
+    class Observer {
+    public:
+        virtual ~Observer() = default;
+        /// The connection is about to go; what was made with it has to go now.
+        virtual void disconnecting() = 0;
+        /// Something may have changed, perhaps many things at once: also whether there is a server.
+        virtual void graphChanged() = 0;
+    };
+
+    /// Throws std::runtime_error.
+    Session();
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    /// Adds an observer, which is called soon; removing it waits until it is not being called.
+    void add(Observer& observer);
+    void remove(Observer& observer);
+
+    /// Everything below needs this, but for keepLooking() and the waits. These must not be called with it.
+    [[nodiscard]] LoopLock lock() const { return loop_.lock(); }
+
+    [[nodiscard]] Loop& loop() { return loop_; }
+
+    /// Whether a PulseAudio is there.
+    [[nodiscard]] bool connected() const { return connection_ && connection_->isPulseAudio() == true; }
+    /// Whether it has named all it has, too.
+    [[nodiscard]] bool ready() const { return connected() && connection_->listed(); }
+    [[nodiscard]] bool hasSink() const { return connected() && !catalogue().sinks.empty(); }
+
+    /// While connected.
+    [[nodiscard]] Connection& connection() const { return *connection_; }
+    [[nodiscard]] const Catalogue& catalogue() const { return connection_->catalogue(); }
+
+    /// Has graphChanged() called after `delay`, or sooner.
+    void refreshAfter(std::chrono::milliseconds delay);
+
+    /// Whether to look for a server all the time. Any thread, with any locks.
+    void keepLooking(bool looking);
+
+    /// Looks for a server now, if there is none, and waits until it is known whether there is one that is
+    /// ready; false also if that takes longer than `deadline`.
+    bool look(std::chrono::milliseconds deadline);
+
+    /// Waits until the server has done everything asked so far; false if there is none or it takes longer
+    /// than `deadline`.
+    bool flush(std::chrono::milliseconds deadline);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void connect();
+    void disconnect();
+    void onLook();
+    void onRefresh();
+
+    Loop loop_;
+    LoopEvent refresh_;
+    LoopEvent look_;
+    LoopTimer refreshTimer_;
+    LoopTimer connectTimer_;
+    std::atomic<bool> looking_ = false;
+    std::vector<Observer*> observers_;
+
+    std::unique_ptr<Connection> connection_;
+    bool over_ = false;              // the connection is to be closed once its events are done
+    bool retrying_ = false;          // the timer to connect is set
+    std::uint64_t connections_ = 0;  // how many there have been, with those that came to nothing
+    std::uint64_t questions_ = 0;    // to the server, for it to catch up
+    std::uint64_t answers_ = 0;
+    std::optional<Clock::time_point> refreshAt_;
+};
+
+}  // namespace sordin::pulse

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/server/audio_object_table.h"
+
+#include <memory>
+#include <utility>
+
+namespace sordin {
+
+/// The audio objects of a sound server, for any thread: a table under the lock of a session with the server.
+/// The session has lock(), under which its news come, and flush(deadline), to be called without it.
+template <class Session>
+class ServerAudioObjects : public AudioObjects {
+public:
+    [[nodiscard]] std::optional<AudioPropertyValue> get(AudioObjectId object,
+                                                        const AudioProperty& property) const final {
+        const auto lock = session_->lock();
+        return table_.get(object, property);
+    }
+    bool set(AudioObjectId object, const AudioProperty& property, const AudioPropertyValue& value) final {
+        const auto lock = session_->lock();
+        return table_.set(object, property, value);
+    }
+    [[nodiscard]] bool has(AudioObjectId object, const AudioProperty& property) const final {
+        const auto lock = session_->lock();
+        return table_.has(object, property);
+    }
+    [[nodiscard]] bool settable(AudioObjectId object, const AudioProperty& property) const final {
+        return has(object, property);
+    }
+    bool flush(std::chrono::milliseconds deadline) final { return session_->flush(deadline); }
+    [[nodiscard]] std::optional<OutputDeviceRecord> record(AudioObjectId device) const final {
+        const auto lock = session_->lock();
+        return table_.record(device);
+    }
+    AudioObjectId adopt(const OutputDeviceRecord& record) final {
+        const auto lock = session_->lock();
+        return table_.adopt(record);
+    }
+    [[nodiscard]] bool present(AudioObjectId device) const final {
+        const auto lock = session_->lock();
+        return table_.present(device);
+    }
+    void onDevicesChanged(std::function<void()> handler) final {
+        const auto lock = session_->lock();
+        std::swap(onDevicesChanged_, handler);  // the old one ends without the lock
+    }
+
+protected:
+    ServerAudioObjects(std::shared_ptr<Session> session, AudioObjectTable::Write write,
+                       AudioObjectTable::Clock::duration rememberingTime)
+        : session_(std::move(session)), table_(std::move(write), rememberingTime) {}
+
+    /// Under the lock: what the table has changed for others.
+    void tell(bool devicesChanged) const {
+        if (devicesChanged && onDevicesChanged_) {
+            onDevicesChanged_();
+        }
+    }
+
+    [[nodiscard]] Session& session() const { return *session_; }
+    [[nodiscard]] AudioObjectTable& table() { return table_; }
+
+private:
+    const std::shared_ptr<Session> session_;
+    AudioObjectTable table_;
+    std::function<void()> onDevicesChanged_;
+};
+
+}  // namespace sordin

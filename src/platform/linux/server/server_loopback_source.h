@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/loopback_source.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace sordin {
+
+/// Hears all applications through a sound server. The session with it has lock(), under which it calls its
+/// observers, ready() when it knows what the server has, and hasSink(). A stream is made of the session and
+/// the handlers while the session is connected, and has update().
+template <class Session, class Stream>
+class ServerLoopbackSource : public LoopbackSource, private Session::Observer {
+public:
+    /// `session` must not be null; `server` is the server's name.
+    ServerLoopbackSource(std::shared_ptr<Session> session, std::string server)
+        : session_(std::move(session)),
+          server_(std::move(server)),
+          lastMissing_(SystemAudioCapture::Error::unreachable) {
+        session_->add(*this);
+    }
+    ~ServerLoopbackSource() override {
+        session_->remove(*this);
+        closeStream();
+    }
+    ServerLoopbackSource(const ServerLoopbackSource&) = delete;
+    ServerLoopbackSource& operator=(const ServerLoopbackSource&) = delete;
+
+    void onChange(std::function<void()> handler) final {
+        const auto lock = session_->lock();
+        onChange_ = std::move(handler);
+    }
+
+    [[nodiscard]] std::optional<Obstacle> obstacle() final {
+        const auto lock = session_->lock();
+        const auto error = missing();
+        return error ? std::optional(Obstacle{failure(*error), true}) : std::nullopt;
+    }
+
+    void open(Handlers handlers) final {
+        const auto lock = session_->lock();
+        handlers_ = std::move(handlers);
+        if (session_->connected()) {
+            stream_ = std::make_unique<Stream>(*session_, handlers_);
+        } else {
+            handlers_.ended(failure(SystemAudioCapture::Error::connectionLost));
+        }
+    }
+
+    void close() final { closeStream(); }
+
+    [[nodiscard]] SystemAudioCapture::Failure failure(SystemAudioCapture::Error error) const final {
+        using Error = SystemAudioCapture::Error;
+        switch (error) {
+        case Error::unreachable:
+            return {error, "Cannot reach the " + server_ + " audio server."};
+        case Error::noOutput:
+            return {error, "The " + server_ + " audio server has no audio output."};
+        case Error::connectionLost:
+            return {error, "The connection to the " + server_ + " audio server was lost."};
+        case Error::refused:
+            return {error, "The " + server_ + " audio server did not begin the capture."};
+        default:
+            return SystemAudioCapture::Failure(error);
+        }
+    }
+
+private:
+    void closeStream() {
+        Handlers old;  // what they know ends without the lock
+        const auto lock = session_->lock();
+        stream_.reset();
+        old = std::exchange(handlers_, {});
+    }
+
+    // On the session's thread, under its lock.
+    void disconnecting() override {
+        if (stream_) {
+            stream_.reset();
+            handlers_.ended(failure(SystemAudioCapture::Error::connectionLost));
+        }
+    }
+    void graphChanged() override {
+        const auto now = missing();
+        if (std::exchange(lastMissing_, now) != now && onChange_) {
+            onChange_();
+        }
+        if (stream_ && session_->connected()) {
+            stream_->update();
+        }
+    }
+
+    [[nodiscard]] std::optional<SystemAudioCapture::Error> missing() const {
+        using Error = SystemAudioCapture::Error;
+        if (!session_->ready()) {
+            return Error::unreachable;
+        }
+        return session_->hasSink() ? std::nullopt : std::optional(Error::noOutput);
+    }
+
+    const std::shared_ptr<Session> session_;
+    const std::string server_;
+    std::function<void()> onChange_;
+    std::optional<SystemAudioCapture::Error> lastMissing_;  // as told last
+    Handlers handlers_;
+    std::unique_ptr<Stream> stream_;  // while open and connected
+};
+
+}  // namespace sordin

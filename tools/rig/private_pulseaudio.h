@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "rig/audio_server.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sordin {
+
+/// The PulseAudio server that tools/dev/unpack-pulseaudio has unpacked, with what a desktop has it load:
+/// volumes are remembered, idle sinks sleep, and without sinks there is "auto_null". Stops with the object.
+class PrivatePulseAudio final : public AudioServer {
+public:
+    explicit PrivatePulseAudio(AudioServerOptions options = {});
+    /// At the socket of another server, which does not use it.
+    PrivatePulseAudio(AudioServerOptions options, const AudioServer& beside);
+    ~PrivatePulseAudio() override;
+
+    void start() override;
+    void stop() override;
+    void kill() override;
+    void hang() override;
+    void goOn() override;
+
+    [[nodiscard]] std::string defaultSink() const override;
+    void setDefaultSink(const std::string& sink) override;
+    [[nodiscard]] std::vector<float> volume(const std::string& sink) const override;
+    [[nodiscard]] bool muted(const std::string& sink) const override;
+    [[nodiscard]] std::string sinkState(const std::string& sink) const override;
+    void createSink(const std::string& sink) override;
+    void destroySink(const std::string& sink) override;
+
+private:
+    void wait(const std::string& what, const std::function<bool()>& condition);
+
+    std::optional<ChildProcess> process_;
+};
+
+}  // namespace sordin
