@@ -1,40 +1,29 @@
 // SPDX-License-Identifier: MIT
-// sordin-volume-guard FOLDER: gives the volume back if the program dies. Started by the program alone; what
-// it promises is in guard_process.h. While it waits it has one thread and no connection to anything but the
-// program.
-#include "guard/giving_back.h"
+// sordin-volume-guard FOLDER: has the volume given back if the program dies. Started by the program alone;
+// what it promises is in guard_process.h. It waits for as long as the program runs, so it has no library, no
+// thread and no connection but that to the program; what knows audio servers is sordin-volume-restorer.
 #include "guard/guard_messages.h"
 #include "guard/guard_start.h"
-#include "platform/linux/audio/linux_audio.h"
-#include "platform/linux/storage/file_user_defaults.h"
-#include "platform/linux/storage/pending_restore_lock.h"
-#include "support/asio_serial_queue.h"
+#include "support/file_descriptor.h"
+#include "support/program_path.h"
 
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <exception>
-#include <filesystem>
+#include <fcntl.h>
 #include <iostream>
-#include <memory>
 #include <optional>
 #include <poll.h>
-#include <string_view>
+#include <string>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
 using namespace sordin;
-using namespace std::chrono_literals;
-
-/// A program that has just been starting another may have lent that the lock for a moment.
-constexpr auto patienceForLock = 200ms;
-/// For a device that is there. A new start of the program waits meanwhile (PendingRestoreLock).
-constexpr auto patienceWithLock = 2s;
-/// For one that has yet to return.
-constexpr auto patienceWithoutLock = 8s;
+constexpr auto restorerName = "sordin-volume-restorer";
 
 /// Those that end a session, and SIGPIPE: the audio server may go while it is being told something.
 void ignoreSignals() {
@@ -45,12 +34,6 @@ void ignoreSignals() {
         sigaddset(&ignored, each);
     }
     sigprocmask(SIG_UNBLOCK, &ignored, nullptr);
-}
-
-void endAtSignals() {
-    for (const int each : {SIGTERM, SIGHUP, SIGINT}) {
-        std::signal(each, SIG_DFL);
-    }
 }
 
 /// Takes in the messages that are there. False if no more can come.
@@ -89,49 +72,13 @@ std::optional<DuckInForce> watchProgram() {
     }
 }
 
-/// The file with the record of a duck.
-class RecordFile {
-public:
-    explicit RecordFile(std::filesystem::path folder) : folder_(std::move(folder)) {}
-
-    [[nodiscard]] std::optional<PendingRestore> read() const { return PendingRestore::read(*open()); }
-    void remove() const { PendingRestore::remove(*open()); }
-
-private:
-    [[nodiscard]] std::shared_ptr<UserDefaults> open() const {
-        return std::make_shared<FileUserDefaults>(folder_,
-                                                  std::make_shared<AsioSerialQueue>("sordin.defaults"));
-    }
-
-    std::filesystem::path folder_;
-};
-
-void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
-    using State = PendingRestoreLock::State;
-    std::optional<PendingRestoreLock> lock(std::in_place, folder, patienceForLock);
-    if (lock->state() == State::taken) {
-        return;  // a new run of the program recovers by itself
-    }
-    const RecordFile file(folder);
-    const auto record = file.read();
-    const LinuxAudio audio;
-    AudioObjects& objects = *audio.objects();
-    auto device = awaitDevice(objects, duck, patienceWithLock);
-    if (!device) {
-        // Nothing is lost any more by ending: the record is there.
-        endAtSignals();
-        lock.reset();
-        device = awaitDevice(objects, duck, patienceWithoutLock);
-        lock.emplace(folder, patienceForLock);
-        if (!device || lock->state() == State::taken || file.read() != record) {
-            return;
-        }
-    }
-    giveBack(objects, *device, duck);
-    const auto* pending = std::get_if<PendingRestore>(&duck);
-    if (pending != nullptr && record == *pending) {
-        file.remove();
-    }
+/// Becomes sordin-volume-restorer, which gives back what is in force. Only returns if that fails.
+void restore(const FileDescriptor& restorer, std::string folder, const DuckInForce& duck) {
+    std::string name = restorerName;
+    std::string message = toGuardMessage(duck);
+    const std::array<char*, 4> arguments{name.data(), folder.data(), message.data(), nullptr};
+    fexecve(restorer.get(), arguments.data(), environ);
+    std::cerr << "sordin-volume-guard: " << name << " cannot be run\n";
 }
 
 bool calledByProgram() {
@@ -148,8 +95,19 @@ int main(int argc, char** argv) {
     }
     ignoreSignals();
     try {
+        // Now, so that the one of this version is there though the program be replaced or removed.
+        const auto beside = programPath(argv[0]).parent_path() / restorerName;
+        const FileDescriptor restorer(open(beside.c_str(), O_PATH | O_CLOEXEC));
+        if (!restorer.valid()) {
+            std::cerr << "sordin-volume-guard: there is no " << beside << '\n';
+            return 1;
+        }
+        for (const int ours : {guard_start::program, guard_start::messages}) {
+            fcntl(ours, F_SETFD, FD_CLOEXEC);
+        }
         if (const auto duck = watchProgram()) {
-            giveBackFor(argv[1], *duck);
+            restore(restorer, argv[1], *duck);
+            return 1;
         }
     } catch (const std::exception& error) {
         std::cerr << "sordin-volume-guard: " << error.what() << '\n';

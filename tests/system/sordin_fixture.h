@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/pipewire/audio_objects.h"
+#include "platform/audio_objects.h"
 #include "replay/labels.h"
-#include "rig/private_audio_server.h"
 #include "rig/temporary_folder.h"
 #include "rig/wait_until.h"
+#include "server_kind.h"
 #include "sink_volume.h"
 
 #include <gmock/gmock.h>
@@ -85,8 +85,9 @@ protected:
         writeText(home / "config/Sordin/defaults.json", R"({"onboarded": true, "sensitivity": 1.0})");
     }
 
-    void beginServer(const AudioServerOptions& options = {}) {
-        server.emplace(options);
+    void beginServer(const AudioServerOptions& options = {}, ServerKind kind = ServerKind::pipeWire) {
+        serverKind = kind;
+        server = makeServer(kind, options);
         server->start();
     }
 
@@ -118,7 +119,8 @@ protected:
 
     /// Plays a recording, in the background, until the end of the test.
     void play(const std::filesystem::path& recording) {
-        player.emplace(std::vector<std::string>{"pw-play", recording.string()},
+        const auto* const command = serverKind == ServerKind::pipeWire ? "pw-play" : "paplay";
+        player.emplace(std::vector<std::string>{command, recording.string()},
                        ChildOptions{.log = home / "player"});
     }
     /// Listens and plays until an ad is faded.
@@ -148,7 +150,8 @@ protected:
 
     TemporaryFolder home;
     std::vector<std::string> display{"DISPLAY=", "WAYLAND_DISPLAY="};
-    std::optional<PrivateAudioServer> server;
+    ServerKind serverKind = ServerKind::pipeWire;
+    std::unique_ptr<AudioServer> server;
     std::optional<ChildProcess> program;
     std::optional<ChildProcess> player;
 };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The whole program against a real audio server, with a real player.
+#include "platform/linux/audio/linux_audio.h"
 #include "random_seed.h"
 #include "system/sordin_fixture.h"
 
@@ -43,28 +44,41 @@ bool onCurve(float volume, int steps) {
 
 class SordinSystemTest : public SordinTest {};
 
-TEST_F(SordinSystemTest, AnAdInABroadcastIsFadedOutAndBackAndRemembered) {
-    beginServer({.monitorVolumes = true});
+/// With each of the audio servers.
+class SordinServerTest : public SordinTest, public testing::WithParamInterface<ServerKind> {
+protected:
+    /// Records what comes out of the loudspeaker.
+    [[nodiscard]] std::vector<std::string> recorder(const std::filesystem::path& file) const {
+        if (GetParam() == ServerKind::pipeWire) {
+            return {"pw-record", "--target",   sink,         "-P", "{ stream.capture.sink=true }",
+                    "--rate",    "16000",      "--channels", "1",  "--format",
+                    "f32",       file.string()};
+        }
+        return {"parecord",          "--device",          std::string(sink) + ".monitor",
+                "--rate=16000",      "--channels=1",      "--format=float32le",
+                "--file-format=wav", "--latency-msec=50", file.string()};
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Sordin, SordinServerTest, bothServers, serverName);
+
+TEST_P(SordinServerTest, AnAdInABroadcastIsFadedOutAndBackAndRemembered) {
+    beginServer({.monitorVolumes = true}, GetParam());
     // Without words, which hold an ad for a while after it.
     writeText(home / "config/Sordin/defaults.json", R"({"onboarded": true, "transcription": false})");
     listen();
-    const auto objects =
-        std::make_shared<pipewire::PipeWireAudioObjects>(std::make_shared<pipewire::Session>());
-    VolumeRecorder recorder(objects);
-    // What comes out of the loudspeaker.
-    ChildProcess ear({"pw-record", "--target", sink, "-P", "{ stream.capture.sink=true }", "--rate", "16000",
-                      "--channels", "1", "--format", "f32", (home / "heard.wav").string()},
-                     {.log = home / "ear"});
+    const LinuxAudio audio;
+    VolumeRecorder volumes(audio.objects());
+    ChildProcess ear(recorder(home / "heard.wav"), {.log = home / "ear"});
     ASSERT_TRUE(waitUntil([&] { return std::filesystem::exists(home / "heard.wav"); }, deadline));
     play(pieces() / "excerpt.wav");
-    const double began = recorder.now();
+    const double began = volumes.now();
     ASSERT_TRUE(says("an ad ended", 0, 120s)) << log();
     ASSERT_TRUE(becomes(1));
     ASSERT_TRUE(player->wait(60s));
     ear.kill(SIGINT);
     ear.wait(deadline);
 
-    const auto changes = recorder.changes();
+    const auto changes = volumes.changes();
     const auto lowest = std::min_element(changes.begin(), changes.end(),
                                          [](auto& a, auto& b) { return a.volume < b.volume; });
     ASSERT_NE(lowest, changes.end());
@@ -91,7 +105,8 @@ TEST_F(SordinSystemTest, AnAdInABroadcastIsFadedOutAndBackAndRemembered) {
     const auto events = history();
     ASSERT_EQ(events.size(), 1U) << events;
     EXPECT_EQ(events[0]["kind"], "muted");
-    EXPECT_THAT(events[0]["app"].get<std::string>(), testing::HasSubstr("pw-"));
+    EXPECT_THAT(events[0]["app"].get<std::string>(),
+                testing::HasSubstr(GetParam() == ServerKind::pipeWire ? "pw-" : "pacat"));
     EXPECT_NEAR(events[0]["duration"].get<double>(), up - down, 2);
     EXPECT_FALSE(events[0]["reasons"].empty());
     EXPECT_FALSE(recordIsThere());
@@ -131,11 +146,11 @@ TEST_F(SordinSystemTest, EverySignalThatEndsAProgramGivesTheVolumeBackFirst) {
     EXPECT_EQ(history().size(), 3U);
 }
 
-TEST_F(SordinSystemTest, AKilledProgramLeavesNoVolumeDown) {
-    beginServer();
+TEST_P(SordinServerTest, AKilledProgramLeavesNoVolumeDown) {
+    beginServer({}, GetParam());
     std::mt19937 random = seededRandom();
     std::uniform_int_distribution<int> milliseconds(0, 12'000);
-    const int rounds = repetitions(5, 100);
+    const int rounds = GetParam() == ServerKind::pipeWire ? repetitions(5, 100) : repetitions(2, 20);
     for (int i = 0; i < rounds; ++i) {
         SCOPED_TRACE(i);
         listen();
@@ -178,8 +193,8 @@ TEST_F(SordinSystemTest, ASecondStartDoesNotGetInTheWayOfTheFirst) {
     EXPECT_TRUE(becomes(1, 0s));
 }
 
-TEST_F(SordinSystemTest, AServerThatDiesInAnAdLeavesNothingDownAndIsHeardAgain) {
-    beginServer();
+TEST_P(SordinServerTest, AServerThatDiesInAnAdLeavesNothingDownAndIsHeardAgain) {
+    beginServer({}, GetParam());
     enterAd();
     // The session manager remembers what virtual sinks had, so the new one is born silent.
     std::this_thread::sleep_for(1500ms);  // which it writes after a second
