@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 // What hearing and fading cost, on a private audio server: CPU seconds and wake-ups of this process and of
 // the server.
-//   sordin_audio_bench [SECONDS]   seconds for each measurement, 30 if absent
+//   sordin_audio_bench [SECONDS [pulseaudio]]   seconds for each measurement, 30 if absent; which server
 #include "platform/linux/audio/linux_audio.h"
 #include "platform/loopback_capture.h"
 #include "process_use.h"
 #include "rig/private_audio_server.h"
+#include "rig/private_pulseaudio.h"
 #include "support/asio_serial_queue.h"
 
 #include <cstdlib>
@@ -19,10 +20,10 @@ namespace {
 
 using namespace sordin;
 
-std::string serverProcess() {
+std::string serverProcess(const std::string& command) {
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
         const auto environment = contentsOf(entry.path() / "environ");
-        if (contentsOf(entry.path() / "comm") == "pipewire\n" &&
+        if (contentsOf(entry.path() / "comm") == command + "\n" &&
             environment.find(std::getenv("XDG_RUNTIME_DIR")) != std::string::npos) {
             return entry.path().filename();
         }
@@ -31,8 +32,8 @@ std::string serverProcess() {
 }
 
 template <class Work>
-void measure(const std::string& what, Work work) {
-    const auto server = serverProcess();
+void measure(const std::string& what, const std::string& serverCommand, Work work) {
+    const auto server = serverProcess(serverCommand);
     const ProcessUse ours = useOf("self");
     const ProcessUse theirs = useOf(server);
     const auto start = std::chrono::steady_clock::now();
@@ -53,8 +54,15 @@ void measure(const std::string& what, Work work) {
 int main(int argc, char** argv) {
     const auto seconds = std::chrono::duration<double>(argc > 1 ? std::atof(argv[1]) : 30);
     const auto wait = [seconds] { std::this_thread::sleep_for(seconds); };
-    PrivateAudioServer server;
-    server.start();
+    const bool pulse = argc > 2 && std::string(argv[2]) == "pulseaudio";
+    const std::string command = pulse ? "pulseaudio" : "pipewire";
+    std::unique_ptr<AudioServer> server;
+    if (pulse) {
+        server = std::make_unique<PrivatePulseAudio>();
+    } else {
+        server = std::make_unique<PrivateAudioServer>();
+    }
+    server->start();
     const LinuxAudio audio;
     AudioObjects& objects = *audio.objects();
     const auto queue = std::make_shared<AsioSerialQueue>("sordin.audio");
@@ -64,13 +72,14 @@ int main(int argc, char** argv) {
         queue, [](const CapturedAudio&) {}, [&](const auto&) { running.set_value(); });
     running.get_future().wait();
 
-    ChildProcess player({SORDIN_TONE_PLAYER, "440", "0.5"}, {.readOutput = true, .writeInput = true});
+    ChildProcess player({pulse ? SORDIN_PULSE_TONE_PLAYER : SORDIN_TONE_PLAYER, "440", "0.5"},
+                        {.readOutput = true, .writeInput = true});
     player.readLine(std::chrono::seconds(20));
-    measure("listening to one player", wait);
+    measure("listening to one player", command, wait);
 
     const auto device =
         read<std::uint32_t>(objects, systemAudioObject, audio_property::defaultOutputDevice).value_or(0);
-    measure("listening, with 50 volume writes a second", [&] {
+    measure("listening, with 50 volume writes a second", command, [&] {
         const auto steps = static_cast<int>(seconds.count() * 50);
         for (int i = 0; i < steps; ++i) {
             objects.set(device, audio_property::volume(0), static_cast<float>(i % 50) / 50);
@@ -79,9 +88,9 @@ int main(int argc, char** argv) {
     });
     player.closeInput();
     player.wait(std::chrono::seconds(20));
-    while (server.nodeState("test-sink-A") != "suspended") {
+    while (server->sinkState("test-sink-A") != "suspended") {
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
-    measure("listening while nothing plays", wait);
+    measure("listening while nothing plays", command, wait);
     return 0;
 }
