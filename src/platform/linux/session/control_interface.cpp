@@ -65,14 +65,12 @@ ControlInterface::~ControlInterface() {
 }
 
 void ControlInterface::stateChanged() {
-    if (!std::exchange(telling_, true)) {
-        QMetaObject::invokeMethod(
-            this, [this] { tell(); }, Qt::QueuedConnection);
-    }
+    // Later, since several things may be about to change. The first telling has all of it.
+    QMetaObject::invokeMethod(
+        this, [this] { tell(); }, Qt::QueuedConnection);
 }
 
 void ControlInterface::tell() {
-    telling_ = false;
     const QVariantMap now = propertiesOf(program_.state());
     QVariantMap changed;
     for (auto each = now.begin(); each != now.end(); ++each) {

@@ -51,7 +51,6 @@ private:
     ApplicationService& service_;
     const Program program_;
     QVariantMap told_;
-    bool telling_ = false;
 };
 
 }  // namespace sordin
