@@ -6,6 +6,7 @@
 #include <QDBusVirtualObject>
 #include <QString>
 #include <QVariantMap>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
@@ -45,7 +46,7 @@ public:
     void tellChanged(const QString& interface, const QVariantMap& properties);
 
     /// How often it has been called, the call that is being answered included.
-    [[nodiscard]] int calls() const { return calls_; }
+    [[nodiscard]] std::uint64_t calls() const { return calls_; }
 
     [[nodiscard]] QString introspect(const QString& path) const override;
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
@@ -63,7 +64,7 @@ private:
     QDBusConnection bus_;
     const QString path_;
     std::map<QString, Interface> interfaces_;
-    int calls_ = 0;
+    std::uint64_t calls_ = 0;
 };
 
 }  // namespace sordin
