@@ -3,12 +3,14 @@
 #include "app/application.h"
 #include "app/desktop.h"
 #include "app/options.h"
+#include "app/remote_control.h"
 #include "app/termination_signals.h"
 #include "guard/guard_process.h"
 #include "platform/linux/desktop/display.h"
 #include "platform/linux/sandbox/network_filter.h"
 #include "platform/linux/sandbox/private_memory.h"
 #include "platform/linux/session/application_service.h"
+#include "platform/linux/session/running_program.h"
 #include "platform/linux/storage/pending_restore_lock.h"
 #include "platform/linux/storage/user_folders.h"
 #include "support/own_files.h"
@@ -59,6 +61,16 @@ std::unique_ptr<QCoreApplication> makeQt(int& argc, char** argv, bool windows) {
     return qt;
 }
 
+int callRunning(int argc, char** argv, const char* method) {
+    const QCoreApplication qt(argc, argv);
+    const auto problem = callRunningProgram(QDBusConnection::sessionBus(), QLatin1String(method));
+    if (problem) {
+        std::fprintf(stderr, "sordin: %s\n", qPrintable(*problem));
+        return failed;
+    }
+    return 0;
+}
+
 int run(int argc, char** argv, const Options& options) {
     const DisplayState display = displayState();
     if (display == DisplayState::unreachable) {
@@ -68,11 +80,16 @@ int run(int argc, char** argv, const Options& options) {
     const bool windows = display == DisplayState::reachable;
     const auto qt = makeQt(argc, argv, windows);
     std::optional<Desktop> desktop;
-    ApplicationService service(QDBusConnection::sessionBus(), [&desktop](const QString& token) {
-        if (desktop) {
-            desktop->showMain(token);
-        }
-    });
+    // The desktop's login starts it hidden too, but not in the bus's name.
+    const bool startedByBus = options.hidden && qEnvironmentVariableIsSet("DBUS_STARTER_BUS_TYPE");
+    ApplicationService service(
+        QDBusConnection::sessionBus(),
+        [&desktop](const QString& token) {
+            if (desktop) {
+                desktop->showMain(token);
+            }
+        },
+        startedByBus);
     if (service.name() == ApplicationService::Name::taken) {
         if (options.hidden || service.activateOther()) {
             return 0;
@@ -90,6 +107,7 @@ int run(int argc, char** argv, const Options& options) {
     auto guard = startGuard(program);
     const TerminationSignals signals([] { QCoreApplication::exit(); });
     Application application(program, std::move(guard));
+    const RemoteControl remote(application.engine(), service);
     if (windows) {
         desktop.emplace(application.engine(), program);
         if (!options.hidden || !application.engine().onboardingComplete()) {
@@ -120,6 +138,9 @@ int main(int argc, char** argv) {
     static_cast<void>(keepOutOfDumps());
     std::signal(SIGPIPE, SIG_IGN);
     try {
+        if (options->request) {
+            return callRunning(argc, argv, options->request);
+        }
         return run(argc, argv, *options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "sordin: %s\n", error.what());

@@ -8,9 +8,12 @@ namespace sordin {
 namespace {
 
 constexpr auto usage = "usage: sordin [--hidden]\n"
-                       "  --hidden   start with the icon alone, without the window\n"
-                       "  --version  print the version\n"
-                       "  --help     print this\n";
+                       "       sordin --restore-volume | --toggle | --version | --help\n"
+                       "  --hidden          start with the icon alone, without the window\n"
+                       "  --restore-volume  have the one that is running bring the volume back in an ad\n"
+                       "  --toggle          have it pause or resume\n"
+                       "  --version         print the version\n"
+                       "  --help            print this\n";
 constexpr auto version = "sordin " SORDIN_VERSION "\n";
 
 }  // namespace
@@ -20,6 +23,10 @@ std::optional<Options> parseOptions(const std::vector<std::string_view>& argumen
     for (const std::string_view argument : arguments) {
         if (argument == "--hidden") {
             options.hidden = true;
+        } else if (argument == "--restore-volume") {
+            options.request = "RestoreNow";
+        } else if (argument == "--toggle") {
+            options.request = "Toggle";
         } else if (argument == "--help" || argument == "-h") {
             options.answer = usage;
         } else if (argument == "--version") {

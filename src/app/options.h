@@ -9,8 +9,9 @@ namespace sordin {
 
 /// What the program was asked on its command line.
 struct Options {
-    bool hidden = false;           ///< starts with its icon alone, as at login
-    const char* answer = nullptr;  ///< is to be printed, and that is all
+    bool hidden = false;            ///< starts with its icon alone, as at login
+    const char* answer = nullptr;   ///< is to be printed, and that is all
+    const char* request = nullptr;  ///< of org.sordin.Sordin1, is to be called, and that is all
 };
 
 /// `arguments` are those behind the program's name. None if there is one that it does not know, which is said

@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The whole program on a desktop: a display, a window manager, a session bus, a panel, and somebody who
 // clicks.
-#include "fake_panel.h"
 #include "platform/linux/session/dbus_menu.h"
-#include "rig/private_bus.h"
 #include "system/private_display.h"
-#include "system/sordin_fixture.h"
+#include "system/session_fixture.h"
 
-#include <QCoreApplication>
-#include <QDBusMessage>
-#include <QDBusPendingCall>
 #include <sstream>
 
 namespace sordin {
@@ -28,15 +23,12 @@ struct ShownWindow {
     int height = 0;
 };
 
-class DesktopTest : public SordinTest {
+class DesktopTest : public SessionTest {
 protected:
     static constexpr int panelWidth = 290;
     static constexpr int mainWidth = 860;
 
     DesktopTest() {
-        beginServer();  // which turns the bus off that is there
-        bus.emplace();
-        connection.emplace(QDBusConnection::connectToBus(QString::fromStdString(bus->address()), "desktop"));
         display.clear();
         screen.emplace();
         windowManager.emplace(std::vector<std::string>{"openbox"}, ChildOptions{.log = home / "openbox"});
@@ -47,43 +39,8 @@ protected:
             },
             deadline);
     }
-    ~DesktopTest() override {
-        program.reset();
-        panel.reset();
-        QDBusConnection::disconnectFromBus("desktop");
-    }
+    ~DesktopTest() override { program.reset(); }
 
-    void showPanel() { panel.emplace(*connection); }
-    /// Starts with the icon alone, and waits until the panel shows it.
-    void startHidden() {
-        showPanel();
-        listen({"--hidden"});
-        ASSERT_TRUE(comes([&] { return !panel->items().empty(); })) << log();
-    }
-
-    /// Whether it comes to hold while the panel answers.
-    template <class Condition>
-    static bool comes(Condition condition, std::chrono::milliseconds within = deadline) {
-        return waitUntil(
-            [&] {
-                QCoreApplication::processEvents();
-                return condition();
-            },
-            within);
-    }
-    [[nodiscard]] QDBusMessage ask(const char* path, const char* interface, const char* method,
-                                   const QVariantList& arguments = {}) {
-        auto question = QDBusMessage::createMethodCall(panel->items().back(), path, interface, method);
-        question.setArguments(arguments);
-        const auto call = connection->asyncCall(question);
-        comes([&] { return call.isFinished(); });
-        return call.reply();
-    }
-    [[nodiscard]] QString itemProperty(const char* name) {
-        const auto answer = ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
-                                {"org.kde.StatusNotifierItem", name});
-        return answer.arguments().value(0).value<QDBusVariant>().variant().toString();
-    }
     void clickIcon(int x, int y) {
         static_cast<void>(ask("/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate", {x, y}));
     }
@@ -148,29 +105,8 @@ protected:
         tool({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"});
     }
     void press(const std::string& key) { tool({"xdotool", "key", key}); }
-    [[nodiscard]] nlohmann::json defaults() const {
-        return nlohmann::json::parse(contentsOf(home / "config/Sordin/defaults.json"), nullptr, false);
-    }
-    /// Whether a setting comes to have this value on the disk.
-    bool becomesSetting(const char* key, const nlohmann::json& value) {
-        return comes([&] {
-            const auto all = defaults();
-            return all.is_object() && all.contains(key) && all[key] == value;
-        });
-    }
-    [[nodiscard]] int secondStart(const std::vector<std::string>& arguments = {}) {
-        std::vector<std::string> command{SORDIN_PROGRAM};
-        command.insert(command.end(), arguments.begin(), arguments.end());
-        ChildProcess second(command, {.environment = environment(), .log = home / "second"});
-        comes([&] { return !second.running(); });
-        return second.wait(0s).value_or(-1);
-    }
-
-    std::optional<PrivateBus> bus;
-    std::optional<QDBusConnection> connection;
     std::optional<PrivateDisplay> screen;
     std::optional<ChildProcess> windowManager;
-    std::optional<FakePanel> panel;
 };
 
 TEST_F(DesktopTest, TheFirstStartShowsTheGuideEvenAtLogin) {

@@ -8,6 +8,7 @@ namespace sordin {
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 using Name = ApplicationService::Name;
 
 class ApplicationServiceTest : public BusTest {
@@ -50,12 +51,40 @@ TEST_F(ApplicationServiceTest, TheDesktopAsksInAnyOfItsWays) {
     EXPECT_EQ(ask(path, interface, "Activate", {data}).type(), QDBusMessage::ReplyMessage);
     EXPECT_EQ(ask(path, interface, "Open", {QStringList("file:///a"), data}).type(),
               QDBusMessage::ReplyMessage);
-    EXPECT_EQ(ask(path, interface, "ActivateAction", {"unknown", QVariantList(), data}).type(),
-              QDBusMessage::ReplyMessage);
     EXPECT_EQ(ask(path, interface, "Activate", {QVariantMap{{"activation-token", 7}}}).type(),
               QDBusMessage::ReplyMessage);
-    EXPECT_THAT(tokens, ElementsAre("t", "t", "t", "7"));
+    EXPECT_THAT(tokens, ElementsAre("t", "t", "7"));
     EXPECT_EQ(ask(path, interface, "Activate", {"not a map"}).type(), QDBusMessage::ErrorMessage);
+}
+
+TEST_F(ApplicationServiceTest, ActionsOfTheDesktopAreDone) {
+    std::vector<bool> started;
+    const auto act = [this](const char* action, const QVariantList& parameter = {}) {
+        return ask(ApplicationService::path, "org.freedesktop.Application", "ActivateAction",
+                   {action, parameter, QVariantMap{{"activation-token", "t"}}})
+            .errorName();
+    };
+    const auto actions = [&started] {
+        return std::map<QString, ApplicationService::Action>{
+            {"Pause", [&started](bool starts) { started.push_back(starts); }}};
+    };
+    {
+        ApplicationService service(program, note);
+        const QString refused = "org.freedesktop.DBus.Error.InvalidArgs";
+        EXPECT_EQ(act("Pause"), refused) << "there is none yet";
+        service.setActions(actions());
+        EXPECT_EQ(act("Pause"), "");
+        EXPECT_EQ(act("Resume"), refused);
+        EXPECT_EQ(act("Pause", {7}), refused) << "it takes nothing";
+        EXPECT_THAT(started, ElementsAre(false));
+    }
+    started.clear();
+    ApplicationService service(program, note, true);
+    service.setActions(actions());
+    EXPECT_EQ(act("Pause"), "");
+    EXPECT_EQ(act("Pause"), "");
+    EXPECT_THAT(started, ElementsAre(true, false)) << "the bus started it for the first call";
+    EXPECT_THAT(tokens, IsEmpty()) << "no window is asked for";
 }
 
 TEST_F(ApplicationServiceTest, WithoutABusThereIsNoName) {

@@ -15,12 +15,12 @@
 namespace sordin {
 
 /// A bus of the test's own with two on it: the program, and the desktop that asks it.
-class BusTest : public testing::Test {
+class BusParties {
 protected:
-    BusTest()
+    BusParties()
         : program(QDBusConnection::connectToBus(QString::fromStdString(bus.address()), "program")),
           desktop(QDBusConnection::connectToBus(QString::fromStdString(bus.address()), "desktop")) {}
-    ~BusTest() override {
+    ~BusParties() {
         QDBusConnection::disconnectFromBus("program");
         QDBusConnection::disconnectFromBus("desktop");
     }
@@ -55,6 +55,12 @@ protected:
     const PrivateBus bus;
     QDBusConnection program;
     QDBusConnection desktop;
+
+public:
+    BusParties(const BusParties&) = delete;
+    BusParties& operator=(const BusParties&) = delete;
 };
+
+class BusTest : public testing::Test, protected BusParties {};
 
 }  // namespace sordin

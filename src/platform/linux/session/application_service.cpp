@@ -3,26 +3,43 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <utility>
+#include <QVariantMap>
 
 namespace sordin {
 
 namespace {
 
 const QString service = QLatin1String(ApplicationService::id);
-const QString path = QStringLiteral("/org/sordin/Sordin");
-const QString interface = QStringLiteral("org.freedesktop.Application");
+const QString interfaceName = QStringLiteral("org.freedesktop.Application");
+
+const QString description = QStringLiteral(R"(  <interface name="org.freedesktop.Application">
+    <method name="Activate">
+      <arg name="platform_data" type="a{sv}" direction="in"/>
+    </method>
+    <method name="Open">
+      <arg name="uris" type="as" direction="in"/>
+      <arg name="platform_data" type="a{sv}" direction="in"/>
+    </method>
+    <method name="ActivateAction">
+      <arg name="action_name" type="s" direction="in"/>
+      <arg name="parameter" type="av" direction="in"/>
+      <arg name="platform_data" type="a{sv}" direction="in"/>
+    </method>
+  </interface>)");
 
 }  // namespace
 
 ApplicationService::ApplicationService(QDBusConnection bus,
-                                       std::function<void(const QString& token)> activated)
-    : bus_(std::move(bus)), activated_(std::move(activated)) {
+                                       std::function<void(const QString& token)> activated, bool startedByBus)
+    : bus_(std::move(bus)),
+      object_(bus_, QLatin1String(path)),
+      activated_(std::move(activated)),
+      startedByBus_(startedByBus) {
     if (!bus_.isConnected()) {
         return;
     }
     // Before the name, by which others may call it at once.
-    bus_.registerObject(path, this, QDBusConnection::ExportAllSlots);
+    object_.add(interfaceName, interface());
     const auto reply = bus_.interface()->registerService(service, QDBusConnectionInterface::DontQueueService,
                                                          QDBusConnectionInterface::DontAllowReplacement);
     if (reply.isValid()) {
@@ -34,7 +51,6 @@ ApplicationService::~ApplicationService() {
     if (name_ == Name::ours) {
         bus_.unregisterService(service);
     }
-    bus_.unregisterObject(path);
 }
 
 bool ApplicationService::activateOther() {
@@ -46,22 +62,38 @@ bool ApplicationService::activateOther() {
             platformData.insert(QLatin1String(key), token);
         }
     }
-    auto call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Activate"));
+    auto call = QDBusMessage::createMethodCall(service, QLatin1String(path), interfaceName,
+                                               QStringLiteral("Activate"));
     call << platformData;
     return bus_.call(call, QDBus::Block, patience).type() == QDBusMessage::ReplyMessage;
 }
 
-void ApplicationService::Activate(const QVariantMap& platformData) {
-    activated_(platformData.value(QStringLiteral("activation-token")).toString());
+DbusObject::Interface ApplicationService::interface() {
+    // There are no files to open.
+    const auto activate = [this](const QDBusMessage& call) {
+        const auto platformData = qdbus_cast<QVariantMap>(call.arguments().constLast());
+        activated_(platformData.value(QStringLiteral("activation-token")).toString());
+        return call.createReply();
+    };
+    return {
+        description,
+        {{QStringLiteral("Activate"), {QStringLiteral("a{sv}"), activate}},
+         {QStringLiteral("Open"), {QStringLiteral("asa{sv}"), activate}},
+         {QStringLiteral("ActivateAction"),
+          {QStringLiteral("sava{sv}"), [this](const QDBusMessage& call) { return activateAction(call); }}}},
+        {},
+        {}};
 }
 
-void ApplicationService::Open(const QStringList& /*uris*/, const QVariantMap& platformData) {
-    Activate(platformData);
-}
-
-void ApplicationService::ActivateAction(const QString& /*action*/, const QVariantList& /*parameter*/,
-                                        const QVariantMap& platformData) {
-    Activate(platformData);
+QDBusMessage ApplicationService::activateAction(const QDBusMessage& call) {
+    const auto found = actions_.find(call.arguments().at(0).toString());
+    if (found == actions_.end() || !qdbus_cast<QVariantList>(call.arguments().at(1)).isEmpty()) {
+        return call.createErrorReply(QDBusError::InvalidArgs,
+                                     QStringLiteral("There is no such action with such a parameter"));
+    }
+    // None of ours shows a window, so that the token is for nothing.
+    found->second(startedByBus_ && object_.calls() == 1);
+    return call.createReply();
 }
 
 }  // namespace sordin

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/session/application_service.h"
+
+#include <QObject>
+#include <QString>
+#include <QVariantMap>
+#include <functional>
+
+namespace sordin {
+
+/// What scripts, keys and the entries of the desktop's menu reach of the program: org.sordin.Sordin1, which
+/// data/dbus describes. Tells what the program is doing now, and nothing of what it heard. Lives on the main
+/// thread.
+class ControlInterface : public QObject {
+public:
+    /// Its name on the bus.
+    static constexpr auto name = "org.sordin.Sordin1";
+
+    /// See the description.
+    struct State {
+        QString status;
+        QString statusText;
+        bool enabled = false;
+        bool adActive = false;
+        bool faded = false;
+        QString source;
+        double confidence = 0;
+    };
+    /// None may be empty.
+    struct Program {
+        std::function<State()> state;  ///< as it is now
+        std::function<void(bool)> setEnabled;
+        std::function<void()> restoreVolume;
+    };
+
+    /// Is there for its life; `service` must outlive it. Of the desktop's actions it takes those that it can
+    /// do.
+    ControlInterface(ApplicationService& service, Program program);
+    ~ControlInterface() override;
+    Q_DISABLE_COPY_MOVE(ControlInterface)
+
+    /// To be called when the program's state may be another. Those who listen are told once for everything
+    /// that changes at a time, and not of the confidence alone.
+    void stateChanged();
+
+private:
+    void tell();
+
+    ApplicationService& service_;
+    const Program program_;
+    QVariantMap told_;
+};
+
+}  // namespace sordin

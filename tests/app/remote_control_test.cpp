@@ -1,0 +1,116 @@
+// SPDX-License-Identifier: MIT
+// The real engine, driven over a bus.
+#include "app/remote_control.h"
+#include "engine/engine_fixture.h"
+#include "platform/linux/bus_fixture.h"
+#include "property_ear.h"
+
+namespace sordin {
+namespace {
+
+using testing::ElementsAre;
+using testing::SizeIs;
+
+class RemoteControlTest : public EngineTest, protected BusParties {
+protected:
+    [[nodiscard]] QVariant is(const char* name) const {
+        return property(ApplicationService::path, ControlInterface::name, name);
+    }
+    void call(const char* method) const {
+        EXPECT_EQ(ask(ApplicationService::path, ControlInterface::name, method).errorName(), "");
+    }
+    void enable(bool enabled) const {
+        static_cast<void>(
+            ask(ApplicationService::path, "org.freedesktop.DBus.Properties", "Set",
+                {ControlInterface::name, "Enabled", QVariant::fromValue(QDBusVariant(enabled))}));
+    }
+    void begin() {
+        create();
+        remote.emplace(*engine, service);
+    }
+
+    ApplicationService service{program, [](const QString&) {}};
+    std::optional<RemoteControl> remote;
+};
+
+TEST_F(RemoteControlTest, SaysWhatTheEngineDoes) {
+    defaults->set("onboarded", false);
+    begin();
+    EXPECT_EQ(is("Status"), "waiting");
+    engine->setOnboardingComplete(true);
+    EXPECT_EQ(is("Status"), "starting");
+    engine->startCapture();
+    capture->completion(std::nullopt);
+    settle();
+    EXPECT_EQ(is("Status"), "listening");
+    EXPECT_EQ(is("Source"), "");
+
+    PropertyEar ear(desktop, program.baseService(), ApplicationService::path);
+    EXPECT_EQ(is("StatusText"), "Listening") << "by then the bus knows who listens";
+    hearAdBegin();
+    ASSERT_TRUE(comes([&] { return !ear.changes.empty(); }));
+    EXPECT_EQ(ear.changes[0], (QVariantMap{{"Status", "ad"},
+                                           {"StatusText", "Ad detected, muted"},
+                                           {"AdActive", true},
+                                           {"Faded", true},
+                                           {"Source", "Radio"}}));
+    EXPECT_NEAR(is("Confidence").toDouble(), 0.9, 1e-6);
+    hear(4, 0.9F);
+    hearAdEnd();
+    ASSERT_TRUE(comes([&] { return ear.changes.size() > 1; }));
+    EXPECT_THAT(ear.changes, SizeIs(2)) << "and nothing with every hop";
+    EXPECT_EQ(is("Source"), "") << "there is no ad that is playing";
+    EXPECT_EQ(is("Faded"), false);
+
+    engine->stopCapture();
+    EXPECT_EQ(is("Status"), "off");
+    permissions->granted = false;
+    engine->startCapture();
+    EXPECT_EQ(is("Status"), "permission");
+    permissions->granted = true;
+    engine->startCapture();
+    capture->completion(SystemAudioCapture::Failure(SystemAudioCapture::Error::refused, "no server"));
+    settle();
+    EXPECT_EQ(is("Status"), "failed");
+    EXPECT_EQ(is("StatusText"), "no server");
+}
+
+TEST_F(RemoteControlTest, GivesTheVolumeBackForTheRestOfAnAd) {
+    begin();
+    capture->completion(std::nullopt);
+    settle();
+    hearAdBegin();
+    pass(1);
+    ASSERT_EQ(volumeNow(), 0);
+    call("RestoreNow");
+    pass(1);
+    EXPECT_EQ(volumeNow(), fullVolume);
+    EXPECT_EQ(is("AdActive"), true);
+    EXPECT_EQ(is("Faded"), false);
+    hear(6, 0.9F);
+    EXPECT_EQ(volumeNow(), fullVolume);
+    call("RestoreNow");
+    hearAdEnd();
+    hearAdBegin();
+    pass(1);
+    EXPECT_EQ(volumeNow(), 0) << "the next one is faded";
+}
+
+TEST_F(RemoteControlTest, SwitchesOnAndOff) {
+    begin();
+    capture->completion(std::nullopt);
+    settle();
+    enable(true);
+    EXPECT_EQ(defaults->boolean("enabled"), std::nullopt) << "it is already: there is nothing to be written";
+    enable(false);
+    EXPECT_EQ(is("Status"), "off");
+    EXPECT_EQ(defaults->boolean("enabled"), false);
+    call("Toggle");
+    EXPECT_EQ(is("Status"), "starting");
+    EXPECT_EQ(defaults->boolean("enabled"), true);
+    remote.reset();
+    EXPECT_FALSE(is("Status").isValid()) << "before the engine goes";
+}
+
+}  // namespace
+}  // namespace sordin

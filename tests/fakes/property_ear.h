@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QStringList>
+#include <QVariantMap>
+#include <vector>
+
+namespace sordin {
+
+/// Hears what an object tells of the properties that change.
+class PropertyEar : public QObject {
+    Q_OBJECT
+
+public:
+    PropertyEar(QDBusConnection bus, const QString& service, const QString& path) {
+        bus.connect(service, path, "org.freedesktop.DBus.Properties", "PropertiesChanged", this,
+                    SLOT(note(QString, QVariantMap, QStringList)));
+    }
+
+    /// Those of each telling.
+    std::vector<QVariantMap> changes;
+
+public Q_SLOTS:
+    void note(const QString& /*interface*/, const QVariantMap& changed, const QStringList& /*invalid*/) {
+        changes.push_back(changed);
+    }
+};
+
+}  // namespace sordin

@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: MIT
+// What scripts are told and may do, held against the description that is installed for them.
+#include "bus_fixture.h"
+#include "platform/linux/session/control_interface.h"
+#include "platform/linux/session/running_program.h"
+#include "property_ear.h"
+
+#include <QDBusMetaType>
+#include <QFile>
+#include <QThread>
+#include <QXmlStreamReader>
+#include <map>
+
+namespace sordin {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr auto path = ApplicationService::path;
+constexpr auto interface = ControlInterface::name;
+constexpr auto properties = "org.freedesktop.DBus.Properties";
+
+/// Its members, each with types and access: "property Enabled b readwrite", "method Toggle out b".
+std::map<QString, QString> membersIn(const QString& xml) {
+    std::map<QString, QString> members;
+    QXmlStreamReader reader(xml);
+    bool inside = false;
+    QString member;
+    while (!reader.atEnd()) {
+        const auto token = reader.readNext();
+        const QString element = reader.name().toString();
+        if (token == QXmlStreamReader::EndElement && element == "interface") {
+            inside = false;
+        } else if (token == QXmlStreamReader::StartElement) {
+            const auto attribute = [&reader](const char* name) {
+                return reader.attributes().value(QLatin1String(name)).toString();
+            };
+            if (element == "interface") {
+                inside = attribute("name") == QLatin1String(interface);
+            } else if (inside && element == "property") {
+                member = attribute("name");
+                members[member] = "property " + attribute("type") + ' ' + attribute("access");
+            } else if (inside && (element == "method" || element == "signal")) {
+                member = attribute("name");
+                members[member] = element;
+            } else if (inside) {  // an argument or a note
+                members[member] += ' ' + attribute("direction") + attribute("type") + attribute("value");
+            }
+        }
+    }
+    EXPECT_FALSE(reader.hasError()) << reader.errorString().toStdString();
+    return members;
+}
+
+class ControlInterfaceTest : public BusTest {
+protected:
+    [[nodiscard]] QVariant is(const char* name) const { return property(path, interface, name); }
+    /// The end of the error's name; empty if there is none.
+    [[nodiscard]] QString errorOf(const QDBusMessage& answer) const {
+        return answer.errorName().section('.', -1);
+    }
+    [[nodiscard]] QString write(const char* name, const QVariant& value) const {
+        return errorOf(
+            ask(path, properties, "Set", {interface, name, QVariant::fromValue(QDBusVariant(value))}));
+    }
+    [[nodiscard]] QString call(const char* method, const QVariantList& arguments = {}) const {
+        return errorOf(ask(path, interface, method, arguments));
+    }
+    [[nodiscard]] QString introspection() const {
+        return ask(path, "org.freedesktop.DBus.Introspectable", "Introspect").arguments().value(0).toString();
+    }
+
+    ControlInterface::State state{"listening", "Listening", true, false, false, {}, 0.25};
+    int restores = 0;
+    std::vector<bool> writes;
+    ApplicationService service{program, [](const QString&) {}, true};
+    std::optional<ControlInterface> control{std::in_place, service,
+                                            ControlInterface::Program{[this] { return state; },
+                                                                      [this](bool enabled) {
+                                                                          writes.push_back(enabled);
+                                                                          state.enabled = enabled;
+                                                                          control->stateChanged();
+                                                                      },
+                                                                      [this] { ++restores; }}};
+};
+
+TEST_F(ControlInterfaceTest, IsWhatItsDescriptionSays) {
+    QFile file(SORDIN_INTERFACE);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const auto described = membersIn(QString::fromUtf8(file.readAll()));
+    ASSERT_THAT(described, SizeIs(9));
+    EXPECT_EQ(membersIn(introspection()), described);
+
+    // And does as it says.
+    auto answer = ask(path, properties, "GetAll", {interface});
+    auto all = qdbus_cast<QVariantMap>(answer.arguments().value(0));
+    for (const auto& [name, member] : described) {
+        const auto text = name.toStdString();
+        if (member.startsWith("property")) {
+            const QVariant value = is(text.c_str());
+            EXPECT_EQ(all.take(name), value) << text;
+            EXPECT_EQ(QDBusMetaType::typeToSignature(value.metaType()), member.section(' ', 1, 1)) << text;
+            EXPECT_EQ(write(text.c_str(), value),
+                      member.section(' ', 2, 2) == "readwrite" ? "" : "PropertyReadOnly")
+                << text;
+            EXPECT_EQ(call(text.c_str()), "UnknownMethod");
+        } else {
+            answer = ask(path, interface, text.c_str());
+            EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << text;
+            EXPECT_EQ(answer.signature(), member.section(" out", 1)) << text;
+        }
+    }
+    EXPECT_THAT(all, IsEmpty()) << all.keys().value(0).toStdString();
+}
+
+TEST_F(ControlInterfaceTest, IsDrivenByScripts) {
+    EXPECT_EQ(write("Enabled", false), "");
+    EXPECT_EQ(is("Enabled"), false);
+    EXPECT_EQ(ask(path, interface, "Toggle").arguments(), QVariantList{true});
+    EXPECT_EQ(ask(path, "", "Toggle").arguments(), QVariantList{false}) << "without the interface's name";
+    EXPECT_THAT(writes, ElementsAre(false, true, false));
+    EXPECT_EQ(call("RestoreNow"), "");
+    EXPECT_EQ(restores, 1);
+    state.confidence = 0.75;
+    EXPECT_EQ(is("Confidence"), 0.75);
+
+    // As the program does that has been started to say it; another process waits for the answer, here it is
+    // another thread.
+    const auto callRunning = [&] {
+        std::optional<QString> problem;
+        const std::unique_ptr<QThread> thread(
+            QThread::create([&] { problem = callRunningProgram(desktop, "RestoreNow"); }));
+        thread->start();
+        comes([&] { return thread->isFinished(); });
+        return problem.value_or("");
+    };
+    EXPECT_EQ(callRunning(), "");
+    EXPECT_EQ(restores, 2);
+    control.reset();
+    EXPECT_TRUE(callRunning().startsWith("does not answer")) << callRunning().toStdString();
+    program.unregisterService(ApplicationService::id);
+    EXPECT_EQ(callRunning(), "is not running");
+    EXPECT_TRUE(callRunningProgram(QDBusConnection("none"), "RestoreNow").has_value());
+}
+
+TEST_F(ControlInterfaceTest, TheDesktopsActionsAreDone) {
+    const auto act = [this](const char* action) {
+        static_cast<void>(ask(path, "org.freedesktop.Application", "ActivateAction",
+                              {action, QVariantList(), QVariantMap()}));
+    };
+    act("ToggleEnabled");
+    EXPECT_THAT(writes, ElementsAre(true)) << "who starts the program by it wants it to listen";
+    act("ToggleEnabled");
+    EXPECT_THAT(writes, ElementsAre(true, false));
+    act("RestoreVolume");
+    EXPECT_EQ(restores, 1);
+}
+
+TEST_F(ControlInterfaceTest, TellsWhatChangesOnceAndNothingElse) {
+    PropertyEar ear(desktop, program.baseService(), path);
+    EXPECT_EQ(write("Enabled", true), "") << "which it is: by then the bus knows who listens";
+    state.status = "ad";
+    control->stateChanged();
+    state.adActive = true;
+    state.source = "Radio";
+    state.confidence = 0.9;
+    control->stateChanged();
+    ASSERT_TRUE(comes([&] { return !ear.changes.empty(); }));
+    EXPECT_EQ(ear.changes[0], (QVariantMap{{"Status", "ad"}, {"AdActive", true}, {"Source", "Radio"}}));
+    state.confidence = 0.8;
+    control->stateChanged();
+    static_cast<void>(is("Confidence"));
+    state.source.clear();
+    control->stateChanged();
+    ASSERT_TRUE(comes([&] { return ear.changes.size() > 1; }));
+    EXPECT_EQ(ear.changes[1], (QVariantMap{{"Source", ""}})) << "and nothing of the confidence";
+}
+
+TEST_F(ControlInterfaceTest, RefusesWhatIsWrong) {
+    for (const QVariant& value : {QVariant(1), QVariant("false"), QVariant(0.5), QVariant(QStringList("b")),
+                                  QVariant::fromValue(QDBusVariant(false))}) {
+        EXPECT_EQ(write("Enabled", value), "InvalidArgs") << value.typeName();
+    }
+    EXPECT_EQ(write("Status", "off"), "PropertyReadOnly");
+    EXPECT_EQ(write("Nothing", true), "UnknownProperty");
+    EXPECT_EQ(errorOf(ask(path, properties, "Set", {interface, "Enabled", false})), "InvalidArgs");
+    EXPECT_EQ(errorOf(ask(path, properties, "Get", {interface, "Nothing"})), "UnknownProperty");
+    EXPECT_EQ(errorOf(ask(path, properties, "Get", {interface})), "InvalidArgs");
+    EXPECT_EQ(errorOf(ask(path, properties, "Get", {"org.sordin.Sordin2", "Enabled"})), "UnknownInterface");
+    EXPECT_EQ(errorOf(ask(path, properties, "Delete", {interface})), "UnknownMethod");
+    EXPECT_EQ(call("RestoreNow", {true}), "InvalidArgs");
+    EXPECT_EQ(call("restoreNow"), "UnknownMethod");
+    EXPECT_EQ(call("deleteLater"), "UnknownMethod");
+    EXPECT_EQ(errorOf(ask(path, "org.sordin.Sordin2", "RestoreNow")), "UnknownInterface");
+    EXPECT_EQ(errorOf(ask("/org/sordin/Sordin/1", interface, "RestoreNow")), "UnknownObject");
+    EXPECT_THAT(writes, IsEmpty());
+    EXPECT_EQ(restores, 0);
+
+    control.reset();
+    EXPECT_EQ(call("RestoreNow"), "UnknownInterface") << "the program is about to end";
+    EXPECT_THAT(membersIn(introspection()), IsEmpty());
+}
+
+}  // namespace
+}  // namespace sordin
