@@ -53,7 +53,7 @@ private:
         std::string line;
         char c = 0;
         while (line.size() < 16) {
-            const auto got = read(descriptor, &c, 1);
+            const auto got = ::read(descriptor, &c, 1);
             if (got == 1 && c != '\n') {
                 line += c;
             } else if (got >= 0 || errno != EINTR) {
