@@ -23,6 +23,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace sordin {
@@ -267,5 +268,24 @@ private:
     Timer retry_;  // the start after the capture has stopped by itself
     Timer simulation_;
 };
+
+template <class Value>
+void SordinEngine::publish(Value& field, Value value, Signal changed) {
+    if (field != value) {
+        field = std::move(value);
+        Q_EMIT(this->*changed)();
+    }
+}
+
+template <class Action>
+auto SordinEngine::posting(Action action) {
+    return [main = parts_.mainQueue, weak = std::weak_ptr(alive_), action](const auto&... arguments) {
+        main->post([weak, action, arguments...] {
+            if (const auto engine = weak.lock()) {
+                action(**engine, arguments...);
+            }
+        });
+    };
+}
 
 }  // namespace sordin

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+// The engine's listening: its start, its end, its loss, and the permissions that it needs.
+#include "engine/sordin_engine.h"
+
+#include <chrono>
+
+namespace sordin {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto watchdogInterval = 1s;
+constexpr auto retryDelay = 3s;
+
+}  // namespace
+
+void SordinEngine::watchCapture() {
+    parts_.capture->onStop([stopped = posting([](SordinEngine& engine) { engine.captureStopped(); })](
+                               const auto& /*failure*/) { stopped(); });
+    parts_.capture->onReady(posting([](SordinEngine& engine) { engine.captureReady(); }));
+}
+
+void SordinEngine::startCapture() {
+    if (!isEnabled_ || startTask_) {
+        return;
+    }
+    retry_.cancel();
+    refreshAccess();
+    if (!screenAccess_) {
+        setStatus(EngineStatus::Kind::needsPermission);
+        return;
+    }
+    if (capturing_) {  // nothing to start
+        setStatus(adActive_ ? EngineStatus::Kind::mutingAd : EngineStatus::Kind::listening);
+        return;
+    }
+    setStatus(EngineStatus::Kind::starting);
+    startTask_ = ++starts_;
+    parts_.capture->start(
+        std::shared_ptr<SerialQueue>(parts_.pipeline, &parts_.pipeline->queue()),
+        [pipeline = parts_.pipeline](const CapturedAudio& audio) {
+            if (const auto buffer = DetectionPipeline::pcmBuffer(audio)) {
+                pipeline->ingest(*buffer);
+            }
+        },
+        posting([start = starts_](SordinEngine& engine, const auto& failure) {
+            engine.startFinished(start, failure);
+        }));
+}
+
+void SordinEngine::startFinished(std::uint64_t start,
+                                 const std::optional<SystemAudioCapture::Failure>& failure) {
+    if (startTask_ != start) {
+        return;  // cancelled
+    }
+    startTask_.reset();
+    if (failure) {
+        setStatus(EngineStatus::failed(QString::fromStdString(failure->description)));
+        return;
+    }
+    capturing_ = true;
+    setStatus(isEnabled_ ? EngineStatus::Kind::listening : EngineStatus::Kind::disabled);
+    startWatchdog();
+}
+
+void SordinEngine::startWatchdog() {
+    watchdog_ =
+        parts_.mainQueue->every(watchdogInterval, [pipeline = parts_.pipeline] { pipeline->watchdog(); });
+}
+
+void SordinEngine::stopCapture() {
+    startTask_.reset();
+    retry_.cancel();
+    watchdog_.cancel();
+    capturing_ = false;
+    parts_.capture->stop([] {});
+    parts_.pipeline->stop();
+    bringVolumeBack();
+    setStatus(EngineStatus::Kind::disabled);
+    publish(adActive_, false, &SordinEngine::adActiveChanged);
+    publish(confidence_, 0.0, &SordinEngine::confidenceChanged);
+    setSignals({});
+}
+
+void SordinEngine::captureStopped() {
+    capturing_ = false;
+    if (!isEnabled_) {
+        return;
+    }
+    parts_.pipeline->stop();
+    setStatus(EngineStatus::failed(QStringLiteral("Audio capture stopped. Retrying…")));
+    retry_ = parts_.mainQueue->after(retryDelay, [this] {
+        startCapture();
+    });  // the engine outlives its timers' work: both are of this thread
+}
+
+void SordinEngine::captureReady() {
+    const auto kind = status_.kind();
+    if (onboardingComplete_ &&
+        (kind == EngineStatus::Kind::failed || kind == EngineStatus::Kind::needsPermission)) {
+        startCapture();
+    }
+}
+
+void SordinEngine::refreshAccess() {
+    publish(screenAccess_, parts_.permissions->screenCapturePreflight(), &SordinEngine::screenAccessChanged);
+    publish(speechAccess_, parts_.transcriber->authorised(), &SordinEngine::speechAccessChanged);
+}
+
+void SordinEngine::requestScreenAccess() {
+    parts_.permissions->requestScreenCapture();
+    refreshAccess();
+}
+
+void SordinEngine::requestSpeechAccess() {
+    if (!speechRequestPossible_) {
+        openSettings(QStringLiteral("Privacy_SpeechRecognition"));
+    } else if (parts_.transcriber->canRequestAuthorization()) {
+        parts_.transcriber->requestAuthorization(
+            posting([](SordinEngine& engine) { engine.refreshAccess(); }));
+    } else {
+        refreshAccess();
+    }
+}
+
+void SordinEngine::openSettings(const QString& anchor) {
+    parts_.permissions->openSettings(anchor.toStdString());
+}
+
+}  // namespace sordin
