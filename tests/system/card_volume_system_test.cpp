@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+// Fading on a sound card, whose connectors have volumes of their own.
+#include "rig/child_process.h"
+#include "system/volume_fixture.h"
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+
+namespace sordin {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::FloatNear;
+
+constexpr auto deadline = 20s;
+
+float cubed(double volume) {
+    return static_cast<float>(volume * volume * volume);
+}
+
+/// A sound card of its own: "fake-sink" with the routes "fake-speaker" and "fake-headphones".
+class Card {
+public:
+    struct Write {
+        std::string route;
+        std::vector<float> volumes;
+        bool save;
+    };
+
+    /// Returns when it is the default. WirePlumber 0.4 now and then believes for ever that a new card has no
+    /// route in use, so it is told.
+    explicit Card(const AudioServer& server)
+        : process_({SORDIN_FAKE_CARD}, {.readOutput = true, .writeInput = true}) {
+        while (const auto line = process_.readLine(deadline)) {
+            if (line->find("ready") != std::string::npos) {
+                break;
+            }
+        }
+        const auto isDefault = [&] { return server.defaultSink() == "fake-sink"; };
+        EXPECT_TRUE(waitUntil(
+            [&] {
+                return isDefault() || (outputOf({"pw-metadata", "-n", "default", "0", "default.audio.sink",
+                                                 R"({"name":"fake-sink"})", "Spa:String:JSON"}) &&
+                                       isDefault());
+            },
+            deadline));
+    }
+    void say(const std::string& line) { process_.writeLine(line); }
+    /// What the card is told, by whomever: "save" is whether the session manager is to remember it.
+    std::optional<Write> nextWrite(std::chrono::milliseconds within = deadline) {
+        const auto line = process_.readLine(within);
+        if (!line) {
+            return std::nullopt;
+        }
+        const auto json = nlohmann::json::parse(*line);
+        return Write{json["route"], json["volumes"], json["save"]};
+    }
+    /// Whether it comes to be told this volume. The server is not asked: many questions confuse it.
+    testing::AssertionResult isTold(const std::string& route, float volume) {
+        const auto end = std::chrono::steady_clock::now() + deadline;
+        std::optional<Write> last;
+        while (std::chrono::steady_clock::now() < end) {
+            if (const auto write = nextWrite(100ms)) {
+                last = write;
+                if (write->route == route && std::fabs(write->volumes.at(0) - volume) < 1e-4F) {
+                    return testing::AssertionSuccess();
+                }
+            }
+        }
+        return testing::AssertionFailure() << (last ? last->route : "-") << " is told "
+                                           << (last ? testing::PrintToString(last->volumes) : "nothing");
+    }
+
+private:
+    ChildProcess process_;
+};
+
+class CardVolumeTest : public VolumeSystemTest {
+protected:
+    static constexpr float usersVolume = 0.343F;  // 70 %
+
+    /// Waits until a new card is the default, and sets its volume by its own keys.
+    AudioObjectId useCard(Card& card) {
+        const auto device = defaultDevice("fake-sink");
+        EXPECT_TRUE(waitUntil([&] { return std::fabs(volumeOf(device) - 0.4F) < 1e-3F; }, deadline));
+        card.say("volume 0.343 0.343");
+        EXPECT_TRUE(waitUntil([&] { return std::fabs(volumeOf(device) - 0.7F) < 1e-3F; }, deadline));
+        while (card.nextWrite(10ms)) {
+        }
+        return device;
+    }
+};
+
+TEST_F(CardVolumeTest, WritesTheRouteOfACardStepByStepWithoutHavingItRemembered) {
+    begin();
+    Card card(*server);
+    useCard(card);
+    const double before = std::cbrt(static_cast<double>(usersVolume));
+    // Seven and thirty steps along the curve 3t^2 - 2t^3.
+    const auto expectRamp = [&card](int steps, double from, double to) {
+        for (int i = 1; i <= steps; ++i) {
+            const double t = static_cast<double>(i) / steps;
+            const auto write = card.nextWrite();
+            ASSERT_TRUE(write);
+            EXPECT_EQ(write->route, "fake-speaker");
+            EXPECT_FALSE(write->save);
+            EXPECT_THAT(write->volumes,
+                        testing::Each(FloatNear(cubed(from + (to - from) * t * t * (3 - 2 * t)), 1e-5F)));
+        }
+    };
+    controller->duck(0, 0.15);
+    expectRamp(7, before, 0);
+    controller->restore(0.6);
+    expectRamp(30, 0, before);
+    EXPECT_TRUE(recordIsGone());
+}
+
+TEST_F(CardVolumeTest, HeadphonesPluggedInMeanwhileKeepTheirOwnVolume) {
+    begin();
+    Card card(*server);
+    const auto speaker = useCard(card);
+    controller->duck(0, 0.15);
+    ASSERT_TRUE(card.isTold("fake-speaker", 0));
+    card.say("route fake-headphones");
+    AudioObjectId headphones = speaker;
+    ASSERT_TRUE(waitUntil([&] { return (headphones = defaultDevice("fake-sink")) != speaker; }, deadline));
+    EXPECT_FALSE(objects->present(speaker));
+    ASSERT_TRUE(card.isTold("fake-headphones", 0.064F));  // by the session manager, as all new ones
+    controller->restore(0.1);
+    queue->sync([] {});
+    while (const auto write = card.nextWrite(500ms)) {
+        EXPECT_FALSE(write->route == "fake-headphones" && !write->save) << "one of ours";
+    }
+    EXPECT_TRUE(defaults->number(PendingRestore::key));  // the speaker has yet to get its volume
+    card.say("route fake-speaker");
+    EXPECT_TRUE(card.isTold("fake-speaker", usersVolume));
+    EXPECT_TRUE(recordIsGone());
+    EXPECT_EQ(defaultDevice("fake-sink"), speaker);
+}
+
+TEST_F(CardVolumeTest, ACardFadedByAProgramThatDiedIsNotLeftDownByARestartedServer) {
+    begin();
+    {
+        Card card(*server);
+        defaultDevice("fake-sink");
+        controller->duck(0, 0.15);
+        ASSERT_TRUE(card.isTold("fake-speaker", 0));
+        crash();
+        server->kill();
+    }
+    server->start();
+    Card card(*server);
+    // What it was told first, though nothing of ours runs.
+    EXPECT_TRUE(card.isTold("fake-speaker", 0.064F));
+}
+
+}  // namespace
+}  // namespace sordin

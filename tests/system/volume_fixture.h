@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/audio/linux_audio.h"
+#include "platform/linux/storage/file_user_defaults.h"
+#include "rig/wait_until.h"
+#include "support/asio_serial_queue.h"
+#include "system/server_kind.h"
+#include "system/sink_volume.h"
+#include "volume/pending_restore.h"
+#include "volume/volume_controller.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace sordin {
+
+/// The real volume controller on an audio server of the test's own.
+class VolumeSystemTest : public testing::Test {
+protected:
+    using Channels = std::vector<float>;
+    static constexpr std::chrono::seconds deadline{20};
+    static constexpr auto sinkA = "test-sink-A";
+    static constexpr auto sinkB = "test-sink-B";
+
+    void begin(ServerKind kind = ServerKind::pipeWire, const AudioServerOptions& options = {}) {
+        server = makeServer(kind, options);
+        server->start();
+        startProgram();
+        EXPECT_TRUE(audio->waitUntilKnown(deadline));
+    }
+
+    void startProgram() {
+        audio.emplace();
+        objects = audio->objects();
+        queue = std::make_shared<AsioSerialQueue>("sordin.volume");
+        controller = std::make_shared<VolumeController>(queue, objects, defaults);
+        controller->recoverFromCrash();
+    }
+
+    /// The program ends without a word: nothing is restored.
+    void crash() {
+        controller.reset();
+        queue.reset();
+        objects.reset();
+        audio.reset();
+    }
+
+    /// Waits until the program sees a sink as the default, and returns it.
+    AudioObjectId defaultDevice(const std::string& name) {
+        AudioObjectId device = 0;
+        EXPECT_TRUE(waitUntil(
+            [&] {
+                device = read<std::uint32_t>(*objects, systemAudioObject, audio_property::defaultOutputDevice)
+                             .value_or(0);
+                const auto record = objects->record(device);
+                return record && record->name == name;
+            },
+            deadline))
+            << name;
+        return device;
+    }
+
+    testing::AssertionResult becomes(const std::string& sink, const Channels& channels) {
+        return sinkBecomes(*server, sink, channels, deadline);
+    }
+    bool recordIsGone() {
+        return waitUntil([&] { return !defaults->number(PendingRestore::key); }, deadline);
+    }
+    float volumeOf(AudioObjectId device) {
+        return read<float>(*objects, device, audio_property::volume(0)).value_or(-1);
+    }
+
+    std::unique_ptr<AudioServer> server;
+    TemporaryFolder folder;
+    std::shared_ptr<UserDefaults> defaults = std::make_shared<FileUserDefaults>(
+        folder.path(), std::make_shared<AsioSerialQueue>("sordin.defaults"));
+    std::optional<LinuxAudio> audio;
+    std::shared_ptr<AudioObjects> objects;
+    std::shared_ptr<SerialQueue> queue;
+    std::shared_ptr<VolumeController> controller;
+};
+
+}  // namespace sordin
