@@ -12,7 +12,7 @@ endif()
 
 add_library(sordin_options INTERFACE)
 target_compile_options(sordin_options INTERFACE
-    -Wall -Wextra -Wpedantic -Werror
+    -Wall -Wextra -Wpedantic $<$<BOOL:${SORDIN_WARNINGS_AS_ERRORS}>:-Werror>
     -Wshadow -Wconversion -Wsign-conversion -Wdouble-promotion -Wold-style-cast
     -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wformat=2 -Wundef -Wimplicit-fallthrough
     # Fused multiply-adds would make results differ between machines.
