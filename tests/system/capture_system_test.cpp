@@ -239,6 +239,17 @@ TEST(CaptureChoiceTest, SaysWhatIsMissing) {
     EXPECT_TRUE(waitUntil([&] { return !source->obstacle(); }, Ear::deadline)) << obstacle();
 }
 
+TEST(CaptureChoiceTest, PulseAudioIsHeardWherePipeWiresOwnFilesAreMissing) {
+    PrivatePulseAudio server;
+    server.start();
+    setenv("PIPEWIRE_CONFIG_DIR", server.folder().path().c_str(), 1);
+    const LinuxAudio audio;
+    Ear ear(audio);
+    EXPECT_EQ(ear.start(), "");
+    const Player player(ServerKind::pulseAudio);
+    EXPECT_TRUE(ear.hears(fullLevel)) << ear.level();
+}
+
 TEST(CaptureChoiceTest, TheServerIsHeardThatPlaysTheSound) {
     PrivateAudioServer pipeWire({.pulse = false});
     pipeWire.start();

@@ -5,16 +5,9 @@
 #include "platform/linux/pipewire/session.h"
 #include "platform/linux/server/server_loopback_source.h"
 
-#include <memory>
-#include <utility>
-
 namespace sordin::pipewire {
 
 /// Hears all applications through PipeWire.
-class PipeWireLoopbackSource final : public ServerLoopbackSource<Session, CaptureStream> {
-public:
-    explicit PipeWireLoopbackSource(std::shared_ptr<Session> session)
-        : ServerLoopbackSource(std::move(session), "PipeWire") {}
-};
+using PipeWireLoopbackSource = ServerLoopbackSource<Session, CaptureStream>;
 
 }  // namespace sordin::pipewire

@@ -29,10 +29,8 @@ Session::Session() {
                                               {PW_KEY_APP_ID, "org.sordin.Sordin"},
                                               {PW_KEY_MEDIA_CATEGORY, "Manager"}}};
     const spa_dict properties{0, items.size(), items.data()};
+    // None where PipeWire is not installed but for the library, as on a desktop with PulseAudio.
     context_.reset(pw_context_new(loop, pw_properties_new_dict(&properties), 0));
-    if (!context_) {
-        throw std::runtime_error("PipeWire's client library cannot be set up.");
-    }
     refresh_ = std::make_unique<LoopEvent>(loop, [this] { onRefresh(); });
     refreshTimer_ = std::make_unique<LoopTimer>(loop, [this] {
         refreshAt_.reset();
@@ -112,6 +110,10 @@ std::optional<std::string> Session::portalApplication(std::int32_t processId) co
 }
 
 void Session::connect() {
+    if (!context_) {
+        refresh_->signal();
+        return;
+    }
     connection_ = Connection::open(context_.get(), {[this] { refresh_->signal(); }, [this] { onLost(); },
                                                     [this](int sequence) { onSynchronised(sequence); }});
     if (!connection_) {

@@ -21,6 +21,8 @@ namespace sordin::pipewire {
 /// thread.
 class Session {
 public:
+    static constexpr auto serverName = "PipeWire";
+
     class Observer {
     public:
         virtual ~Observer() = default;
@@ -30,6 +32,7 @@ public:
         virtual void graphChanged() = 0;
     };
 
+    /// Throws std::runtime_error.
     Session();
     ~Session();
     Session(const Session&) = delete;

@@ -22,6 +22,8 @@ namespace sordin::pulse {
 /// thread.
 class Session {
 public:
+    static constexpr auto serverName = "PulseAudio";
+
     class Observer {
     public:
         virtual ~Observer() = default;

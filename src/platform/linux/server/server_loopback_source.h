@@ -14,13 +14,11 @@ namespace sordin {
 /// observers, ready() when it knows what the server has, and hasSink(). A stream is made of the session and
 /// the handlers while the session is connected, and has update().
 template <class Session, class Stream>
-class ServerLoopbackSource : public LoopbackSource, private Session::Observer {
+class ServerLoopbackSource final : public LoopbackSource, private Session::Observer {
 public:
-    /// `session` must not be null; `server` is the server's name.
-    ServerLoopbackSource(std::shared_ptr<Session> session, std::string server)
-        : session_(std::move(session)),
-          server_(std::move(server)),
-          lastMissing_(SystemAudioCapture::Error::unreachable) {
+    /// Must not be null.
+    explicit ServerLoopbackSource(std::shared_ptr<Session> session)
+        : session_(std::move(session)), lastMissing_(SystemAudioCapture::Error::unreachable) {
         session_->add(*this);
     }
     ~ServerLoopbackSource() override {
@@ -30,18 +28,18 @@ public:
     ServerLoopbackSource(const ServerLoopbackSource&) = delete;
     ServerLoopbackSource& operator=(const ServerLoopbackSource&) = delete;
 
-    void onChange(std::function<void()> handler) final {
+    void onChange(std::function<void()> handler) override {
         const auto lock = session_->lock();
         onChange_ = std::move(handler);
     }
 
-    [[nodiscard]] std::optional<Obstacle> obstacle() final {
+    [[nodiscard]] std::optional<Obstacle> obstacle() override {
         const auto lock = session_->lock();
         const auto error = missing();
         return error ? std::optional(Obstacle{failure(*error), true}) : std::nullopt;
     }
 
-    void open(Handlers handlers) final {
+    void open(Handlers handlers) override {
         const auto lock = session_->lock();
         handlers_ = std::move(handlers);
         if (session_->connected()) {
@@ -51,9 +49,9 @@ public:
         }
     }
 
-    void close() final { closeStream(); }
+    void close() override { closeStream(); }
 
-    [[nodiscard]] SystemAudioCapture::Failure failure(SystemAudioCapture::Error error) const final {
+    [[nodiscard]] SystemAudioCapture::Failure failure(SystemAudioCapture::Error error) const override {
         using Error = SystemAudioCapture::Error;
         switch (error) {
         case Error::unreachable:
@@ -103,7 +101,7 @@ private:
     }
 
     const std::shared_ptr<Session> session_;
-    const std::string server_;
+    const std::string server_ = Session::serverName;
     std::function<void()> onChange_;
     std::optional<SystemAudioCapture::Error> lastMissing_;  // as told last
     Handlers handlers_;
