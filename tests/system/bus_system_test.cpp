@@ -73,11 +73,11 @@ TEST_F(BusSystemTest, TheSwitchIsRememberedAndShown) {
     enable(false);
     EXPECT_TRUE(becomesSetting("enabled", false));
     EXPECT_TRUE(becomesStatus("off"));
-    EXPECT_TRUE(comes([&] { return itemProperty("IconName") == "sordin-paused-symbolic"; }));
+    EXPECT_TRUE(comes([&] { return itemProperty("IconName") == "org.sordin.Sordin-paused-symbolic"; }));
     enable(true);
     EXPECT_TRUE(becomesSetting("enabled", true));
     EXPECT_TRUE(becomesStatus("listening")) << log();
-    EXPECT_TRUE(comes([&] { return itemProperty("IconName") == "sordin-listening-symbolic"; }));
+    EXPECT_TRUE(comes([&] { return itemProperty("IconName") == "org.sordin.Sordin-listening-symbolic"; }));
     static_cast<void>(
         ask(StatusNotifierItem::path, "org.kde.StatusNotifierItem", "SecondaryActivate", {1, 1}));
     EXPECT_EQ(is("Enabled"), false) << "the middle button";

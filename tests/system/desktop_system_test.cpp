@@ -131,9 +131,10 @@ TEST_F(DesktopTest, TheFirstStartShowsTheGuideEvenAtLogin) {
 TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
     startHidden();
     EXPECT_FALSE(isShown(mainWidth));
-    EXPECT_EQ(itemProperty("IconName"), "sordin-listening-symbolic");
+    EXPECT_EQ(itemProperty("IconName"), "org.sordin.Sordin-listening-symbolic");
     const auto icons = itemProperty("IconThemePath").toStdString();
-    EXPECT_TRUE(std::filesystem::exists(icons + "/hicolor/symbolic/apps/sordin-listening-symbolic.svg"))
+    EXPECT_TRUE(
+        std::filesystem::exists(icons + "/hicolor/symbolic/apps/org.sordin.Sordin-listening-symbolic.svg"))
         << icons;
 
     clickIcon(640, 10);
@@ -157,7 +158,7 @@ TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
     press("Tab");
     press("space");
     EXPECT_TRUE(becomesSetting("enabled", false)) << log();
-    EXPECT_TRUE(comes([&] { return itemProperty("IconName") == "sordin-paused-symbolic"; }));
+    EXPECT_TRUE(comes([&] { return itemProperty("IconName") == "org.sordin.Sordin-paused-symbolic"; }));
     press("Tab");
     press("Home");
     EXPECT_TRUE(becomesSetting("sensitivity", 0.0));
@@ -213,10 +214,10 @@ TEST_F(DesktopTest, TheMenuWorksInAnAd) {
     play(pieces() / "ads.wav");
     ASSERT_TRUE(says("an ad began")) << log();
     ASSERT_TRUE(becomes(0));
-    EXPECT_EQ(itemProperty("IconName"), "sordin-muting-symbolic");
+    EXPECT_EQ(itemProperty("IconName"), "org.sordin.Sordin-muting-symbolic");
     choose("Restore Volume");
     EXPECT_TRUE(becomes(1));
-    EXPECT_EQ(itemProperty("IconName"), "sordin-muting-symbolic") << "the ad goes on";
+    EXPECT_EQ(itemProperty("IconName"), "org.sordin.Sordin-muting-symbolic") << "the ad goes on";
     choose("Start at Login");
     EXPECT_TRUE(std::filesystem::exists(home / "config/autostart/org.sordin.Sordin.desktop"));
     choose("Show Panel");

@@ -53,7 +53,7 @@ TEST_F(StatusNotifierItemTest, SaysWhatAPanelShows) {
     EXPECT_EQ(is("Id"), "sordin");
     EXPECT_EQ(is("Title"), "Sordin");
     EXPECT_EQ(is("Status"), "Active");
-    EXPECT_EQ(is("IconName"), "sordin-listening-symbolic");
+    EXPECT_EQ(is("IconName"), "org.sordin.Sordin-listening-symbolic");
     EXPECT_EQ(is("IconThemePath"), "/icons");
     EXPECT_EQ(is("ItemIsMenu"), false);
     EXPECT_EQ(is("Menu").value<QDBusObjectPath>().path(), menuPath);
@@ -70,7 +70,7 @@ TEST_F(StatusNotifierItemTest, SaysWhatAPanelShows) {
     item.setSymbol("speaker.zzz");
     item.setSymbol("speaker.slash.fill");
     EXPECT_TRUE(comes([&] { return panel.iconChanges() == 2; })) << "once a change";
-    EXPECT_EQ(is("IconName"), "sordin-muting-symbolic");
+    EXPECT_EQ(is("IconName"), "org.sordin.Sordin-muting-symbolic");
 }
 
 TEST_F(StatusNotifierItemTest, TellsWhereItWasClickedWithTheLeaveToComeToTheFront) {

@@ -16,10 +16,10 @@ const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 /// The icon that shows what a symbol means, by its name in the icon theme.
 QString iconFor(const QString& symbol) {
     if (symbol == QLatin1String("speaker.slash.fill")) {
-        return QStringLiteral("sordin-muting-symbolic");
+        return QStringLiteral("org.sordin.Sordin-muting-symbolic");
     }
-    return symbol == QLatin1String("speaker.zzz") ? QStringLiteral("sordin-paused-symbolic")
-                                                  : QStringLiteral("sordin-listening-symbolic");
+    return symbol == QLatin1String("speaker.zzz") ? QStringLiteral("org.sordin.Sordin-paused-symbolic")
+                                                  : QStringLiteral("org.sordin.Sordin-listening-symbolic");
 }
 
 /// Calls the watcher; `answered` gets what it says, unless `object` is gone by then.
