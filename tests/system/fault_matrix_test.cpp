@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+// The real program, and an audio server that fails at every stage of an ad: in the end the volume is what it
+// was.
+#include "random_seed.h"
+#include "system/sordin_fixture.h"
+
+namespace sordin {
+namespace {
+
+using namespace std::chrono_literals;
+
+class FaultMatrixTest : public SordinTest {
+protected:
+    using Step = void (FaultMatrixTest::*)();
+    struct Named {
+        const char* name;
+        Step step;
+    };
+
+    FaultMatrixTest() {
+        beginServer();
+        objects = std::make_shared<pipewire::PipeWireAudioObjects>(std::make_shared<pipewire::Session>());
+    }
+
+    // Stages: each ends at a moment of its own in what the program does.
+
+    void start() {
+        startProgram();
+        std::this_thread::sleep_for(std::chrono::milliseconds(std::uniform_int_distribution(0, 600)(random)));
+    }
+    void listenOnly() { listen(); }
+    void fadeDown() {
+        listen();
+        play(pieces() / "ads.wav");
+        ASSERT_TRUE(waitUntil([this] { return volumeNow() < usersScalar - 0.01F; }, deadline)) << log();
+    }
+    void beDown() {
+        listen();
+        play(pieces() / "ads.wav");
+        ASSERT_TRUE(says("an ad began")) << log();
+        ASSERT_TRUE(sinkBecomes(*server, device, {0, 0}, deadline)) << log();
+    }
+    void fadeUp() {
+        ASSERT_NO_FATAL_FAILURE(beDown());
+        player.reset();  // an ad whose sound stays away is over
+        ASSERT_TRUE(waitUntil([this] { return volumeNow() > 0.01F; }, deadline)) << log();
+    }
+    void end() {
+        ASSERT_NO_FATAL_FAILURE(beDown());
+        ending = true;
+    }
+
+    // Faults, and how they pass.
+
+    void serverIsKilled() {
+        server->kill();
+        quitIfEnding();
+        server->start();
+    }
+    void serverHangs() {
+        server->hang();
+        quitIfEnding();
+        std::this_thread::sleep_for(3s);  // longer than anything in the program waits for it
+        server->goOn();
+    }
+    void deviceGoes() {
+        server->destroySink(device);
+        quitIfEnding();
+        server->createSink(device);
+    }
+
+    void quitIfEnding() {
+        if (ending) {
+            program->kill(SIGTERM);
+            EXPECT_EQ(program->wait(deadline), 0) << log();
+        }
+    }
+    [[nodiscard]] float volumeNow() const {
+        const auto id = read<std::uint32_t>(*objects, systemAudioObject, audio_property::defaultOutputDevice);
+        return read<float>(*objects, id.value_or(0), audio_property::volume(0)).value_or(usersScalar);
+    }
+
+    /// From a new start of the program to its end.
+    void run(const Named& stage, const Named& fault) {
+        SCOPED_TRACE(std::string(stage.name) + ", " + fault.name);
+        ending = false;
+        const bool removable = fault.step == &FaultMatrixTest::deviceGoes;
+        device = removable ? "usb" : sink;
+        if (removable) {
+            server->createSink(device);
+        }
+        server->setDefaultSink(device);
+        server->setVolume(device, {80, 40});
+        ASSERT_TRUE(sinkBecomes(*server, device, usersVolume, deadline));
+        ASSERT_TRUE(waitUntil([this] { return std::abs(volumeNow() - usersScalar) < 1e-3F; }, deadline));
+        ASSERT_NO_FATAL_FAILURE((this->*stage.step)());
+        ASSERT_NO_FATAL_FAILURE((this->*fault.step)());
+        player.reset();
+        EXPECT_TRUE(sinkBecomes(*server, device, usersVolume, deadline)) << log();
+        EXPECT_TRUE(waitUntil([this] { return !recordIsThere(); }, deadline)) << log();
+        EXPECT_TRUE(sinkBecomes(*server, "test-sink-B", {1, 1}, 0s)) << "never touched";
+        if (!ending) {
+            const auto listensAgain = [this] {
+                const std::string said = log();
+                const auto last = said.rfind("status: ");
+                return last != std::string::npos && said.substr(last).starts_with("status: listening");
+            };
+            EXPECT_TRUE(waitUntil(listensAgain, deadline)) << log();
+            program->kill(SIGTERM);
+            EXPECT_EQ(program->wait(deadline), 0) << log();
+        }
+        EXPECT_TRUE(sinkBecomes(*server, device, usersVolume, 0s)) << "and stays";
+        if (removable) {
+            server->destroySink(device);
+        }
+    }
+
+    std::string device;
+    static constexpr float usersScalar = 0.8F;
+    const std::vector<float> usersVolume{0.512F, 0.064F};
+
+    const std::vector<Named> stages{
+        {"starting", &FaultMatrixTest::start},       {"listening", &FaultMatrixTest::listenOnly},
+        {"fading down", &FaultMatrixTest::fadeDown}, {"down", &FaultMatrixTest::beDown},
+        {"fading up", &FaultMatrixTest::fadeUp},     {"ending", &FaultMatrixTest::end}};
+    const std::vector<Named> faults{{"the server is killed", &FaultMatrixTest::serverIsKilled},
+                                    {"the server hangs", &FaultMatrixTest::serverHangs},
+                                    {"the device goes", &FaultMatrixTest::deviceGoes}};
+
+    std::mt19937 random = seededRandom();
+    std::shared_ptr<AudioObjects> objects;
+    bool ending = false;
+};
+
+TEST_F(FaultMatrixTest, WhateverFailsWheneverTheVolumeComesBack) {
+    if (std::getenv("SORDIN_LONG") == nullptr) {
+        for (const auto& [stage, fault] : {std::pair(0U, 1U), {2, 0}, {2, 2}, {4, 1}, {5, 1}}) {
+            ASSERT_NO_FATAL_FAILURE(run(stages.at(stage), faults.at(fault)));
+        }
+        return;
+    }
+    for (int round = 0; round < 5; ++round) {
+        for (const auto& stage : stages) {
+            for (const auto& fault : faults) {
+                ASSERT_NO_FATAL_FAILURE(run(stage, fault)) << round;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace sordin
