@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <pulse/simple.h>
 
@@ -153,6 +155,41 @@ TEST_F(CaptureSystemTest, FollowsPlayersAndSinksAsTheyComeAndGo) {
     const Player next;
     EXPECT_TRUE(ear->hears(fullLevel)) << "started again";
     EXPECT_GT(ear->heardFrames(), frames);
+    EXPECT_THAT(ear->losses(), IsEmpty());
+}
+
+TEST_F(CaptureSystemTest, AmongHundredsOfStreamsThoseThatPlayAreHeard) {
+    begin();
+    const Player first;
+    ASSERT_EQ(ear->start(), "");
+    ASSERT_TRUE(ear->hears(fullLevel));
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator files("/proc/self/fd");
+        return std::distance(std::filesystem::begin(files), std::filesystem::end(files));
+    };
+    const auto before = openFiles();
+    const auto crowdIs = [this](std::size_t size) {
+        const auto lock = session->lock();
+        const auto& nodes = session->connection()->graph().nodes;
+        return static_cast<std::size_t>(std::count_if(nodes.begin(), nodes.end(), [](const auto& entry) {
+                   return entry.second.name == "crowd" && entry.second.described;
+               })) == size;
+    };
+    constexpr std::size_t size = 300;  // with more the server needs minutes
+    const int rounds = std::getenv("SORDIN_LONG") != nullptr ? 7 : 1;
+    for (int round = 0; round < rounds; ++round) {
+        ChildProcess crowd({SORDIN_STREAM_CROWD, std::to_string(size)}, {.writeInput = true});
+        ASSERT_TRUE(waitUntil([&] { return crowdIs(size); }, 60s));
+        EXPECT_TRUE(session->flush(Ear::deadline)) << "the connection still answers";
+        EXPECT_TRUE(ear->keepsHearing(fullLevel, 1));
+        const Player second({}, "660");
+        EXPECT_TRUE(waitUntil([&] { return std::fabs(ear->tone(660) - amplitude) < 0.02; }, Ear::deadline));
+        crowd.closeInput();
+        EXPECT_EQ(crowd.wait(60s), 0);
+        ASSERT_TRUE(waitUntil([&] { return crowdIs(0); }, 60s));
+    }
+    EXPECT_TRUE(ear->hears(fullLevel));
+    EXPECT_TRUE(waitUntil([&] { return openFiles() <= before; }, Ear::deadline)) << openFiles() << before;
     EXPECT_THAT(ear->losses(), IsEmpty());
 }
 

@@ -37,7 +37,8 @@ SpeechDecoderError failure(const ReceivedMessage& message) {
     const std::string& why = message.content;
     const bool legible = message.kind == DecoderMessage::failed && !why.empty() && why.size() <= longest &&
                          std::all_of(why.begin(), why.end(), [](char c) { return c >= ' ' && c <= '~'; });
-    return SpeechDecoderError(legible ? why : "the speech decoder does not say what it should");
+    return legible ? SpeechDecoderError(why)
+                   : SpeechDecoderError("the speech decoder does not say what it should");
 }
 
 /// Starts a program whose standard input is `socket`; its number, or none.
