@@ -80,6 +80,11 @@ protected:
         return read<float>(*objects, id.value_or(0), audio_property::volume(0)).value_or(usersScalar);
     }
 
+    /// The volumes that the session manager has stored.
+    [[nodiscard]] std::string remembered() const {
+        return contentsOf(server->folder() / "state/wireplumber/restore-stream");
+    }
+
     /// From a new start of the program to its end.
     void run(const Named& stage, const Named& fault) {
         SCOPED_TRACE(std::string(stage.name) + ", " + fault.name);
@@ -93,6 +98,11 @@ protected:
         server->setVolume(device, {80, 40});
         ASSERT_TRUE(sinkBecomes(*server, device, usersVolume, deadline));
         ASSERT_TRUE(waitUntil([this] { return std::abs(volumeNow() - usersScalar) < 1e-3F; }, deadline));
+        // A server that is killed earlier would itself have forgotten it.
+        ASSERT_TRUE(waitUntil(
+            [this] { return remembered().find(device + ":channelVolumes=0.51") != std::string::npos; },
+            deadline))
+            << remembered();
         ASSERT_NO_FATAL_FAILURE((this->*stage.step)());
         ASSERT_NO_FATAL_FAILURE((this->*fault.step)());
         player.reset();
