@@ -32,7 +32,11 @@ protected:
     void fadeDown() {
         listen();
         play(pieces() / "ads.wav");
-        ASSERT_TRUE(waitUntil([this] { return volumeNow() < usersScalar - 0.01F; }, deadline)) << log();
+        const auto down = [this] {
+            const float volume = volumeNow();
+            return volume >= 0 && volume < usersScalar - 0.01F;
+        };
+        ASSERT_TRUE(waitUntil(down, deadline)) << log();
     }
     void beDown() {
         listen();
@@ -77,9 +81,25 @@ protected:
     }
     [[nodiscard]] float volumeNow() const {
         const auto id = read<std::uint32_t>(*objects, systemAudioObject, audio_property::defaultOutputDevice);
-        return read<float>(*objects, id.value_or(0), audio_property::volume(0)).value_or(usersScalar);
+        return read<float>(*objects, id.value_or(0), audio_property::volume(0)).value_or(-1);
     }
 
+    /// Whether the default device comes to have the user's volume and balance. Asked over a connection that
+    /// is there all the time: a server that has hung does not answer every new one.
+    [[nodiscard]] testing::AssertionResult comesBack(std::chrono::milliseconds within = deadline) const {
+        std::vector<float> ratios;
+        const auto so = [&] {
+            const auto id =
+                read<std::uint32_t>(*objects, systemAudioObject, audio_property::defaultOutputDevice);
+            const auto record = objects->record(id.value_or(0));
+            ratios = record ? record->ratios : std::vector<float>();
+            return record && record->name == device && std::abs(volumeNow() - usersScalar) < 1e-3F &&
+                   sameVolume(ratios, {1, 0.125F});
+        };
+        return (waitUntil(so, within) ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << volumeNow() << testing::PrintToString(ratios) << "\n"
+               << log();
+    }
     /// The volumes that the session manager has stored.
     [[nodiscard]] std::string remembered() const {
         return contentsOf(server->folder() / "state/wireplumber/restore-stream");
@@ -89,6 +109,7 @@ protected:
     void run(const Named& stage, const Named& fault) {
         SCOPED_TRACE(std::string(stage.name) + ", " + fault.name);
         ending = false;
+        server->start();
         const bool removable = fault.step == &FaultMatrixTest::deviceGoes;
         device = removable ? "usb" : sink;
         if (removable) {
@@ -97,7 +118,7 @@ protected:
         server->setDefaultSink(device);
         server->setVolume(device, {80, 40});
         ASSERT_TRUE(sinkBecomes(*server, device, usersVolume, deadline));
-        ASSERT_TRUE(waitUntil([this] { return std::abs(volumeNow() - usersScalar) < 1e-3F; }, deadline));
+        ASSERT_TRUE(comesBack());
         // A server that is killed earlier would itself have forgotten it.
         ASSERT_TRUE(waitUntil(
             [this] { return remembered().find(device + ":channelVolumes=0.51") != std::string::npos; },
@@ -106,9 +127,8 @@ protected:
         ASSERT_NO_FATAL_FAILURE((this->*stage.step)());
         ASSERT_NO_FATAL_FAILURE((this->*fault.step)());
         player.reset();
-        EXPECT_TRUE(sinkBecomes(*server, device, usersVolume, deadline)) << log();
+        EXPECT_TRUE(comesBack());
         EXPECT_TRUE(waitUntil([this] { return !recordIsThere(); }, deadline)) << log();
-        EXPECT_TRUE(sinkBecomes(*server, "test-sink-B", {1, 1}, 0s)) << "never touched";
         if (!ending) {
             const auto listensAgain = [this] {
                 const std::string said = log();
@@ -119,10 +139,7 @@ protected:
             program->kill(SIGTERM);
             EXPECT_EQ(program->wait(deadline), 0) << log();
         }
-        EXPECT_TRUE(sinkBecomes(*server, device, usersVolume, 0s)) << "and stays";
-        if (removable) {
-            server->destroySink(device);
-        }
+        EXPECT_TRUE(comesBack(0s)) << "and stays";
     }
 
     std::string device;
@@ -149,7 +166,7 @@ TEST_F(FaultMatrixTest, WhateverFailsWheneverTheVolumeComesBack) {
         }
         return;
     }
-    for (int round = 0; round < 5; ++round) {
+    for (int round = 0; round < 2; ++round) {
         for (const auto& stage : stages) {
             for (const auto& fault : faults) {
                 ASSERT_NO_FATAL_FAILURE(run(stage, fault)) << round;
