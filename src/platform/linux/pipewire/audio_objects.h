@@ -94,6 +94,8 @@ private:
     std::map<std::int32_t, AudioObjectId> processes_;  // by process identifier
     std::map<GlobalId, Arrival> arrivals_;             // of all sinks there are
     std::optional<Clock::time_point> defaultKnown_;    // since when there has been a default sink
+    std::uint32_t sessionManagerStarts_ = 0;           // as counted by the connection
+    Clock::time_point sessionManagerSince_{};          // the last of these
     bool listed_ = false;              // the sinks of the connection's beginning have been seen
     std::vector<AudioObjectId> told_;  // the default device and those there, as last told
     std::function<void()> onDevicesChanged_;
