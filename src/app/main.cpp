@@ -25,6 +25,7 @@
 #include <memory>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 namespace {
 
@@ -41,6 +42,17 @@ std::shared_ptr<VolumeGuard> startGuard(const std::filesystem::path& program) {
         return nullptr;
     }
     return std::make_shared<GuardProcess>(*helper, configFolder());
+}
+
+/// Everything works without them, but the user should know why it is forgotten.
+void sayWhatCannotBeKept() {
+    for (const auto& [folder, what] :
+         {std::pair(configFolder(), "settings"), {dataFolder(), "the history"}}) {
+        if (const auto error = prepareFolder(folder)) {
+            std::fprintf(stderr, "sordin: %s will not be kept: %s: %s\n", what, folder.c_str(),
+                         error.message().c_str());
+        }
+    }
 }
 
 /// With windows where there is a display for them.
@@ -103,6 +115,7 @@ int run(int argc, char** argv, const Options& options) {
         std::fprintf(stderr, "sordin: is already running\n");
         return failed;
     }
+    sayWhatCannotBeKept();
     const auto program = programPath(argv[0]);
     auto guard = startGuard(program);
     const TerminationSignals signals([] { QCoreApplication::exit(); });

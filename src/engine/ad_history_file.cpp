@@ -10,6 +10,7 @@
 #include <QJsonObject>
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -19,8 +20,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Far above what the program writes; a file beyond it is none of ours.
+/// Far above what the program writes; a file beyond them is none of ours.
 constexpr std::uintmax_t largestFile = 16 << 20;
+constexpr double longestDuration = 1e9;  // either way; seconds of all ads are added up
 
 struct KindName {
     AdEvent::Kind kind;
@@ -55,7 +57,7 @@ std::optional<QStringList> toTexts(const QJsonValue& value) {
     return value.isArray() ? std::optional(texts) : std::nullopt;
 }
 
-/// None if anything is missing or of another type.
+/// None if anything is missing, of another type or no number that could be meant.
 std::optional<AdEvent> toEvent(const QJsonObject& object) {
     const QJsonValue start = object.value(u"start");
     const QJsonValue duration = object.value(u"duration");
@@ -67,7 +69,8 @@ std::optional<AdEvent> toEvent(const QJsonObject& object) {
     const auto kind = std::find_if(kindNames.begin(), kindNames.end(),
                                    [&kindName](const KindName& each) { return each.name == kindName; });
     if (id.isNull() || !start.isDouble() || !duration.isDouble() || !app.isString() || !peak.isDouble() ||
-        !reasons || kind == kindNames.end()) {
+        !reasons || kind == kindNames.end() || !std::isfinite(start.toDouble()) ||
+        !std::isfinite(peak.toDouble()) || !(std::abs(duration.toDouble()) <= longestDuration)) {
         return std::nullopt;
     }
     return AdEvent{id,       start.toDouble(), duration.toDouble(), app.toString(), peak.toDouble(),

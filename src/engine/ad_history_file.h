@@ -14,8 +14,8 @@ namespace sordin {
 ///
 /// Each ad is an object with the keys "id" (a UUID), "start" (a ReferenceDate), "duration", "app",
 /// "peakConfidence", "reasons" (a list of texts) and "kind" ("muted", "testOnly", "simulated"). A file in
-/// which one of these is missing or of another type counts as unreadable; keys that are not known are
-/// ignored.
+/// which one of these is missing, of another type or beyond all measure counts as unreadable; keys that are
+/// not known are ignored.
 class AdHistoryFile {
 public:
     /// `queue` does the writing, one save after the other: a queue for this alone, "sordin.history". The

@@ -33,8 +33,8 @@ std::optional<OutputDeviceRecord> readDevice(const json& object) {
     const json reference = object.value("reference", json());
     const json ratios = object.value("ratios", json());
     if (!name.is_string() || name.get<std::string>().empty() || !route.is_string() ||
-        !reference.is_number() || reference < 1 || !ratios.is_array() ||
-        !std::all_of(ratios.begin(), ratios.end(), isShare)) {
+        !reference.is_number() || reference < 1 || reference > PendingRestore::highestReference ||
+        !ratios.is_array() || !std::all_of(ratios.begin(), ratios.end(), isShare)) {
         return std::nullopt;
     }
     return OutputDeviceRecord{name.get<std::string>(), route.get<std::string>(), reference.get<float>(),

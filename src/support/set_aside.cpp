@@ -26,7 +26,8 @@ std::error_code setAside(const fs::path& path) {
     const fs::path first = path.string() + ".damaged-" + dateText();
     fs::path aside = first;
     std::error_code error;
-    for (int i = 2; fs::symlink_status(aside, error).type() != fs::file_type::not_found; ++i) {
+    // Where the folder cannot even be looked into, nothing is seen to be missing: the renaming says why.
+    for (int i = 2; fs::exists(fs::symlink_status(aside, error)); ++i) {
         aside = first.string() + "-" + std::to_string(i);
     }
     error.clear();

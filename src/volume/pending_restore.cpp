@@ -46,7 +46,8 @@ std::optional<OutputDeviceRecord> readDevice(const UserDefaults& defaults) {
     const auto reference = defaults.number(referenceKey);
     const auto ratiosText = defaults.text(ratiosKey);
     const auto ratios = ratiosText ? parseRatios(*ratiosText) : std::nullopt;
-    if (!name || name->empty() || !route || !reference || *reference < 1 || !ratios) {
+    if (!name || name->empty() || !route || !reference || *reference < 1 ||
+        *reference > PendingRestore::highestReference || !ratios) {
         return std::nullopt;
     }
     return OutputDeviceRecord{*name, *route, static_cast<float>(*reference), *ratios};

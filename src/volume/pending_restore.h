@@ -19,6 +19,10 @@ struct PendingRestore {
     /// The key of the volume; what else is kept has keys that begin with the same word.
     static constexpr auto key = "pendingRestoreVolume";
 
+    /// A device described with a higher reference is not believed: mixers end at 1.5, and what is damaged
+    /// must not deafen anybody.
+    static constexpr double highestReference = 10;
+
     /// None when nothing is pending. What describes the device counts only if all of it can be read.
     [[nodiscard]] static std::optional<PendingRestore> read(const UserDefaults& defaults);
 

@@ -16,6 +16,8 @@ constexpr double stepSeconds = 0.02;
 constexpr auto stepInterval = std::chrono::milliseconds(20);
 /// The audio server answers within a millisecond or two, unless it hangs.
 constexpr auto patienceForConfirmation = std::chrono::milliseconds(250);
+/// And one that hangs is asked again after this.
+constexpr auto confirmationInterval = std::chrono::seconds(1);
 
 /// The smoothstep curve: starts and ends gently. `t` from 0 to 1.
 float smoothstep(float t) {
@@ -226,12 +228,19 @@ void VolumeController::unmute() {
 }
 
 void VolumeController::restored(AudioObjectId device) {
-    if (!objects_->present(device)) {
+    const bool present = objects_->present(device);
+    // From here on nobody else would bring it back, so the audio system must have it.
+    if (!present || !objects_->flush(patienceForConfirmation)) {
         awaiting_ = device;
+        if (present) {
+            confirmation_ = queue_->after(confirmationInterval, [weak = weak_from_this()] {
+                if (const auto self = weak.lock()) {
+                    self->devicesChanged();
+                }
+            });
+        }
         return;
     }
-    // From here on nobody else would bring it back, so the audio system must have it.
-    static_cast<void>(objects_->flush(patienceForConfirmation));
     PendingRestore::remove(*defaults_);
     awaiting_.reset();
     const bool mutedMeanwhile = ducked_ && usedMute_;  // another device, which the guard knows of

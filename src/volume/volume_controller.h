@@ -72,7 +72,8 @@ private:
     void finishRestoreRamp();
     /// Ends a duck by the mute switch.
     void unmute();
-    /// A device has its volume back: forgets the record, unless the device is away and has yet to take it.
+    /// A device has its volume back: forgets the record, unless the device is away, or the audio system does
+    /// not answer, and has yet to take it.
     void restored(AudioObjectId device);
     void tellGuard(const DuckInForce& duck);
 
@@ -82,6 +83,7 @@ private:
     const std::shared_ptr<VolumeGuard> guard_;  // or none
 
     Timer timer_;
+    Timer confirmation_;        // until the audio system is asked again whether it has a volume
     std::optional<Ramp> ramp_;  // the one in progress
     bool ducked_ = false;
     bool refusing_ = false;
@@ -89,7 +91,7 @@ private:
     std::optional<float> savedVolume_;
     bool usedMute_ = false;
     bool recovering_ = false;                // a record of an earlier run waits for a device
-    std::optional<AudioObjectId> awaiting_;  // restored while it was away; the record stays until it is back
+    std::optional<AudioObjectId> awaiting_;  // restored but has yet to take it; the record stays until then
 };
 
 }  // namespace sordin

@@ -86,6 +86,10 @@ TEST_F(AdHistoryFileTest, WhatCannotBeReadCountsAsNoneAndIsKeptBesideTheFirstSav
                                                           {"E621E1F8", "not an id"},
                                                           {"\"app\":\"a\"", "\"app\":null"},
                                                           {"\"start\":1", "\"start\":[]"},
+                                                          {"\"start\":1", "\"start\":1e999"},
+                                                          {"\"duration\":2", "\"duration\":1e308"},
+                                                          {"\"duration\":2", "\"duration\":-1e10"},
+                                                          {"0.5", "-1e999"},
                                                           {"}", ""}}) {
         std::string bad = good;
         bad.replace(bad.find(from), from.size(), to);
@@ -118,6 +122,12 @@ TEST_F(AdHistoryFileTest, AFolderThatCannotBeWrittenLosesNothing) {
     file.save({ad("Radio", 1, 2)});
     queue->runPending();
     EXPECT_EQ(contentsOf(folder / "file"), "");
+
+    fs::create_symlink("loop", folder / "loop");  // a folder that leads to itself
+    AdHistoryFile looped(folder / "loop/history.json", queue);
+    EXPECT_THAT(looped.load(), IsEmpty());
+    looped.save({ad("Radio", 1, 2)});
+    queue->runPending();
 
     fs::create_directories(path);  // a folder where the file should be
     EXPECT_THAT(load(), IsEmpty());

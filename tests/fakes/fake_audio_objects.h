@@ -31,6 +31,7 @@ public:
     std::map<AudioObjectId, Device> devices;
     std::vector<std::pair<AudioObjectId, Process>> processes;
     bool tellsProcesses = true;
+    bool answers = true;  // else it hangs
     AudioObjectId defaultDevice = 0;
     std::function<void(AudioObjectId, std::uint32_t, float)> onVolumeWritten = [](auto...) {};
     std::function<void()> onFlush = [] {};
@@ -103,7 +104,7 @@ public:
 
     bool flush(std::chrono::milliseconds /*deadline*/) override {
         onFlush();
-        return true;
+        return answers;
     }
 
     [[nodiscard]] std::optional<OutputDeviceRecord> record(AudioObjectId device) const override {

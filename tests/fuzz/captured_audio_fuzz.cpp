@@ -1,19 +1,15 @@
 // SPDX-License-Identifier: MIT
 // Any description over any bytes: never read outside, never let through what is no sound.
 #include "detection/captured_audio.h"
+#include "fuzz/require.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <limits>
 
 namespace {
 
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
+using sordin::require;
 
 sordin::CapturedAudio arbitraryAudio(FuzzedDataProvider& data) {
     sordin::CapturedAudio audio;

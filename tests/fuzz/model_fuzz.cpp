@@ -3,20 +3,14 @@
 #include "classifier/model_files.h"
 #include "classifier/network_sound_tagger.h"
 #include "classifier/sound_model_file.h"
+#include "fuzz/require.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <string>
 
 namespace {
 
 using namespace sordin;
-
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 /// Whether a second of it takes no more than a moment.
 bool quick(const SoundModel& model) {

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <pulse/simple.h>
 
@@ -220,6 +221,42 @@ TEST_P(CaptureSystemTest, AServerThatHangsIsToldAndSteadySoundIsNeverTakenForTha
     server->goOn();
     EXPECT_EQ(ear->start(), "");
     EXPECT_TRUE(ear->hears(fullLevel));
+}
+
+TEST(CaptureChoiceTest, AmongHundredsOfStreamsThoseThatPlayAreHeard) {
+    PrivateAudioServer server;
+    server.start();
+    const LinuxAudio audio;
+    Ear ear(audio);
+    pipewire::Session session;  // counts
+    const Player first(ServerKind::pipeWire);
+    ASSERT_EQ(ear.start(), "");
+    ASSERT_TRUE(ear.hears(fullLevel));
+    const auto openFiles = [] {
+        const std::filesystem::directory_iterator files("/proc/self/fd");
+        return std::distance(std::filesystem::begin(files), std::filesystem::end(files));
+    };
+    const auto before = openFiles();
+    const auto crowdIs = [&session](std::size_t size) {
+        const auto lock = session.lock();
+        const auto& nodes = session.connection()->graph().nodes;
+        return static_cast<std::size_t>(std::count_if(nodes.begin(), nodes.end(), [](const auto& entry) {
+                   return entry.second.name == "crowd" && entry.second.described;
+               })) == size;
+    };
+    constexpr std::size_t size = 200;  // with many more the server needs minutes
+    {
+        ChildProcess crowd({SORDIN_STREAM_CROWD, std::to_string(size)}, {.writeInput = true});
+        ASSERT_TRUE(waitUntil([&] { return crowdIs(size); }, 60s));
+        EXPECT_TRUE(audio.objects()->flush(Ear::deadline)) << "the connection still answers";
+        ear.forget();
+        EXPECT_TRUE(ear.hears(fullLevel));
+    }
+    ASSERT_TRUE(waitUntil([&] { return crowdIs(0); }, 60s));
+    ear.forget();
+    EXPECT_TRUE(ear.hears(fullLevel));
+    EXPECT_TRUE(waitUntil([&] { return openFiles() <= before; }, Ear::deadline)) << openFiles() << before;
+    EXPECT_THAT(ear.losses(), IsEmpty());
 }
 
 TEST(CaptureChoiceTest, SaysWhatIsMissing) {

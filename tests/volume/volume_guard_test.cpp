@@ -76,6 +76,29 @@ TEST_F(VolumeGuardTest, IsToldBeforeAnythingElseAndClearedAfterEverythingElse) {
     EXPECT_THAT(events, ElementsAre()) << "no device, no duck";
 }
 
+TEST_F(VolumeGuardTest, IsClearedOnlyWhenTheAudioSystemHasAnswered) {
+    for (const bool atOnce : {false, true}) {
+        duck();
+        objects->answers = false;
+        atOnce ? controller->restoreImmediately() : restore();
+        pass(3'000);
+        ASSERT_TRUE(toldVolume()) << "nobody knows whether the volume has arrived";
+        EXPECT_TRUE(pending());
+        objects->answers = true;
+        pass(1'000);
+        EXPECT_FALSE(guard->told);
+        EXPECT_FALSE(pending());
+    }
+    duck();
+    objects->answers = false;
+    restore();
+    objects->answers = true;
+    duck();  // another, before it was asked again
+    pass(3'000);
+    EXPECT_TRUE(toldVolume());
+    EXPECT_TRUE(pending());
+}
+
 TEST_F(VolumeGuardTest, KnowsAMutedDeviceWhichTheRecordDoesNot) {
     makeSwitch(speakers);
     auto muteWhenTold = objects->devices[speakers].mute;

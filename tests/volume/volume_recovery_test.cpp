@@ -122,6 +122,7 @@ TEST_F(VolumeRecoveryTest, TheRecordReadsBackWhole) {
              {"pendingRestoreDevice", std::string()},
              {"pendingRestoreRoute", 5.0},
              {"pendingRestoreReference", 0.5},
+             {"pendingRestoreReference", 1e30},
              {"pendingRestoreRatios", std::string("1 x")},
              {"pendingRestoreRatios", std::string("1 1.5")},
              {"pendingRestoreRatios", std::string("1 -0.5")},

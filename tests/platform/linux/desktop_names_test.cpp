@@ -3,6 +3,7 @@
 #include "platform/linux/desktop/application_id.h"
 #include "platform/linux/desktop/desktop_entry.h"
 #include "platform/linux/desktop/linux_process_directory.h"
+#include "platform/linux/desktop/shown_name.h"
 #include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
@@ -74,6 +75,27 @@ TEST(DesktopEntry, GivesTheNameInTheUsersLanguage) {
     EXPECT_EQ(name("fr_FR"), "Radio") << "an empty translation is none";
     EXPECT_EQ(desktopEntryName("[Desktop Entry]\nName=A\\sB\\\\C\\", ""), "A B\\C\\");
     EXPECT_EQ(desktopEntryName("[Desktop Entry]\nComment=x", "de"), std::nullopt);
+}
+
+TEST(ShownName, IsOneShortLineOfUtf8WhateverWasChosen) {
+    const std::string broken = "\xEF\xBF\xBD";
+    const std::vector<std::pair<std::string, std::string>> names{
+        {"Radio", "Radio"},
+        {" \t Two\r\n\nlines \n", "Two lines"},
+        {"\u05E8\u05D3\u05D9\u05D5 \U0001F468\u200D\U0001F3A4",
+         "\u05E8\u05D3\u05D9\u05D5 \U0001F468\u200D\U0001F3A4"},
+        {"a\u202Egnp.exe\u2066\uFEFF\u0085\x7F\x1B[31m", "agnp.exe [31m"},
+        {"caf\xE9", "caf" + broken},
+        {"\xC0\xAF|\xED\xA0\x80|\xF4\x90\x80\x80|\xE2\x82", broken + broken + "|" + broken + broken + broken +
+                                                                "|" + broken + broken + broken + broken +
+                                                                "|" + broken + broken},
+        {std::string(80, 'x'), std::string(80, 'x')},
+        {std::string(65'536, 'x'), std::string(79, 'x') + "…"},
+        {std::string(79, 'x') + " y", std::string(79, 'x') + "…"},
+        {"\n\u202E", ""}};
+    for (const auto& [chosen, shown] : names) {
+        EXPECT_EQ(shownName(chosen), shown);
+    }
 }
 
 class LinuxProcessDirectoryTest : public testing::Test {
@@ -151,6 +173,10 @@ TEST_F(LinuxProcessDirectoryTest, IsNotLedAstray) {
     const auto huge = process(12, "/usr/bin/mpv");
     writeText(huge / "root/.flatpak-info", std::string(1 << 20, '['));
     EXPECT_EQ(name(12), "mpv Media Player");
+    entry("first", "mpv", "\\n\x1b" + std::string(2'000, 'x'));
+    EXPECT_EQ(name(12), std::string(79, 'x') + "…");
+    writeText(process(13, "") / "comm", "\n");
+    EXPECT_EQ(name(13), "");
 }
 
 TEST(LinuxProcessDirectory, KnowsThisProcess) {

@@ -118,6 +118,8 @@ TEST_F(FileUserDefaultsTest, SetsAsideWhatItCannotRead) {
                                        "[1, 2]",
                                        std::string(3 << 20, ' ') + "{}",
                                        std::string(100'000, '['),
+                                       "{\"a\": " + std::string(400'000, '[') + std::string(400'000, ']') +
+                                           "}",
                                        "{\"a\": 1} x"};
     for (std::size_t i = 0; i < bad.size(); ++i) {
         writeText(file(), bad[i]);
@@ -142,16 +144,19 @@ TEST_F(FileUserDefaultsTest, AFailedWriteLeavesTheOldFileWhole) {
     defaults->flush();
     const auto old = contentsOf(file());
     // A full disk: the folder is where nothing can be created, also for root.
-    fs::remove_all(folder().parent_path() / "kept");
-    fs::rename(folder(), folder().parent_path() / "kept");
-    fs::create_symlink("/proc/self/nowhere", folder());
-    defaults->set("sensitivity", 0.75);
-    defaults->set("pendingRestoreVolume", 0.5);
-    defaults->flush();
-    EXPECT_EQ(defaults->number("sensitivity"), 0.75);
-    EXPECT_EQ(contentsOf(folder().parent_path() / "kept" / "defaults.json"), old);
-    fs::remove(folder());
-    fs::rename(folder().parent_path() / "kept", folder());
+    const fs::path kept = folder().parent_path() / "kept";
+    fs::rename(folder(), kept);
+    for (const char* nowhere : {"/proc/self/nowhere", "Sordin"}) {  // the second leads to itself
+        fs::create_symlink(nowhere, folder());
+        defaults->set("sensitivity", 0.75);
+        defaults->set("pendingRestoreVolume", 0.5);
+        defaults->flush();
+        EXPECT_EQ(defaults->number("sensitivity"), 0.75);
+        EXPECT_EQ(contentsOf(kept / "defaults.json"), old);
+        EXPECT_FALSE(FileUserDefaults(folder(), queue).number("sensitivity")) << "and so does a start";
+        fs::remove(folder());
+    }
+    fs::rename(kept, folder());
     defaults->flush();  // tries again
     EXPECT_EQ(settings()["sensitivity"], 0.75);
     EXPECT_EQ(json::parse(contentsOf(pendingFile()))["pendingRestoreVolume"], 0.5);

@@ -93,6 +93,19 @@ TEST_F(LinkPlanTest, FiltersAndLoopbacksAreNotHeardTwiceButMicrophonesThroughThe
     EXPECT_THAT(plan(), IsEmpty());  // of what a sink plays
 }
 
+TEST_F(LinkPlanTest, OfTooManyStreamsThoseThatPlayComeFirst) {
+    for (GlobalId id = 1'000; id < 1'500; ++id) {
+        graph.nodes[id] = node("Stream/Output/Audio", 2);
+        graph.ports[id + 1'000] = {id, true, false, "MONO"};
+    }
+    graph.nodes[1'499].running = true;
+    const auto most = plan();
+    EXPECT_EQ(most.size(), 2 * mostLinksOfAPort);
+    EXPECT_EQ(most.count({2'499, 11}) + most.count({2'499, 12}) + most.count({21, 11}), 3U);
+    graph.nodes.erase(1'000);
+    EXPECT_EQ(plan().size(), 2 * mostLinksOfAPort);
+}
+
 TEST(MetadataValue, NamesANode) {
     EXPECT_EQ(nodeName(R"({"name":"speakers"})"), "speakers");
     for (const auto* damaged : {"", "{", "[]", "7", R"({"name":7})", R"({"other":"x"})"}) {

@@ -3,6 +3,7 @@
 
 #include "platform/linux/desktop/application_id.h"
 #include "platform/linux/desktop/frontmost_window.h"
+#include "platform/linux/desktop/shown_name.h"
 #include "platform/linux/desktop/small_file.h"
 
 #include <unistd.h>
@@ -35,11 +36,16 @@ std::string executableName(const fs::path& process) {
     return name;
 }
 
+/// Whoever is named may have chosen any name.
+ApplicationInfo named(const std::string& name) {
+    return {"", shownName(name)};
+}
+
 }  // namespace
 
 std::optional<ApplicationInfo> LinuxProcessDirectory::runningApplication(std::int32_t processId) const {
     if (const auto id = portal_ ? portal_(processId) : std::nullopt) {
-        return ApplicationInfo{"", entries_.name(*id).value_or(*id)};
+        return named(entries_.name(*id).value_or(*id));
     }
     const fs::path process = proc_ / std::to_string(processId);
     std::error_code error;
@@ -50,10 +56,10 @@ std::optional<ApplicationInfo> LinuxProcessDirectory::runningApplication(std::in
     const std::string executable = executableName(process);
     for (const auto& candidate : {id.value_or(""), executable}) {
         if (const auto name = entries_.name(candidate)) {
-            return ApplicationInfo{"", *name};
+            return named(*name);
         }
     }
-    return ApplicationInfo{"", id.value_or(executable)};
+    return named(id.value_or(executable));
 }
 
 std::optional<ApplicationInfo> LinuxProcessDirectory::frontmostApplication() const {

@@ -11,6 +11,8 @@ using namespace std::chrono_literals;
 
 /// The session manager brings remembered volumes back a few milliseconds after a sink has come.
 constexpr auto settlingTime = 300ms;
+/// WirePlumber 0.4 sometimes names no default ever after when the default sink goes and returns.
+constexpr auto longestWithoutDefault = 5s;
 /// How long to wait for a volume or a route before taking a sink for one without.
 constexpr auto longestArrival = 1s;
 /// The session manager stores a volume about a second after it was set.
@@ -48,6 +50,7 @@ void PipeWireAudioObjects::disconnecting() {
     arrivals_.clear();
     routes_.clear();
     defaultKnown_.reset();
+    sessionManagerStarts_ = 0;
     listed_ = false;
     tell(table().clear());
 }
@@ -73,6 +76,9 @@ void PipeWireAudioObjects::updateArrivals(const Graph& graph) {
         defaultKnown_.reset();
     } else if (!defaultKnown_) {
         defaultKnown_ = Clock::now();
+    }
+    if (std::exchange(sessionManagerStarts_, graph.sessionManagerStarts) != graph.sessionManagerStarts) {
+        sessionManagerSince_ = Clock::now();
     }
     const bool atBeginning = !std::exchange(listed_, true);
     for (const auto& [id, node] : graph.nodes) {
@@ -117,8 +123,10 @@ std::optional<AudioObjectTable::Sink> PipeWireAudioObjects::sink(const Graph& gr
 }
 
 bool PipeWireAudioObjects::settled(Arrival& arrival) const {
-    if (!arrival.settled && defaultKnown_) {
-        const auto left = std::max(arrival.seen, *defaultKnown_) + settlingTime - Clock::now();
+    if (!arrival.settled && (defaultKnown_ || sessionManagerStarts_ > 0)) {
+        const auto end = defaultKnown_ ? std::max(arrival.seen, *defaultKnown_) + settlingTime
+                                       : std::max(arrival.seen, sessionManagerSince_) + longestWithoutDefault;
+        const auto left = end - Clock::now();
         arrival.settled = left <= Clock::duration::zero();
         if (!arrival.settled) {
             session().refreshAfter(std::chrono::ceil<std::chrono::milliseconds>(left));

@@ -48,6 +48,8 @@ private:
     std::map<GlobalId, Arrival> arrivals_;           // of all sinks there are
     std::map<GlobalId, CardNode> routes_;            // where a sink's volume is written, if not to its node
     std::optional<Clock::time_point> defaultKnown_;  // since when there has been a default sink
+    std::uint32_t sessionManagerStarts_ = 0;         // as counted by the connection
+    Clock::time_point sessionManagerSince_{};        // the last of these
     bool listed_ = false;                            // the sinks of the connection's beginning have been seen
 };
 

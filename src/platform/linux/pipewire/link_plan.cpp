@@ -22,16 +22,22 @@ std::set<PortPair> linkPlan(const Graph& graph, GlobalId listener) {
             inputs[id] = sideOf(port.channel);
         }
     }
+    std::map<GlobalId, std::size_t> links;
     std::set<PortPair> plan;
-    for (const auto& [outputId, output] : graph.ports) {
-        const auto node = graph.nodes.find(output.node);
-        if (!output.output || output.monitor || node == graph.nodes.end() || !graph.isAudible(node->second)) {
-            continue;
-        }
-        const Side from = sideOf(output.channel);
-        for (const auto& [inputId, to] : inputs) {
-            if (from == Side::both || to == Side::both || from == to) {
-                plan.emplace(outputId, inputId);
+    for (const bool running : {true, false}) {
+        for (const auto& [outputId, output] : graph.ports) {
+            const auto node = graph.nodes.find(output.node);
+            if (!output.output || output.monitor || node == graph.nodes.end() ||
+                node->second.running != running || !graph.isAudible(node->second)) {
+                continue;
+            }
+            const Side from = sideOf(output.channel);
+            for (const auto& [inputId, to] : inputs) {
+                const bool goesThere = from == Side::both || to == Side::both || from == to;
+                if (goesThere && links[inputId] < mostLinksOfAPort) {
+                    plan.emplace(outputId, inputId);
+                    ++links[inputId];
+                }
             }
         }
     }

@@ -80,14 +80,15 @@ std::optional<std::vector<HeardWord>> wordsIn(const std::string& content) {
     std::istringstream lines(content);
     lines.imbue(std::locale::classic());
     std::vector<HeardWord> words;
-    for (HeardWord each{}; lines >> each.length;) {
-        if (!(lines >> each.match >> each.word) || !std::isfinite(each.length) ||
+    while (!(lines >> std::ws).eof()) {
+        HeardWord each{};
+        if (!(lines >> each.length >> each.match >> each.word) || !std::isfinite(each.length) ||
             !std::isfinite(each.match)) {
             return std::nullopt;
         }
         words.push_back(each);
     }
-    return lines.eof() ? std::optional(std::move(words)) : std::nullopt;
+    return words;
 }
 
 }  // namespace sordin

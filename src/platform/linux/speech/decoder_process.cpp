@@ -3,6 +3,7 @@
 
 #include "platform/linux/speech/decoder_messages.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -28,6 +29,16 @@ constexpr timeval patienceForAnswers{5, 0};
 void waitAtMost(const timeval& patience, int socket) {
     setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+}
+
+/// What a process has said of its failure; it may be too broken to say anything that can be shown.
+SpeechDecoderError failure(const ReceivedMessage& message) {
+    constexpr std::size_t longest = 200;
+    const std::string& why = message.content;
+    const bool legible = message.kind == DecoderMessage::failed && !why.empty() && why.size() <= longest &&
+                         std::all_of(why.begin(), why.end(), [](char c) { return c >= ' ' && c <= '~'; });
+    return legible ? SpeechDecoderError(why)
+                   : SpeechDecoderError("the speech decoder does not say what it should");
 }
 
 /// Starts a program whose standard input is `socket`; its number, or none.
@@ -72,7 +83,7 @@ DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const Speech
     const auto answer = pid_ < 0 ? std::nullopt : receiveMessage(socket_.get());
     if (!answer || answer->kind != DecoderMessage::ready) {
         close();
-        throw SpeechDecoderError(answer ? answer->content : "the speech decoder does not start");
+        throw answer ? failure(*answer) : SpeechDecoderError("the speech decoder does not start");
     }
     waitAtMost(patienceForAnswers, socket_.get());
 }
@@ -115,8 +126,9 @@ std::vector<HeardWord> DecoderProcess::words() {
             if (auto words = wordsIn(answer->content)) {
                 return *std::move(words);
             }
-        } else if (answer) {
-            throw SpeechDecoderError(answer->content);
+        }
+        if (answer) {
+            throw failure(*answer);
         }
     }
     throw SpeechDecoderError("the speech decoder has ended");

@@ -14,8 +14,9 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 
-/// Far above what the program writes; a file beyond it is none of ours.
+/// Far above what the program writes; a file beyond them is none of ours.
 constexpr std::uintmax_t largestFile = 1 << 20;
+constexpr int deepestNesting = 64;  // copying and writing take the stack once for each level
 
 /// The object in a file; none if there is no such object.
 std::optional<json> readObject(const fs::path& path) {
@@ -25,8 +26,13 @@ std::optional<json> readObject(const fs::path& path) {
         return std::nullopt;
     }
     std::ifstream input(path, std::ios::binary);
-    json object = json::parse(input, nullptr, false);
-    return object.is_object() ? std::optional(std::move(object)) : std::nullopt;
+    bool tooDeep = false;
+    const auto shallow = [&tooDeep](int depth, json::parse_event_t /*event*/, const json& /*value*/) {
+        tooDeep = tooDeep || depth > deepestNesting;
+        return !tooDeep;
+    };
+    json object = json::parse(input, shallow, false);
+    return object.is_object() && !tooDeep ? std::optional(std::move(object)) : std::nullopt;
 }
 
 }  // namespace

@@ -11,8 +11,8 @@ namespace sordin {
 
 /// A file that holds one JSON object. Not thread-safe.
 ///
-/// What cannot be read as that (damaged, too large, no regular file) is never overwritten: it is set aside,
-/// beside the file, as NAME.damaged-DATE, and the contents are empty.
+/// What cannot be read as that (damaged, too large, nested too deeply, no regular file) is never overwritten:
+/// it is set aside, beside the file, as NAME.damaged-DATE, and the contents are empty.
 class JsonFile {
 public:
     explicit JsonFile(std::filesystem::path path) : path_(std::move(path)) {}

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/storage/user_folders.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <unistd.h>
 
 namespace sordin {
 
@@ -16,7 +18,8 @@ fs::path folder(const char* variable, const char* underHome) {
         return set;
     }
     const char* home = std::getenv("HOME");
-    return fs::path(home != nullptr ? home : "/") / underHome;
+    // One that depends on where the program was started would be another each time.
+    return fs::path(home != nullptr && fs::path(home).is_absolute() ? home : "/") / underHome;
 }
 
 }  // namespace
@@ -31,6 +34,15 @@ fs::path dataFolder() {
 
 fs::path autostartFolder() {
     return folder("XDG_CONFIG_HOME", ".config") / "autostart";
+}
+
+std::error_code prepareFolder(const fs::path& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (!error && ::access(folder.c_str(), W_OK | X_OK) != 0) {
+        error.assign(errno, std::generic_category());
+    }
+    return error;
 }
 
 }  // namespace sordin

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <system_error>
 
 namespace sordin {
 
@@ -14,5 +15,8 @@ namespace sordin {
 
 /// For what the desktop starts at login: $XDG_CONFIG_HOME/autostart, else ~/.config/autostart.
 [[nodiscard]] std::filesystem::path autostartFolder();
+
+/// Creates a folder where it is missing; an error if no files can be made in it.
+[[nodiscard]] std::error_code prepareFolder(const std::filesystem::path& folder);
 
 }  // namespace sordin

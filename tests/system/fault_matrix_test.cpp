@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: MIT
+// The real program, and an audio server that fails at every stage of an ad: in the end the volume is what it
+// was.
+#include "platform/linux/audio/linux_audio.h"
+#include "random_seed.h"
+#include "system/sordin_fixture.h"
+
+namespace sordin {
+namespace {
+
+using namespace std::chrono_literals;
+
+class FaultMatrixTest : public SordinTest, public testing::WithParamInterface<ServerKind> {
+protected:
+    using Step = void (FaultMatrixTest::*)();
+    struct Named {
+        const char* name;
+        Step step;
+    };
+
+    FaultMatrixTest() {
+        beginServer({}, GetParam());
+        audio.emplace();
+        objects = audio->objects();
+    }
+
+    // Stages: each ends at a moment of its own in what the program does.
+
+    void start() {
+        startProgram();
+        std::this_thread::sleep_for(std::chrono::milliseconds(std::uniform_int_distribution(0, 600)(random)));
+    }
+    void listenOnly() { listen(); }
+    void fadeDown() {
+        listen();
+        play(pieces() / "ads.wav");
+        const auto down = [this] {
+            const float volume = volumeNow();
+            return volume >= 0 && volume < usersScalar - 0.01F;
+        };
+        ASSERT_TRUE(waitUntil(down, deadline)) << log();
+    }
+    void beDown() {
+        listen();
+        play(pieces() / "ads.wav");
+        ASSERT_TRUE(says("an ad began")) << log();
+        ASSERT_TRUE(sinkBecomes(*server, device, {0, 0}, deadline)) << log();
+    }
+    void fadeUp() {
+        ASSERT_NO_FATAL_FAILURE(beDown());
+        player.reset();  // an ad whose sound stays away is over
+        ASSERT_TRUE(waitUntil([this] { return volumeNow() > 0.01F; }, deadline)) << log();
+    }
+    void end() {
+        ASSERT_NO_FATAL_FAILURE(beDown());
+        ending = true;
+    }
+
+    // Faults, and how they pass.
+
+    void serverIsKilled() {
+        server->kill();
+        quitIfEnding();
+        server->start();
+    }
+    void serverHangs() {
+        server->hang();
+        quitIfEnding();
+        std::this_thread::sleep_for(3s);  // longer than anything in the program waits for it
+        server->goOn();
+    }
+    void deviceGoes() {
+        server->destroySink(device);
+        quitIfEnding();
+        server->createSink(device);
+    }
+
+    void quitIfEnding() {
+        if (ending) {
+            program->kill(SIGTERM);
+            EXPECT_EQ(program->wait(deadline), 0) << log();
+        }
+    }
+    [[nodiscard]] float volumeNow() const {
+        const auto id = read<std::uint32_t>(*objects, systemAudioObject, audio_property::defaultOutputDevice);
+        return read<float>(*objects, id.value_or(0), audio_property::volume(0)).value_or(-1);
+    }
+
+    /// Whether the device comes to have the user's volume. Asked over a connection that
+    /// is there all the time: a server that has hung does not answer every new one.
+    [[nodiscard]] testing::AssertionResult comesBack(std::chrono::milliseconds within = deadline) const {
+        const auto id = objects->adopt({device, "", 1, {}});
+        float volume = -1;
+        const auto so = [&] {
+            volume = read<float>(*objects, id, audio_property::volume(0)).value_or(-1);
+            return std::abs(volume - usersScalar) < 1e-3F;
+        };
+        return (waitUntil(so, within) ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << volume << " here, at the server " << server->defaultSink()
+               << testing::PrintToString(server->volume(device)) << "\n"
+               << log();
+    }
+    /// Whether the user's volume comes to be stored: a server that is killed before would itself have
+    /// forgotten it. PulseAudio stores after ten seconds, and only what it has then.
+    [[nodiscard]] bool comesToBeRemembered() const {
+        const auto file = server->folder() / "state/wireplumber/restore-stream";
+        return GetParam() == ServerKind::pulseAudio ||
+               waitUntil(
+                   [&] {
+                       return contentsOf(file).find(device + ":channelVolumes=0.51") != std::string::npos;
+                   },
+                   deadline);
+    }
+
+    /// From a new start of the program to its end.
+    void run(const Named& stage, const Named& fault) {
+        SCOPED_TRACE(std::string(stage.name) + ", " + fault.name);
+        ending = false;
+        server->start();
+        const bool removable = fault.step == &FaultMatrixTest::deviceGoes;
+        device = removable ? "usb" : sink;
+        if (removable) {
+            server->createSink(device);
+        }
+        server->setDefaultSink(device);
+        server->setVolume(device, {80, 40});
+        ASSERT_TRUE(sinkBecomes(*server, device, usersVolume, deadline));
+        ASSERT_TRUE(comesBack());
+        ASSERT_TRUE(comesToBeRemembered());
+        ASSERT_NO_FATAL_FAILURE((this->*stage.step)());
+        ASSERT_NO_FATAL_FAILURE((this->*fault.step)());
+        player.reset();
+        EXPECT_TRUE(comesBack());
+        EXPECT_TRUE(waitUntil([this] { return !recordIsThere(); }, deadline)) << log();
+        if (!ending) {
+            const auto listensAgain = [this] {
+                const std::string said = log();
+                const auto last = said.rfind("status: ");
+                return last != std::string::npos && said.substr(last).starts_with("status: listening");
+            };
+            EXPECT_TRUE(waitUntil(listensAgain, deadline)) << log();
+            program->kill(SIGTERM);
+            EXPECT_EQ(program->wait(deadline), 0) << log();
+        }
+        EXPECT_TRUE(comesBack(0s)) << "and stays";
+    }
+
+    std::string device;
+    static constexpr float usersScalar = 0.8F;
+    const std::vector<float> usersVolume{0.512F, 0.064F};
+
+    const std::vector<Named> stages{
+        {"starting", &FaultMatrixTest::start},       {"listening", &FaultMatrixTest::listenOnly},
+        {"fading down", &FaultMatrixTest::fadeDown}, {"down", &FaultMatrixTest::beDown},
+        {"fading up", &FaultMatrixTest::fadeUp},     {"ending", &FaultMatrixTest::end}};
+    const std::vector<Named> faults{{"the server is killed", &FaultMatrixTest::serverIsKilled},
+                                    {"the server hangs", &FaultMatrixTest::serverHangs},
+                                    {"the device goes", &FaultMatrixTest::deviceGoes}};
+
+    std::mt19937 random = seededRandom();
+    std::optional<LinuxAudio> audio;
+    std::shared_ptr<AudioObjects> objects;
+    bool ending = false;
+};
+
+INSTANTIATE_TEST_SUITE_P(Fault, FaultMatrixTest, bothServers, serverName);
+
+TEST_P(FaultMatrixTest, WhateverFailsWheneverTheVolumeComesBack) {
+    const bool pulse = GetParam() == ServerKind::pulseAudio;
+    if (std::getenv("SORDIN_LONG") == nullptr) {
+        using Pairs = std::vector<std::pair<std::size_t, std::size_t>>;
+        const Pairs pairs =
+            pulse ? Pairs{{2, 0}, {4, 2}, {5, 1}} : Pairs{{0, 1}, {2, 0}, {4, 2}, {4, 1}, {5, 1}};
+        for (const auto& [stage, fault] : pairs) {
+            ASSERT_NO_FATAL_FAILURE(run(stages.at(stage), faults.at(fault)));
+        }
+        return;
+    }
+    for (int round = 0; round < 2; ++round) {
+        // What PulseAudio has not stored nobody knows before the first fade.
+        for (std::size_t stage = pulse ? 2 : 0; stage < stages.size(); ++stage) {
+            for (const auto& fault : faults) {
+                ASSERT_NO_FATAL_FAILURE(run(stages.at(stage), fault)) << round;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace sordin
