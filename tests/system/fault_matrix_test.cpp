@@ -21,6 +21,7 @@ protected:
     FaultMatrixTest() {
         beginServer({}, GetParam());
         audio.emplace();
+        EXPECT_TRUE(audio->waitUntilKnown(deadline));
         objects = audio->objects();
     }
 
