@@ -46,6 +46,7 @@ TEST_F(LinuxPermissionsTest, OnlyASandboxWithoutTheServersSocketLacksThem) {
     setenv("XDG_RUNTIME_DIR", folder.path().c_str(), 1);
     unsetenv("PIPEWIRE_RUNTIME_DIR");
     unsetenv("PIPEWIRE_REMOTE");
+    unsetenv("PULSE_SERVER");
     const LinuxPermissions permissions(program, folder / "sandbox");
     EXPECT_TRUE(permissions.screenCapturePreflight()) << "a server that is away is no missing permission";
     writeText(folder / "sandbox", "");
@@ -55,6 +56,12 @@ TEST_F(LinuxPermissionsTest, OnlyASandboxWithoutTheServersSocketLacksThem) {
     EXPECT_FALSE(permissions.screenCapturePreflight()) << "the socket of another server";
     unsetenv("PIPEWIRE_REMOTE");
     EXPECT_TRUE(permissions.screenCapturePreflight());
+    std::filesystem::remove(folder / "pipewire-0");
+    setenv("PULSE_SERVER", ("unix:" + (folder / "pulse").string()).c_str(), 1);
+    EXPECT_FALSE(permissions.screenCapturePreflight());
+    writeText(folder / "pulse", "");
+    EXPECT_TRUE(permissions.screenCapturePreflight()) << "PulseAudio's";
+    unsetenv("PULSE_SERVER");
     unsetenv("XDG_RUNTIME_DIR");
 }
 

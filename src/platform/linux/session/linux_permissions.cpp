@@ -6,6 +6,7 @@
 #include <QDBusMessage>
 #include <QStringList>
 #include <cstdlib>
+#include <string_view>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -16,8 +17,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Where the audio server is looked for.
-fs::path serverSocket() {
+/// Where PipeWire is looked for.
+fs::path pipeWireSocket() {
     const char* name = std::getenv("PIPEWIRE_REMOTE");
     fs::path socket = name != nullptr && *name != '\0' ? name : "pipewire-0";
     for (const char* variable : {"PIPEWIRE_RUNTIME_DIR", "XDG_RUNTIME_DIR"}) {
@@ -26,6 +27,21 @@ fs::path serverSocket() {
         }
     }
     return socket;
+}
+
+/// Where PulseAudio is looked for; a sandbox says it by the first.
+fs::path pulseSocket() {
+    constexpr std::string_view local = "unix:";
+    const char* server = std::getenv("PULSE_SERVER");
+    if (server != nullptr && std::string_view(server).substr(0, local.size()) == local) {
+        return server + local.size();
+    }
+    const char* folder = std::getenv("XDG_RUNTIME_DIR");
+    return fs::path(folder != nullptr ? folder : "") / "pulse" / "native";
+}
+
+bool reachable(const fs::path& socket) {
+    return access(socket.c_str(), R_OK | W_OK) == 0;
 }
 
 const QString applicationInterface = QStringLiteral("org.freedesktop.Application");
@@ -97,7 +113,7 @@ LinuxPermissions::LinuxPermissions(QDBusConnection bus, fs::path sandboxMark)
 bool LinuxPermissions::screenCapturePreflight() const {
     std::error_code ignored;
     // Outside a sandbox a server that is away is not a permission that is missing.
-    return !fs::exists(sandboxMark_, ignored) || access(serverSocket().c_str(), R_OK | W_OK) == 0;
+    return !fs::exists(sandboxMark_, ignored) || reachable(pipeWireSocket()) || reachable(pulseSocket());
 }
 
 void LinuxPermissions::openSettings(const std::string& anchor) {

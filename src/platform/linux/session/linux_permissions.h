@@ -8,8 +8,8 @@
 
 namespace sordin {
 
-/// Linux asks nobody whether a program may hear the computer: it may, unless it lives in a sandbox that the
-/// audio server's socket was not let into. So there is no question to ask; what helps is the desktop's own
+/// Linux asks nobody whether a program may hear the computer: it may, unless it lives in a sandbox that no
+/// audio server's socket was let into. So there is no question to ask; what helps is the desktop's own
 /// program that changes sandboxes or installs what is missing.
 class LinuxPermissions final : public Permissions {
 public:
