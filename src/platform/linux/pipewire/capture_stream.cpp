@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/pipewire/capture_stream.h"
 
+#include "platform/linux/server/heard_audio.h"
+
 #include <algorithm>
 #include <array>
 #include <numeric>
@@ -224,10 +226,7 @@ void CaptureStream::deliver() {
         return;
     }
     flow_.flowed();
-    const auto bytes = std::as_bytes(std::span(samples));
-    handlers_.heard({StreamDescription{SystemAudioCapture::sampleRate, 1, SampleType::float32, true},
-                     static_cast<std::int64_t>(samples.size()),
-                     {bytes.begin(), bytes.end()}});
+    handlers_.heard(heardAudio(samples));
 }
 
 void CaptureStream::end(const std::string& reason) {

@@ -4,6 +4,7 @@
 #include "platform/linux/pipewire/connection.h"
 #include "platform/linux/pipewire/handles.h"
 #include "platform/linux/pipewire/loop_sources.h"
+#include "platform/linux/server/server_observer.h"
 
 #include <chrono>
 #include <cstdint>
@@ -23,14 +24,7 @@ class Session {
 public:
     static constexpr auto serverName = "PipeWire";
 
-    class Observer {
-    public:
-        virtual ~Observer() = default;
-        /// The connection is about to go; what was made with it has to go now.
-        virtual void disconnecting() = 0;
-        /// Something may have changed, perhaps many things at once: also whether there is a server.
-        virtual void graphChanged() = 0;
-    };
+    using Observer = ServerObserver;
 
     /// Throws std::runtime_error.
     Session();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/pulse/capture_stream.h"
 
+#include "platform/linux/server/heard_audio.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -166,10 +168,7 @@ void CaptureStream::deliver() {
     if (samples.empty()) {
         return;
     }
-    const auto bytes = std::as_bytes(std::span(samples));
-    handlers_.heard({StreamDescription{SystemAudioCapture::sampleRate, 1, SampleType::float32, true},
-                     static_cast<std::int64_t>(samples.size()),
-                     {bytes.begin(), bytes.end()}});
+    handlers_.heard(heardAudio(samples));
 }
 
 void CaptureStream::end(const std::string& reason) {

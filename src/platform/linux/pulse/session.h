@@ -3,6 +3,7 @@
 
 #include "platform/linux/pulse/connection.h"
 #include "platform/linux/pulse/loop.h"
+#include "platform/linux/server/server_observer.h"
 
 #include <atomic>
 #include <chrono>
@@ -24,14 +25,7 @@ class Session {
 public:
     static constexpr auto serverName = "PulseAudio";
 
-    class Observer {
-    public:
-        virtual ~Observer() = default;
-        /// The connection is about to go; what was made with it has to go now.
-        virtual void disconnecting() = 0;
-        /// Something may have changed, perhaps many things at once: also whether there is a server.
-        virtual void graphChanged() = 0;
-    };
+    using Observer = ServerObserver;
 
     /// Throws std::runtime_error.
     Session();

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/system_audio_capture.h"
+
+#include <cstdint>
+#include <span>
+
+namespace sordin {
+
+/// Samples of one channel at the capture's rate, as it hands them on.
+[[nodiscard]] inline CapturedAudio heardAudio(std::span<const float> samples) {
+    const auto bytes = std::as_bytes(samples);
+    return {StreamDescription{SystemAudioCapture::sampleRate, 1, SampleType::float32, true},
+            static_cast<std::int64_t>(samples.size()),
+            {bytes.begin(), bytes.end()}};
+}
+
+}  // namespace sordin
