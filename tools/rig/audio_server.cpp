@@ -57,12 +57,11 @@ void AudioServer::setMute(const std::string& sink, bool mute) const {
     run({"pactl", "set-sink-mute", sink, mute ? "1" : "0"});
 }
 
-std::string AudioServer::run(const std::vector<std::string>& arguments) const {
+void AudioServer::run(const std::vector<std::string>& arguments) const {
     const auto log = folder() / "log/commands";
-    if (auto output = outputOf(arguments, log)) {
-        return *output;
+    if (!outputOf(arguments, log)) {
+        throw std::runtime_error(arguments.front() + " failed: " + contentsOf(log));
     }
-    throw std::runtime_error(arguments.front() + " failed: " + contentsOf(log));
 }
 
 void AudioServer::wait(const std::string& what, const std::vector<ChildProcess*>& processes,

@@ -67,8 +67,8 @@ protected:
     AudioServer(AudioServerOptions options, const AudioServer& beside);
 
     [[nodiscard]] const AudioServerOptions& options() const { return options_; }
-    /// Runs a command and expects it to succeed; what it writes.
-    std::string run(const std::vector<std::string>& arguments) const;
+    /// Runs a command and expects it to succeed.
+    void run(const std::vector<std::string>& arguments) const;
     /// Waits for `condition` while all of `processes` run; says else that there is no `what`.
     void wait(const std::string& what, const std::vector<ChildProcess*>& processes,
               const std::function<bool()>& condition) const;

@@ -14,6 +14,8 @@ class PrivateAudioServer final : public AudioServer {
 public:
     explicit PrivateAudioServer(AudioServerOptions options = {});
     ~PrivateAudioServer() override;
+    PrivateAudioServer(const PrivateAudioServer&) = delete;
+    PrivateAudioServer& operator=(const PrivateAudioServer&) = delete;
 
     void start() override;
     void stop() override;

@@ -65,13 +65,9 @@ void PrivatePulseAudio::start() {
     }
     const auto socket = folder() / "run/pulse/native";
     std::filesystem::remove(socket);  // a killed server leaves it
-    std::vector<std::string> arguments{SORDIN_PULSEAUDIO "/usr/bin/pulseaudio",
-                                       "-n",
-                                       "--daemonize=no",
-                                       "--use-pid-file=no",
-                                       "--exit-idle-time=-1",
-                                       "-p",
-                                       modules()};
+    const std::string program = SORDIN_PULSEAUDIO "/usr/bin/pulseaudio";
+    std::vector<std::string> arguments{
+        program, "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1", "-p", modules()};
     const auto load = [&arguments](const std::string& module) {
         arguments.insert(arguments.end(), {"-L", module});
     };

@@ -17,6 +17,8 @@ public:
     /// At the socket of another server, which does not use it.
     PrivatePulseAudio(AudioServerOptions options, const AudioServer& beside);
     ~PrivatePulseAudio() override;
+    PrivatePulseAudio(const PrivatePulseAudio&) = delete;
+    PrivatePulseAudio& operator=(const PrivatePulseAudio&) = delete;
 
     void start() override;
     void stop() override;

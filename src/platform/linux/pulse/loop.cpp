@@ -49,10 +49,7 @@ bool Loop::waitFor(std::chrono::milliseconds deadline, const std::function<bool(
 }
 
 LoopEvent::LoopEvent(const Loop& loop, std::function<void()> action)
-    : loop_(loop),
-      action_(std::move(action)),
-      descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      source_(nullptr) {
+    : loop_(loop), action_(std::move(action)), descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     const auto onSignal = [](pa_mainloop_api* /*api*/, pa_io_event* /*event*/, int descriptor,
                              pa_io_event_flags_t /*flags*/, void* data) {
         eventfd_t count = 0;

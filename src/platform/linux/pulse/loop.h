@@ -58,7 +58,7 @@ private:
     const Loop& loop_;
     std::function<void()> action_;
     FileDescriptor descriptor_;
-    pa_io_event* source_;
+    pa_io_event* source_ = nullptr;
 };
 
 /// Runs an action on the loop, once for each time it was set. Made and ended under the lock, or while the
