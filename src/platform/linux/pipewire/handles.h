@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/server/deleter.h"
+
 #include <memory>
 #include <pipewire/pipewire.h>
 
@@ -18,14 +20,6 @@ public:
 
 private:
     spa_hook hook_{};
-};
-
-template <auto destroy>
-struct Deleter {
-    template <class Thing>
-    void operator()(Thing* thing) const {
-        destroy(thing);
-    }
 };
 
 using LoopPointer = std::unique_ptr<pw_thread_loop, Deleter<pw_thread_loop_destroy>>;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/server/deleter.h"
+
 #include <memory>
 #include <pulse/context.h>
 #include <pulse/operation.h>
@@ -9,14 +11,6 @@
 #include <pulse/thread-mainloop.h>
 
 namespace sordin::pulse {
-
-template <auto destroy>
-struct Deleter {
-    template <class Thing>
-    void operator()(Thing* thing) const {
-        destroy(thing);
-    }
-};
 
 using LoopPointer = std::unique_ptr<pa_threaded_mainloop, Deleter<pa_threaded_mainloop_free>>;
 using ContextPointer = std::unique_ptr<pa_context, Deleter<pa_context_unref>>;
