@@ -16,10 +16,6 @@ using testing::FloatNear;
 
 constexpr auto deadline = 20s;
 
-float cubed(double volume) {
-    return static_cast<float>(volume * volume * volume);
-}
-
 /// A sound card of its own: "fake-sink" with the routes "fake-speaker" and "fake-headphones".
 class Card {
 public:

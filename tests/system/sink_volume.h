@@ -14,6 +14,11 @@
 
 namespace sordin {
 
+/// The linear volume, as servers keep it, of a slider's place from 0 to 1.
+inline float cubed(double volume) {
+    return static_cast<float>(volume * volume * volume);
+}
+
 /// Whether two volumes, linear, by channel, are the same but for what a server rounds.
 inline bool sameVolume(const std::vector<float>& a, const std::vector<float>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),

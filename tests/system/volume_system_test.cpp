@@ -14,10 +14,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-float cubed(double volume) {
-    return static_cast<float>(volume * volume * volume);
-}
-
 class VolumeOfServerTest : public VolumeSystemTest, public testing::WithParamInterface<ServerKind> {};
 INSTANTIATE_TEST_SUITE_P(Volume, VolumeOfServerTest, bothServers, serverName);
 

@@ -13,12 +13,10 @@ namespace sordin::replay {
 
 namespace {
 
-using nlohmann::json;
-
 /// One line: what it sets, not yet what it keeps.
 struct CueLine {
     double time = 0;
-    json fields;
+    nlohmann::json fields;
 
     [[nodiscard]] bool namesScores() const {
         return fields.contains("music") || fields.contains("speech") || fields.contains("jingle");
@@ -33,7 +31,7 @@ struct CueLine {
 }
 
 CueLine parseLine(const std::string& line, const std::string& where) {
-    json fields = json::parse(line, nullptr, false);
+    nlohmann::json fields = nlohmann::json::parse(line, nullptr, false);
     if (!fields.is_object()) {
         fail(where, "not a JSON object");
     }
@@ -61,7 +59,7 @@ CueLine parseLine(const std::string& line, const std::string& where) {
     return {time, std::move(fields)};
 }
 
-CueState applied(CueState state, const json& fields) {
+CueState applied(CueState state, const nlohmann::json& fields) {
     auto& scores = state.classification;
     scores.music = fields.value("music", scores.music);
     scores.speech = fields.value("speech", scores.speech);

@@ -38,7 +38,7 @@ std::optional<unsigned> hexDigit(char c) {
 }
 
 /// Undoes systemd's escapes: \x2d is a hyphen.
-std::string unescaped(std::string_view text) {
+std::string unescapedUnit(std::string_view text) {
     std::string result;
     while (!text.empty()) {
         const bool escape = text.size() >= 4 && text.starts_with("\\x");
@@ -87,14 +87,14 @@ std::optional<std::string> unitId(std::string_view unit) {
     }
     if (takePrefix(unit, "app-")) {
         if (takeSuffix(unit, ".scope")) {
-            return nonEmpty(unescaped(afterLast(beforeLast(unit, '-'), '-')));
+            return nonEmpty(unescapedUnit(afterLast(beforeLast(unit, '-'), '-')));
         }
         if (takeSuffix(unit, ".service")) {
-            return nonEmpty(unescaped(afterLast(beforeLast(unit, '@'), '-')));
+            return nonEmpty(unescapedUnit(afterLast(beforeLast(unit, '@'), '-')));
         }
     }
     if (takePrefix(unit, "dbus-:") && takeSuffix(unit, ".service")) {
-        return nonEmpty(unescaped(afterLast(beforeLast(unit, '@'), '-')));
+        return nonEmpty(unescapedUnit(afterLast(beforeLast(unit, '@'), '-')));
     }
     return std::nullopt;
 }

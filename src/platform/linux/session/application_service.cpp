@@ -9,10 +9,10 @@ namespace sordin {
 
 namespace {
 
-const QString service = QLatin1String(ApplicationService::id);
+const QString serviceName = QLatin1String(ApplicationService::id);
 const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 
-const QString description = QStringLiteral(R"(  <interface name="org.freedesktop.Application">
+const QString applicationDescription = QStringLiteral(R"(  <interface name="org.freedesktop.Application">
     <method name="Activate">
       <arg name="platform_data" type="a{sv}" direction="in"/>
     </method>
@@ -40,8 +40,9 @@ ApplicationService::ApplicationService(QDBusConnection bus,
     }
     // Before the name, by which others may call it at once.
     object_.add(interfaceName, interface());
-    const auto reply = bus_.interface()->registerService(service, QDBusConnectionInterface::DontQueueService,
-                                                         QDBusConnectionInterface::DontAllowReplacement);
+    const auto reply =
+        bus_.interface()->registerService(serviceName, QDBusConnectionInterface::DontQueueService,
+                                          QDBusConnectionInterface::DontAllowReplacement);
     if (reply.isValid()) {
         name_ = reply.value() == QDBusConnectionInterface::ServiceRegistered ? Name::ours : Name::taken;
     }
@@ -49,7 +50,7 @@ ApplicationService::ApplicationService(QDBusConnection bus,
 
 ApplicationService::~ApplicationService() {
     if (name_ == Name::ours) {
-        bus_.unregisterService(service);
+        bus_.unregisterService(serviceName);
     }
 }
 
@@ -62,7 +63,7 @@ bool ApplicationService::activateOther() {
             platformData.insert(QLatin1String(key), token);
         }
     }
-    auto call = QDBusMessage::createMethodCall(service, QLatin1String(path), interfaceName,
+    auto call = QDBusMessage::createMethodCall(serviceName, QLatin1String(path), interfaceName,
                                                QStringLiteral("Activate"));
     call << platformData;
     return bus_.call(call, QDBus::Block, patience).type() == QDBusMessage::ReplyMessage;
@@ -76,7 +77,7 @@ DbusObject::Interface ApplicationService::interface() {
         return call.createReply();
     };
     return {
-        description,
+        applicationDescription,
         {{QStringLiteral("Activate"), {QStringLiteral("a{sv}"), activate}},
          {QStringLiteral("Open"), {QStringLiteral("asa{sv}"), activate}},
          {QStringLiteral("ActivateAction"),

@@ -8,10 +8,10 @@ namespace sordin {
 
 namespace {
 
-const QString confidence = QStringLiteral("Confidence");
+const QString confidenceProperty = QStringLiteral("Confidence");
 
 /// The interface alone, with its comments, out of what is installed.
-QString description() {
+QString interfaceDescription() {
     QFile file(QStringLiteral(":/dbus/org.sordin.Sordin1.xml"));
     if (!file.open(QIODevice::ReadOnly)) {
         return {};
@@ -23,13 +23,10 @@ QString description() {
 }
 
 QVariantMap propertiesOf(const ControlInterface::State& state) {
-    return {{QStringLiteral("Status"), state.status},
-            {QStringLiteral("StatusText"), state.statusText},
-            {QStringLiteral("Enabled"), state.enabled},
-            {QStringLiteral("AdActive"), state.adActive},
-            {QStringLiteral("Faded"), state.faded},
-            {QStringLiteral("Source"), state.source},
-            {confidence, state.confidence}};
+    return {{QStringLiteral("Status"), state.status},   {QStringLiteral("StatusText"), state.statusText},
+            {QStringLiteral("Enabled"), state.enabled}, {QStringLiteral("AdActive"), state.adActive},
+            {QStringLiteral("Faded"), state.faded},     {QStringLiteral("Source"), state.source},
+            {confidenceProperty, state.confidence}};
 }
 
 }  // namespace
@@ -44,7 +41,7 @@ ControlInterface::ControlInterface(ApplicationService& service, Program program)
         program_.setEnabled(!program_.state().enabled);
         return call.createReply(program_.state().enabled);
     };
-    service_.object().add(QLatin1String(name), {description(),
+    service_.object().add(QLatin1String(name), {interfaceDescription(),
                                                 {{QStringLiteral("RestoreNow"), {{}, restore}},
                                                  {QStringLiteral("Toggle"), {{}, toggle}}},
                                                 [this] { return propertiesOf(program_.state()); },
@@ -74,7 +71,7 @@ void ControlInterface::tell() {
     const QVariantMap now = propertiesOf(program_.state());
     QVariantMap changed;
     for (auto each = now.begin(); each != now.end(); ++each) {
-        if (each.key() != confidence && each.value() != told_.value(each.key())) {
+        if (each.key() != confidenceProperty && each.value() != told_.value(each.key())) {
             changed.insert(each.key(), each.value());
         }
     }

@@ -14,7 +14,7 @@ namespace sordin {
 
 namespace {
 
-constexpr std::uint32_t longest = 1U << 24;  // a buffer of minutes; what is longer is no message
+constexpr std::uint32_t longestMessage = 1U << 24;  // a buffer of minutes; what is longer is no message
 constexpr std::size_t headerLength = 1 + sizeof(std::uint32_t);
 
 /// Whether the content arrived whole.
@@ -57,7 +57,7 @@ std::optional<ReceivedMessage> receiveMessage(int socket) {
         return std::nullopt;
     }
     std::memcpy(&length, header.data() + 1, sizeof length);
-    if (length > longest) {
+    if (length > longestMessage) {
         return std::nullopt;
     }
     ReceivedMessage message{static_cast<DecoderMessage>(header[0]), std::string(length, '\0')};
