@@ -34,13 +34,25 @@ void endAtSignals() {
     }
 }
 
-/// The file with the record of a duck.
+using Slot = PendingRestore::Slot;
+
+/// The file with the records of ducks.
 class RecordFile {
 public:
     explicit RecordFile(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
-    [[nodiscard]] std::optional<PendingRestore> read() const { return PendingRestore::read(*open()); }
-    void remove() const { PendingRestore::remove(*open()); }
+    /// Where a record like this lies.
+    [[nodiscard]] std::optional<Slot> slotOf(const DuckInForce& duck) const {
+        const auto* pending = std::get_if<PendingRestore>(&duck);
+        const auto defaults = open();
+        for (const Slot slot : {Slot::latest, Slot::away}) {
+            if (pending != nullptr && PendingRestore::read(*defaults, slot) == *pending) {
+                return slot;
+            }
+        }
+        return std::nullopt;
+    }
+    void remove(Slot slot) const { PendingRestore::remove(*open(), slot); }
 
 private:
     [[nodiscard]] std::shared_ptr<UserDefaults> open() const {
@@ -58,7 +70,7 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
         return;  // a new run of the program recovers by itself
     }
     const RecordFile file(folder);
-    const auto record = file.read();
+    const auto slot = file.slotOf(duck);
     const LinuxAudio audio;
     AudioObjects& objects = *audio.objects();
     auto device = awaitDevice(objects, duck, patienceWithLock);
@@ -68,14 +80,13 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
         lock.reset();
         device = awaitDevice(objects, duck, patienceWithoutLock);
         lock.emplace(folder, patienceForLock);
-        if (!device || lock->state() == State::taken || file.read() != record) {
+        if (!device || lock->state() == State::taken || file.slotOf(duck) != slot) {
             return;
         }
     }
     giveBack(objects, *device, duck);
-    const auto* pending = std::get_if<PendingRestore>(&duck);
-    if (pending != nullptr && record == *pending) {
-        file.remove();
+    if (slot) {
+        file.remove(*slot);
     }
 }
 

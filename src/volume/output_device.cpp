@@ -56,7 +56,8 @@ void raiseOutputVolume(AudioObjects& objects, AudioObjectId device, float volume
 }
 
 bool canMute(const AudioObjects& objects, AudioObjectId device) {
-    return objects.has(device, audio_property::mute) && objects.settable(device, audio_property::mute);
+    return objects.has(device, audio_property::mute) && objects.settable(device, audio_property::mute) &&
+           read<std::uint32_t>(objects, device, audio_property::mute).value_or(0) == 0;
 }
 
 void setMuted(AudioObjects& objects, AudioObjectId device, bool muted) {

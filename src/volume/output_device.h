@@ -21,6 +21,7 @@ void setOutputVolume(AudioObjects& objects, AudioObjectId device, float volume);
 /// has set since. A device that is away takes it when it returns; what it has until then nobody knows.
 void raiseOutputVolume(AudioObjects& objects, AudioObjectId device, float volume);
 
+/// Whether it has a mute switch that can be set, and that is off: what the user has muted stays so.
 [[nodiscard]] bool canMute(const AudioObjects& objects, AudioObjectId device);
 void setMuted(AudioObjects& objects, AudioObjectId device, bool muted);
 

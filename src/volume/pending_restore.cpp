@@ -10,10 +10,22 @@ namespace sordin {
 
 namespace {
 
-constexpr auto deviceKey = "pendingRestoreDevice";
-constexpr auto routeKey = "pendingRestoreRoute";
-constexpr auto referenceKey = "pendingRestoreReference";
-constexpr auto ratiosKey = "pendingRestoreRatios";
+struct Keys {
+    const char* volume;
+    const char* device;
+    const char* route;
+    const char* reference;
+    const char* ratios;
+};
+
+constexpr Keys latestKeys{PendingRestore::key, "pendingRestoreDevice", "pendingRestoreRoute",
+                          "pendingRestoreReference", "pendingRestoreRatios"};
+constexpr Keys awayKeys{"pendingRestoreAwayVolume", "pendingRestoreAwayDevice", "pendingRestoreAwayRoute",
+                        "pendingRestoreAwayReference", "pendingRestoreAwayRatios"};
+
+const Keys& keysOf(PendingRestore::Slot slot) {
+    return slot == PendingRestore::Slot::latest ? latestKeys : awayKeys;
+}
 
 std::string toText(const std::vector<float>& ratios) {
     constexpr int exactDigits = 9;  // enough to read back the same float
@@ -40,11 +52,11 @@ std::optional<std::vector<float>> parseRatios(const std::string& text) {
     return ratios;
 }
 
-std::optional<OutputDeviceRecord> readDevice(const UserDefaults& defaults) {
-    const auto name = defaults.text(deviceKey);
-    const auto route = defaults.text(routeKey);
-    const auto reference = defaults.number(referenceKey);
-    const auto ratiosText = defaults.text(ratiosKey);
+std::optional<OutputDeviceRecord> readDevice(const UserDefaults& defaults, const Keys& keys) {
+    const auto name = defaults.text(keys.device);
+    const auto route = defaults.text(keys.route);
+    const auto reference = defaults.number(keys.reference);
+    const auto ratiosText = defaults.text(keys.ratios);
     const auto ratios = ratiosText ? parseRatios(*ratiosText) : std::nullopt;
     if (!name || name->empty() || !route || !reference || *reference < 1 ||
         *reference > PendingRestore::highestReference || !ratios) {
@@ -55,32 +67,35 @@ std::optional<OutputDeviceRecord> readDevice(const UserDefaults& defaults) {
 
 }  // namespace
 
-std::optional<PendingRestore> PendingRestore::read(const UserDefaults& defaults) {
-    const auto volume = defaults.number(key);
-    if (!volume) {
+std::optional<PendingRestore> PendingRestore::read(const UserDefaults& defaults, Slot slot) {
+    const Keys& keys = keysOf(slot);
+    const auto volume = defaults.number(keys.volume);
+    if (!volume || !(*volume >= 0 && *volume <= 1)) {
         return std::nullopt;
     }
-    return PendingRestore{static_cast<float>(*volume), readDevice(defaults)};
+    return PendingRestore{static_cast<float>(*volume), readDevice(defaults, keys)};
 }
 
-void PendingRestore::write(UserDefaults& defaults) const {
-    UserDefaults::Changes changes{{key, static_cast<double>(volume)}};
+void PendingRestore::write(UserDefaults& defaults, Slot slot) const {
+    const Keys& keys = keysOf(slot);
+    UserDefaults::Changes changes{{keys.volume, static_cast<double>(volume)}};
     if (device) {
-        changes.insert(changes.end(), {{deviceKey, device->name},
-                                       {routeKey, device->route},
-                                       {referenceKey, static_cast<double>(device->reference)},
-                                       {ratiosKey, toText(device->ratios)}});
+        changes.insert(changes.end(), {{keys.device, device->name},
+                                       {keys.route, device->route},
+                                       {keys.reference, static_cast<double>(device->reference)},
+                                       {keys.ratios, toText(device->ratios)}});
     } else {
-        for (const auto* other : {deviceKey, routeKey, referenceKey, ratiosKey}) {
+        for (const auto* other : {keys.device, keys.route, keys.reference, keys.ratios}) {
             changes.emplace_back(other, std::nullopt);
         }
     }
     defaults.apply(changes);
 }
 
-void PendingRestore::remove(UserDefaults& defaults) {
+void PendingRestore::remove(UserDefaults& defaults, Slot slot) {
+    const Keys& keys = keysOf(slot);
     UserDefaults::Changes changes;
-    for (const auto* each : {key, deviceKey, routeKey, referenceKey, ratiosKey}) {
+    for (const auto* each : {keys.volume, keys.device, keys.route, keys.reference, keys.ratios}) {
         changes.emplace_back(each, std::nullopt);
     }
     defaults.apply(changes);

@@ -10,25 +10,30 @@ namespace sordin {
 
 /// What has to come back if the program ends while the volume is down, as it lies in the user defaults.
 struct PendingRestore {
+    /// Of the device that was faded last, or of one that had yet to take its volume when another was faded.
+    enum class Slot { latest, away };
+
     float volume = 0;  ///< 0 to 1
     std::optional<OutputDeviceRecord>
         device;  ///< absent when only the volume was kept: then any default device
 
     bool operator==(const PendingRestore&) const = default;
 
-    /// The key of the volume; what else is kept has keys that begin with the same word.
+    /// The key of the latest volume; what else is kept has keys that begin with "pendingRestore" too.
     static constexpr auto key = "pendingRestoreVolume";
 
     /// A device described with a higher reference is not believed: mixers end at 1.5, and what is damaged
     /// must not deafen anybody.
     static constexpr double highestReference = 10;
 
-    /// None when nothing is pending. What describes the device counts only if all of it can be read.
-    [[nodiscard]] static std::optional<PendingRestore> read(const UserDefaults& defaults);
+    /// None when nothing is pending, or what is there is no volume. What describes the device counts only if
+    /// all of it can be read.
+    [[nodiscard]] static std::optional<PendingRestore> read(const UserDefaults& defaults,
+                                                            Slot slot = Slot::latest);
 
-    void write(UserDefaults& defaults) const;
+    void write(UserDefaults& defaults, Slot slot = Slot::latest) const;
 
-    static void remove(UserDefaults& defaults);
+    static void remove(UserDefaults& defaults, Slot slot = Slot::latest);
 };
 
 }  // namespace sordin

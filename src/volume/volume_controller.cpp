@@ -2,7 +2,6 @@
 #include "volume/volume_controller.h"
 
 #include "volume/output_device.h"
-#include "volume/pending_restore.h"
 
 #include <algorithm>
 #include <chrono>
@@ -11,6 +10,8 @@
 namespace sordin {
 
 namespace {
+
+using Slot = PendingRestore::Slot;
 
 constexpr double stepSeconds = 0.02;
 constexpr auto stepInterval = std::chrono::milliseconds(20);
@@ -100,10 +101,10 @@ void VolumeController::duckNow(float fraction, double seconds) {
         // Where a restore is on its way, its target is the true volume, not what it has got to.
         savedVolume_ = returning && ramp_ ? ramp_->to : *current;
         usedMute_ = false;
+        setAwaitedAside(*device);
         const PendingRestore pending{*savedVolume_, objects_->record(*device)};
         tellGuard(pending);
         pending.write(*defaults_);
-        awaiting_.reset();
         startRamp({*device, *current, *savedVolume_ * fraction, stepsIn(seconds), false});
     } else if (canMute(*objects_, *device)) {
         savedVolume_.reset();
@@ -151,8 +152,9 @@ void VolumeController::tryToRecover() {
     if (!recovering_) {
         return;
     }
-    const auto pending = PendingRestore::read(*defaults_);
-    if (!pending) {
+    const auto away = PendingRestore::read(*defaults_, Slot::away);
+    const auto latest = PendingRestore::read(*defaults_);
+    if (!away && !latest) {
         recovering_ = false;
         return;
     }
@@ -161,16 +163,23 @@ void VolumeController::tryToRecover() {
         return;  // until there is one
     }
     recovering_ = false;
-    const AudioObjectId device = pending->device ? objects_->adopt(*pending->device) : *fallback;
-    tellGuard(*pending);
-    raiseOutputVolume(*objects_, device, pending->volume);
-    restored(device);
+    for (const auto& [pending, slot] : {std::pair(away, Slot::away), {latest, Slot::latest}}) {
+        if (pending) {
+            const AudioObjectId device = pending->device ? objects_->adopt(*pending->device) : *fallback;
+            tellGuard(*pending);
+            raiseOutputVolume(*objects_, device, pending->volume);
+            restored(device, slot);
+        }
+    }
 }
 
 void VolumeController::devicesChanged() {
     tryToRecover();
     if (awaiting_ && objects_->present(*awaiting_)) {
         restored(*awaiting_);
+    }
+    if (away_ && objects_->present(*away_)) {
+        restored(*away_, Slot::away);
     }
 }
 
@@ -219,19 +228,34 @@ void VolumeController::finishRestoreRamp() {
 
 void VolumeController::unmute() {
     setMuted(*objects_, device_, false);
-    const auto pending = awaiting_ ? PendingRestore::read(*defaults_) : std::nullopt;
-    if (pending) {
-        tellGuard(*pending);  // of another device, which has yet to take its volume
+    if (awaiting_) {
+        tellGuardTheRest();  // of another device, which has yet to take its volume
     } else {
         restored(device_);
     }
 }
 
-void VolumeController::restored(AudioObjectId device) {
+void VolumeController::setAwaitedAside(AudioObjectId device) {
+    if (away_ == device) {
+        PendingRestore::remove(*defaults_, Slot::away);  // it is there again, and gets a record anew
+        away_.reset();
+    }
+    if (awaiting_ && *awaiting_ != device) {
+        const auto pending = PendingRestore::read(*defaults_);
+        if (pending && pending->device) {  // else nobody could tell later whose volume it is
+            pending->write(*defaults_, Slot::away);
+            away_ = awaiting_;
+        }
+    }
+    awaiting_.reset();
+}
+
+void VolumeController::restored(AudioObjectId device, Slot slot) {
+    auto& awaiting = slot == Slot::latest ? awaiting_ : away_;
     const bool present = objects_->present(device);
     // From here on nobody else would bring it back, so the audio system must have it.
     if (!present || !objects_->flush(patienceForConfirmation)) {
-        awaiting_ = device;
+        awaiting = device;
         if (present) {
             confirmation_ = queue_->after(confirmationInterval, [weak = weak_from_this()] {
                 if (const auto self = weak.lock()) {
@@ -241,10 +265,22 @@ void VolumeController::restored(AudioObjectId device) {
         }
         return;
     }
-    PendingRestore::remove(*defaults_);
-    awaiting_.reset();
+    PendingRestore::remove(*defaults_, slot);
+    awaiting.reset();
     const bool mutedMeanwhile = ducked_ && usedMute_;  // another device, which the guard knows of
-    if (guard_ && !mutedMeanwhile) {
+    if (!mutedMeanwhile) {
+        tellGuardTheRest();
+    }
+}
+
+void VolumeController::tellGuardTheRest() {
+    auto pending = PendingRestore::read(*defaults_);
+    if (!pending) {
+        pending = PendingRestore::read(*defaults_, Slot::away);
+    }
+    if (pending) {
+        tellGuard(*pending);
+    } else if (guard_) {
         guard_->givenBack();
     }
 }

@@ -4,6 +4,7 @@
 #include "platform/audio_objects.h"
 #include "platform/user_defaults.h"
 #include "support/serial_queue.h"
+#include "volume/pending_restore.h"
 #include "volume/volume_guard.h"
 
 #include <memory>
@@ -74,8 +75,12 @@ private:
     void unmute();
     /// A device has its volume back: forgets the record, unless the device is away, or the audio system does
     /// not answer, and has yet to take it.
-    void restored(AudioObjectId device);
+    void restored(AudioObjectId device, PendingRestore::Slot slot = PendingRestore::Slot::latest);
+    /// `device` is about to be faded: keeps the record of another that has yet to take its volume.
+    void setAwaitedAside(AudioObjectId device);
     void tellGuard(const DuckInForce& duck);
+    /// Of the record that is left, or that none is.
+    void tellGuardTheRest();
 
     const std::shared_ptr<SerialQueue> queue_;
     const std::shared_ptr<AudioObjects> objects_;
@@ -92,6 +97,7 @@ private:
     bool usedMute_ = false;
     bool recovering_ = false;                // a record of an earlier run waits for a device
     std::optional<AudioObjectId> awaiting_;  // restored but has yet to take it; the record stays until then
+    std::optional<AudioObjectId> away_;      // the same, when another has been faded since
 };
 
 }  // namespace sordin

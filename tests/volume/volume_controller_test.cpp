@@ -96,6 +96,11 @@ TEST_F(VolumeControllerTest, UsesTheFrontChannelsOrTheMuteSwitch) {
     restore();
     EXPECT_EQ(device.mute, 0U);
 
+    device.mute = 1;
+    duck();
+    restore();
+    EXPECT_EQ(device.mute, 1U) << "muted by the user";
+
     device.mute.reset();
     writes.clear();
     duck();

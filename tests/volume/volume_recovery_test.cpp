@@ -2,6 +2,8 @@
 // What a crash left down comes back.
 #include "volume/volume_fixture.h"
 
+#include <cmath>
+
 namespace sordin {
 namespace {
 
@@ -110,6 +112,45 @@ TEST_F(VolumeRecoveryTest, ARestoreToADeviceThatIsAwayKeepsTheRecordUntilItRetur
     EXPECT_TRUE(defaults->values.empty());
 }
 
+TEST_F(VolumeRecoveryTest, ADeviceThatIsAwayGetsItsVolumeThoughAnotherWasFadedSince) {
+    const auto leaveSpeakersOutOfAnAd = [this] {
+        objects->makeDefault(speakers);
+        duck();
+        objects->leave(speakers);
+        objects->makeDefault(headphones);
+        restore();
+    };
+    for (const bool crash : {false, true}) {
+        controller->recoverFromCrash();
+        leaveSpeakersOutOfAnAd();
+        duck();
+        EXPECT_EQ(volumeOf(headphones), 0);
+        if (crash) {
+            controller = std::make_shared<VolumeController>(queue, objects, defaults);
+            recover();
+        } else {
+            restore();
+        }
+        EXPECT_EQ(volumeOf(headphones), 0.5F);
+        EXPECT_FALSE(defaults->values.empty()) << "what the speakers are owed";
+        controller = std::make_shared<VolumeController>(queue, objects, defaults);
+        recover();
+        objects->devices[speakers].volumes[0] = 0;  // as its server remembers it
+        objects->comeBack(speakers);
+        pass(1);
+        EXPECT_EQ(volumeOf(speakers), 0.8F);
+        EXPECT_TRUE(defaults->values.empty());
+    }
+    leaveSpeakersOutOfAnAd();
+    duck();
+    objects->comeBack(speakers);  // in the middle of the other's ad
+    pass(1);
+    EXPECT_EQ(volumeOf(speakers), 0.8F);
+    EXPECT_EQ(pending(), 0.5) << "that of the headphones";
+    restore();
+    EXPECT_TRUE(defaults->values.empty());
+}
+
 TEST_F(VolumeRecoveryTest, TheRecordReadsBackWhole) {
     const PendingRestore written{0.375F,
                                  OutputDeviceRecord{"alsa \"x\"", "headphones", 1.3F, {1, 0.123456789F, 0}}};
@@ -135,6 +176,10 @@ TEST_F(VolumeRecoveryTest, TheRecordReadsBackWhole) {
     }
     PendingRestore{0.5F, std::nullopt}.write(*defaults);
     EXPECT_THAT(defaults->values, SizeIs(1));
+    for (const double damaged : {-0.1, 1.1, std::nan("")}) {
+        defaults->set(PendingRestore::key, damaged);
+        EXPECT_FALSE(PendingRestore::read(*defaults)) << damaged;
+    }
 }
 
 }  // namespace
