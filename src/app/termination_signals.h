@@ -10,7 +10,8 @@
 namespace sordin {
 
 /// Turns the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) into an ordinary call on the main
-/// thread. A second one ends the program at once, should the first have got stuck. One at a time.
+/// thread. The same one a second time ends the program at once, should the first have got stuck. One at a
+/// time.
 class TerminationSignals {
 public:
     /// `onSignal` is called once, from the event loop. Throws std::system_error if the process has no file

@@ -67,15 +67,10 @@ public:
     /// transcription, both from the next hop on. Initially 0.575 and on. Any thread.
     void configure(float threshold, bool transcriptionEnabled);
 
-    /// The audio in the form that `ingest` takes; see pcmBuffer in captured_audio.h.
-    [[nodiscard]] static std::optional<PcmBuffer> pcmBuffer(const CapturedAudio& audio) {
-        return sordin::pcmBuffer(audio);
-    }
-
-    /// Takes the next stretch of the stream and processes every hop that it completes. Only channel 0 is cut
-    /// into hops; classifier and transcriber get the whole buffer unless it is silent. A buffer without
-    /// frames or channels does not count as audio. On the queue only. The hops do not depend on how the
-    /// stream is cut.
+    /// Takes the next stretch of the stream (of captured audio: see pcmBuffer in captured_audio.h) and
+    /// processes every hop that it completes. Only channel 0 is cut into hops; classifier and transcriber get
+    /// the whole buffer unless it is silent. A buffer without frames or channels does not count as audio. On
+    /// the queue only. The hops do not depend on how the stream is cut.
     void ingest(const PcmBuffer& buffer);
 
     /// Ends an ad in progress and returns to a clean listening state; learned ads and the time of the last

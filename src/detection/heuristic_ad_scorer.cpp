@@ -40,7 +40,7 @@ HeuristicAdScorer::Verdict HeuristicAdScorer::update(const DetectionSignals& sig
     }
     boundary_ = std::max(boundary_ * 0.93F, signals.boundary);
 
-    const std::array<float, caps.size()> strengths{
+    const std::array<float, weights.size()> strengths{
         audioStrength(signals),
         signals.keywordActive ? signals.keyword : 0.0F,
         boundary_,
@@ -49,9 +49,9 @@ HeuristicAdScorer::Verdict HeuristicAdScorer::update(const DetectionSignals& sig
         loudnessStrength(signals),
     };
     float doubt = 1;
-    for (std::size_t i = 0; i < caps.size(); ++i) {
-        const float share = caps[i].weight * strengths[i];
-        verdict.contributions.append({caps[i].name, share});
+    for (std::size_t i = 0; i < weights.size(); ++i) {
+        const float share = weights[i].weight * strengths[i];
+        verdict.contributions.append({weights[i].name, share});
         doubt *= 1.0F - share;
     }
     verdict.raw = clampToUnit(1.0F - doubt);

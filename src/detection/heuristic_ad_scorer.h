@@ -15,13 +15,13 @@ class HeuristicAdScorer final : public AdScoring {
 public:
     using Verdict = AdVerdict;
 
-    struct Cap {
+    struct SignalWeight {
         std::string_view name;
         float weight;
     };
 
     /// The weights; contributions come in this order.
-    static constexpr std::array<Cap, Contributions::capacity> caps{{
+    static constexpr std::array<SignalWeight, Contributions::capacity> weights{{
         {"Audio", 0.55F},
         {"Keywords", 0.85F},
         {"Boundary", 0.35F},

@@ -5,8 +5,8 @@
 
 namespace sordin {
 
-/// A number of seconds as the user reads it: 42s, 2m 05s, 1h 02m. Rounded to whole seconds; what is over a
-/// minute in hours is dropped.
+/// A number of seconds as the user reads it: 42s, 2m 05s, 1h 02m. Rounded to whole seconds; from an hour on
+/// without the seconds.
 [[nodiscard]] QString formatDuration(double seconds);
 
 }  // namespace sordin

@@ -2,6 +2,7 @@
 // The engine's life, its settings and its status.
 #include "engine/sordin_engine.h"
 
+#include "detection/sensitivity.h"
 #include "engine/engine_log.h"
 
 #include <utility>
@@ -17,13 +18,6 @@ constexpr auto sensitivityKey = "sensitivity";
 constexpr auto duckPercentKey = "duckPercent";
 constexpr auto transcriptionKey = "transcription";
 constexpr auto onboardedKey = "onboarded";
-
-/// The detector's threshold for a sensitivity: 0.8 at 0, 0.35 at 1.
-float thresholdFor(double sensitivity) {
-    constexpr double highest = 0.8;
-    constexpr double slope = -0.45;
-    return static_cast<float>(highest + sensitivity * slope);
-}
 
 const char* name(EngineStatus::Kind kind) {
     switch (kind) {
@@ -84,7 +78,7 @@ void SordinEngine::readSettings() {
 }
 
 void SordinEngine::pushConfig() {
-    const float threshold = thresholdFor(sensitivity_);
+    const float threshold = detectionThreshold(sensitivity_);
     publish(threshold_, static_cast<double>(threshold), &SordinEngine::thresholdChanged);
     constexpr double percent = 100;
     config_->setDuck(static_cast<float>(duckPercent_ / percent));

@@ -40,7 +40,7 @@ void SordinEngine::startCapture() {
     parts_.capture->start(
         std::shared_ptr<SerialQueue>(parts_.pipeline, &parts_.pipeline->queue()),
         [pipeline = parts_.pipeline](const CapturedAudio& audio) {
-            if (const auto buffer = DetectionPipeline::pcmBuffer(audio)) {
+            if (const auto buffer = pcmBuffer(audio)) {
                 pipeline->ingest(*buffer);
             }
         },
@@ -60,7 +60,7 @@ void SordinEngine::startFinished(std::uint64_t start,
         return;
     }
     capturing_ = true;
-    setStatus(isEnabled_ ? EngineStatus::Kind::listening : EngineStatus::Kind::disabled);
+    setStatus(EngineStatus::Kind::listening);
     startWatchdog();
 }
 
@@ -80,6 +80,7 @@ void SordinEngine::stopCapture() {
     setStatus(EngineStatus::Kind::disabled);
     publish(adActive_, false, &SordinEngine::adActiveChanged);
     publish(confidence_, 0.0, &SordinEngine::confidenceChanged);
+    publish(transcribing_, false, &SordinEngine::transcribingChanged);
     setSignals({});
 }
 
@@ -89,6 +90,7 @@ void SordinEngine::captureStopped() {
         return;
     }
     parts_.pipeline->stop();
+    publish(transcribing_, false, &SordinEngine::transcribingChanged);
     setStatus(EngineStatus::failed(QStringLiteral("Audio capture stopped. Retrying…")));
     retry_ = parts_.mainQueue->after(retryDelay, [this] {
         startCapture();

@@ -29,7 +29,7 @@ namespace sordin {
 /// Where the system has no pidfd_open (Linux before 5.3) there is no guard.
 class GuardProcess final : public VolumeGuard {
 public:
-    /// Starts `helper`, which finds the record in `folder`. Never fails: see running().
+    /// Starts `helper`, which finds the record in `folder`. Never fails: pid() is -1 then.
     GuardProcess(const std::filesystem::path& helper, const std::filesystem::path& folder);
 
     /// Lets the guard end, with the program where a duck is still in force, else now.

@@ -92,7 +92,7 @@ public:
             }
         }
         if (resting_) {
-            decoder_ = nullptr;
+            rest();
         }
     }
 
@@ -218,7 +218,7 @@ private:
     const std::weak_ptr<SerialQueue> queue_;
     const std::shared_ptr<Worker> worker_;
     const std::shared_ptr<Worker::Order> order_;
-    bool ended_ = false;
+    std::atomic<bool> ended_ = false;
 };
 
 DecodingRecogniser::DecodingRecogniser(std::shared_ptr<SerialQueue> queue, Model model)

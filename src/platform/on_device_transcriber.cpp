@@ -33,7 +33,9 @@ public:
     }
     void keep(Session session) {
         const std::scoped_lock lock(lock_);
-        session_ = std::move(session);
+        if (active_) {  // else it was ended meanwhile, and ends as it is dropped
+            session_ = std::move(session);
+        }
     }
     /// Text of an older session than the latest is dropped.
     void hear(std::uint64_t number, const std::string& text) {

@@ -45,7 +45,7 @@ fs::path folderOf(const fs::path& path) {
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
-/// The file that a chain of symbolic links ends in, whether it exists or not.
+/// The file that a chain of symbolic links ends in; the first link itself where that does not exist.
 fs::path followed(const fs::path& path) {
     std::error_code error;
     auto target = fs::weakly_canonical(path, error);

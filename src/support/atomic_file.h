@@ -14,9 +14,9 @@ enum class Durability {
 };
 
 /// Replaces the contents of a file as a whole: whoever reads it, and a program that dies in between, sees the
-/// old contents or the new, never a part. The file is readable by its owner only; a symbolic link stays and
-/// its target is replaced. The folder must exist. On an error the old file is as it was and no other file is
-/// left behind.
+/// old contents or the new, never a part. The file is readable by its owner only; a symbolic link to a
+/// file stays and its target is replaced. The folder must exist. On an error the old file is as it was and no
+/// other file is left behind.
 [[nodiscard]] std::error_code replaceFile(const std::filesystem::path& path, std::string_view contents,
                                           Durability durability);
 

@@ -16,7 +16,7 @@ public:
 
     SystemClock();
 
-    /// For tests: `wall` and `elapsed` give seconds and take the place of the system's two clocks.
+    /// Over other clocks, which give seconds: `elapsed` counts what shall count.
     SystemClock(const Reading& wall, Reading elapsed);
 
     [[nodiscard]] double now() const override;

@@ -344,7 +344,7 @@ TEST_F(ViewsTest, TextsCanBeReadInBothLooks) {
         EXPECT_GE(contrast("orangeText", "card"), 4.5) << dark;
         EXPECT_GE(contrast("accentText", "accent"), 4.5) << dark;
         EXPECT_GE(contrast("red", "button"), 4.5) << dark;
-        for (const char* mark : {"accent", "red", "orange", "yellow", "green", "gray"}) {
+        for (const char* mark : {"accent", "red", "orange", "yellow", "green", "gray", "edge"}) {
             EXPECT_GE(contrast(mark, "card"), 3) << mark << dark;
         }
     }

@@ -4,6 +4,7 @@
 #include "detection/captured_audio.h"
 #include "platform/audio_process_inspector.h"
 #include "support/asio_serial_queue.h"
+#include "volume/output_device.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,13 +36,11 @@ public:
 private:
     void report() {
         level_.rms = std::sqrt(energy_ / static_cast<double>(level_.frames));
-        const auto device =
-            read<std::uint32_t>(*objects_, systemAudioObject, audio_property::defaultOutputDevice)
-                .value_or(0);
-        if (const auto record = objects_->record(device)) {
-            level_.device = record->name;
+        if (const auto device = defaultOutputDevice(*objects_)) {
+            const auto record = objects_->record(*device);
+            level_.device = record ? record->name : "";
+            level_.volume = outputVolume(*objects_, *device);
         }
-        level_.volume = read<float>(*objects_, device, audio_property::volume(0));
         level_.playing = inspector_.activeOutputApps();
         level_.source = inspector_.likelySource();
         printer_.level(level_);

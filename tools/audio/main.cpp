@@ -121,7 +121,8 @@ void run(Program& program, int signals, std::optional<double> seconds) {
         int left = -1;
         if (seconds) {
             const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
-            left = static_cast<int>(std::max((*seconds - passed.count()) * 1000, 0.0));
+            constexpr double longest = 86'400'000;  // a day, as long as poll() can wait
+            left = static_cast<int>(std::clamp((*seconds - passed.count()) * 1000, 0.0, longest));
         }
         std::array<pollfd, 2> sources{{{STDIN_FILENO, POLLIN, 0}, {signals, POLLIN, 0}}};
         const int ready = poll(sources.data(), sources.size(), left);

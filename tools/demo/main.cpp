@@ -5,6 +5,7 @@
 #include "platform/linux/pipewire/audio_objects.h"
 #include "replay/input_error.h"
 #include "rig/private_audio_server.h"
+#include "volume/output_device.h"
 
 #include <chrono>
 #include <cstdio>
@@ -33,9 +34,8 @@ bool plays(const AudioObjects& objects, pid_t program) {
 }
 
 std::optional<float> volumeOf(const AudioObjects& objects) {
-    const auto device =
-        read<std::uint32_t>(objects, systemAudioObject, audio_property::defaultOutputDevice).value_or(0);
-    return read<float>(objects, device, audio_property::volume(0));
+    const auto device = defaultOutputDevice(objects);
+    return device ? outputVolume(objects, *device) : std::nullopt;
 }
 
 void demonstrate(const std::string& program, const std::string& broadcast, const std::string& labels) {

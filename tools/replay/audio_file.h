@@ -12,7 +12,7 @@
 
 namespace sordin::replay {
 
-/// Rate at which recordings are replayed, as the capture will deliver: Hz, mono.
+/// Rate at which recordings are replayed, as the capture delivers: Hz, mono.
 inline constexpr double replayRate = 16'000;
 
 /// A recording, read piece by piece as 16 kHz mono; several channels are averaged.
@@ -27,8 +27,8 @@ public:
     /// Appends the next stretch of at most about a second to `samples`; false at the end of the recording.
     bool read(std::vector<float>& samples);
 
-    /// Calls `take` with all that is left, in buffers of 20 ms as a capture delivers them, the last one
-    /// shorter; `onProgress`, if there is one, after each stretch with what progress() says then.
+    /// Calls `take` with all that is left, in buffers of 20 ms, of which whole numbers make a hop, the last
+    /// one shorter; `onProgress`, if there is one, after each stretch with what progress() says then.
     void readBuffers(const std::function<void(std::vector<float>)>& take,
                      const std::function<void(std::optional<double>)>& onProgress = {});
 

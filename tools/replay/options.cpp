@@ -128,8 +128,14 @@ Options parseOptions(std::vector<std::string> arguments) {
             return options;
         case ':':
             throw UsageError(std::string(argv[static_cast<std::size_t>(optind - 1)]) + " needs a value");
-        default:
-            throw UsageError(std::string("bad option '") + argv[static_cast<std::size_t>(optind - 1)] + "'");
+        default: {
+            // Of a short one among others getopt is still at the word.
+            const bool isShort = optopt > version;
+            throw UsageError("bad option '" +
+                             (isShort ? std::string{'-', static_cast<char>(optopt)}
+                                      : std::string(argv[static_cast<std::size_t>(optind - 1)])) +
+                             "'");
+        }
         }
     }
     for (char** file = argv.data() + optind; *file != nullptr; ++file) {

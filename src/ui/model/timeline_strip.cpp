@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 namespace sordin {
@@ -21,6 +22,8 @@ constexpr double tolerance = 3;  // around a mark, for the pointer
 
 TimelineStrip::TimelineStrip(QQuickItem* parent) : QQuickPaintedItem(parent) {
     connect(this, &TimelineStrip::changed, this, [this] { update(); });
+    connect(&repaint_, &QTimer::timeout, this, [this] { update(); });
+    repaint_.start(std::chrono::minutes(1));
 }
 
 void TimelineStrip::setEvents(AdHistoryModel* events) {
@@ -66,14 +69,15 @@ void TimelineStrip::paint(QPainter* painter) {
     ground.addRoundedRect(QRectF(0, 0, width(), height()), groundRadius, groundRadius);
     painter->fillPath(ground, ground_);
     painter->setClipPath(ground);
-    for (const Mark& mark : marks(QDateTime::currentDateTime())) {
+    painted_ = QDateTime::currentDateTime();
+    for (const Mark& mark : marks(painted_)) {
         painter->setBrush(mark.real ? real_ : test_);
         painter->drawRoundedRect(mark.place, markRadius, markRadius);
     }
 }
 
 int TimelineStrip::rowAt(double x) const {
-    const auto all = marks(QDateTime::currentDateTime());
+    const auto all = marks(painted_.isValid() ? painted_ : QDateTime::currentDateTime());
     const auto found = std::find_if(all.rbegin(), all.rend(), [x](const Mark& mark) {
         return x >= mark.place.left() - tolerance && x <= mark.place.right() + tolerance;
     });

@@ -7,11 +7,12 @@
 #include <QDateTime>
 #include <QPointer>
 #include <QQuickPaintedItem>
+#include <QTimer>
 #include <vector>
 
 namespace sordin {
 
-/// The ads of the last hours as marks on a bar, now at its right end. Positions are as of the last change.
+/// The ads of the last hours as marks on a bar, now at its right end. Positions are as of the last painting.
 class TimelineStrip : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
@@ -38,7 +39,8 @@ public:
     [[nodiscard]] std::vector<Mark> marks(const QDateTime& now) const;
     void paint(QPainter* painter) override;
 
-    /// The row of the topmost mark at a place, with a few points of tolerance; -1 if there is none.
+    /// The row of the topmost mark at a place, as it was painted, with a few points of tolerance; -1 if there
+    /// is none.
     Q_INVOKABLE [[nodiscard]] int rowAt(double x) const;
 
 Q_SIGNALS:
@@ -47,6 +49,8 @@ Q_SIGNALS:
 
 private:
     QPointer<AdHistoryModel> events_;
+    QDateTime painted_;
+    QTimer repaint_;  // as time passes
     int hours_ = 6;
     QColor ground_;
     QColor real_;

@@ -48,6 +48,7 @@ Rectangle {
                 }
                 background: Rectangle {
                     radius: 6
+                    border { width: choice.checked ? 1 : 0; color: Theme.edge }
                     color: choice.checked ? (Theme.dark ? "#5a5e67" : "#ffffff") : choice.hovered ? Theme.hover : "transparent"
                     FocusFrame { control: choice; radius: 7; gap: -2 }
                 }

@@ -46,7 +46,7 @@ T.Slider {
         height: 18
         radius: 9
         color: control.pressed ? "#eef0f3" : "white"
-        border { width: 1; color: Theme.dark ? "#50000000" : "#50000000" }
+        border { width: 1; color: Theme.edge }
         FocusFrame { control: control; radius: 13 }
     }
 }

@@ -20,7 +20,7 @@ T.Switch {
         radius: 11
         x: control.labelHidden ? 0 : control.width - width
         y: (control.height - height) / 2
-        color: control.checked ? Theme.accent : Theme.dark ? "#5a5e67" : "#a9aeb8"
+        color: control.checked ? Theme.accent : Theme.edge
         Behavior on color { ColorAnimation { duration: Theme.quick } }
         Rectangle {
             x: 2 + control.visualPosition * 16

@@ -18,6 +18,7 @@ QtObject {
     readonly property color text: dark ? "#f1f2f4" : "#1b1d22"
     readonly property color secondary: dark ? "#a9adb6" : "#5f646e"
     readonly property color quaternary: dark ? "#3a3d44" : "#e3e5ea"
+    readonly property color edge: dark ? "#7c818b" : "#8a909b" // of what controls are made of
     readonly property color hover: dark ? "#14ffffff" : "#0d000000"
     readonly property color pressed: dark ? "#22ffffff" : "#1a000000"
     readonly property color red: dark ? "#ff7b74" : "#d62f26"

@@ -15,8 +15,15 @@ Item {
 
     implicitHeight: content.implicitHeight + 20
     Accessible.role: Accessible.ListItem
-    Accessible.name: [app, duration, details].join(", ")
+    Accessible.name: [app, duration, details, real ? qsTr("Muted") : qsTr("Test"), qsTr("%1% conf.").arg(confidence)].join(", ")
 
+    Rectangle { // where the keyboard is
+        anchors { fill: parent; leftMargin: -2 }
+        visible: row.ListView.isCurrentItem && row.ListView.view.activeFocus
+        radius: 8
+        color: "transparent"
+        border { width: 2; color: Theme.accent }
+    }
     Divider { visible: row.index > 0; width: parent.width; height: 1 }
     RowLayout {
         id: content

@@ -38,11 +38,15 @@ T.ApplicationWindow {
     RowLayout {
         anchors.fill: parent
         spacing: 0
+        // Not all that a page shows can have the focus, which would bring it into sight.
+        Keys.onPressed: event => {
+            const pages = event.key === Qt.Key_PageDown ? 1 : event.key === Qt.Key_PageUp ? -1 : 0;
+            detail.contentY = Math.max(0, Math.min(detail.contentY + pages * (detail.height - 48), detail.contentHeight - detail.height));
+            event.accepted = pages !== 0;
+        }
         Rectangle {
             Layout.fillHeight: true
-            Layout.minimumWidth: 160
             Layout.preferredWidth: 180
-            Layout.maximumWidth: 220
             color: Theme.sidebar
             ListView {
                 id: sidebar

@@ -121,14 +121,17 @@ ColumnLayout {
             visible: events.canUndo
             spacing: 8
             Caption { text: qsTr("The history was cleared."); Accessible.role: Accessible.AlertMessage }
-            Button { objectName: "undo"; text: qsTr("Undo"); onClicked: events.undoClear() }
+            Button { id: undo; objectName: "undo"; text: qsTr("Undo"); onClicked: events.undoClear() }
         }
         Button {
             objectName: "clear"
             text: qsTr("Clear")
             destructive: true
             enabled: events.canClear
-            onClicked: events.clear()
+            onClicked: {
+                events.clear();
+                undo.forceActiveFocus(Qt.TabFocusReason); // this button can no longer have it
+            }
         }
     }
     Item { Layout.fillHeight: true }

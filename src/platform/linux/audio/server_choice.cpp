@@ -58,15 +58,14 @@ bool ServerChoice::waitUntilKnown(std::chrono::milliseconds deadline) {
 }
 
 void ServerChoice::decide() {
-    // Both servers may tell at once; whoever comes last knows both.
-    const bool pulseIsThere = pulseIsThere_;
-    const bool pipeWireSounds = pipeWireSounds_;
-    if (pulseIsThere) {
+    // Both servers may tell at once; whoever decides last knows both.
+    const std::scoped_lock lock(deciding_);
+    if (pulseIsThere_) {
         server_ = Server::pulseAudio;
-    } else if (pipeWireSounds) {
+    } else if (pipeWireSounds_) {
         server_ = Server::pipeWire;
     }
-    pulse_->keepLooking(!pipeWireSounds);
+    pulse_->keepLooking(!pipeWireSounds_);
 }
 
 }  // namespace sordin

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <mutex>
 
 namespace sordin {
 
@@ -44,6 +45,7 @@ private:
 
     const std::shared_ptr<pipewire::Session> pipeWire_;
     const std::shared_ptr<pulse::Session> pulse_;
+    std::mutex deciding_;
     std::atomic<Server> server_ = Server::pipeWire;
     std::atomic<bool> pipeWireSounds_ = false;
     std::atomic<bool> pulseIsThere_ = false;

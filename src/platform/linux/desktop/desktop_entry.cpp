@@ -60,9 +60,10 @@ std::string environment(const char* name) {
     return value != nullptr ? value : "";
 }
 
-std::string environment(const char* name, const std::string& fallback) {
-    const std::string value = environment(name);
-    return value.empty() ? fallback : value;
+/// A folder that a variable names; others than absolute ones are to be ignored.
+fs::path folder(const char* name, const fs::path& fallback) {
+    const fs::path value = environment(name);
+    return value.is_absolute() ? value : fallback;
 }
 
 std::string userLocale() {
@@ -92,21 +93,23 @@ std::optional<std::string> desktopEntryName(std::string_view text, const std::st
 }
 
 DesktopEntries DesktopEntries::ofUser() {
-    const fs::path home = environment("HOME", "/");
-    const fs::path userData = environment("XDG_DATA_HOME", home / ".local/share");
+    const fs::path userData = folder("XDG_DATA_HOME", folder("HOME", "/") / ".local/share");
     std::vector<fs::path> data{userData};
-    std::string rest = environment("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
+    std::string rest = environment("XDG_DATA_DIRS");
+    if (rest.empty()) {
+        rest = "/usr/local/share:/usr/share";
+    }
     while (!rest.empty()) {
         const auto end = std::min(rest.find(':'), rest.size());
-        if (end > 0) {
-            data.emplace_back(rest.substr(0, end));
+        if (const fs::path each = rest.substr(0, end); each.is_absolute()) {
+            data.push_back(each);
         }
         rest.erase(0, end + 1);
     }
     data.insert(data.end(), {userData / "flatpak/exports/share", "/var/lib/flatpak/exports/share",
                              "/var/lib/snapd/desktop"});
-    for (fs::path& folder : data) {
-        folder /= "applications";
+    for (fs::path& each : data) {
+        each /= "applications";
     }
     return {data, userLocale()};
 }
@@ -116,8 +119,8 @@ std::optional<std::string> DesktopEntries::name(const std::string& id) const {
     if (id.empty() || id.find('/') != std::string::npos || id.find('\0') != std::string::npos) {
         return std::nullopt;
     }
-    for (const fs::path& folder : folders_) {
-        if (auto name = desktopEntryName(readSmallFile(folder / (id + ".desktop")), locale_)) {
+    for (const fs::path& applications : folders_) {
+        if (auto name = desktopEntryName(readSmallFile(applications / (id + ".desktop")), locale_)) {
             return name;
         }
     }

@@ -9,7 +9,7 @@ namespace sordin {
 
 enum class DisplayState {
     none,       ///< the environment names none
-    reachable,  ///< of Wayland's, only the name is looked at
+    reachable,  ///< of Wayland's only the name is looked at, of what QT_QPA_PLATFORM names nothing
     unreachable
 };
 

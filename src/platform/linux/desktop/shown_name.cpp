@@ -54,7 +54,8 @@ bool isBlank(char32_t code) {
 
 bool controls(char32_t code) {
     return (code >= 0x7F && code <= 0x9F) || (code >= 0x202A && code <= 0x202E) ||
-           (code >= 0x2066 && code <= 0x2069) || code == 0xFEFF;
+           (code >= 0x2066 && code <= 0x2069) || code == 0x061C || code == 0x200E || code == 0x200F ||
+           code == 0xFEFF;
 }
 
 }  // namespace

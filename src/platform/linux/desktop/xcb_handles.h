@@ -2,6 +2,8 @@
 // What xcb hands out, owned.
 #pragma once
 
+#include "support/deleter.h"
+
 #include <cstdlib>
 #include <memory>
 #include <xcb/xcb.h>
@@ -16,9 +18,6 @@ struct XcbFree {
 template <class Reply>
 using XcbReply = std::unique_ptr<Reply, XcbFree>;
 
-struct XcbDisconnect {
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
-using XcbConnection = std::unique_ptr<xcb_connection_t, XcbDisconnect>;
+using XcbConnection = std::unique_ptr<xcb_connection_t, Deleter<xcb_disconnect>>;
 
 }  // namespace sordin

@@ -56,7 +56,7 @@ void PipeWireAudioObjects::disconnecting() {
 }
 
 void PipeWireAudioObjects::graphChanged() {
-    if (session().connection() == nullptr || !session().listed()) {
+    if (!session().ready()) {
         return;
     }
     const Graph& graph = session().connection()->graph();

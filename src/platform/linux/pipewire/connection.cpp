@@ -64,9 +64,13 @@ std::unique_ptr<Connection> Connection::open(pw_context* context, Events events)
     if (!core) {
         return nullptr;
     }
-    std::unique_ptr<Connection> connection(new Connection(context, std::move(core), std::move(events)));
-    connection->startListening();
-    return connection;
+    try {
+        std::unique_ptr<Connection> connection(new Connection(context, std::move(core), std::move(events)));
+        connection->startListening();
+        return connection;
+    } catch (const std::runtime_error&) {  // no file descriptor left to wait with
+        return nullptr;
+    }
 }
 
 Connection::Connection(pw_context* context, CorePointer core, Events events)
@@ -126,27 +130,27 @@ int Connection::synchronise() {
     return pw_core_sync(core_.get(), PW_ID_CORE, 0);
 }
 
-bool Connection::setNodeVolume(GlobalId node, const VolumeProps& volume) {
+void Connection::setNodeVolume(GlobalId node, const VolumeProps& volume) {
     const auto found = bound_.find(node);
     if (found == bound_.end() || graph_.nodes.count(node) == 0) {
-        return false;
+        return;
     }
     const Pod pod = Pod::ofProps(volume);
-    return pw_node_set_param(found->second->as<pw_node>(), SPA_PARAM_Props, 0, pod.get()) >= 0;
+    static_cast<void>(pw_node_set_param(found->second->as<pw_node>(), SPA_PARAM_Props, 0, pod.get()));
 }
 
-bool Connection::setRouteVolume(GlobalId device, int profileDevice, const VolumeProps& volume) {
+void Connection::setRouteVolume(GlobalId device, int profileDevice, const VolumeProps& volume) {
     const auto found = bound_.find(device);
     const auto known = graph_.devices.find(device);
     if (found == bound_.end() || known == graph_.devices.end()) {
-        return false;
+        return;
     }
     const auto route = known->second.routes.find(profileDevice);
     if (route == known->second.routes.end()) {
-        return false;
+        return;
     }
     const Pod pod = Pod::ofRoute(route->second, volume);
-    return pw_device_set_param(found->second->as<pw_device>(), SPA_PARAM_Route, 0, pod.get()) >= 0;
+    static_cast<void>(pw_device_set_param(found->second->as<pw_device>(), SPA_PARAM_Route, 0, pod.get()));
 }
 
 Connection::Bound* Connection::bind(GlobalId id, const char* type, std::uint32_t version) {

@@ -41,9 +41,9 @@ public:
     /// answer.
     void prepareEnd() { ending_ = true; }
 
-    /// Write the volume of a node, or of the route of a card. False if there is no such.
-    bool setNodeVolume(GlobalId node, const VolumeProps& volume);
-    bool setRouteVolume(GlobalId device, int profileDevice, const VolumeProps& volume);
+    /// Write the volume of a node, or of the route of a card, if there is such.
+    void setNodeVolume(GlobalId node, const VolumeProps& volume);
+    void setRouteVolume(GlobalId device, int profileDevice, const VolumeProps& volume);
 
 private:
     /// A proxy of an object that is listened to.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/server/deleter.h"
+#include "support/deleter.h"
 
 #include <memory>
 #include <pipewire/pipewire.h>
@@ -30,7 +30,7 @@ using StreamPointer = std::unique_ptr<pw_stream, Deleter<pw_stream_destroy>>;
 using PropertiesPointer = std::unique_ptr<pw_properties, Deleter<pw_properties_free>>;
 
 /// Holds the lock of the loop: whoever has it may use the connection's objects. Under it nobody waits, and
-/// nothing outside this folder is called.
+/// what is called outside of the sound servers' folders only posts or sets flags.
 class LoopLock {
 public:
     explicit LoopLock(pw_thread_loop* loop) : loop_(loop) { pw_thread_loop_lock(loop_); }

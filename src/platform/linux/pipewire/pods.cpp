@@ -67,7 +67,7 @@ std::optional<Route> outputRoute(const spa_pod* route) {
 
 namespace {
 
-/// Collects what a builder writes, however long it gets.
+/// The memory that a builder writes to: enough for all that is made here.
 class Builder {
 public:
     Builder() {

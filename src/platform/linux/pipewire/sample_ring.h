@@ -10,7 +10,7 @@
 
 namespace sordin::pipewire {
 
-/// Takes samples from one thread to another without a lock and without memory of its own; one of each.
+/// Takes samples from one thread to another, without a lock and without asking for memory; one of each.
 class SampleRing {
 public:
     SampleRing() { spa_ringbuffer_init(&ring_); }

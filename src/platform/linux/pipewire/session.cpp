@@ -111,7 +111,6 @@ std::optional<std::string> Session::portalApplication(std::int32_t processId) co
 
 void Session::connect() {
     if (!context_) {
-        refresh_->signal();
         return;
     }
     connection_ = Connection::open(context_.get(), {[this] { refresh_->signal(); }, [this] { onLost(); },

@@ -47,8 +47,7 @@ public:
     [[nodiscard]] bool connected() const { return connection_ != nullptr; }
 
     /// Whether the server has named all it had when the connection was made.
-    [[nodiscard]] bool listed() const { return listed_; }
-    [[nodiscard]] bool ready() const { return connected() && listed(); }
+    [[nodiscard]] bool ready() const { return connected() && listed_; }
 
     [[nodiscard]] bool hasSink() const { return connected() && connection_->graph().hasSink(); }
 
@@ -58,7 +57,7 @@ public:
     /// Has graphChanged() called after `delay`, or sooner.
     void refreshAfter(std::chrono::milliseconds delay);
 
-    /// Waits until listed(); false if that takes longer than `deadline`.
+    /// Waits until ready(); false if that takes longer than `deadline`.
     bool waitUntilListed(std::chrono::milliseconds deadline);
 
     /// Waits until the server has done everything asked so far; false if there is none or it takes longer

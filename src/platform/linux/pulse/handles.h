@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/server/deleter.h"
+#include "support/deleter.h"
 
 #include <memory>
 #include <pulse/context.h>
@@ -26,7 +26,7 @@ inline bool sent(pa_operation* operation) {
 }
 
 /// Holds the lock of the loop: whoever has it may use the connection's objects. Under it nobody waits, and
-/// nothing outside this folder is called.
+/// what is called outside of the sound servers' folders only posts or sets flags.
 class LoopLock {
 public:
     explicit LoopLock(pa_threaded_mainloop* loop) : loop_(loop) { pa_threaded_mainloop_lock(loop_); }

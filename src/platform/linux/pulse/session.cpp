@@ -24,9 +24,7 @@ Session::Session()
                     }),
       connectTimer_(loop_, [this] {
           retrying_ = false;
-          if (looking_) {
-              connect();
-          }
+          onLook();
       }) {
     connect();
     loop_.start();

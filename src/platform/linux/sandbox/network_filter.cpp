@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/sandbox/network_filter.h"
 
+#include "support/deleter.h"
+
 #include <cerrno>
 #include <memory>
 #include <seccomp.h>
@@ -10,10 +12,7 @@ namespace sordin {
 
 namespace {
 
-struct Release {
-    void operator()(void* filter) const { seccomp_release(filter); }
-};
-using Filter = std::unique_ptr<void, Release>;
+using Filter = std::unique_ptr<void, Deleter<seccomp_release>>;
 
 /// Refuses a call whose first argument is a family, where it is another than the two. The filter compares
 /// all 64 bits of the register although the kernel takes 32. So what is refused is everything but two values

@@ -117,7 +117,8 @@ void AudioObjectTable::updateDevices(const std::vector<Sink>& sinks) {
         const auto found = there.find(id);
         if (found == there.end()) {
             leave(device);
-        } else if (device.sink != found->second->id) {
+        } else if (const bool volumeCame = !device.hasVolume && !found->second->volume.channels.empty();
+                   volumeCame || device.sink != found->second->id) {
             appear(device, *found->second);
         } else {
             device.volume.reported(found->second->volume.channels);

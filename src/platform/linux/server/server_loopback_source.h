@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -22,8 +23,8 @@ public:
         session_->add(*this);
     }
     ~ServerLoopbackSource() override {
+        closeStream();  // before the connection that it is of
         session_->remove(*this);
-        closeStream();
     }
     ServerLoopbackSource(const ServerLoopbackSource&) = delete;
     ServerLoopbackSource& operator=(const ServerLoopbackSource&) = delete;
@@ -42,10 +43,14 @@ public:
     void open(Handlers handlers) override {
         const auto lock = session_->lock();
         handlers_ = std::move(handlers);
-        if (session_->connected()) {
-            stream_ = std::make_unique<Stream>(*session_, handlers_);
-        } else {
+        if (!session_->connected()) {
             handlers_.ended(failure(SystemAudioCapture::Error::connectionLost));
+            return;
+        }
+        try {
+            stream_ = std::make_unique<Stream>(*session_, handlers_);
+        } catch (const std::runtime_error&) {  // nothing left to wait with, such as file descriptors
+            handlers_.ended(failure(SystemAudioCapture::Error::refused));
         }
     }
 

@@ -30,7 +30,7 @@ public:
     void end() override;
     [[nodiscard]] std::vector<HeardWord> words() override;
 
-    /// The process, for who wants to know what it costs.
+    /// The process, for tests that end it.
     [[nodiscard]] pid_t pid() const { return pid_; }
 
 private:
