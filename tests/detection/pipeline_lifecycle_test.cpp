@@ -122,6 +122,8 @@ TEST_F(PipelineLifecycleTest, WatchdogEndsAnAdWhoseAudioStopped) {
     clock->advance(2.9);
     ingest(sound(10));
     EXPECT_EQ(watch(2.9), 1U);
+    pipeline->onAdEnd = {};
+    EXPECT_EQ(watch(4), 1U) << "nobody need be told";
 }
 
 TEST_F(PipelineLifecycleTest, StopEndsTheAdOnceAndCleansUp) {
