@@ -4,6 +4,7 @@
 #include "classifier/natural_logarithm.h"
 #include "classifier/slow_sound_model.h"
 #include "random_seed.h"
+#include "sounds.h"
 
 #include <gtest/gtest.h>
 
@@ -19,13 +20,6 @@ SoundModel modelWith(const SoundModel::FrontEnd& settings) {
     SoundModel model;
     model.frontEnd = settings;
     return model;
-}
-
-std::vector<float> noise(std::mt19937& random, float level, std::size_t samples) {
-    std::normal_distribution<float> sample(0, 1);
-    std::vector<float> audio(samples);
-    std::generate(audio.begin(), audio.end(), [&] { return level * sample(random); });
-    return audio;
 }
 
 TEST(MelFrontEnd, BandsMatchAPlainFourierSum) {

@@ -53,38 +53,26 @@ inline void append(Bytes& bytes, const SoundModel::Dense& layer) {
 
 inline Bytes payloadOf(const SoundModel& model) {
     Bytes bytes;
+    const auto write = [&bytes](auto... values) { (append(bytes, values), ...); };
     const auto& f = model.frontEnd;
-    for (const std::uint32_t size : {f.rate, f.window, f.hop, f.transform, f.mels}) {
-        append(bytes, size);
-    }
-    for (const float value : {f.low, f.high, f.floor, f.range, f.scale}) {
-        append(bytes, value);
-    }
-    append(bytes, f.frames);
-    append(bytes, f.pool);
-    append(bytes, static_cast<std::uint32_t>(model.convolutions.size()));
+    write(f.rate, f.window, f.hop, f.transform, f.mels, f.low, f.high, f.floor, f.range, f.scale, f.frames,
+          f.pool);
+    write(static_cast<std::uint32_t>(model.convolutions.size()));
     for (const auto& layer : model.convolutions) {
-        for (const std::uint32_t size : {layer.in, layer.out, layer.strideTime, layer.strideFrequency}) {
-            append(bytes, size);
-        }
-        append(bytes, layer.residual ? 1U : 0U);
+        write(layer.in, layer.out, layer.strideTime, layer.strideFrequency, layer.residual ? 1U : 0U);
         append(bytes, layer.weights, layer.bias);
     }
-    append(bytes, model.sections);
-    append(bytes, model.embedding);
-    append(bytes, model.memory);
-    append(bytes, static_cast<std::uint32_t>(model.dense.size()));
+    write(model.sections, model.embedding, model.memory, static_cast<std::uint32_t>(model.dense.size()));
     for (const auto& layer : model.dense) {
-        append(bytes, layer);
+        write(layer);
     }
-    append(bytes, static_cast<std::uint32_t>(model.labels.size()));
+    write(static_cast<std::uint32_t>(model.labels.size()));
     for (const auto& label : model.labels) {
         append(bytes, static_cast<std::uint32_t>(label.identifier.size()), 1);
         for (const char c : label.identifier) {
             bytes.push_back(std::byte(c));
         }
-        append(bytes, label.gain);
-        append(bytes, label.offset);
+        write(label.gain, label.offset);
     }
     return bytes;
 }

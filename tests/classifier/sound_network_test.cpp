@@ -3,6 +3,7 @@
 #include "classifier/slow_sound_model.h"
 #include "classifier/sound_network.h"
 #include "random_seed.h"
+#include "sounds.h"
 
 #include <gtest/gtest.h>
 
@@ -46,7 +47,6 @@ SoundModel arbitraryModel(std::mt19937& random) {
 
 TEST(SoundNetwork, MatchesThePlainSumsWhateverItsShape) {
     auto random = seededRandom();
-    std::normal_distribution<float> normal(0, 1);
     for (int round = 0; round < 200; ++round) {
         const SoundModel model = arbitraryModel(random);
         const SlowSoundModel slow(model);
@@ -56,8 +56,7 @@ TEST(SoundNetwork, MatchesThePlainSumsWhateverItsShape) {
         std::vector<double> confidences(model.labels.size());
         const PlaneSize size = inputSize(model.frontEnd);
         for (std::size_t begin = 0; begin < memory.size(); begin += network.embeddingSize()) {
-            std::vector<float> patch(size.times * size.frequencies);
-            std::generate(patch.begin(), patch.end(), [&] { return normal(random); });
+            const auto patch = noise(random, 1, size.times * size.frequencies);
             network.embed(patch, std::span(memory).subspan(begin, network.embeddingSize()));
             const auto embedding = slow.embedding({patch.begin(), patch.end()});
             expectedMemory.insert(expectedMemory.end(), embedding.begin(), embedding.end());

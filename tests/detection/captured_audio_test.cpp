@@ -21,33 +21,32 @@ CapturedAudio captured(StreamDescription description, std::int64_t frames,
     return audio;
 }
 
+/// What is read of two frames, channel by channel.
+template <class Sample>
+std::vector<std::vector<float>> channels(StreamDescription description, const std::vector<Sample>& samples) {
+    const auto buffer = pcmBuffer(captured(description, 2, samples)).value();
+    EXPECT_EQ(buffer.format(), (AudioFormat{description.sampleRate, description.channelCount}));
+    EXPECT_TRUE(buffer.channel(description.channelCount).empty());
+    std::vector<std::vector<float>> result;
+    for (std::uint32_t i = 0; i < description.channelCount; ++i) {
+        result.emplace_back(buffer.channel(i).begin(), buffer.channel(i).end());
+    }
+    return result;
+}
+
 TEST(CapturedAudio, ReadsEverySampleTypeInBothLayouts) {
     const std::vector<std::int16_t> shorts{0, 16384, -32768, 32767};
-    auto buffer = pcmBuffer(captured({16'000, 2, SampleType::int16, true}, 2, shorts));
-    ASSERT_TRUE(buffer);
-    EXPECT_EQ(buffer->format(), (AudioFormat{16'000, 2}));
-    EXPECT_EQ(buffer->frameLength(), 2U);
-    EXPECT_THAT(buffer->channel(0), ElementsAre(0, -1));
-    EXPECT_THAT(buffer->channel(1), ElementsAre(0.5F, 32767.0F / 32768));
-    EXPECT_TRUE(buffer->channel(2).empty());
-    buffer = pcmBuffer(captured({16'000, 2, SampleType::int16, false}, 2, shorts));
-    ASSERT_TRUE(buffer);
-    EXPECT_THAT(buffer->channel(0), ElementsAre(0, 0.5F));
-    EXPECT_THAT(buffer->channel(1), ElementsAre(-1, 32767.0F / 32768));
-
+    constexpr float highest = 32767.0F / 32768;
+    EXPECT_THAT(channels({16'000, 2, SampleType::int16, true}, shorts),
+                ElementsAre(ElementsAre(0, -1), ElementsAre(0.5F, highest)));
+    EXPECT_THAT(channels({16'000, 2, SampleType::int16, false}, shorts),
+                ElementsAre(ElementsAre(0, 0.5F), ElementsAre(-1, highest)));
     const std::vector<std::int32_t> ints{std::numeric_limits<std::int32_t>::min(), 1 << 30, 77};
-    buffer =
-        pcmBuffer(captured({48'000, 1, SampleType::int32, true}, 2, ints));  // a frame more than is claimed
-    ASSERT_TRUE(buffer);
-    EXPECT_THAT(buffer->channel(0), ElementsAre(-1, 0.5F));
-
+    EXPECT_THAT(channels({48'000, 1, SampleType::int32, true}, ints), ElementsAre(ElementsAre(-1, 0.5F)))
+        << "a frame more than is claimed";
     const std::vector<float> floats{0.25F, -1.5F, 1, 2, 3, 4};
-    buffer = pcmBuffer(captured({44'100, 3, SampleType::float32, true}, 2, floats));
-    ASSERT_TRUE(buffer);
-    EXPECT_THAT(buffer->channel(1), ElementsAre(-1.5F, 3));
-    buffer = pcmBuffer(captured({44'100, 3, SampleType::float32, false}, 2, floats));
-    ASSERT_TRUE(buffer);
-    EXPECT_THAT(buffer->channel(1), ElementsAre(1, 2));
+    EXPECT_THAT(channels({44'100, 3, SampleType::float32, true}, floats)[1], ElementsAre(-1.5F, 3));
+    EXPECT_THAT(channels({44'100, 3, SampleType::float32, false}, floats)[1], ElementsAre(1, 2));
 }
 
 TEST(CapturedAudio, AnswersNothingForWhatCannotBeRead) {

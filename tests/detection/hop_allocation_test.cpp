@@ -5,6 +5,7 @@
 #include "detection/keyword_transcript_scorer.h"
 #include "fakes/detection_fakes.h"
 #include "random_seed.h"
+#include "sounds.h"
 #include "support/manual_serial_queue.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +15,6 @@ namespace {
 
 TEST(HopAllocation, ASteadyStreamAllocatesNothing) {
     auto random = seededRandom();
-    std::normal_distribution<float> noise(0, 0.1F);
     const auto classifier = std::make_shared<FakeClassifier>();
     classifier->positions.reserve(1000);
     const auto transcriber = std::make_shared<FakeTranscriber>();
@@ -26,11 +26,8 @@ TEST(HopAllocation, ASteadyStreamAllocatesNothing) {
     pipeline->onTick = [&](const PipelineTick& /*tick*/) { ++ticks; };
     std::vector<PcmBuffer> buffers;
     for (int i = 0; i < 60; ++i) {
-        std::vector<float> samples(5000);  // no whole number of them makes a hop
-        for (float& sample : samples) {
-            sample = noise(random);
-        }
-        buffers.emplace_back(AudioFormat{16'000, 1}, std::move(samples));
+        // No whole number of these makes a hop.
+        buffers.emplace_back(AudioFormat{16'000, 1}, noise(random, 0.1F, 5000));
     }
     const auto play = [&] {
         for (const PcmBuffer& buffer : buffers) {

@@ -21,25 +21,17 @@ protected:
     static constexpr std::size_t hopSize = 8000;
     static constexpr AudioFormat mono16k{16'000, 1};
 
-    PipelineTest() : pipeline(makePipeline(scorer)) { observe(*pipeline); }
-
-    std::shared_ptr<DetectionPipeline> makePipeline(std::shared_ptr<AdScoring> adScorer) {
-        return std::make_shared<DetectionPipeline>(
-            DetectionPipeline::Parts{queue, clock, classifier, transcriber,
-                                     std::make_shared<KeywordTranscriptScorer>(), std::move(adScorer)});
-    }
-
-    void observe(DetectionPipeline& observed) {
-        observed.onTick = [this](const PipelineTick& tick) {
+    PipelineTest() {
+        pipeline->onTick = [this](const PipelineTick& tick) {
             ticks.push_back(tick);
             log += 't';
         };
-        observed.onAdStart = [this] { log += 'S'; };
-        observed.onAdEnd = [this](const AdSummary& summary) {
+        pipeline->onAdStart = [this] { log += 'S'; };
+        pipeline->onAdEnd = [this](const AdSummary& summary) {
             ends.push_back(summary);
             log += 'E';
         };
-        observed.onHop = [this](const auto& hop) {
+        pipeline->onHop = [this](const auto& hop) {
             hops.push_back(hop);
             log += '.';
         };
@@ -97,7 +89,9 @@ protected:
     std::vector<DetectionPipeline::HopObservation> hops;
     std::string log;  // S ad start, E ad end, t tick, . hop
 
-    std::shared_ptr<DetectionPipeline> pipeline;
+    std::shared_ptr<DetectionPipeline> pipeline =
+        std::make_shared<DetectionPipeline>(DetectionPipeline::Parts{
+            queue, clock, classifier, transcriber, std::make_shared<KeywordTranscriptScorer>(), scorer});
 };
 
 }  // namespace sordin

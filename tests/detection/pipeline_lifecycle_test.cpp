@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // Ads over time: learning, the watchdog, stopping, forgetting, going away.
-#include "detection/heuristic_ad_scorer.h"
 #include "detection/pipeline_fixture.h"
 #include "random_seed.h"
 #include "support/asio_serial_queue.h"
@@ -123,6 +122,8 @@ TEST_F(PipelineLifecycleTest, WatchdogEndsAnAdWhoseAudioStopped) {
     clock->advance(2.9);
     ingest(sound(10));
     EXPECT_EQ(watch(2.9), 1U);
+    pipeline->onAdEnd = {};
+    EXPECT_EQ(watch(4), 1U) << "nobody need be told";
 }
 
 TEST_F(PipelineLifecycleTest, StopEndsTheAdOnceAndCleansUp) {
@@ -164,14 +165,9 @@ TEST_F(PipelineLifecycleTest, MayGoAwayWithWorkWaitingAndFromItsOwnQueue) {
 
     // The owner lets go while the pipeline's own work runs: the pipeline, its queue and all that it holds end
     // there.
-    struct WaitingTranscriber final : SpeechTranscribing {
+    struct WaitingTranscriber final : FakeTranscriber {
         std::promise<void> entered;
         std::promise<void> proceed;
-        [[nodiscard]] bool active() const override { return false; }
-        [[nodiscard]] std::string text() const override { return {}; }
-        [[nodiscard]] bool available() const override { return false; }
-        void begin() override {}
-        void append(const PcmBuffer& /*buffer*/) override {}
         void end() override {
             entered.set_value();
             proceed.get_future().wait();

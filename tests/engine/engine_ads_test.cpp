@@ -87,8 +87,7 @@ TEST_F(EngineAdsTest, SwitchingOffInAnAdGivesTheVolumeBackSmoothly) {
 
     // An ad that is noticed in the moment of switching off is none.
     engine->setIsEnabled(true);
-    capture->completion(std::nullopt);
-    settle();
+    started();
     pipeline->onAdStart();
     engine->setIsEnabled(false);
     pipeline->onAdEnd({});
@@ -197,8 +196,7 @@ TEST_F(EngineAdsTest, TheVolumeCanBeAskedBackInAnAdWhichGoesOn) {
     engine->setTestMode(true);
     engine->setIsEnabled(true);
     settle();
-    capture->completion(std::nullopt);
-    settle();
+    started();
     hearAdBegin();
     EXPECT_TRUE(engine->adActive());
     EXPECT_FALSE(engine->adFaded()) << "watched only";

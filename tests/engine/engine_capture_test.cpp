@@ -4,13 +4,7 @@
 namespace sordin {
 namespace {
 
-using Failure = SystemAudioCapture::Failure;
-using Error = SystemAudioCapture::Error;
-
-class EngineCaptureTest : public EngineTest {
-protected:
-    const EngineStatus retrying = EngineStatus::failed("Audio capture stopped. Retrying…");
-};
+class EngineCaptureTest : public EngineTest {};
 
 TEST_F(EngineCaptureTest, AStartRunsOnceAndEndsInListeningOrInWhatWentWrong) {
     create();
@@ -27,20 +21,8 @@ TEST_F(EngineCaptureTest, AStartRunsOnceAndEndsInListeningOrInWhatWentWrong) {
     EXPECT_EQ(capture->starts, 1);  // a failed start is not repeated
 
     engine->startCapture();
-    capture->completion(std::nullopt);
-    settle();
+    started();
     EXPECT_EQ(engine->status(), Kind::listening);
-}
-
-TEST_F(EngineCaptureTest, WithoutPermissionNothingIsStarted) {
-    permissions->granted = false;
-    create();
-    EXPECT_EQ(engine->status(), Kind::needsPermission);
-    EXPECT_EQ(capture->starts, 0);
-    permissions->granted = true;
-    engine->startCapture();
-    EXPECT_EQ(engine->status(), Kind::starting);
-    EXPECT_TRUE(engine->screenAccess());
 }
 
 TEST_F(EngineCaptureTest, SwitchingOffCancelsAStart) {
@@ -54,22 +36,19 @@ TEST_F(EngineCaptureTest, SwitchingOffCancelsAStart) {
     late(Failure(Error::cancelled));  // of the first
     settle();
     EXPECT_EQ(engine->status(), Kind::starting);
-    capture->completion(std::nullopt);
-    settle();
+    started();
     EXPECT_EQ(engine->status(), Kind::listening);
 
     engine->setIsEnabled(false);
-    capture->completion(std::nullopt);  // later still
-    settle();
+    started();  // later still
     EXPECT_EQ(engine->status(), Kind::disabled);
 }
 
 TEST_F(EngineCaptureTest, ACaptureThatStopsByItselfIsStartedAgainAfterThreeSeconds) {
     listen();
     hearAdBegin();
-    capture->stopped(Failure(Error::connectionLost));
-    settle();
-    EXPECT_EQ(engine->status(), retrying);
+    stopped(Failure(Error::connectionLost));
+    EXPECT_EQ(engine->status(), EngineStatus::failed("Audio capture stopped. Retrying…"));
     EXPECT_FALSE(engine->adActive());
     EXPECT_EQ(engine->history().size(), 1U);  // the ad ended there
     pass(2.9);
@@ -78,28 +57,23 @@ TEST_F(EngineCaptureTest, ACaptureThatStopsByItselfIsStartedAgainAfterThreeSecon
     pass(0.2);
     EXPECT_EQ(capture->starts, 2);
     EXPECT_EQ(engine->status(), Kind::starting);
-    capture->completion(std::nullopt);
-    settle();
+    started();
     EXPECT_EQ(engine->status(), Kind::listening);
 
-    capture->stopped(Failure(Error::connectionLost));
-    settle();
+    stopped(Failure(Error::connectionLost));
     engine->setIsEnabled(false);
     pass(5);
     EXPECT_EQ(capture->starts, 2);
     EXPECT_EQ(engine->status(), Kind::disabled);
 
     // While switched off nobody minds.
-    capture->stopped(std::nullopt);
-    settle();
+    stopped();
     EXPECT_EQ(engine->status(), Kind::disabled);
 
     // One that the user switches back on at once is not started twice.
     engine->setIsEnabled(true);
-    capture->completion(std::nullopt);
-    settle();
-    capture->stopped(std::nullopt);
-    settle();
+    started();
+    stopped();
     engine->setIsEnabled(false);
     engine->setIsEnabled(true);
     capture->completion(std::nullopt);
@@ -111,26 +85,19 @@ TEST_F(EngineCaptureTest, ACaptureThatStopsByItselfIsStartedAgainAfterThreeSecon
 
 TEST_F(EngineCaptureTest, WhenAnAudioServerAppearsWhatFailedIsTriedAgain) {
     create();
-    capture->completion(Failure(Error::unreachable));
-    settle();
-    capture->ready();
-    settle();
+    started(Failure(Error::unreachable));
+    ready();
     EXPECT_EQ(capture->starts, 2);
-    capture->ready();  // during the start
-    settle();
+    ready();  // during the start
     EXPECT_EQ(capture->starts, 2);
-    capture->completion(std::nullopt);
-    settle();
-    capture->ready();  // while it runs
-    settle();
+    started();
+    ready();  // while it runs
     EXPECT_EQ(engine->status(), Kind::listening);
     EXPECT_EQ(capture->starts, 2);
 
     // A server that is back before the three seconds are over is not kept waiting, nor started twice.
-    capture->stopped(Failure(Error::connectionLost));
-    settle();
-    capture->ready();
-    settle();
+    stopped(Failure(Error::connectionLost));
+    ready();
     EXPECT_EQ(capture->starts, 3);
     capture->completion(std::nullopt);
     pass(10);
@@ -142,10 +109,11 @@ TEST_F(EngineCaptureTest, WhenAnAudioServerAppearsWhatFailedIsTriedAgain) {
     engine->setIsEnabled(false);
     engine->setIsEnabled(true);
     EXPECT_EQ(engine->status(), Kind::needsPermission);
+    EXPECT_EQ(capture->starts, 3);
     permissions->granted = true;
-    capture->ready();
-    settle();
+    ready();
     EXPECT_EQ(engine->status(), Kind::starting);
+    EXPECT_TRUE(engine->screenAccess());
 
     // Neither while switched off nor before the guide is finished.
     engine->setIsEnabled(false);
@@ -153,10 +121,8 @@ TEST_F(EngineCaptureTest, WhenAnAudioServerAppearsWhatFailedIsTriedAgain) {
     capture->ready();
     engine->setOnboardingComplete(false);
     engine->setIsEnabled(true);
-    capture->completion(Failure(Error::unreachable));
-    settle();
-    capture->ready();
-    settle();
+    started(Failure(Error::unreachable));
+    ready();
     EXPECT_EQ(capture->starts, starts + 1);
 }
 

@@ -14,7 +14,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cstring>
 #include <memory>
 #include <string>
 #include <utility>
@@ -62,11 +61,27 @@ protected:
         settle();
     }
 
+    using Failure = SystemAudioCapture::Failure;
+    using Error = SystemAudioCapture::Error;
+
+    /// The capture that was asked to start runs, or says why not.
+    void started(const std::optional<Failure>& failure = std::nullopt) {
+        capture->completion(failure);
+        settle();
+    }
+    void stopped(const std::optional<Failure>& failure = std::nullopt) {
+        capture->stopped(failure);
+        settle();
+    }
+    void ready() {
+        capture->ready();
+        settle();
+    }
+
     /// Creates the engine and lets its capture begin.
     void listen() {
         create();
-        capture->completion(std::nullopt);
-        settle();
+        started();
         ASSERT_EQ(engine->status(), Kind::listening);
     }
 
@@ -99,10 +114,8 @@ protected:
         for (int i = 0; i < hops; ++i) {
             pass(0.5);
             constexpr std::int64_t frames = 8000;
-            std::vector<float> samples(frames, 0.1F);
-            std::vector<std::byte> bytes(frames * sizeof(float));
-            std::memcpy(bytes.data(), samples.data(), bytes.size());
-            capture->handler({StreamDescription{16'000, 1, SampleType::float32, true}, frames, bytes});
+            const std::vector<std::byte> bytes(frames * 2, std::byte{0x0C});  // each sample 0.09
+            capture->handler({StreamDescription{16'000, 1, SampleType::int16, true}, frames, bytes});
             settle();
         }
     }

@@ -29,20 +29,6 @@ TEST_F(EngineSettingsTest, AFirstLaunchHasTheStandardSettingsAndWaitsForTheGuide
     EXPECT_EQ(capture->starts, 0);
 }
 
-TEST_F(EngineSettingsTest, SettingsOfAnotherTypeAreIgnored) {
-    defaults->values = {{"enabled", 0.0},
-                        {"sensitivity", std::string("0.9")},
-                        {"duckPercent", true},
-                        {"transcription", std::string("false")},
-                        {"onboarded", 1.0}};
-    create();
-    EXPECT_TRUE(engine->isEnabled());
-    EXPECT_EQ(engine->sensitivity(), 0.5);
-    EXPECT_EQ(engine->duckPercent(), 0);
-    EXPECT_TRUE(engine->transcriptionEnabled());
-    EXPECT_FALSE(engine->onboardingComplete());
-}
-
 TEST_F(EngineSettingsTest, EveryAssignmentIsKeptButForTestMode) {
     create();
     engine->setSensitivity(1);

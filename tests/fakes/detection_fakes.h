@@ -32,7 +32,7 @@ struct FakeClassifier final : SoundClassifying {
     }
 };
 
-struct FakeTranscriber final : SpeechTranscribing {
+struct FakeTranscriber : SpeechTranscribing {
     bool running = false;
     bool usable = true;
     std::string transcript;

@@ -16,8 +16,7 @@ namespace sordin {
 class FakeSoundTagger final : public SoundTagger {
 public:
     struct State {
-        std::optional<std::string> refusal;  ///< what prepare answers
-        std::vector<AudioFormat> prepared;
+        std::optional<std::string> refusal;   ///< what prepare answers
         std::vector<std::int64_t> positions;  ///< of the buffers analysed
         LabelHandler handler;
 
@@ -27,10 +26,7 @@ public:
     explicit FakeSoundTagger(std::shared_ptr<State> state) : state_(std::move(state)) {}
 
     void onLabels(LabelHandler handler) override { state_->handler = std::move(handler); }
-    std::optional<std::string> prepare(const AudioFormat& format) override {
-        state_->prepared.push_back(format);
-        return state_->refusal;
-    }
+    std::optional<std::string> prepare(const AudioFormat& /*format*/) override { return state_->refusal; }
     void analyze(const PcmBuffer& /*buffer*/, std::int64_t framePosition) override {
         state_->positions.push_back(framePosition);
     }

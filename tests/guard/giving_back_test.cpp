@@ -33,22 +33,20 @@ protected:
     FakeAudioObjects objects;
 };
 
-TEST_F(GivingBackTest, RaisesTheVolumeOfTheDeviceThatWasFadedAndNoOther) {
+TEST_F(GivingBackTest, RaisesOrUnmutesTheDeviceThatWasFadedAndNoOther) {
+    EXPECT_TRUE(give(MutedDevice{record()}));
+    EXPECT_EQ(objects.devices[speakers].mute, 0U);
+    EXPECT_EQ(objects.devices[speakers].volumes[0], 0.1F);
+    objects.devices[speakers].mute = 1;
     EXPECT_TRUE(give(PendingRestore{0.7F, record()}));
     EXPECT_EQ(objects.devices[speakers].volumes[0], 0.7F);
     EXPECT_TRUE(give(PendingRestore{0.3F, record()}));
     EXPECT_EQ(objects.devices[speakers].volumes[0], 0.7F) << "never lower";
+    EXPECT_EQ(objects.devices[speakers].mute, 1U);
     EXPECT_EQ(objects.devices[headphones].volumes[0], 0.1F);
     EXPECT_TRUE(give(PendingRestore{0.5F, std::nullopt}));
     EXPECT_EQ(objects.devices[headphones].volumes[0], 0.5F) << "all that is known is the default device";
-    EXPECT_EQ(objects.devices[speakers].mute, 1U);
-}
-
-TEST_F(GivingBackTest, UnmutesTheDeviceThatWasMutedAndNoOther) {
-    EXPECT_TRUE(give(MutedDevice{record()}));
-    EXPECT_EQ(objects.devices[speakers].mute, 0U);
     EXPECT_EQ(objects.devices[headphones].mute, 1U);
-    EXPECT_EQ(objects.devices[speakers].volumes[0], 0.1F);
 }
 
 TEST_F(GivingBackTest, LeavesADeviceThatIsAwayAsItIs) {

@@ -2,14 +2,13 @@
 #include "fakes/fake_speech.h"
 #include "platform/decoding_recogniser.h"
 #include "platform/on_device_transcriber.h"
+#include "sounds.h"
 #include "support/asio_serial_queue.h"
 #include "support/manual_serial_queue.h"
 
 #include <gmock/gmock.h>
 
-#include <cmath>
 #include <future>
-#include <numbers>
 
 namespace sordin {
 namespace {
@@ -17,15 +16,11 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A tone of 500 Hz.
+/// A tone of 500 Hz, in the first channel.
 PcmBuffer tone(double rate, double seconds, float amplitude = 0.5F, std::uint32_t channels = 1) {
     const auto frames = static_cast<std::size_t>(rate * seconds);
-    std::vector<float> samples(frames * channels);
-    for (std::size_t frame = 0; frame < frames; ++frame) {
-        samples[frame] =
-            amplitude *
-            static_cast<float>(std::sin(2 * std::numbers::pi * 500 * static_cast<double>(frame) / rate));
-    }
+    auto samples = sine(500, rate, frames, static_cast<double>(amplitude));
+    samples.resize(frames * channels);
     return {{rate, channels}, std::move(samples)};
 }
 

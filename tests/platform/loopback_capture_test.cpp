@@ -60,11 +60,20 @@ protected:
         capture->stop([this, name] { news.push_back(name); });
         control->runPending();
     }
-    void run() {
-        start();
+    void opened() {
         source.handlers.opened();
         control->runPending();
+    }
+    void run() {
+        start();
+        opened();
         news.clear();
+    }
+    /// There is another obstacle than before, or none.
+    void change(std::optional<LoopbackSource::Obstacle> obstacle = {}) {
+        source.obstacle = std::move(obstacle);
+        source.changed();
+        control->runPending();
     }
     void settle() {
         for (int i = 0; i < 3; ++i) {
@@ -105,18 +114,15 @@ TEST_F(LoopbackCaptureTest, AStartWaitsTenSecondsForAServerAndSaysWhatWasMissing
     start();
     control->advance(9s);
     EXPECT_THAT(news, IsEmpty());
-    source.obstacle = {Failure(Error::noOutput), true};
-    source.changed();
+    change(LoopbackSource::Obstacle{Failure(Error::noOutput), true});
     control->advance(1s);
     EXPECT_THAT(news, ElementsAre("start: " + SystemAudioCapture::description(Error::noOutput)));
 
     news.clear();
     start();
     control->advance(5s);
-    source.obstacle.reset();
-    source.changed();
-    control->runPending();
-    source.handlers.opened();
+    change();
+    opened();
     control->advance(20s);
     EXPECT_THAT(news, ElementsAre("start: running"));
 
@@ -132,30 +138,25 @@ TEST_F(LoopbackCaptureTest, AStartWaitsTenSecondsForAServerAndSaysWhatWasMissing
 TEST_F(LoopbackCaptureTest, TellsOnceWhenAStartThatFailedWouldNoLongerFail) {
     int ready = 0;
     capture->onReady([&] { ++ready; });
-    const auto change = [this](std::optional<LoopbackSource::Obstacle> obstacle) {
-        source.obstacle = std::move(obstacle);
-        source.changed();
-        control->runPending();
-    };
     const LoopbackSource::Obstacle noDisplay{Failure(Error::noDisplay), false};
     source.obstacle = noDisplay;
     start();
     change(noDisplay);
     EXPECT_EQ(ready, 0);
-    change({});
-    change({});
+    change();
+    change();
     EXPECT_EQ(ready, 1);
 
     // While it runs, or a start waits for the server itself, there is nothing to tell.
     run();
     change(noDisplay);
-    change({});
+    change();
     EXPECT_EQ(ready, 1);
     stop();
     settle();
     source.obstacle = {Failure(Error::unreachable), true};
     start();
-    change({});
+    change();
     EXPECT_EQ(ready, 1);
 }
 
@@ -164,12 +165,9 @@ TEST_F(LoopbackCaptureTest, AServerThatIsLostWhileOpeningIsWaitedForAndOneThatRe
     source.obstacle = {Failure(Error::unreachable), true};
     source.handlers.ended(Failure(Error::connectionLost));
     control->runPending();
-    source.obstacle.reset();
-    source.changed();
-    control->runPending();
+    change();
     EXPECT_THAT(news, IsEmpty());
-    source.handlers.opened();
-    control->runPending();
+    opened();
     EXPECT_THAT(news, ElementsAre("start: running"));
     EXPECT_EQ(source.openings, 2);
 
@@ -207,8 +205,7 @@ TEST_F(LoopbackCaptureTest, AStopWinsOverAStartAndTheHandlerIsQuietWhenItIsDone)
     old.opened();  // far too late
     settle();
     EXPECT_THAT(news, ElementsAre("stop", "second stop"));
-    source.handlers.opened();
-    control->runPending();
+    opened();
     audio->advance(500ms);
     EXPECT_THAT(news, ElementsAre("stop", "second stop", "next start: running"));
     EXPECT_THAT(frames, ElementsAre(8000));
@@ -256,10 +253,6 @@ TEST_F(LoopbackCaptureTest, DestructionEndsEverything) {
     start();
     capture.reset();
     EXPECT_THAT(news, ElementsAre("start: cancelled"));
-}
-
-TEST(SystemAudioCapture, SaysThatThereIsNoDisplay) {
-    EXPECT_EQ(Failure(Error::noDisplay).description, "No display available for system audio capture.");
 }
 
 }  // namespace

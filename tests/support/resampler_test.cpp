@@ -1,25 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "random_seed.h"
+#include "sounds.h"
 #include "support/resampler.h"
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <complex>
-#include <numbers>
 #include <stdexcept>
 
 namespace sordin {
 namespace {
-
-std::vector<float> tone(double frequency, double rate, double seconds) {
-    std::vector<float> samples(static_cast<std::size_t>(rate * seconds));
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i] = static_cast<float>(
-            0.5 * std::sin(2 * std::numbers::pi * frequency * static_cast<double>(i) / rate));
-    }
-    return samples;
-}
 
 /// Amplitude of one frequency over the middle half of the samples.
 double amplitudeAt(double frequency, double rate, const std::vector<float>& samples) {
@@ -45,18 +35,19 @@ std::vector<float> resampled(const std::vector<float>& input, double from, doubl
 TEST(Resampler, KeepsWhatFitsAndRemovesWhatWouldFoldBack) {
     for (const auto quality : {Resampler::Quality::fast, Resampler::Quality::high}) {
         for (const double from : {8'000.0, 22'050.0, 44'100.0, 48'000.0, 96'000.0}) {
-            const auto kept = resampled(tone(1'000, from, 1), from, 16'000, quality);
+            const auto kept =
+                resampled(sine(1'000, from, static_cast<std::size_t>(from)), from, 16'000, quality);
             EXPECT_EQ(kept.size(), 16'000U) << from;
             EXPECT_NEAR(amplitudeAt(1'000, 16'000, kept), 0.5, 0.005) << from;
         }
-        const auto removed = resampled(tone(11'000, 48'000, 1), 48'000, 16'000, quality);
+        const auto removed = resampled(sine(11'000, 48'000, 48'000), 48'000, 16'000, quality);
         EXPECT_LT(amplitudeAt(5'000, 16'000, removed), 0.5e-4);  // 11 kHz folds to 5 kHz
     }
 }
 
 TEST(Resampler, DoesNotDependOnHowTheStreamIsCut) {
     auto random = seededRandom();
-    const auto input = tone(440, 44'100, 2);
+    const auto input = sine(440, 44'100, 88'200);
     const auto whole = resampled(input, 44'100, 16'000);
     Resampler resampler(44'100, 16'000);
     for (int round = 0; round < 3; ++round) {  // each finish starts anew
@@ -77,7 +68,7 @@ TEST(Resampler, DoesNotDependOnHowTheStreamIsCut) {
 }
 
 TEST(Resampler, PassesEqualRatesUnchangedAndRefusesImpossibleOnes) {
-    const auto input = tone(440, 16'000, 0.1);
+    const auto input = sine(440, 16'000, 1'600);
     EXPECT_EQ(resampled(input, 16'000, 16'000), input);
     for (const double bad : {0.0, -1.0, std::nan(""), HUGE_VAL, 50.0, 1e9}) {
         EXPECT_THROW(Resampler(bad, 16'000), std::invalid_argument) << bad;

@@ -6,29 +6,23 @@
 namespace sordin::replay {
 namespace {
 
-TEST(Evaluation, MeasuresAnHourByHand) {
+TEST(Evaluation, MeasuresAnHourByHandAndWeighsPrecisionDoubleInF05) {
     // Real: 100-130, 200-230, 300-330, 1000-1020. Found: 105-135 (late by 5 at both ends), 190-240 (early and
-    // late by 10: 30 of 50 shared), 310-316 (6 of 30), 2000-2010 (false). The last real one is missed.
-    const auto result = evaluate({{105, 135}, {190, 240}, {310, 316}, {2000, 2010}},
+    // late by 10: 30 of 50 shared), 310-316 (6 of 30), 2000-2010 and 3000-3010 (false). The last real one is
+    // missed.
+    const auto result = evaluate({{105, 135}, {190, 240}, {310, 316}, {2000, 2010}, {3000, 3010}},
                                  {{100, 130}, {200, 230}, {300, 330}, {1000, 1020}}, 3600);
     const double shared = 25 + 30 + 6;
-    EXPECT_DOUBLE_EQ(*result.precision, shared / (30 + 50 + 6 + 10));
+    EXPECT_DOUBLE_EQ(*result.precision, shared / (30 + 50 + 6 + 10 + 10));
     EXPECT_DOUBLE_EQ(*result.recall, shared / (30 + 30 + 30 + 20));
-    EXPECT_DOUBLE_EQ(*result.eventPrecision, 2.0 / 4);
-    EXPECT_DOUBLE_EQ(*result.eventRecall, 2.0 / 4);
-    EXPECT_DOUBLE_EQ(*result.f05, 0.5);
+    EXPECT_DOUBLE_EQ(*result.eventPrecision, 0.4);
+    EXPECT_DOUBLE_EQ(*result.eventRecall, 0.5);
+    EXPECT_DOUBLE_EQ(*result.f05, 1.25 * 0.4 * 0.5 / (0.25 * 0.4 + 0.5));
     EXPECT_DOUBLE_EQ(result.reaction->median, 5);  // of 5, 0 and 10
     EXPECT_DOUBLE_EQ(result.reaction->percentile90, 9);
     EXPECT_DOUBLE_EQ(result.lateRelease->median, 5);  // of 5, 10 and 0
     EXPECT_DOUBLE_EQ(result.lateRelease->percentile90, 9);
-    EXPECT_DOUBLE_EQ(*result.falsePerHour, (96 - shared) * 3600 / (3600 - 110));
-}
-
-TEST(Evaluation, WeighsPrecisionDoubleInF05) {
-    const auto result = evaluate({{0, 10}, {20, 30}, {40, 50}, {60, 70}}, {{0, 10}}, 100);
-    EXPECT_DOUBLE_EQ(*result.eventPrecision, 0.25);
-    EXPECT_DOUBLE_EQ(*result.eventRecall, 1);
-    EXPECT_DOUBLE_EQ(*result.f05, 1.25 * 0.25 * 1 / (0.25 * 0.25 + 1));
+    EXPECT_DOUBLE_EQ(*result.falsePerHour, (106 - shared) * 3600 / (3600 - 110));
 }
 
 TEST(Evaluation, MatchesEachAdOnceAndCountsLatenessOnlyUpToTheNext) {
