@@ -5,22 +5,19 @@
 #include "system/private_display.h"
 #include "system/session_fixture.h"
 
+#include <QRect>
+#include <map>
 #include <sstream>
 
 namespace sordin {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 struct ShownWindow {
     std::string id;
-    int x = 0;
-    int y = 0;
-    int width = 0;
-    int height = 0;
+    QRect place;
 };
 
 class DesktopTest : public SessionTest {
@@ -32,12 +29,8 @@ protected:
         display.clear();
         screen.emplace();
         windowManager.emplace(std::vector<std::string>{"openbox"}, ChildOptions{.log = home / "openbox"});
-        waitUntil(
-            [&] {
-                return tool({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}).find("window id") !=
-                       std::string::npos;
-            },
-            deadline);
+        const auto manages = [this] { return tool({"xprop", "-root", "_NET_SUPPORTING_WM_CHECK"}); };
+        waitUntil([&] { return manages().find("window id") != std::string::npos; }, deadline);
     }
     ~DesktopTest() override { program.reset(); }
 
@@ -68,22 +61,14 @@ protected:
         std::vector<ShownWindow> all;
         std::istringstream ids(tool({"xdotool", "search", "--onlyvisible", "--name", "^Sordin$"}));
         for (std::string id; ids >> id;) {
-            ShownWindow window{id};
+            std::map<std::string, int> value;
             std::istringstream geometry(tool({"xdotool", "getwindowgeometry", "--shell", id}));
-            for (std::string line; std::getline(geometry, line);) {
-                const auto value = [&line] { return std::stoi(line.substr(line.find('=') + 1)); };
-                if (line.starts_with("X=")) {
-                    window.x = value();
-                } else if (line.starts_with("Y=")) {
-                    window.y = value();
-                } else if (line.starts_with("WIDTH=")) {
-                    window.width = value();
-                } else if (line.starts_with("HEIGHT=")) {
-                    window.height = value();
-                }
+            for (std::string name, number; std::getline(geometry, name, '=') && geometry >> number;) {
+                value[name] = std::stoi(number);
+                geometry.ignore();
             }
-            if (window.width == width) {
-                all.push_back(window);
+            if (value["WIDTH"] == width) {
+                all.push_back({id, {value["X"], value["Y"], width, value["HEIGHT"]}});
             }
         }
         return all;
@@ -92,19 +77,16 @@ protected:
     [[nodiscard]] bool isActive(const ShownWindow& window) const {
         return tool({"xdotool", "getactivewindow"}) == window.id + "\n";
     }
-    [[nodiscard]] bool hasFocus(const ShownWindow& window) const {
-        return tool({"xdotool", "getwindowfocus"}) == window.id + "\n";
-    }
     bool mainComes() {
         return comes([&] {
             const auto windows = shown(mainWidth);
             return windows.size() == 1 && isActive(windows[0]);
         });
     }
-    void click(int x, int y) {
-        tool({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"});
+    void click(QPoint at) const {
+        tool({"xdotool", "mousemove", std::to_string(at.x()), std::to_string(at.y()), "click", "1"});
     }
-    void press(const std::string& key) { tool({"xdotool", "key", key}); }
+    void press(const std::string& key) const { tool({"xdotool", "key", key}); }
     std::optional<PrivateDisplay> screen;
     std::optional<ChildProcess> windowManager;
 };
@@ -114,7 +96,7 @@ TEST_F(DesktopTest, TheFirstStartShowsTheGuideEvenAtLogin) {
     startProgram();
     ASSERT_TRUE(mainComes()) << log();
     press("ctrl+q");
-    EXPECT_EQ(program->wait(deadline), 0) << "over the guide too";
+    EXPECT_TRUE(quits()) << "over the guide too";
     startProgram({"--hidden"});
     ASSERT_TRUE(mainComes()) << log();
     EXPECT_EQ(log().find("listening"), std::string::npos);
@@ -125,7 +107,7 @@ TEST_F(DesktopTest, TheFirstStartShowsTheGuideEvenAtLogin) {
     })) << log();
     EXPECT_TRUE(becomesSetting("onboarded", true));
     press("ctrl+q");
-    EXPECT_EQ(program->wait(deadline), 0) << log();
+    EXPECT_TRUE(quits());
 }
 
 TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
@@ -136,14 +118,19 @@ TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
     EXPECT_TRUE(
         std::filesystem::exists(icons + "/hicolor/symbolic/apps/org.sordin.Sordin-listening-symbolic.svg"))
         << icons;
+    for (int i = 0; i < 2; ++i) {
+        panel.reset();
+        showPanel();
+        ASSERT_TRUE(comes([&] { return panel->items().size() == 1; })) << "a panel that restarts";
+    }
 
     clickIcon(640, 10);
     ASSERT_TRUE(comes([&] { return isShown(panelWidth); })) << log();
-    const auto opened = shown(panelWidth).at(0);
-    EXPECT_EQ(opened.x + opened.width / 2, 640);
-    EXPECT_GT(opened.y, 10);
-    EXPECT_LT(opened.y, 40);
-    click(100, 700);
+    const auto opened = shown(panelWidth).at(0).place;
+    EXPECT_EQ(opened.x() + opened.width() / 2, 640);
+    EXPECT_GT(opened.y(), 10);
+    EXPECT_LT(opened.y(), 40);
+    click({100, 700});
     EXPECT_TRUE(comes([&] { return !isShown(panelWidth); })) << "a click elsewhere closes it";
 
     // By the keyboard: from the switch over the slider to the first button.
@@ -152,9 +139,8 @@ TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
         return isShown(panelWidth);
     }));
     const auto corner = shown(panelWidth).at(0);
-    EXPECT_LE(corner.x + corner.width, 1280);
-    EXPECT_LE(corner.y + corner.height, 800);
-    ASSERT_TRUE(comes([&] { return hasFocus(corner); }));
+    EXPECT_TRUE(QRect(0, 0, 1280, 800).contains(corner.place));
+    ASSERT_TRUE(comes([&] { return tool({"xdotool", "getwindowfocus"}) == corner.id + "\n"; }));
     press("Tab");
     press("space");
     EXPECT_TRUE(becomesSetting("enabled", false)) << log();
@@ -162,7 +148,7 @@ TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
     press("Tab");
     press("Home");
     EXPECT_TRUE(becomesSetting("sensitivity", 0.0));
-    click(corner.x + 50, corner.y + corner.height - 26);
+    click(corner.place.bottomLeft() + QPoint(50, -25));
     ASSERT_TRUE(mainComes()) << "Open Sordin";
     EXPECT_FALSE(isShown(panelWidth));
 
@@ -173,10 +159,8 @@ TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
         clickIcon(640, 790);
         return isShown(panelWidth);
     }));
-    const auto last = shown(panelWidth).at(0);
-    click(last.x + last.width - 40, last.y + last.height - 26);
-    EXPECT_TRUE(comes([&] { return !program->running(); })) << "Quit";
-    EXPECT_EQ(program->wait(0s), 0);
+    click(shown(panelWidth).at(0).place.bottomRight() + QPoint(-39, -25));
+    EXPECT_TRUE(quits()) << "Quit";
 }
 
 TEST_F(DesktopTest, ASecondStartBringsTheFirstForward) {
@@ -190,8 +174,7 @@ TEST_F(DesktopTest, ASecondStartBringsTheFirstForward) {
     EXPECT_EQ(secondStart(), 0);
     EXPECT_TRUE(mainComes());
     EXPECT_THAT(shown(mainWidth), SizeIs(1));
-    program->kill(SIGTERM);
-    EXPECT_EQ(program->wait(deadline), 0) << "a window that is open does not hold it";
+    EXPECT_TRUE(endsBy(SIGTERM)) << "a window that is open does not hold it";
 }
 
 TEST_F(DesktopTest, WithoutAPanelTheWindowStaysWithinReach) {
@@ -205,8 +188,7 @@ TEST_F(DesktopTest, WithoutAPanelTheWindowStaysWithinReach) {
     EXPECT_EQ(secondStart(), 0);
     EXPECT_TRUE(mainComes());
     press("ctrl+q");
-    EXPECT_TRUE(comes([&] { return !program->running(); }));
-    EXPECT_EQ(program->wait(0s), 0);
+    EXPECT_TRUE(quits());
 }
 
 TEST_F(DesktopTest, TheMenuWorksInAnAd) {
@@ -228,19 +210,7 @@ TEST_F(DesktopTest, TheMenuWorksInAnAd) {
     EXPECT_TRUE(becomesSetting("enabled", false)) << "the middle button";
     EXPECT_FALSE(recordIsThere());
     choose("Quit");
-    EXPECT_TRUE(comes([&] { return !program->running(); }));
-    EXPECT_EQ(program->wait(0s), 0);
-}
-
-TEST_F(DesktopTest, APanelThatRestartsGetsTheIconBack) {
-    startHidden();
-    for (int i = 0; i < 2; ++i) {
-        panel.reset();
-        showPanel();
-        EXPECT_TRUE(comes([&] { return panel->items().size() == 1; })) << i;
-    }
-    clickIcon(640, 10);
-    EXPECT_TRUE(comes([&] { return isShown(panelWidth); }));
+    EXPECT_TRUE(quits());
 }
 
 TEST_F(DesktopTest, LosingTheDisplayOrTheBusLeavesNoVolumeDown) {
@@ -248,8 +218,7 @@ TEST_F(DesktopTest, LosingTheDisplayOrTheBusLeavesNoVolumeDown) {
     ASSERT_TRUE(mainComes());
     screen->kill();
     EXPECT_TRUE(comes([&] { return !program->running(); })) << log();
-    EXPECT_TRUE(becomes(1)) << "by the guard, if the program was not asked";
-    EXPECT_TRUE(waitUntil([&] { return !recordIsThere(); }, deadline));
+    EXPECT_TRUE(comesBackWhole()) << "by the guard, if the program was not asked";
     player.reset();
 
     windowManager.reset();
@@ -258,21 +227,21 @@ TEST_F(DesktopTest, LosingTheDisplayOrTheBusLeavesNoVolumeDown) {
     bus.reset();  // the end of the session
     screen->kill();
     EXPECT_TRUE(waitUntil([&] { return !program->running(); }, deadline)) << log();
-    EXPECT_TRUE(becomes(1));
-    EXPECT_TRUE(waitUntil([&] { return !recordIsThere(); }, deadline));
+    EXPECT_TRUE(comesBackWhole());
 }
 
-TEST_F(DesktopTest, LosingTheCompositorLeavesNoVolumeDown) {
+TEST_F(DesktopTest, ADisplayThatIsNotThereIsSaidAndLosingTheCompositorLeavesNoVolumeDown) {
+    display = {"DISPLAY=:12345", "WAYLAND_DISPLAY="};
+    startProgram();
+    EXPECT_EQ(program->wait(deadline), 1);
+    EXPECT_THAT(log(), testing::HasSubstr("the display :12345 cannot be reached"));
+
     const std::string socket = "sordin-test";
     ChildProcess compositor({"weston", "--backend=headless-backend.so", "--socket=" + socket, "--idle-time=0",
                              "--use-pixman", "--no-config", "--width=1280", "--height=800"},
                             {.log = home / "weston"});
-    ASSERT_TRUE(waitUntil(
-        [&] {
-            return std::filesystem::exists(std::getenv("XDG_RUNTIME_DIR") / std::filesystem::path(socket));
-        },
-        deadline))
-        << contentsOf(home / "weston");
+    const auto file = std::getenv("XDG_RUNTIME_DIR") / std::filesystem::path(socket);
+    ASSERT_TRUE(waitUntil([&] { return exists(file); }, deadline)) << contentsOf(home / "weston");
     display = {"DISPLAY=", "WAYLAND_DISPLAY=" + socket, "XDG_SESSION_TYPE=wayland"};
     showPanel();
     startProgram();
@@ -286,15 +255,7 @@ TEST_F(DesktopTest, LosingTheCompositorLeavesNoVolumeDown) {
     EXPECT_TRUE(program->running()) << log();
     compositor.kill(SIGKILL);
     EXPECT_TRUE(comes([&] { return !program->running(); })) << log();
-    EXPECT_TRUE(becomes(1));
-    EXPECT_TRUE(waitUntil([&] { return !recordIsThere(); }, deadline));
-}
-
-TEST_F(DesktopTest, ADisplayThatCannotBeReachedIsSaid) {
-    display = {"DISPLAY=:12345", "WAYLAND_DISPLAY="};
-    startProgram();
-    EXPECT_EQ(program->wait(deadline), 1);
-    EXPECT_THAT(log(), testing::HasSubstr("the display :12345 cannot be reached"));
+    EXPECT_TRUE(comesBackWhole());
 }
 
 TEST_F(DesktopTest, AssistiveTechnologyReachesAndHearsEverything) {

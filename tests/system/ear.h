@@ -7,6 +7,8 @@
 #include "rig/wait_until.h"
 #include "support/asio_serial_queue.h"
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <future>
 #include <memory>
@@ -47,8 +49,10 @@ public:
     }
 
     /// Whether the last quarter second comes to have this level (RMS), within two hundredths of it.
-    bool hears(double rms) {
-        return waitUntil([&] { return std::fabs(level() - rms) <= 0.02 * rms + 1e-4; }, deadline);
+    testing::AssertionResult hears(double rms) {
+        const auto so = [&] { return std::fabs(level() - rms) <= 0.02 * rms + 1e-4; };
+        return (waitUntil(so, deadline) ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << level();
     }
     /// Whether all of the next `seconds` has this level.
     bool keepsHearing(double rms, double seconds) {

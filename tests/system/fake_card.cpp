@@ -3,7 +3,7 @@
 // the cards of ALSA it keeps a volume per route, and says of each whether it is to be saved. Ends with its
 // stdin.
 //   On stdin: "route NAME" plugs that in, "volume LEFT RIGHT" (linear) is what keys on a device do.
-//   On stdout: {"ready":true}, and {"route":NAME,"volumes":[..],"mute":..,"save":..} for each Route written.
+//   On stdout: {"ready":true}, and {"route":NAME,"volumes":[..],"save":..} for each Route written.
 #include "system/input_lines.h"
 
 #include <array>
@@ -35,9 +35,6 @@ constexpr int zero = 0;  // the index of the profile and of the device in the ca
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wpedantic"
 #pragma GCC diagnostic ignored "-Wold-style-cast"
-void listen(pw_core* core, spa_hook& hook, const pw_core_events& events, void* data) {
-    pw_core_add_listener(core, &hook, &events, data);
-}
 void emitDeviceInfo(spa_hook_list& listeners, const spa_device_info& info) {
     spa_device_emit_info(&listeners, &info);
 }
@@ -63,25 +60,19 @@ void addClasses(spa_pod_builder& builder) {
 struct Route {
     const char* name;
     std::array<float, 2> volumes;  // linear
-    bool mute = false;
     bool save = false;
 
     void take(const spa_pod* properties) {
         if (properties == nullptr) {
             return;
         }
-        const spa_pod_prop* given = spa_pod_find_prop(properties, nullptr, SPA_PROP_mute);
-        if (given != nullptr) {
-            spa_pod_get_bool(&given->value, &mute);
-        }
-        given = spa_pod_find_prop(properties, nullptr, SPA_PROP_channelVolumes);
+        const spa_pod_prop* given = spa_pod_find_prop(properties, nullptr, SPA_PROP_channelVolumes);
         std::array<float, 2> values{};
-        if (given != nullptr) {
-            const auto count =
-                spa_pod_copy_array(&given->value, SPA_TYPE_Float, values.data(), values.size());
-            if (count > 0) {
-                volumes = {values[0], values[count - 1]};  // one is for all channels
-            }
+        const auto count = given == nullptr ? 0
+                                            : spa_pod_copy_array(&given->value, SPA_TYPE_Float, values.data(),
+                                                                 values.size());
+        if (count > 0) {
+            volumes = {values[0], values[count - 1]};  // one is for all channels
         }
     }
 };
@@ -91,31 +82,12 @@ public:
     FakeCard() {
         spa_hook_list_init(&listeners_);
         device_.iface = {SPA_TYPE_INTERFACE_Device, SPA_VERSION_DEVICE, {&methods, this}};
-        if (core_ != nullptr) {
-            coreEvents_.version = PW_VERSION_CORE_EVENTS;
-            coreEvents_.error = failed;
-            cardEvents_.version = PW_VERSION_PROXY_EVENTS;
-            cardEvents_.bound = cardBound;
-            sinkEvents_.version = PW_VERSION_PROXY_EVENTS;
-            sinkEvents_.bound = sinkBound;
-            listen(core_, coreListener_, coreEvents_, this);
-            card_ = static_cast<pw_proxy*>(
-                pw_core_export(core_, SPA_TYPE_INTERFACE_Device, &properties, &device_, 0));
-            pw_proxy_add_listener(card_, &cardListener_, &cardEvents_, this);
-        }
+        cardEvents_.version = PW_VERSION_PROXY_EVENTS;
+        cardEvents_.bound = cardBound;
+        sinkEvents_.version = PW_VERSION_PROXY_EVENTS;
+        sinkEvents_.bound = sinkBound;
     }
-    ~FakeCard() {
-        for (pw_proxy* proxy : {sink_, card_}) {
-            if (proxy != nullptr) {
-                pw_proxy_destroy(proxy);
-            }
-        }
-        if (core_ != nullptr) {
-            pw_core_disconnect(core_);
-        }
-        pw_context_destroy(context_);
-        pw_main_loop_destroy(loop_);
-    }
+    ~FakeCard() = default;  // the end of the program ends the rest
     FakeCard(const FakeCard&) = delete;
     FakeCard& operator=(const FakeCard&) = delete;
 
@@ -124,6 +96,9 @@ public:
             std::cerr << "fake_card: cannot connect" << std::endl;
             return 1;
         }
+        auto* card = static_cast<pw_proxy*>(
+            pw_core_export(core_, SPA_TYPE_INTERFACE_Device, &properties, &device_, 0));
+        pw_proxy_add_listener(card, &cardListener_, &cardEvents_, this);
         const InputLines input(loop_, [this](const std::string& line) { obey(line); });
         pw_main_loop_run(loop_);
         return 0;
@@ -132,13 +107,6 @@ public:
 private:
     static FakeCard& self(void* data) { return *static_cast<FakeCard*>(data); }
 
-    // What the connection says.
-
-    static void failed(void* data, std::uint32_t id, int /*sequence*/, int result, const char* /*message*/) {
-        if (id == PW_ID_CORE && result == -EPIPE) {
-            pw_main_loop_quit(self(data).loop_);
-        }
-    }
     static void cardBound(void* data, std::uint32_t id) { self(data).cardId_ = id; }
     /// Made when the session manager has chosen the route, as for cards of ALSA: of a sink that comes sooner
     /// it may believe for ever that it has no route.
@@ -222,8 +190,8 @@ private:
         written.save = save;
         written.take(volumes);
         std::cout << std::boolalpha << std::setprecision(9) << R"({"route":")" << written.name
-                  << R"(","volumes":[)" << written.volumes[0] << "," << written.volumes[1] << R"(],"mute":)"
-                  << written.mute << R"(,"save":)" << written.save << "}" << std::endl;
+                  << R"(","volumes":[)" << written.volumes[0] << "," << written.volumes[1] << R"(],"save":)"
+                  << written.save << "}" << std::endl;
         other ? card.changed({enumRoute, activeRoute}) : card.changed({activeRoute});
         if (card.sink_ == nullptr) {
             card.makeSink();
@@ -264,7 +232,7 @@ private:
             spa_pod_builder_push_object(&builder, &frames[1], SPA_TYPE_OBJECT_Props, id);
             static constexpr std::array<std::uint32_t, 2> channels{SPA_AUDIO_CHANNEL_FL,
                                                                    SPA_AUDIO_CHANNEL_FR};
-            spa_pod_builder_add(&builder, SPA_PROP_mute, SPA_POD_Bool(route.mute), SPA_PROP_channelVolumes,
+            spa_pod_builder_add(&builder, SPA_PROP_mute, SPA_POD_Bool(false), SPA_PROP_channelVolumes,
                                 SPA_POD_Array(sizeof(float), SPA_TYPE_Float, 2, route.volumes.data()),
                                 SPA_PROP_volumeBase, SPA_POD_Float(1.0), SPA_PROP_volumeStep,
                                 SPA_POD_Float(1.0 / 65536), SPA_PROP_channelMap,
@@ -303,12 +271,9 @@ private:
     pw_main_loop* loop_ = pw_main_loop_new(nullptr);
     pw_context* context_ = pw_context_new(pw_main_loop_get_loop(loop_), nullptr, 0);
     pw_core* core_ = pw_context_connect(context_, nullptr, 0);
-    pw_proxy* card_ = nullptr;
     pw_proxy* sink_ = nullptr;
-    pw_core_events coreEvents_{};
     pw_proxy_events cardEvents_{};
     pw_proxy_events sinkEvents_{};
-    spa_hook coreListener_{};
     spa_hook cardListener_{};
     spa_hook sinkListener_{};
     spa_device device_{};
@@ -325,9 +290,7 @@ private:
 }  // namespace
 }  // namespace sordin
 
-int main(int count, char** arguments) {
-    pw_init(&count, &arguments);
-    const int status = sordin::FakeCard().run();
-    pw_deinit();
-    return status;
+int main() {
+    pw_init(nullptr, nullptr);
+    return sordin::FakeCard().run();
 }

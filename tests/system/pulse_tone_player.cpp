@@ -1,19 +1,13 @@
 // SPDX-License-Identifier: MIT
 // pulse_tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [target=SINK]
-// Does through PulseAudio what tone_player does through PipeWire: plays a sine, 48 kHz and stereo, until its
-// stdin ends. Lines "pause" and "play" on stdin do that. Says "streaming" and "paused" whenever the stream
-// becomes that.
+// Does through PulseAudio what tone_player does through PipeWire.
+#include "system/tone.h"
+
 #include <array>
-#include <cmath>
-#include <cstdint>
-#include <cstdlib>
 #include <iostream>
-#include <numbers>
-#include <optional>
 #include <pulse/pulseaudio.h>
-#include <span>
-#include <string>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace sordin {
@@ -21,19 +15,7 @@ namespace {
 
 class PulseTonePlayer {
 public:
-    explicit PulseTonePlayer(std::span<char*> arguments)
-        : step_(2 * std::numbers::pi * std::strtod(arguments[0], nullptr) / rate),
-          amplitude_(std::strtod(arguments[1], nullptr)) {
-        for (const std::string argument : arguments.subspan(2)) {
-            if (argument == "left-only") {
-                leftOnly_ = true;
-            } else if (argument == "channels=1") {
-                channels_ = 1;
-            } else if (argument.starts_with("target=")) {
-                sink_ = argument.substr(7);
-            }
-        }
-    }
+    explicit PulseTonePlayer(Tone tone) : tone_(std::move(tone)) {}
 
     int run() {
         pa_mainloop_api* api = pa_mainloop_get_api(loop_);
@@ -47,8 +29,6 @@ public:
     }
 
 private:
-    static constexpr std::uint32_t rate = 48000;
-
     static PulseTonePlayer& of(void* data) { return *static_cast<PulseTonePlayer*>(data); }
 
     static void onContext(pa_context* context, void* data) {
@@ -61,7 +41,7 @@ private:
     }
 
     void play() {
-        const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, rate, channels_};
+        const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, Tone::rate, tone_.channels};
         stream_ = pa_stream_new(context_, "tone", &format, nullptr);
         pa_stream_set_write_callback(stream_, onWrite, this);
         pa_stream_set_state_callback(
@@ -77,20 +57,13 @@ private:
         pa_buffer_attr buffer;
         buffer.maxlength = buffer.prebuf = buffer.minreq = buffer.fragsize = UINT32_MAX;
         buffer.tlength = static_cast<std::uint32_t>(pa_usec_to_bytes(100'000, &format));
-        pa_stream_connect_playback(stream_, sink_ ? sink_->c_str() : nullptr, &buffer,
+        pa_stream_connect_playback(stream_, tone_.target.empty() ? nullptr : tone_.target.c_str(), &buffer,
                                    PA_STREAM_ADJUST_LATENCY, nullptr, nullptr);
     }
 
     static void onWrite(pa_stream* stream, std::size_t bytes, void* data) {
-        auto& self = of(data);
         std::vector<float> samples(bytes / sizeof(float));
-        for (std::size_t i = 0; i + self.channels_ <= samples.size(); i += self.channels_) {
-            const auto value = static_cast<float>(self.amplitude_ * std::sin(self.phase_));
-            self.phase_ = std::fmod(self.phase_ + self.step_, 2 * std::numbers::pi);
-            for (std::size_t channel = 0; channel < self.channels_; ++channel) {
-                samples[i + channel] = self.leftOnly_ && channel == 1 ? 0 : value;
-            }
-        }
+        of(data).tone_.fill(samples);
         pa_stream_write(stream, samples.data(), samples.size() * sizeof(float), nullptr, 0, PA_SEEK_RELATIVE);
     }
 
@@ -104,32 +77,20 @@ private:
             return;
         }
         const bool pause = std::string(text.data(), static_cast<std::size_t>(got)).starts_with("pause");
-        pa_operation_unref(pa_stream_cork(
-            self.stream_, pause ? 1 : 0,
-            pause ? [](pa_stream*, int, void*) { std::cout << "paused" << std::endl; }
-                  : [](pa_stream*, int, void*) { std::cout << "streaming" << std::endl; },
-            nullptr));
+        pa_operation_unref(pa_stream_cork(self.stream_, pause ? 1 : 0, nullptr, nullptr));
     }
 
+    Tone tone_;
     pa_mainloop* const loop_ = pa_mainloop_new();
     pa_context* context_ = nullptr;
     pa_stream* stream_ = nullptr;
-    std::uint8_t channels_ = 2;
-    bool leftOnly_ = false;
-    std::optional<std::string> sink_;
-    const double step_;
-    const double amplitude_;
-    double phase_ = 0;
 };
 
 }  // namespace
 }  // namespace sordin
 
 int main(int count, char** arguments) {
-    if (count < 3) {
-        std::cerr << "usage: pulse_tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [target=SINK]"
-                  << std::endl;
-        return 2;
-    }
-    return sordin::PulseTonePlayer(std::span(arguments, static_cast<std::size_t>(count)).subspan(1)).run();
+    return count < 3
+               ? 2
+               : sordin::PulseTonePlayer(sordin::Tone({arguments, static_cast<std::size_t>(count)})).run();
 }

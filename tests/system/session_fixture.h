@@ -2,17 +2,13 @@
 #pragma once
 
 #include "fake_panel.h"
-#include "rig/private_bus.h"
+#include "platform/linux/bus_fixture.h"
 #include "system/sordin_fixture.h"
-
-#include <QCoreApplication>
-#include <QDBusMessage>
-#include <QDBusPendingCall>
 
 namespace sordin {
 
 /// The real program in a session with a bus of its own, where the test is the panel and who asks.
-class SessionTest : public SordinTest {
+class SessionTest : public SordinTest, protected BusTalk {
 protected:
     SessionTest() {
         beginServer();  // which turns the bus off that is there
@@ -39,16 +35,6 @@ protected:
         ASSERT_TRUE(comes([&] { return !panel->items().empty(); })) << log();
     }
 
-    /// Whether it comes to hold while the panel answers.
-    template <class Condition>
-    static bool comes(Condition condition, std::chrono::milliseconds within = deadline) {
-        return waitUntil(
-            [&] {
-                QCoreApplication::processEvents();
-                return condition();
-            },
-            within);
-    }
     /// What the icon answers.
     [[nodiscard]] QDBusMessage ask(const char* path, const char* interface, const char* method,
                                    const QVariantList& arguments = {}) {
@@ -56,11 +42,7 @@ protected:
     }
     [[nodiscard]] QDBusMessage call(const QString& whom, const char* path, const char* interface,
                                     const char* method, const QVariantList& arguments = {}) {
-        auto question = QDBusMessage::createMethodCall(whom, path, interface, method);
-        question.setArguments(arguments);
-        const auto answer = connection->asyncCall(question);
-        comes([&] { return answer.isFinished(); });
-        return answer.reply();
+        return answer(*connection, question(whom, path, interface, method, arguments));
     }
     [[nodiscard]] QString itemProperty(const char* name) {
         const auto answer = ask("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
@@ -68,15 +50,18 @@ protected:
         return answer.arguments().value(0).value<QDBusVariant>().variant().toString();
     }
 
-    [[nodiscard]] nlohmann::json defaults() const {
-        return nlohmann::json::parse(contentsOf(home / "config/Sordin/defaults.json"), nullptr, false);
-    }
     /// Whether a setting comes to have this value on the disk.
     bool becomesSetting(const char* key, const nlohmann::json& value) {
         return comes([&] {
-            const auto all = defaults();
+            const auto all =
+                nlohmann::json::parse(contentsOf(home / "config/Sordin/defaults.json"), {}, false);
             return all.is_object() && all.contains(key) && all[key] == value;
         });
+    }
+    /// Whether the program ends by itself, in order.
+    testing::AssertionResult quits() {
+        const bool so = comes([&] { return !program->running(); }) && program->wait(deadline) == 0;
+        return (so ? testing::AssertionSuccess() : testing::AssertionFailure()) << log();
     }
     [[nodiscard]] int secondStart(const std::vector<std::string>& arguments = {}) {
         std::vector<std::string> command{SORDIN_PROGRAM};

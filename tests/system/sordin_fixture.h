@@ -11,7 +11,6 @@
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -33,14 +32,7 @@ public:
         float volume;
     };
 
-    explicit VolumeRecorder(std::shared_ptr<AudioObjects> objects)
-        : objects_(std::move(objects)), thread_([this] { record(); }) {}
-    ~VolumeRecorder() {
-        stopping_ = true;
-        thread_.join();
-    }
-    VolumeRecorder(const VolumeRecorder&) = delete;
-    VolumeRecorder& operator=(const VolumeRecorder&) = delete;
+    explicit VolumeRecorder(std::shared_ptr<AudioObjects> objects) : objects_(std::move(objects)) {}
 
     [[nodiscard]] double now() const {
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
@@ -51,8 +43,8 @@ public:
     }
 
 private:
-    void record() {
-        while (!stopping_) {
+    void record(const std::stop_token& stop) {
+        while (!stop.stop_requested()) {
             const auto device =
                 read<std::uint32_t>(*objects_, systemAudioObject, audio_property::defaultOutputDevice);
             const auto volume = read<float>(*objects_, device.value_or(0), audio_property::volume(0));
@@ -70,8 +62,7 @@ private:
     const std::shared_ptr<AudioObjects> objects_;
     std::mutex mutex_;
     std::vector<Change> changes_;
-    std::atomic<bool> stopping_ = false;
-    std::thread thread_;
+    std::jthread thread_{[this](const std::stop_token& stop) { record(stop); }};
 };
 
 /// The real program, on an audio server of the test's own, with a home of its own.
@@ -134,6 +125,18 @@ protected:
     /// Whether the sink comes to have this volume, on all channels.
     testing::AssertionResult becomes(float volume, std::chrono::milliseconds within = deadline) {
         return sinkBecomes(*server, sink, {volume, volume}, within) << "\n" << log();
+    }
+    /// Whether it comes to be full, with nothing left to be given back.
+    testing::AssertionResult comesBackWhole(std::chrono::milliseconds within = deadline) {
+        const auto full = becomes(1, within);
+        const bool done = waitUntil([this] { return !recordIsThere(); }, within);
+        return full && !done ? testing::AssertionFailure() << "the record is there" : full;
+    }
+    /// Whether the program ends as it should by a signal.
+    testing::AssertionResult endsBy(int signal) {
+        program->kill(signal);
+        const bool so = program->wait(deadline) == (signal == SIGKILL ? 128 + SIGKILL : 0);
+        return (so ? testing::AssertionSuccess() : testing::AssertionFailure()) << signal << "\n" << log();
     }
     [[nodiscard]] bool recordIsThere() const {
         return std::filesystem::exists(home / "config/Sordin/pending-restore.json");

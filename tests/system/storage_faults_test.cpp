@@ -32,8 +32,7 @@ protected:
     /// The guard gives back what a killed program leaves, and a program that ends gives it back itself.
     void fadeAndEnd(int signal) {
         ASSERT_NO_FATAL_FAILURE(enterAd());
-        program->kill(signal);
-        ASSERT_EQ(program->wait(deadline), signal == SIGKILL ? 128 + SIGKILL : 0) << log();
+        ASSERT_TRUE(endsBy(signal));
         ASSERT_TRUE(becomes(0.512F)) << signal;
         player.reset();
     }
@@ -119,8 +118,7 @@ TEST_F(StorageFaultsTest, WhateverLiesWhereItsFilesShouldBeItWorksAndKeepsIt) {
         make();
         startProgram();  // which takes this for its first start
         ASSERT_TRUE(says("status: starting")) << log();
-        program->kill(SIGTERM);
-        EXPECT_EQ(program->wait(deadline), 0) << log();
+        EXPECT_TRUE(endsBy(SIGTERM));
     }
     EXPECT_TRUE(fs::is_fifo(data / "history.json")) << "in its place until there is something to write";
     const auto keptAside = std::count_if(fs::directory_iterator(config), {}, [](const auto& entry) {
@@ -167,13 +165,11 @@ TEST_F(OddHomeTest, WorksInAnyFolderAndWithADecimalComma) {
     const auto record = nlohmann::json::parse(contentsOf(home / "config/Sordin/pending-restore.json"));
     EXPECT_NEAR(record["pendingRestoreVolume"].get<double>(), 0.8, 1e-3);
     EXPECT_THAT(record["pendingRestoreRatios"].get<std::string>(), testing::StartsWith("1 0.125"));
-    program->kill(SIGKILL);
-    program->wait(deadline);
+    ASSERT_TRUE(endsBy(SIGKILL));
     player.reset();
     EXPECT_TRUE(sinkBecomes(*server, sink, {0.512F, 0.064F}, deadline)) << "by the guard";
     ASSERT_NO_FATAL_FAILURE(enterPartly());
-    program->kill(SIGTERM);
-    EXPECT_EQ(program->wait(deadline), 0) << log();
+    EXPECT_TRUE(endsBy(SIGTERM));
     EXPECT_TRUE(sinkBecomes(*server, sink, {0.512F, 0.064F}, 0s));
     const auto events = history();
     ASSERT_EQ(events.size(), 1U) << contentsOf(home / "data/Sordin/history.json");
@@ -212,8 +208,7 @@ TEST_F(ModelFaultsTest, WithoutModelsTheProgramSaysSoAndListens) {
                         ChildOptions{.environment = environment(), .log = home / "log"});
         ASSERT_TRUE(says("status: listening")) << warning << log();
         EXPECT_THAT(log(), HasSubstr(warning));
-        program->kill(SIGTERM);
-        EXPECT_EQ(program->wait(deadline), 0) << log();
+        EXPECT_TRUE(endsBy(SIGTERM));
         fs::remove(home / "log");
     }
 }

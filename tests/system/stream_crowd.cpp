@@ -6,13 +6,12 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
-#include <iostream>
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
 
 namespace {
 
-/// False if it cannot be had. Ends with the core.
+/// False if it cannot be had.
 bool join(pw_core* core) {
     spa_audio_info_raw format{};
     format.format = SPA_AUDIO_FORMAT_F32;
@@ -35,23 +34,16 @@ bool join(pw_core* core) {
 }  // namespace
 
 int main(int count, char** arguments) {
-    if (count != 2) {
-        std::cerr << "usage: stream_crowd COUNT" << std::endl;
-        return 2;
-    }
-    pw_init(&count, &arguments);
+    pw_init(nullptr, nullptr);
     pw_main_loop* loop = pw_main_loop_new(nullptr);
-    pw_context* context = pw_context_new(pw_main_loop_get_loop(loop), nullptr, 0);
-    pw_core* core = pw_context_connect(context, nullptr, 0);
-    bool joined = core != nullptr;
-    for (auto left = std::strtoul(arguments[1], nullptr, 10); left > 0 && joined; --left) {
+    pw_core* core = pw_context_connect(pw_context_new(pw_main_loop_get_loop(loop), nullptr, 0), nullptr, 0);
+    bool joined = core != nullptr && count == 2;
+    for (auto left = joined ? std::strtoul(arguments[1], nullptr, 10) : 0; left > 0 && joined; --left) {
         joined = join(core);
     }
     if (joined) {
         const sordin::InputLines input(loop, [](const std::string& /*line*/) {});
         pw_main_loop_run(loop);
     }
-    pw_context_destroy(context);
-    pw_main_loop_destroy(loop);
     return joined ? 0 : 1;
 }

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cmath>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,6 +28,9 @@ protected:
     static constexpr std::chrono::seconds deadline{20};
     static constexpr auto sinkA = "test-sink-A";
     static constexpr auto sinkB = "test-sink-B";
+
+    /// What a channel has at this place of a mixer's slider.
+    static float cubed(double slider) { return static_cast<float>(slider * slider * slider); }
 
     void begin(ServerKind kind = ServerKind::pipeWire, const AudioServerOptions& options = {}) {
         server = makeServer(kind, options);
@@ -72,8 +76,14 @@ protected:
     bool recordIsGone() {
         return waitUntil([&] { return !defaults->number(PendingRestore::key); }, deadline);
     }
-    float volumeOf(AudioObjectId device) {
-        return read<float>(*objects, device, audio_property::volume(0)).value_or(-1);
+    /// Whether the program comes to see this volume.
+    bool sees(AudioObjectId device, float scalar) {
+        return waitUntil(
+            [&] {
+                const auto now = read<float>(*objects, device, audio_property::volume(0));
+                return std::fabs(now.value_or(-1) - scalar) < 1e-3F;
+            },
+            deadline);
     }
 
     std::unique_ptr<AudioServer> server;

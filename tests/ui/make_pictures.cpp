@@ -32,12 +32,27 @@ public:
     }
 
 private:
-    void take(QQuickWindow& window, const QString& name) {
+    void take(const QString& name) {
         QTest::qWait(400);  // what moves has come to rest
-        window.grabWindow().save(pictures_ + "/" + look_ + "-" + name + ".png");
+        window_->grabWindow().save(pictures_ + "/" + look_ + "-" + name + ".png");
     }
-    void page(QQuickWindow& window, int index) {
-        window.findChild<QObject*>("sidebar")->setProperty("currentIndex", index);
+    void open(std::unique_ptr<QQuickWindow> window) {
+        window_ = std::move(window);
+        window_->show();
+    }
+    void openMain() { open(ui_.mainWindow(*engine)); }
+    void takePanel(const QString& name) {
+        open(ui_.panel(*engine));
+        take(name);
+    }
+    void takePage(int index, const QString& name) {
+        window_->findChild<QObject*>("sidebar")->setProperty("currentIndex", index);
+        take(name);
+    }
+    void grant(bool granted) {
+        permissions->granted = granted;
+        recogniser->permitted = granted;
+        engine->refreshAccess();
     }
     void start() {
         engine->setOnboardingComplete(true);
@@ -54,13 +69,10 @@ private:
     }
     void hearSignals(int hops, float confidence) {
         scorer->contributions = {};
-        const std::array<std::pair<const char*, float>, 6> shares{{{"Audio", 0.8F},
-                                                                   {"Keywords", 0.5F},
-                                                                   {"Boundary", 0.2F},
-                                                                   {"Repetition", 0},
-                                                                   {"Timing", 0.1F},
-                                                                   {"Loudness", 0.35F}}};
-        for (const auto& [name, share] : shares) {
+        using Share = std::pair<const char*, float>;
+        for (const auto& [name, share] :
+             {Share{"Audio", 0.8F}, Share{"Keywords", 0.5F}, Share{"Boundary", 0.2F},
+              Share{"Repetition", 0.0F}, Share{"Timing", 0.1F}, Share{"Loudness", 0.35F}}) {
             scorer->contributions.append({name, share * confidence});
         }
         hear(hops, confidence);
@@ -71,25 +83,19 @@ private:
         for (int i = 0; i < 170; ++i) {
             hearSignals(2, 0.25F + 0.15F * static_cast<float>(std::sin(i * 0.3) * std::sin(i * 0.11)));
         }
-        const auto window = ui_.mainWindow(*engine);
-        window->show();
-        take(*window, "live");
-        window->resize(780, 540);
-        take(*window, "live-smallest");
-        window->resize(1400, 900);
-        take(*window, "live-big");
-        const auto panel = ui_.panel(*engine);
-        panel->show();
-        take(*panel, "panel");
+        openMain();
+        take("live");
+        window_->resize(780, 540);
+        take("live-smallest");
+        window_->resize(1400, 900);
+        take("live-big");
+        takePanel("panel");
     }
     void empty() {
         engine->setHistory({});
-        const auto window = ui_.mainWindow(*engine);
-        window->show();
-        for (const auto& [index, name] : {std::pair(1, "timeline"), std::pair(2, "apps")}) {
-            page(*window, index);
-            take(*window, QString(name) + "-empty");
-        }
+        openMain();
+        takePage(1, "timeline-empty");
+        takePage(2, "apps-empty");
     }
     void full() {
         using EventKind = AdEvent::Kind;
@@ -104,86 +110,62 @@ private:
         }
         history[3].reasons.clear();
         engine->setHistory(history);
-        const auto window = ui_.mainWindow(*engine);
-        window->show();
+        openMain();
         const std::array names{"live", "timeline", "apps", "test", "settings"};
         for (int index = 1; index < 5; ++index) {
-            page(*window, index);
-            take(*window, names[static_cast<std::size_t>(index)]);
+            takePage(index, names[static_cast<std::size_t>(index)]);
         }
-        page(*window, 1);
-        window->resize(780, 540);
-        take(*window, "timeline-smallest");
-        page(*window, 4);
-        take(*window, "settings-smallest");
-        page(*window, 3);
-        take(*window, "test-smallest");
-        QTest::keyClick(window.get(), Qt::Key_Tab);
-        QTest::keyClick(window.get(), Qt::Key_Tab);
-        take(*window, "test-focus");
+        window_->resize(780, 540);
+        takePage(1, "timeline-smallest");
+        takePage(4, "settings-smallest");
+        takePage(3, "test-smallest");
+        QTest::keyClick(window_.get(), Qt::Key_Tab);
+        QTest::keyClick(window_.get(), Qt::Key_Tab);
+        take("test-focus");
     }
     void inAd() {
         start();
         hearSignals(6, 0.9F);
-        const auto window = ui_.mainWindow(*engine);
-        window->show();
-        take(*window, "ad");
-        page(*window, 3);
-        take(*window, "ad-test");
-        const auto panel = ui_.panel(*engine);
-        panel->show();
-        take(*panel, "panel-ad");
+        openMain();
+        take("ad");
+        takePage(3, "ad-test");
+        takePanel("panel-ad");
     }
     void troubles() {
         start();
-        permissions->granted = false;
-        recogniser->permitted = false;
-        engine->refreshAccess();
-        const auto window = ui_.mainWindow(*engine);
-        window->show();
-        take(*window, "no-permission");
-        page(*window, 4);
-        take(*window, "settings-no-permission");
-        page(*window, 3);
-        take(*window, "test-no-permission");
-        permissions->granted = true;
-        recogniser->permitted = true;
-        engine->refreshAccess();
+        grant(false);
+        openMain();
+        take("no-permission");
+        takePage(4, "settings-no-permission");
+        takePage(3, "test-no-permission");
+        grant(true);
         engine->setIsEnabled(false);
         settle();
         engine->setIsEnabled(true);
         settle();
         capture->completion(SystemAudioCapture::Failure(SystemAudioCapture::Error::unreachable));
         settle();
-        page(*window, 0);
-        take(*window, "failed");
-        const auto panel = ui_.panel(*engine);
-        panel->show();
-        take(*panel, "panel-failed");
+        takePage(0, "failed");
+        takePanel("panel-failed");
     }
     void onboarding() {
         start();
-        const auto window = ui_.mainWindow(*engine);
-        window->show();
-        for (const bool granted : {true, false}) {
-            permissions->granted = granted;
-            recogniser->permitted = granted;
-            engine->refreshAccess();
+        openMain();
+        for (const bool granted : {false, true}) {
+            grant(granted);
             engine->setOnboardingComplete(false);
             for (int step = 0; step < 4; ++step) {
-                window->findChild<QObject*>("sheet")->setProperty("step", step);
-                take(*window, QString("onboarding-%1%2").arg(step).arg(granted ? "" : "-missing"));
+                window_->findChild<QObject*>("sheet")->setProperty("step", step);
+                take(QString("onboarding-%1%2").arg(step).arg(granted ? "" : "-missing"));
             }
             engine->setOnboardingComplete(true);
         }
-        permissions->granted = true;
-        recogniser->permitted = true;
-        engine->refreshAccess();
     }
 
     QString pictures_;
     QString look_;
     UiEngine ui_;
+    std::unique_ptr<QQuickWindow> window_;
 };
 
 }  // namespace

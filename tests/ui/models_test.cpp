@@ -141,8 +141,7 @@ TEST_F(ModelsTest, SignalsKeepTheirRows) {
         scorer->contributions.append({"Keywords", keywords});
         hear(2, 0.3F);
     };
-    capture->completion(std::nullopt);
-    settle();
+    beginListening();
     hearSignals(0.1F, 0.2F);
     ASSERT_EQ(model.rowCount(), 2);
     const QSignalSpy resets(&model, &QAbstractItemModel::modelReset);

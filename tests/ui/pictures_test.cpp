@@ -119,8 +119,7 @@ TEST_F(PicturesTest, TheChartHasItsRuleAlwaysAndItsLineOverTheTrail) {
     EXPECT_GT(count(empty, black, all), 10) << "the axis has its labels";
     EXPECT_TRUE(chart.point(0).isEmpty());
 
-    capture->completion(std::nullopt);
-    settle();
+    beginListening();
     hear(8, 1);
     hear(8, 0);
     hear(8, 0.2F);

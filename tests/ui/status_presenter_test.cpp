@@ -47,8 +47,7 @@ protected:
 };
 
 TEST_F(StatusPresenterTest, TheIconFollowsTheEngine) {
-    capture->completion(std::nullopt);
-    settle();
+    beginListening();
     EXPECT_EQ(item.symbol, "waveform");
     EXPECT_EQ(item.text, "Listening");
     EXPECT_EQ(item.menu.front().text, "Listening");
@@ -85,8 +84,7 @@ TEST_F(StatusPresenterTest, TheMenuReachesEverything) {
     EXPECT_FALSE(item.entry("Enabled").checked);
     item.choose("Enabled");
     settle();
-    capture->completion(std::nullopt);
-    settle();
+    beginListening();
 
     EXPECT_FALSE(item.entry("Restore Volume").enabled);
     hearAdBegin();

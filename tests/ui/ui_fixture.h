@@ -19,6 +19,10 @@ class UiTest : public EngineTest {
 protected:
     UiTest() { create(); }
 
+    void beginListening() {
+        capture->completion(std::nullopt);
+        settle();
+    }
     /// As when an ad has ended.
     void add(const AdEvent& event) {
         AdHistory history = engine->history();

@@ -4,7 +4,6 @@
 #include "ui_fixture.h"
 
 #include <QQuickItem>
-#include <QSignalSpy>
 #include <QTest>
 
 namespace sordin {
@@ -33,8 +32,7 @@ protected:
         return windows.main()->findChild<QObject*>("sidebar")->property("currentIndex").toInt();
     }
 
-    bool iconIsShown = true;
-    Windows windows{*engine, {[this] { return iconIsShown; }, [] { return true; }, [](auto) {}}};
+    Windows windows{*engine, {[] { return true; }, [] { return true; }, [](auto) {}}};
 };
 
 TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {
@@ -53,18 +51,6 @@ TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {
     EXPECT_EQ(windows.main()->size(), QSize(1000, 700));
     QTest::keyClick(windows.main(), Qt::Key_W, Qt::ControlModifier);
     EXPECT_EQ(windows.main(), nullptr);
-}
-
-TEST_F(WindowsTest, WithoutAnIconAClosedWindowStaysWithinReach) {
-    iconIsShown = false;
-    openMain();
-    windows.main()->findChild<QObject*>("sidebar")->setProperty("currentIndex", 3);
-    windows.main()->close();
-    ASSERT_NE(windows.main(), nullptr);
-    EXPECT_TRUE(windows.main()->windowStates() & Qt::WindowMinimized);
-    windows.showMain();
-    EXPECT_FALSE(windows.main()->windowStates() & Qt::WindowMinimized);
-    EXPECT_EQ(page(), 3);
 }
 
 TEST_F(WindowsTest, ThePanelGoesWhenItIsLeft) {
@@ -96,16 +82,6 @@ TEST_F(WindowsTest, ThePanelGoesWhenItIsLeft) {
     EXPECT_EQ(windows.panel(), nullptr);
     ASSERT_NE(windows.main(), nullptr);
     EXPECT_TRUE(windows.main()->isVisible());
-}
-
-TEST_F(WindowsTest, BothCanEndTheProgram) {
-    const QSignalSpy quits(&windows, &Windows::quit);
-    openPanel();
-    click(windows.panel(), "quit");
-    EXPECT_EQ(quits.count(), 1);
-    openMain();
-    QTest::keyClick(windows.main(), Qt::Key_Q, Qt::ControlModifier);
-    EXPECT_EQ(quits.count(), 2);
 }
 
 TEST_F(WindowsTest, NothingIsDrawnThatNobodySees) {

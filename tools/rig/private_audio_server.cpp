@@ -118,13 +118,6 @@ void PrivateAudioServer::kill() {
     stop();
 }
 
-void PrivateAudioServer::killServer() {
-    if (pipewire_) {
-        pipewire_->kill(SIGKILL);
-        pipewire_.reset();
-    }
-}
-
 void PrivateAudioServer::hang() {
     pipewire_->kill(SIGSTOP);
 }

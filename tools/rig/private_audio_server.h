@@ -20,8 +20,6 @@ public:
     void start() override;
     void stop() override;
     void kill() override;
-    /// Ends PipeWire alone; its session manager and the PulseAudio server notice.
-    void killServer();
     void hang() override;
     void goOn() override;
 

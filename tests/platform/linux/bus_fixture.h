@@ -14,8 +14,34 @@
 
 namespace sordin {
 
+/// Talking on a bus while its messages are handled.
+class BusTalk {
+protected:
+    template <class Condition>
+    static bool comes(Condition condition, std::chrono::milliseconds within = std::chrono::seconds(30)) {
+        return waitUntil(
+            [&] {
+                QCoreApplication::processEvents();
+                return condition();
+            },
+            within);
+    }
+    [[nodiscard]] static QDBusMessage question(const QString& whom, const QString& path,
+                                               const QString& interface, const QString& method,
+                                               const QVariantList& arguments) {
+        auto message = QDBusMessage::createMethodCall(whom, path, interface, method);
+        message.setArguments(arguments);
+        return message;
+    }
+    [[nodiscard]] static QDBusMessage answer(const QDBusConnection& asker, const QDBusMessage& what) {
+        const auto call = asker.asyncCall(what);
+        comes([&] { return call.isFinished(); });
+        return call.reply();
+    }
+};
+
 /// A bus of the test's own with two on it: the program, and the desktop that asks it.
-class BusParties {
+class BusParties : protected BusTalk {
 protected:
     BusParties()
         : program(QDBusConnection::connectToBus(QString::fromStdString(bus.address()), "program")),
@@ -25,27 +51,10 @@ protected:
         QDBusConnection::disconnectFromBus("desktop");
     }
 
-    /// Whether it comes to hold while messages are handled.
-    template <class Condition>
-    static bool comes(Condition condition) {
-        return waitUntil(
-            [&] {
-                QCoreApplication::processEvents();
-                return condition();
-            },
-            std::chrono::seconds(10));
-    }
     /// What the desktop gets for an answer.
-    [[nodiscard]] QDBusMessage ask(const QDBusMessage& question) const {
-        const auto call = desktop.asyncCall(question);
-        comes([&] { return call.isFinished(); });
-        return call.reply();
-    }
-    [[nodiscard]] QDBusMessage ask(const char* path, const char* interface, const char* method,
+    [[nodiscard]] QDBusMessage ask(const QString& path, const QString& interface, const QString& method,
                                    const QVariantList& arguments = {}) const {
-        auto question = QDBusMessage::createMethodCall(program.baseService(), path, interface, method);
-        question.setArguments(arguments);
-        return ask(question);
+        return answer(desktop, question(program.baseService(), path, interface, method, arguments));
     }
     [[nodiscard]] QVariant property(const char* path, const char* interface, const char* name) const {
         const auto answer = ask(path, "org.freedesktop.DBus.Properties", "Get", {interface, name});

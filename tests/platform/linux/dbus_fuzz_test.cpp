@@ -11,7 +11,9 @@
 #include <QXmlStreamReader>
 #include <fcntl.h>
 #include <filesystem>
+#include <functional>
 #include <limits>
+#include <map>
 #include <unistd.h>
 
 namespace sordin {
@@ -99,87 +101,66 @@ protected:
         }
         return list;
     }
-    QVariant deep() {
-        QVariant value = anything(0);
-        for (unsigned depth = below(50); depth > 0; --depth) {
-            value = QVariant::fromValue(QDBusVariant(value));
-        }
-        return value;
+    QVariant wrapped(const QVariant& value, unsigned times = 1) {
+        return times == 0 ? value : QVariant::fromValue(QDBusVariant(wrapped(value, times - 1)));
     }
     QVariant anything(int depth = 3) {
         using Limits = std::numeric_limits<double>;
-        constexpr unsigned flat = 13;
-        switch (below(depth > 0 ? flat + 4 : flat)) {
-        case 0:
-            return onceIn(2);
-        case 1:
-            return number();
-        case 2:
-            return static_cast<unsigned>(random());
-        case 3:
-            return QVariant::fromValue(static_cast<uchar>(random()));
-        case 4:
-            return QVariant::fromValue(static_cast<short>(random()));
-        case 5:
-            return static_cast<qlonglong>(random()) << 31;
-        case 6:
-            return anyOf(
-                std::vector<double>{0, -1.5, Limits::quiet_NaN(), Limits::infinity(), Limits::max()});
-        case 7:
-            return text();
-        case 8:
-            return QVariant::fromValue(QDBusObjectPath(anyOf(methods).path));
-        case 9:
-            return QVariant::fromValue(QDBusSignature("a{s(iv)}"));
-        case 10:
-            return QStringList{text(), text()};
-        case 11:
-            return text().toUtf8();
-        case 12:
-            return QVariant::fromValue(QDBusUnixFileDescriptor(null));
-        case flat:
-            return map(depth);
-        case flat + 1:
-            return list(depth);
-        case flat + 2:
-            return deep();
-        default:
-            return QVariant::fromValue(QDBusVariant(anything(depth - 1)));
-        }
+        constexpr std::size_t nested = 4;  // so many of these have something in them
+        const std::vector<std::function<QVariant()>> makers{
+            [&] { return map(depth); },
+            [&] { return list(depth); },
+            [&] { return wrapped(anything(0), below(50)); },
+            [&] { return wrapped(anything(depth - 1)); },
+            [&] { return onceIn(2); },
+            [&] { return number(); },
+            [&] { return static_cast<unsigned>(random()); },
+            [&] { return QVariant::fromValue(static_cast<uchar>(random())); },
+            [&] { return QVariant::fromValue(static_cast<short>(random())); },
+            [&] { return static_cast<qlonglong>(random()) << 31; },
+            [&] {
+                return anyOf(
+                    std::vector<double>{0, -1.5, Limits::quiet_NaN(), Limits::infinity(), Limits::max()});
+            },
+            [&] { return text(); },
+            [&] { return QVariant::fromValue(QDBusObjectPath(anyOf(methods).path)); },
+            [&] { return QVariant::fromValue(QDBusSignature("a{s(iv)}")); },
+            [&] {
+                return QStringList{text(), text()};
+            },
+            [&] { return text().toUtf8(); },
+            [&] { return QVariant::fromValue(QDBusUnixFileDescriptor(null)); }};
+        const std::size_t first = depth > 0 ? 0 : nested;
+        return makers[first + below(makers.size() - first)]();
     }
     /// Of a type that the program takes.
     QVariant ofType(const QString& type) {
-        if (type == "s") {
-            return text();
+        const std::map<QString, std::function<QVariant()>> makers{
+            {"s", [&] { return text(); }},
+            {"i", [&] { return number(); }},
+            {"u", [&] { return static_cast<unsigned>(random()); }},
+            {"v", [&] { return wrapped(anything()); }},
+            {"as",
+             [&] {
+                 return QStringList{text(), text()};
+             }},
+            {"ai",
+             [&] {
+                 return QVariant::fromValue(QList<int>{number(), number(), number()});
+             }},
+            {"av", [&] { return list(3); }},
+            {"a{sv}", [&] { return map(3); }},
+            {"a(isvu)", [&] {
+                 const QString what = onceIn(2) ? QString("clicked") : text();
+                 return QVariant::fromValue(QList<MenuEvent>{{number(), what, QDBusVariant(anything()), 0},
+                                                             {number(), what, QDBusVariant(7), 1}});
+             }}};
+        const auto maker = makers.find(type);
+        if (maker == makers.end()) {
+            ADD_FAILURE() << "nothing is made for " << type.toStdString();
+            return {};
         }
-        if (type == "i") {
-            return number();
-        }
-        if (type == "u") {
-            return static_cast<unsigned>(random());
-        }
-        if (type == "v") {
-            return QVariant::fromValue(QDBusVariant(anything()));
-        }
-        if (type == "as") {
-            return QStringList{text(), text()};
-        }
-        if (type == "ai") {
-            return QVariant::fromValue(QList<int>{number(), number(), number()});
-        }
-        if (type == "av") {
-            return list(3);
-        }
-        if (type == "a{sv}") {
-            return map(3);
-        }
-        if (type == "a(isvu)") {
-            const QString what = onceIn(2) ? QString("clicked") : text();
-            return QVariant::fromValue(QList<MenuEvent>{{number(), what, QDBusVariant(anything()), 0},
-                                                        {number(), what, QDBusVariant(7), 1}});
-        }
-        ADD_FAILURE() << "nothing is made for " << type.toStdString();
-        return {};
+        return maker->second();
     }
 
     /// A method with what it takes; sometimes it is another method, or takes something else.
@@ -189,40 +170,25 @@ protected:
         for (const QString& type : method.types) {
             arguments.append(onceIn(10) ? anything() : ofType(type));
         }
-        switch (below(12)) {
-        case 0:
-            method.name = anyOf(words).section('.', -1);
-            break;
-        case 1:
-            method.interface = anyOf(methods).interface;
-            break;
-        case 2:
-            method.interface.clear();
-            break;
-        case 3:
-            method.path = anyOf(std::vector<QString>{"/", "/org/sordin", method.path + "/0"});
-            break;
-        case 4:
-            arguments.append(anything());
-            break;
-        case 5:
-            arguments = arguments.mid(1);
-            break;
-        default:
-            break;
+        const std::vector<std::function<void()>> twists{
+            [&] { method.name = anyOf(words).section('.', -1); },
+            [&] { method.interface = anyOf(methods).interface; },
+            [&] { method.interface.clear(); },
+            [&] {
+                method.path = anyOf(std::vector<QString>{"/", "/org/sordin", method.path + "/0"});
+            },
+            [&] { arguments.append(anything()); },
+            [&] { arguments = arguments.mid(1); }};
+        if (onceIn(2)) {
+            anyOf(twists)();
         }
-        auto message =
-            QDBusMessage::createMethodCall(program.baseService(), method.path, method.interface, method.name);
-        message.setArguments(arguments);
-        return message;
+        return question(program.baseService(), method.path, method.interface, method.name, arguments);
     }
     QDBusMessage write() {
         const Member property = anyOf(properties);
-        auto message = QDBusMessage::createMethodCall(program.baseService(), property.path,
-                                                      "org.freedesktop.DBus.Properties", "Set");
-        message.setArguments(
-            {property.interface, property.name, QVariant::fromValue(QDBusVariant(anything()))});
-        return message;
+        return question(
+            program.baseService(), property.path, "org.freedesktop.DBus.Properties", "Set",
+            {property.interface, property.name, wrapped(onceIn(4) ? QVariant(onceIn(2)) : anything())});
     }
     /// As if it came from those whom the program listens to.
     QDBusMessage news() {

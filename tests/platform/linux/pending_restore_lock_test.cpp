@@ -13,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using State = PendingRestoreLock::State;
 
-TEST(PendingRestoreLock, IsHeldByOneAtATime) {
+TEST(PendingRestoreLock, IsHeldByOneAtATimeWhereThereCanBeOne) {
     const TemporaryFolder base;
     const auto folder = base / "not/there/yet";
     {
@@ -24,6 +24,9 @@ TEST(PendingRestoreLock, IsHeldByOneAtATime) {
         EXPECT_EQ(PendingRestoreLock(base.path()).state(), State::held) << "another folder is another lock";
     }
     EXPECT_EQ(PendingRestoreLock(folder).state(), State::held);
+    writeText(base / "file", "");
+    EXPECT_EQ(PendingRestoreLock(base / "file").state(), State::impossible);
+    EXPECT_EQ(PendingRestoreLock("/proc/nowhere").state(), State::impossible);
 }
 
 TEST(PendingRestoreLock, WaitsForTheOtherToLetGo) {
@@ -48,24 +51,6 @@ TEST(PendingRestoreLock, IsNotInheritedByProgramsThatAreStarted) {
     ASSERT_EQ(child.readLine(10s), "started");
     lock.reset();
     EXPECT_EQ(PendingRestoreLock(folder.path()).state(), State::held);
-}
-
-TEST(PendingRestoreLock, IsReleasedWhenItsProcessIsKilled) {
-    const TemporaryFolder folder;
-    const auto file = folder / "pending-restore.lock";
-    ChildProcess child({"flock", "--no-fork", file, "sh", "-c", "echo locked; read line"},
-                       {.readOutput = true, .writeInput = true});
-    ASSERT_EQ(child.readLine(10s), "locked");
-    EXPECT_EQ(PendingRestoreLock(folder.path()).state(), State::taken);
-    child.kill(SIGKILL);
-    EXPECT_EQ(PendingRestoreLock(folder.path(), 60s).state(), State::held);
-}
-
-TEST(PendingRestoreLock, SaysWhereThereCanBeNone) {
-    const TemporaryFolder folder;
-    writeText(folder / "file", "");
-    EXPECT_EQ(PendingRestoreLock(folder / "file").state(), State::impossible);
-    EXPECT_EQ(PendingRestoreLock("/proc/nowhere").state(), State::impossible);
 }
 
 }  // namespace
