@@ -18,8 +18,8 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr auto path = ApplicationService::path;
-constexpr auto interface = ControlInterface::name;
+constexpr auto objectPath = ApplicationService::path;
+constexpr auto controlName = ControlInterface::name;
 constexpr auto properties = "org.freedesktop.DBus.Properties";
 
 /// Its members, each with types and access: "property Enabled b readwrite", "method Toggle out b".
@@ -38,7 +38,7 @@ std::map<QString, QString> membersIn(const QString& xml) {
                 return reader.attributes().value(QLatin1String(name)).toString();
             };
             if (element == "interface") {
-                inside = attribute("name") == QLatin1String(interface);
+                inside = attribute("name") == QLatin1String(controlName);
             } else if (inside && element == "property") {
                 member = attribute("name");
                 members[member] = "property " + attribute("type") + ' ' + attribute("access");
@@ -56,20 +56,23 @@ std::map<QString, QString> membersIn(const QString& xml) {
 
 class ControlInterfaceTest : public BusTest {
 protected:
-    [[nodiscard]] QVariant is(const char* name) const { return property(path, interface, name); }
+    [[nodiscard]] QVariant is(const char* name) const { return property(objectPath, controlName, name); }
     /// The end of the error's name; empty if there is none.
     [[nodiscard]] QString errorOf(const QDBusMessage& answer) const {
         return answer.errorName().section('.', -1);
     }
     [[nodiscard]] QString write(const char* name, const QVariant& value) const {
-        return errorOf(
-            ask(path, properties, "Set", {interface, name, QVariant::fromValue(QDBusVariant(value))}));
+        return errorOf(ask(objectPath, properties, "Set",
+                           {controlName, name, QVariant::fromValue(QDBusVariant(value))}));
     }
     [[nodiscard]] QString call(const char* method, const QVariantList& arguments = {}) const {
-        return errorOf(ask(path, interface, method, arguments));
+        return errorOf(ask(objectPath, controlName, method, arguments));
     }
     [[nodiscard]] QString introspection() const {
-        return ask(path, "org.freedesktop.DBus.Introspectable", "Introspect").arguments().value(0).toString();
+        return ask(objectPath, "org.freedesktop.DBus.Introspectable", "Introspect")
+            .arguments()
+            .value(0)
+            .toString();
     }
 
     ControlInterface::State state{"listening", "Listening", true, false, false, {}, 0.25};
@@ -94,7 +97,7 @@ TEST_F(ControlInterfaceTest, IsWhatItsDescriptionSays) {
     EXPECT_EQ(membersIn(introspection()), described);
 
     // And does as it says.
-    auto answer = ask(path, properties, "GetAll", {interface});
+    auto answer = ask(objectPath, properties, "GetAll", {controlName});
     auto all = qdbus_cast<QVariantMap>(answer.arguments().value(0));
     for (const auto& [name, member] : described) {
         const auto text = name.toStdString();
@@ -107,7 +110,7 @@ TEST_F(ControlInterfaceTest, IsWhatItsDescriptionSays) {
                 << text;
             EXPECT_EQ(call(text.c_str()), "UnknownMethod");
         } else {
-            answer = ask(path, interface, text.c_str());
+            answer = ask(objectPath, controlName, text.c_str());
             EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << text;
             EXPECT_EQ(answer.signature(), member.section(" out", 1)) << text;
         }
@@ -118,8 +121,9 @@ TEST_F(ControlInterfaceTest, IsWhatItsDescriptionSays) {
 TEST_F(ControlInterfaceTest, IsDrivenByScripts) {
     EXPECT_EQ(write("Enabled", false), "");
     EXPECT_EQ(is("Enabled"), false);
-    EXPECT_EQ(ask(path, interface, "Toggle").arguments(), QVariantList{true});
-    EXPECT_EQ(ask(path, "", "Toggle").arguments(), QVariantList{false}) << "without the interface's name";
+    EXPECT_EQ(ask(objectPath, controlName, "Toggle").arguments(), QVariantList{true});
+    EXPECT_EQ(ask(objectPath, "", "Toggle").arguments(), QVariantList{false})
+        << "without the interface's name";
     EXPECT_THAT(writes, ElementsAre(false, true, false));
     EXPECT_EQ(call("RestoreNow"), "");
     EXPECT_EQ(restores, 1);
@@ -147,7 +151,7 @@ TEST_F(ControlInterfaceTest, IsDrivenByScripts) {
 
 TEST_F(ControlInterfaceTest, TheDesktopsActionsAreDone) {
     const auto act = [this](const char* action) {
-        static_cast<void>(ask(path, "org.freedesktop.Application", "ActivateAction",
+        static_cast<void>(ask(objectPath, "org.freedesktop.Application", "ActivateAction",
                               {action, QVariantList(), QVariantMap()}));
     };
     act("ToggleEnabled");
@@ -159,7 +163,7 @@ TEST_F(ControlInterfaceTest, TheDesktopsActionsAreDone) {
 }
 
 TEST_F(ControlInterfaceTest, TellsWhatChangesOnceAndNothingElse) {
-    PropertyEar ear(desktop, program.baseService(), path);
+    PropertyEar ear(desktop, program.baseService(), objectPath);
     EXPECT_EQ(write("Enabled", true), "") << "which it is: by then the bus knows who listens";
     state.status = "ad";
     control->stateChanged();
@@ -184,16 +188,17 @@ TEST_F(ControlInterfaceTest, RefusesWhatIsWrong) {
         EXPECT_EQ(write("Enabled", value), "InvalidArgs") << value.typeName();
     }
     EXPECT_EQ(write("Nothing", true), "UnknownProperty");
-    EXPECT_EQ(errorOf(ask(path, properties, "Set", {interface, "Enabled", false})), "InvalidArgs");
-    EXPECT_EQ(errorOf(ask(path, properties, "Get", {interface, "Nothing"})), "UnknownProperty");
-    EXPECT_EQ(errorOf(ask(path, properties, "Get", {interface})), "InvalidArgs");
-    EXPECT_EQ(errorOf(ask(path, properties, "Get", {"org.sordin.Sordin2", "Enabled"})), "UnknownInterface");
-    EXPECT_EQ(errorOf(ask(path, properties, "Delete", {interface})), "UnknownMethod");
+    EXPECT_EQ(errorOf(ask(objectPath, properties, "Set", {controlName, "Enabled", false})), "InvalidArgs");
+    EXPECT_EQ(errorOf(ask(objectPath, properties, "Get", {controlName, "Nothing"})), "UnknownProperty");
+    EXPECT_EQ(errorOf(ask(objectPath, properties, "Get", {controlName})), "InvalidArgs");
+    EXPECT_EQ(errorOf(ask(objectPath, properties, "Get", {"org.sordin.Sordin2", "Enabled"})),
+              "UnknownInterface");
+    EXPECT_EQ(errorOf(ask(objectPath, properties, "Delete", {controlName})), "UnknownMethod");
     EXPECT_EQ(call("RestoreNow", {true}), "InvalidArgs");
     EXPECT_EQ(call("restoreNow"), "UnknownMethod");
     EXPECT_EQ(call("deleteLater"), "UnknownMethod");
-    EXPECT_EQ(errorOf(ask(path, "org.sordin.Sordin2", "RestoreNow")), "UnknownInterface");
-    EXPECT_EQ(errorOf(ask("/org/sordin/Sordin/1", interface, "RestoreNow")), "UnknownObject");
+    EXPECT_EQ(errorOf(ask(objectPath, "org.sordin.Sordin2", "RestoreNow")), "UnknownInterface");
+    EXPECT_EQ(errorOf(ask("/org/sordin/Sordin/1", controlName, "RestoreNow")), "UnknownObject");
     EXPECT_THAT(writes, IsEmpty());
     EXPECT_EQ(restores, 0);
 

@@ -9,14 +9,14 @@
 namespace sordin::replay {
 namespace {
 
-CueTrack read(const std::string& text) {
+CueTrack cuesIn(const std::string& text) {
     std::istringstream input(text);
     return CueTrack::read(input, "radio.cues");
 }
 
 std::string errorOf(const std::string& text) {
     try {
-        static_cast<void>(read(text));
+        static_cast<void>(cuesIn(text));
     } catch (const InputError& error) {
         return error.what();
     }
@@ -24,10 +24,10 @@ std::string errorOf(const std::string& text) {
 }
 
 TEST(CueTrack, KeepsWhatLaterCuesDoNotName) {
-    auto cues = read("{\"t\": 30, \"speech\": 0.5, \"available\": false}\r\n"
-                     "\n"
-                     "{\"t\": 10.5, \"music\": 0.75, \"jingle\": 1, \"transcript\": \"caf\xC3\xA9\"}\n"
-                     "{\"t\": 30, \"speech\": 0.25}");
+    auto cues = cuesIn("{\"t\": 30, \"speech\": 0.5, \"available\": false}\r\n"
+                       "\n"
+                       "{\"t\": 10.5, \"music\": 0.75, \"jingle\": 1, \"transcript\": \"caf\xC3\xA9\"}\n"
+                       "{\"t\": 30, \"speech\": 0.25}");
     const CueState* state = &cues.at(10);
     EXPECT_EQ(state->classification.music, 0);
     EXPECT_TRUE(state->available);
