@@ -152,6 +152,7 @@ TEST_F(ViewsTest, TheHistoryIsListedFilteredClearedAndBroughtBack) {
     EXPECT_TRUE(engine->history().empty());
     EXPECT_TRUE(shown("noAds"));
     ASSERT_TRUE(shown("undoBar"));
+    EXPECT_TRUE(item("undo")->hasActiveFocus()) << "for the keyboard";
     window->grabWindow();
     click("undo");
     EXPECT_EQ(engine->history().size(), 2U);
@@ -179,6 +180,10 @@ TEST_F(ViewsTest, FiveHundredAdsAreNotFiveHundredRows) {
     openPage(1);
     window->grabWindow();
     EXPECT_LT(find("list")->findChildren<QQuickItem*>().size(), 600) << "a row has a dozen parts";
+    press(Qt::Key_PageDown);
+    EXPECT_GT(item("detail")->property("contentY").toDouble(), 0) << "the end of the page";
+    press(Qt::Key_PageUp);
+    EXPECT_EQ(item("detail")->property("contentY").toDouble(), 0);
 }
 
 TEST_F(ViewsTest, TheTestPageTriesAndForgets) {
