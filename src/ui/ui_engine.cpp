@@ -3,10 +3,10 @@
 
 #include "engine/sordin_engine.h"
 #include "ui/style/symbol_provider.h"
+#include "ui/wording/wording_catalogue.h"
 
 #include <QCoreApplication>
 #include <QQmlComponent>
-#include <QTranslator>
 #include <stdexcept>
 
 // What registers the types of a module that is linked statically; nothing else refers to it.
@@ -35,8 +35,8 @@ void UiEngine::prepare() {
     qml_register_types_Sordin();
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the application owns it
-    auto* wording = new QTranslator(qApp);
-    if (wording->load(QStringLiteral(":/wording/platform.qm"))) {
+    auto* wording = new WordingCatalogue(qApp);
+    if (wording->read(QStringLiteral(":/wording/linux.ts"))) {
         QCoreApplication::installTranslator(wording);
     }
 }
