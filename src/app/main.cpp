@@ -18,10 +18,14 @@
 
 #include <QDBusConnection>
 #include <QGuiApplication>
+#include <QLocale>
 #include <QLoggingCategory>
+#include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <langinfo.h>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -53,6 +57,23 @@ void sayWhatCannotBeKept() {
                          error.message().c_str());
         }
     }
+}
+
+/// Qt warns at every start without a usable UTF-8 locale, as containers and services have none. Call before
+/// Qt's application object exists.
+void ensureUtf8Locale() {
+    if (std::setlocale(LC_ALL, "") != nullptr && std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0) {
+        return;
+    }
+    static_cast<void>(QLocale::system());  // Qt reads the user's formats once, so do that before the change
+    qputenv("LC_ALL", "C.UTF-8");
+}
+
+/// One line, since without a window nothing else shows that the program runs.
+void printThatThereIsNoDisplay(bool onboardingComplete) {
+    std::fprintf(
+        stderr, "sordin: there is no display, so no icon and no window; Ctrl+C ends it%s\n",
+        onboardingComplete ? "" : ". It does not listen before the first-run guide is finished on a display");
 }
 
 /// With windows where there is a display for them.
@@ -127,6 +148,9 @@ int run(int argc, char** argv, const Options& options) {
             desktop->showMain();
         }
     }
+    if (!windows) {
+        printThatThereIsNoDisplay(application.engine().onboardingComplete());
+    }
     const int status = QCoreApplication::exec();
     desktop.reset();  // before the engine that it shows
     return status;
@@ -150,6 +174,7 @@ int main(int argc, char** argv) {
     }
     static_cast<void>(keepOutOfDumps());
     std::signal(SIGPIPE, SIG_IGN);
+    ensureUtf8Locale();
     try {
         if (options->request) {
             return callRunning(argc, argv, options->request);

@@ -102,7 +102,8 @@ void SordinEngine::adEnded(const AdSummary& summary) {
     for (const std::string& reason : summary.reasons) {
         event.reasons.append(QString::fromStdString(reason));
     }
-    qCInfo(engineLog).noquote() << "an ad ended after" << event.duration << "s:" << event.reasons.join(", ");
+    qCInfo(engineLog).noquote() << "an ad ended after" << QString::number(event.duration, 'f', 1)
+                                << "s:" << event.reasons.join(", ");
     record(std::move(event));
 }
 

@@ -188,6 +188,28 @@ TEST_F(SordinSystemTest, AServerThatComesLateIsHeardWithoutAWord) {
     EXPECT_TRUE(says("an ad began", before)) << log();
 }
 
+TEST_F(SordinSystemTest, WithoutDisplayServerAndLocaleItPrintsOneLine) {
+    beginServer();
+    server->stop();
+    display.emplace_back("LC_ALL=C");
+    for (const bool onboarded : {true, false}) {
+        writeText(home / "config/Sordin/defaults.json", onboarded ? R"({"onboarded": true})" : "{}");
+        startProgram();
+        ASSERT_TRUE(says("there is no display")) << log();
+        ASSERT_TRUE(!onboarded || says("status: failed")) << log();
+        EXPECT_TRUE(endsBy(SIGINT)) << "which touches no volume, so that there is nothing to confirm";
+        std::istringstream lines(log());
+        std::vector<std::string> printed;
+        for (std::string line; std::getline(lines, line);) {
+            if (line.rfind("status: ", 0) != 0) {
+                printed.push_back(line);
+            }
+        }
+        EXPECT_THAT(printed,
+                    ElementsAre(testing::HasSubstr(onboarded ? "; Ctrl+C ends it" : "first-run guide")));
+    }
+}
+
 TEST_F(SordinSystemTest, ListeningForLongCostsNoMoreThanAtFirst) {
     // The decoder comes and stays with the first suspicious word, which may be long in coming: the short form
     // does without.

@@ -1,16 +1,27 @@
 // SPDX-License-Identifier: MIT
 // sordin-demo: Sordin at work without a desktop. An audio server of its own, a player that plays a broadcast
 // to it, the real program listening; what it does is printed as it happens.
-#include "demo/timeline.h"
+#include "demo/commentary.h"
+#include "demo/interruption.h"
 #include "platform/linux/pipewire/audio_objects.h"
-#include "replay/input_error.h"
 #include "rig/private_audio_server.h"
+#include "rig/private_bus.h"
 #include "volume/output_device.h"
 
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <array>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
+#include <fstream>
+#include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -20,6 +31,19 @@ using namespace std::chrono_literals;
 constexpr int failed = 1;
 constexpr int misused = 2;
 constexpr auto deadline = 10s;
+
+/// A signal has come. It is no error: the process ends by it.
+struct Interrupted {};
+
+/// Waits for a condition; false if it does not come true in time. Throws Interrupted.
+template <class Condition>
+bool waitFor(Condition condition) {
+    const bool so = waitUntil([&] { return demo::Interruption::came() || condition(); }, deadline);
+    if (demo::Interruption::came()) {
+        throw Interrupted();
+    }
+    return so;
+}
 
 /// Whether a program plays.
 bool plays(const AudioObjects& objects, pid_t program) {
@@ -33,18 +57,105 @@ bool plays(const AudioObjects& objects, pid_t program) {
     return false;
 }
 
-std::optional<float> volumeOf(const AudioObjects& objects) {
-    const auto device = defaultOutputDevice(objects);
-    return device ? outputVolume(objects, *device) : std::nullopt;
-}
+/// The confidence that the program has, which changes twice a second.
+class ConfidenceReader {
+public:
+    explicit ConfidenceReader(const std::string& busAddress)
+        : bus_(QDBusConnection::connectToBus(QString::fromStdString(busAddress),
+                                             QStringLiteral("sordin-demo"))) {}
 
-void demonstrate(const std::string& program, const std::string& broadcast, const std::string& labels) {
-    const auto ads = replay::readAdLabels(std::filesystem::path(labels));
+    [[nodiscard]] std::optional<float> get() {
+        constexpr auto interval = 250ms;
+        constexpr int patience = 250;  // milliseconds
+        const auto now = std::chrono::steady_clock::now();
+        if (now - asked_ >= interval) {
+            asked_ = now;
+            auto question = QDBusMessage::createMethodCall(
+                QStringLiteral("org.sordin.Sordin"), QStringLiteral("/org/sordin/Sordin"),
+                QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+            question << QStringLiteral("org.sordin.Sordin1") << QStringLiteral("Confidence");
+            const QDBusMessage answer = bus_.call(question, QDBus::Block, patience);
+            const auto value = answer.arguments().value(0).value<QDBusVariant>().variant();
+            confidence_ = value.isValid() ? std::optional(value.toFloat()) : std::nullopt;
+        }
+        return confidence_;
+    }
+
+private:
+    QDBusConnection bus_;
+    std::chrono::steady_clock::time_point asked_{};
+    std::optional<float> confidence_;
+};
+
+/// Notes what the program writes to its log from now on.
+class LogReader {
+public:
+    explicit LogReader(const std::filesystem::path& log) : log_(log, std::ios::ate) {}
+
+    void follow(double time, demo::Commentary& commentary) {
+        log_.clear();  // there may be more by now
+        for (char character = 0; log_.get(character);) {
+            if (character != '\n') {
+                line_ += character;
+                continue;
+            }
+            const std::string line = std::exchange(line_, {});
+            // These two come with every ad, whose own lines say more.
+            if (line.rfind("status: listening", 0) != 0 && line.rfind("status: ad in progress", 0) != 0) {
+                commentary.note(time, "Sordin: " + line);
+            }
+        }
+    }
+
+private:
+    std::ifstream log_;
+    std::string line_;  // so far
+};
+
+/// Notes fades of the volume, each once it is over.
+class VolumeReader {
+public:
+    /// Whether the volume is down.
+    bool follow(double time, float volume, demo::Commentary& commentary) {
+        constexpr double stillness = 0.1;  // seconds; between two steps of a fade less time passes
+        if (!settled_) {
+            settled_ = last_ = volume;
+        }
+        if (volume != std::exchange(last_, volume)) {
+            if (!std::exchange(moving_, true)) {
+                began_ = time;
+            }
+            moved_ = time;
+        } else if (moving_ && time - moved_ > stillness) {
+            moving_ = false;
+            std::array<char, 64> text{};
+            std::snprintf(text.data(), text.size(), "Volume: to %.0f %% within %.1f s",
+                          100 * static_cast<double>(volume), moved_ - began_);
+            commentary.note(began_, text.data());
+            settled_ = std::max(*settled_, volume);
+        }
+        return volume < *settled_ / 2;
+    }
+
+private:
+    std::optional<float> settled_;  // the highest that it has rested at
+    float last_ = 0;
+    double moved_ = 0;  // the last time
+    double began_ = 0;
+    bool moving_ = false;
+};
+
+void demonstrate(const std::string& program, const std::string& recording, const std::string& labels) {
+    const auto broadcast = demo::readBroadcast(recording, labels);
+    demo::Commentary commentary(broadcast);
+    commentary.introduce(
+        "Sordin hears it as it plays, from a sound server of its own, so your loudspeakers stay "
+        "silent. Ctrl+C ends it.");
     PrivateAudioServer server({.sinks = {"Loudspeakers"}, .pulse = false});
     server.start();
+    const PrivateBus bus;
 
-    // As if the first-run guide had been finished; with settings and a history that end with the
-    // demonstration.
+    // As if the first-run guide had been finished; settings and history end with the demonstration.
     const std::filesystem::path home = server.folder() / "home";
     std::filesystem::create_directories(home / "config/Sordin");
     writeText(home / "config/Sordin/defaults.json", R"({"onboarded": true})");
@@ -56,26 +167,39 @@ void demonstrate(const std::string& program, const std::string& broadcast, const
                                     "DISPLAY=", "WAYLAND_DISPLAY=", "QT_LOGGING_RULES=sordin.*.info=true",
                                     "QT_FORCE_STDERR_LOGGING=1", "QT_MESSAGE_PATTERN=%{message}"},
                     .log = log});
-    if (!waitUntil([&] { return contentsOf(log).find("listening") != std::string::npos; }, deadline)) {
+    const auto listens = [&] { return contentsOf(log).find("status: listening") != std::string::npos; };
+    if (!waitFor([&] { return listens() || !sordin.running(); }) || !listens()) {
         throw std::runtime_error("Sordin does not listen: " + contentsOf(log));
     }
 
     const auto session = std::make_shared<pipewire::Session>();
     const pipewire::PipeWireAudioObjects objects(session);
-    ChildProcess player({"pw-play", broadcast}, {.log = server.folder() / "player"});
-    if (!waitUntil([&] { return plays(objects, player.pid()); }, deadline)) {
+    ConfidenceReader confidence(bus.address());
+    LogReader logReader(log);
+    VolumeReader volumeReader;
+    ChildProcess player({"pw-play", recording}, {.log = server.folder() / "player"});
+    if (!waitFor([&] { return plays(objects, player.pid()) || !player.running(); }) || !player.running()) {
         throw std::runtime_error("the player does not play: " + contentsOf(server.folder() / "player"));
     }
-    demo::Timeline timeline(ads, log);
     const auto start = std::chrono::steady_clock::now();
-    while (player.running()) {
-        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-        timeline.at(time.count(), volumeOf(objects));
+    while (player.running() && !demo::Interruption::came()) {
+        const double time = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        demo::Commentary::State state{confidence.get(), std::nullopt};
+        if (const auto device = defaultOutputDevice(objects)) {
+            state.volume = outputVolume(objects, *device);
+        }
+        state.faded = state.volume && volumeReader.follow(time, *state.volume, commentary);
+        commentary.at(time, state);
+        logReader.follow(time, commentary);
         std::this_thread::sleep_for(10ms);
     }
-    timeline.printSummary();
     sordin.kill(SIGTERM);
-    if (sordin.wait(deadline) != 0) {
+    const auto status = sordin.wait(deadline);  // also when interrupted: it is not to be killed
+    if (demo::Interruption::came()) {
+        throw Interrupted();
+    }
+    commentary.summarize();
+    if (status != 0) {
         throw std::runtime_error("Sordin did not end well: " + contentsOf(log));
     }
 }
@@ -87,10 +211,18 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: sordin-demo SORDIN BROADCAST LABELS\n");
         return misused;
     }
+    const demo::Interruption interruption;
+    setenv("LC_ALL", "C.UTF-8", 1);  // for whatever is started too: all that is shown is in English
+    const QCoreApplication qt(argc, argv);
     try {
         demonstrate(argv[1], argv[2], argv[3]);
+    } catch (const Interrupted&) {
+        return failed;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "sordin-demo: %s\n", error.what());
+        // An interruption that has also ended the audio server is no error of that.
+        if (!demo::Interruption::came()) {
+            std::fprintf(stderr, "sordin-demo: %s\n", error.what());
+        }
         return failed;
     }
     return 0;

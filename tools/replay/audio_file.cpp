@@ -26,7 +26,9 @@ class AudioFile::Decoder {
 public:
     explicit Decoder(const std::string& path) : file_(sf_open(path.c_str(), SFM_READ, &info_), sf_close) {
         if (!file_) {
-            throw InputError(path + ": no recording that can be read (" + message(nullptr) + ")");
+            throw InputError(path + ": not a recording in a format that can be read (" + message(nullptr) +
+                             "). --help lists them; other ones have to be converted first, for example by "
+                             "ffmpeg -i FILE -ac 1 -ar 16000 out.wav");
         }
         if (info_.channels < 1 || info_.samplerate < 1) {
             throw InputError(path + ": the recording has no channels or no sample rate");

@@ -269,16 +269,15 @@ TEST_F(CommandLineTest, FindsTheCommercialsOfABroadcastAndKnowsThemAgain) {
     const json report = runJson("--json " + broadcast).at(0);
     EXPECT_GT(report["truth"]["recall"], 0.85);
     EXPECT_LT(report["truth"]["reaction"]["percentile90"], 4);
-    ASSERT_THAT(report["ads"], SizeIs(3)) << "one for each break";
-    EXPECT_THAT(report["ads"][0]["reasons"], testing::Not(testing::Contains("Repetition")));
-    EXPECT_THAT(report["ads"][1]["reasons"], testing::Contains("Repetition")) << "a spot heard before";
+    EXPECT_THAT(report["ads"], SizeIs(2)) << "the break, and later one of its commercials";
 
-    // By the sound model instead, and nobody says a word.
+    // By the sound model instead, and without words.
     const json heard = runJson("--json --no-transcription --truth broadcast.txt broadcast.flac").at(0);
-    EXPECT_EQ(heard["truth"]["eventPrecision"], 1);
-    EXPECT_EQ(heard["truth"]["eventRecall"], 1);
     EXPECT_GT(heard["truth"]["recall"], 0.75);
     EXPECT_LT(heard["truth"]["falseSecondsPerHour"], 400);
+    ASSERT_THAT(heard["ads"], SizeIs(2));
+    EXPECT_THAT(heard["ads"][0]["reasons"], testing::Not(testing::Contains("Repetition")));
+    EXPECT_THAT(heard["ads"][1]["reasons"], testing::Contains("Repetition"));
 
     const auto silenced = runJson("--hops --no-transcription " + broadcast);
     for (const json& hop : silenced) {
@@ -306,7 +305,7 @@ TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
     expectError(1, ".", ".: is a folder");
     expectError(1, "empty.wav", "empty.wav: the file is empty");
     expectError(1, "--no-model none.wav", "none.wav: the recording holds no audio");
-    expectError(1, "text.wav", "text.wav: no recording that can be read");
+    expectError(1, "text.wav", "text.wav: not a recording in a format that can be read");
     expectError(1, "--cues bad.cues good.wav", "bad.cues:2: not a JSON object");
     expectError(1, "--cues nowhere.cues good.wav", "nowhere.cues: No such file or directory");
     expectError(1, "--truth nowhere.txt good.wav", "nowhere.txt: No such file or directory");

@@ -3,7 +3,12 @@
 
 #include "platform/linux/server/audio_object_table.h"
 
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace sordin {
@@ -20,6 +25,7 @@ public:
     }
     bool set(AudioObjectId object, const AudioProperty& property, const AudioPropertyValue& value) final {
         const auto lock = session_->lock();
+        ++writes_;  // also of a device that is away: this is not taken either
         return table_.set(object, property, value);
     }
     [[nodiscard]] bool has(AudioObjectId object, const AudioProperty& property) const final {
@@ -29,7 +35,22 @@ public:
     [[nodiscard]] bool settable(AudioObjectId object, const AudioProperty& property) const final {
         return has(object, property);
     }
-    bool flush(std::chrono::milliseconds deadline) final { return session_->flush(deadline); }
+    bool flush(std::chrono::milliseconds deadline) final {
+        std::uint64_t writes = 0;
+        {
+            const auto lock = session_->lock();
+            writes = writes_;
+            if (writes == taken_) {
+                return true;
+            }
+        }
+        if (!session_->flush(deadline)) {
+            return false;
+        }
+        const auto lock = session_->lock();
+        taken_ = std::max(taken_, writes);
+        return true;
+    }
     [[nodiscard]] std::optional<OutputDeviceRecord> record(AudioObjectId device) const final {
         const auto lock = session_->lock();
         return table_.record(device);
@@ -50,7 +71,13 @@ public:
 protected:
     ServerAudioObjects(std::shared_ptr<Session> session, AudioObjectTable::Write write,
                        AudioObjectTable::Clock::duration rememberingTime)
-        : session_(std::move(session)), table_(std::move(write), rememberingTime) {}
+        : session_(std::move(session)),
+          table_(
+              [this, write = std::move(write)](std::uint32_t sink, const VolumeProps& volume) {
+                  ++writes_;
+                  write(sink, volume);
+              },
+              rememberingTime) {}
 
     /// Under the lock: what the table has changed for others.
     void tell(bool devicesChanged) const {
@@ -64,6 +91,9 @@ protected:
 
 private:
     const std::shared_ptr<Session> session_;
+    // Under the lock.
+    std::uint64_t writes_ = 0;
+    std::uint64_t taken_ = 0;  // of these, by the last flush that succeeded
     AudioObjectTable table_;
     std::function<void()> onDevicesChanged_;
 };

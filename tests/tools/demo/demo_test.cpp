@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+// The demonstrations, over a broadcast of silence.
+#include "rig/child_process.h"
+#include "rig/temporary_folder.h"
+
+#include <gmock/gmock.h>
+#include <sndfile.h>
+
+#include <algorithm>
+#include <cmath>
+#include <fstream>
+#include <regex>
+
+namespace sordin {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr auto deadline = 30s;
+
+class DemoTest : public testing::Test {
+protected:
+    /// A recording of some seconds with one break of commercials.
+    void makeBroadcast(int seconds, const std::string& breakStart, const std::string& breakEnd) const {
+        constexpr int rate = 16'000;
+        SF_INFO info{0, rate, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 0, 0};
+        SNDFILE* const file = sf_open(recording.c_str(), SFM_WRITE, &info);
+        ASSERT_TRUE(file);
+        const std::vector<float> second(rate);
+        for (int i = 0; i < seconds; ++i) {
+            sf_writef_float(file, second.data(), rate);
+        }
+        sf_close(file);
+        writeText(labels, breakStart + "\t" + breakEnd + "\tad\n");
+    }
+
+    /// The processes that have a variable of this environment.
+    [[nodiscard]] static std::vector<std::string> processesWith(const std::string& variable) {
+        std::vector<std::string> found;
+        for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+            if (contentsOf(process.path() / "environ").find(variable) != std::string::npos) {
+                found.push_back(contentsOf(process.path() / "cmdline"));
+            }
+        }
+        return found;
+    }
+
+    const TemporaryFolder folder;
+    const std::filesystem::path recording = folder / "broadcast.wav";
+    const std::filesystem::path labels = folder / "broadcast.txt";
+};
+
+TEST_F(DemoTest, CountsWhatWasFadedAndCitesTheUsualFiguresOfTheDocumentation) {
+    makeBroadcast(10, "2", "6");
+    // Stands in for sordin-replay: down from 3 s to 8 s, so 3 of the break's 4 s and 2 of the other 6 s.
+    std::string hops;
+    for (int hop = 1; hop <= 20; ++hop) {
+        hops += R"({"t": )" + std::to_string(hop / 2.0) + R"(, "confidence": 0.6, "inAd": )" +
+                (hop >= 6 && hop < 16 ? "true" : "false") + R"(, "event": )" +
+                (hop == 6    ? R"("started")"
+                 : hop == 16 ? R"({"ended": {"reasons": ["Audio", "Boundary"]}})"
+                             : "null") +
+                "}\n";
+    }
+    const auto replay = folder / "replay";
+    writeText(replay, "#!/bin/sh\ncat <<'END'\n" + hops + "END\n");
+    std::filesystem::permissions(replay, std::filesystem::perms::owner_all);
+    const std::vector<std::string> command{SORDIN_DEMO_FAST, replay.string(), recording.string(),
+                                           labels.string()};
+    const auto output = outputOf(command, {}, deadline).value_or("it failed");
+    EXPECT_THAT(output, AllOf(HasSubstr("A broadcast of 0:10 minutes"),
+                              HasSubstr("first break begins at 0:02 and lasts 4 s"),
+                              HasSubstr("0:02.0  Broadcast: commercials begin"),
+                              HasSubstr("0:03.0  Sordin: an ad began"),
+                              HasSubstr("0:08.0  Sordin: an ad ended after 5.0 s: Audio, Boundary\n"),
+                              HasSubstr("0:10.0  confidence 60 %, volume 100 %"),
+                              HasSubstr("3 of 4 seconds of ads (75 %), 2 of 6 seconds of programme (33 %)")));
+
+    // | 0.5 | ..., and in the same group of lines those of the program: of ads, (a column), of programme.
+    const std::string figures = contentsOf(SORDIN_DETECTION_FIGURES);
+    const std::string group = figures.substr(figures.find("\n| 0.5 |") + 1);
+    const auto usual = [&group](const std::string& row) {
+        std::smatch columns;
+        std::regex_search(
+            group, columns,
+            std::regex("\\*\\*Sordin, " + row +
+                       " words\\*\\* \\| (\\d+) % \\| \\d+ % \\| ([0-9.]+) % \\| [0-9.]+ \\| ([0-9.]+) /"));
+        return columns;
+    };
+    const auto with = usual("with");
+    const auto without = usual("without");
+    ASSERT_FALSE(with.empty() || without.empty()) << group;
+    const std::string ofProgramme = std::to_string(std::lround(std::stod(with[2])));
+    EXPECT_THAT(output,
+                AllOf(HasSubstr(with[1].str() + " % of the ads and " + ofProgramme + " % of the programme"),
+                      HasSubstr("within " + with[3].str() + " s"),
+                      HasSubstr(without[1].str() + " % and " + without[2].str() + " %")));
+
+    writeText(replay, "#!/bin/sh\nexit 1\n");
+    EXPECT_FALSE(outputOf(command, folder / "log", deadline)) << "whatever the replay said";
+}
+
+TEST_F(DemoTest, LeavesNothingBehindHoweverItEnds) {
+    makeBroadcast(60, "0.5", "50");
+    const auto temporary = folder / "tmp";
+    std::filesystem::create_directory(temporary);
+    const std::string variable = "TMPDIR=" + temporary.string();
+    const auto leftBehind = [&] {
+        for (const auto& each : std::filesystem::directory_iterator(temporary)) {
+            return each.path().string();
+        }
+        return std::string();
+    };
+    struct Case {
+        std::string sordin;
+        std::string line;  // after which
+        int signal;        // comes, if one does
+    };
+    for (const Case& each :
+         {Case{SORDIN_PROGRAM, "A broadcast of", SIGINT}, Case{SORDIN_PROGRAM, "commercials begin", SIGTERM},
+          Case{SORDIN_PROGRAM, "commercials begin", SIGHUP}, Case{"/nonexistent", "A broadcast of", 0}}) {
+        SCOPED_TRACE(each.line + std::to_string(each.signal));
+        ChildProcess demo({SORDIN_DEMO, each.sordin, recording.string(), labels.string()},
+                          {.environment = {variable}, .log = folder / "log", .readOutput = true});
+        std::string line;
+        while (line.find(each.line) == std::string::npos) {
+            const auto next = demo.readLine(deadline);
+            ASSERT_TRUE(next) << contentsOf(folder / "log");
+            line = *next;
+        }
+        if (each.signal != 0) {
+            demo.kill(each.signal);
+        }
+        EXPECT_EQ(demo.wait(deadline), each.signal != 0 ? 128 + each.signal : 1);
+        EXPECT_EQ(leftBehind(), "");
+        EXPECT_THAT(processesWith(variable), IsEmpty());
+    }
+    EXPECT_THAT(contentsOf(folder / "log"),
+                testing::MatchesRegex("sordin-demo: Sordin does not listen[^\n]*\n"))
+        << "and nothing of the others";
+}
+
+}  // namespace
+}  // namespace sordin

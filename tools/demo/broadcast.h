@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "replay/labels.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace sordin::demo {
+
+/// What the demonstration plays. Times are seconds from its start.
+struct Broadcast {
+    double duration = 0;
+    std::vector<replay::Interval> breaks;  ///< where the commercials are, in the order of time
+};
+
+/// Reads the length of a recording and its label track. Throws replay::InputError.
+[[nodiscard]] Broadcast readBroadcast(const std::filesystem::path& recording,
+                                      const std::filesystem::path& labels);
+
+}  // namespace sordin::demo

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+#include "demo/commentary.h"
+
+#include "replay/replay.h"
+
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+#include <unistd.h>
+#include <utility>
+
+namespace sordin::demo {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr double lineInterval = 10;  // seconds of the broadcast
+constexpr auto drawInterval = 100ms;
+const float threshold = replay::Settings().threshold;
+
+// Of docs/detection.md, "With and without words", at the default sensitivity.
+constexpr auto usualText =
+    "Usual, over hours of made-up radio: 76 % of the ads and 14 % of the programme, or 59 % and 2.5 % with\n"
+    "transcription switched off. An ad fades late because it has to sound like one for a while: half of "
+    "them\n"
+    "fade within 7.5 s. Programme fades mostly after a break: advertising phrases count on while they fade "
+    "from\n"
+    "memory, which holds the volume down for about 20 s after the last one. In a broadcast this short, one\n"
+    "second more or less is nearly a percent. All figures: docs/detection.md\n";
+
+/// Minutes, seconds and, where `tenths`, their tenths.
+std::string clockText(double time, bool tenths) {
+    constexpr double minute = 60;
+    constexpr double perSecond = 10;
+    const double rounded = tenths ? std::round(time * perSecond) / perSecond : std::round(time);
+    const double minutes = std::floor(rounded / minute);
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), tenths ? "%.0f:%04.1f" : "%.0f:%02.0f", minutes,
+                  rounded - minute * minutes);
+    return text.data();
+}
+
+std::string percentText(std::optional<float> share) {
+    constexpr float percent = 100;
+    return share ? std::to_string(std::lround(*share * percent)) + " %" : "?";
+}
+
+/// A bar that fills up with the confidence, with a mark where an ad begins.
+std::string bar(float confidence) {
+    constexpr float cells = 30;
+    const auto full = static_cast<std::size_t>(std::lround(confidence * cells));
+    std::string text(static_cast<std::size_t>(cells), '.');
+    text.replace(0, full, full, '#');
+    text[static_cast<std::size_t>(threshold * cells)] = '|';
+    return "[" + text + "]";
+}
+
+bool canRewriteLines() {
+    const char* terminal = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
+}
+
+}  // namespace
+
+Commentary::Commentary(Broadcast broadcast)
+    : broadcast_(std::move(broadcast)), terminal_(canRewriteLines()), nextLine_(lineInterval) {}
+
+Commentary::~Commentary() {
+    wipeMovingLine();
+}
+
+void Commentary::introduce(const std::string& manner) const {
+    std::printf("A broadcast of %s minutes, made on this machine: talk, music and commercials.\n%s\n",
+                clockText(broadcast_.duration, false).c_str(), manner.c_str());
+    if (!broadcast_.breaks.empty()) {
+        const replay::Interval& first = broadcast_.breaks.front();
+        std::printf("The first break begins at %s and lasts %.0f s.\n", clockText(first.start, false).c_str(),
+                    first.length());
+    }
+    std::printf("Watch the confidence: with the commercials it rises, and when it has stayed above %s for a\n"
+                "moment, the volume fades. Expect that some seconds after a break has begun, and the volume\n"
+                "back some seconds after it has ended.\n\n",
+                percentText(threshold).c_str());
+    std::fflush(stdout);
+}
+
+void Commentary::at(double time, const State& state) {
+    noteBreaks(time);
+    count(time);
+    state_ = state;
+    last_ = time;
+    showState(time);
+}
+
+void Commentary::note(double time, const std::string& text) {
+    wipeMovingLine();
+    std::printf("%7s  %s\n", clockText(time, true).c_str(), text.c_str());
+    std::fflush(stdout);
+}
+
+void Commentary::summarize() {
+    wipeMovingLine();
+    const auto share = [](double part, double whole) { return whole > 0 ? 100 * part / whole : 0; };
+    std::printf(
+        "\nFaded: %.0f of %.0f seconds of ads (%.0f %%), %.0f of %.0f seconds of programme (%.0f %%).\n",
+        fadedAdSeconds_, adSeconds_, share(fadedAdSeconds_, adSeconds_), fadedOtherSeconds_, otherSeconds_,
+        share(fadedOtherSeconds_, otherSeconds_));
+    std::fputs(usualText, stdout);
+    std::fflush(stdout);
+}
+
+void Commentary::noteBreaks(double time) {
+    for (std::size_t i = 0; i < broadcast_.breaks.size(); ++i) {
+        const replay::Interval& each = broadcast_.breaks[i];
+        if (last_ < each.start && time >= each.start) {
+            note(each.start, "Broadcast: commercials begin");
+        }
+        if (last_ < each.end && time >= each.end) {
+            note(each.end, "Broadcast: the programme goes on");
+        }
+    }
+}
+
+void Commentary::count(double time) {
+    double ads = 0;
+    for (const replay::Interval& each : broadcast_.breaks) {
+        ads += replay::overlap(each, {last_, time});
+    }
+    const double others = time - last_ - ads;
+    adSeconds_ += ads;
+    otherSeconds_ += others;
+    if (state_.faded) {
+        fadedAdSeconds_ += ads;
+        fadedOtherSeconds_ += others;
+    }
+}
+
+void Commentary::showState(double time) {
+    const std::string volume = percentText(state_.volume);
+    if (terminal_) {
+        const auto now = std::chrono::steady_clock::now();
+        if (now - drawn_ >= drawInterval) {
+            drawn_ = now;
+            moving_ = true;
+            std::printf("\r%7s  confidence %5s %s volume %5s\033[K", clockText(time, true).c_str(),
+                        percentText(state_.confidence).c_str(), bar(state_.confidence.value_or(0)).c_str(),
+                        volume.c_str());
+            std::fflush(stdout);
+        }
+    } else if (time >= nextLine_) {
+        nextLine_ += lineInterval;
+        note(time, "confidence " + percentText(state_.confidence) + ", volume " + volume);
+    }
+}
+
+void Commentary::wipeMovingLine() {
+    if (std::exchange(moving_, false)) {
+        std::fputs("\r\033[K", stdout);
+        std::fflush(stdout);
+    }
+}
+
+}  // namespace sordin::demo

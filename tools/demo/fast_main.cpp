@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+// sordin-demo-fast: the demonstration as fast as the machine can, by a replay of the broadcast. No audio
+// server, no volume: what is shown is what the program would do.
+#include "demo/commentary.h"
+#include "demo/interruption.h"
+#include "rig/child_process.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <exception>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+namespace {
+
+using namespace sordin;
+using namespace std::chrono_literals;
+using nlohmann::json;
+
+constexpr int failed = 1;
+constexpr int misused = 2;
+
+void noteEvent(demo::Commentary& commentary, double time, double& adStart, const json& event) {
+    if (event == "started") {
+        adStart = time;
+        commentary.note(time, "Sordin: an ad began, the volume fades");
+    } else if (event.is_object()) {
+        std::string reasons;
+        for (const json& reason : event.at("ended").at("reasons")) {
+            reasons += (reasons.empty() ? "" : ", ") + reason.get<std::string>();
+        }
+        commentary.note(time, "Sordin: an ad ended after " + json(time - adStart).dump() + " s: " + reasons);
+    }
+}
+
+void demonstrate(const std::string& program, const std::string& recording, const std::string& labels) {
+    const auto broadcast = demo::readBroadcast(recording, labels);
+    demo::Commentary commentary(broadcast);
+    commentary.introduce(
+        "Sordin's detector hears it as fast as it can, by sordin-replay. Times are those of the "
+        "broadcast, and\nthe volume is what Sordin would make of it.");
+    ChildProcess replay({program, "--hops", recording}, {.readOutput = true});
+    demo::Commentary::State state;
+    double adStart = 0;
+    while (!demo::Interruption::came()) {
+        constexpr auto patience = 100ms;  // to notice a signal
+        const auto line = replay.readLine(patience);
+        if (!line && !replay.running()) {
+            break;
+        }
+        if (line) {
+            const json hop = json::parse(*line);
+            const bool inAd = hop.at("inAd");
+            state = {hop.at("confidence").get<float>(), inAd ? 0.0F : 1.0F, inAd};
+            const double time = hop.at("t");
+            commentary.at(time, state);
+            noteEvent(commentary, time, adStart, hop.at("event"));
+        }
+    }
+    if (demo::Interruption::came()) {
+        return;
+    }
+    if (replay.wait(1s) != 0) {
+        throw std::runtime_error("the replay failed");  // which has said why
+    }
+    commentary.at(broadcast.duration, state);
+    commentary.summarize();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 4) {
+        std::fprintf(stderr, "usage: sordin-demo-fast SORDIN-REPLAY BROADCAST LABELS\n");
+        return misused;
+    }
+    const demo::Interruption interruption;
+    try {
+        demonstrate(argv[1], argv[2], argv[3]);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "sordin-demo-fast: %s\n", error.what());
+        return failed;
+    }
+    return 0;
+}
