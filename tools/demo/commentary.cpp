@@ -23,13 +23,11 @@ const float threshold = replay::Settings().threshold;
 
 // Of docs/detection.md, "With and without words", at the default sensitivity.
 constexpr auto usualText =
-    "Usual, over hours of made-up radio: 76 % of the ads and 14 % of the programme, or 59 % and 2.5 % with\n"
-    "transcription switched off. An ad fades late because it has to sound like one for a while: half of "
-    "them\n"
-    "fade within 7.5 s. Programme fades mostly after a break: advertising phrases count on while they fade "
-    "from\n"
-    "memory, which holds the volume down for about 20 s after the last one. In a broadcast this short, one\n"
-    "second more or less is nearly a percent. All figures: docs/detection.md\n";
+    "Usual figures, over hours of made-up radio: 76 % of the ads and 14 % of the programme, or 59 % and\n"
+    "2.5 % without transcription. Sordin fades an ad only after it has sounded like one for a while: half\n"
+    "of the ads fade within 7.5 s. Most of the programme is faded after a break, because Sordin forgets an\n"
+    "advertising phrase only slowly: the volume stays down for about 20 s after the last one. In a\n"
+    "broadcast this short, a second more or less is nearly a percent. All figures: docs/detection.md\n";
 
 /// Minutes, seconds and, where `tenths`, their tenths.
 std::string clockText(double time, bool tenths) {
@@ -80,10 +78,11 @@ void Commentary::introduce(const std::string& manner) const {
         std::printf("The first break begins at %s and lasts %.0f s.\n", clockText(first.start, false).c_str(),
                     first.length());
     }
-    std::printf("Watch the confidence: with the commercials it rises, and when it has stayed above %s for a\n"
-                "moment, the volume fades. Expect that some seconds after a break has begun, and the volume\n"
-                "back some seconds after it has ended.\n\n",
-                percentText(threshold).c_str());
+    std::printf(
+        "Watch the confidence: it rises during commercials, and the volume fades when it has stayed above\n"
+        "%s for a moment. Expect that some seconds after a break begins, and the volume back some\n"
+        "seconds after it ends.\n\n",
+        percentText(threshold).c_str());
     std::fflush(stdout);
 }
 
