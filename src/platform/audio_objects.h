@@ -91,8 +91,8 @@ public:
     [[nodiscard]] virtual bool has(AudioObjectId object, const AudioProperty& property) const = 0;
     [[nodiscard]] virtual bool settable(AudioObjectId object, const AudioProperty& property) const = 0;
 
-    /// Waits until the audio system has taken all writes so far; false if that took longer than `deadline`. True
-    /// at once if it has taken them already, or there were none.
+    /// Waits until the audio system has taken all writes so far; false if that took longer than `deadline`.
+    /// True at once if it has taken them already, or there were none.
     virtual bool flush(std::chrono::milliseconds deadline) = 0;
 
     /// What to keep of a device; none if it is not known.

@@ -112,8 +112,7 @@ void Commentary::summarize() {
 }
 
 void Commentary::noteBreaks(double time) {
-    for (std::size_t i = 0; i < broadcast_.breaks.size(); ++i) {
-        const replay::Interval& each = broadcast_.breaks[i];
+    for (const replay::Interval& each : broadcast_.breaks) {
         if (last_ < each.start && time >= each.start) {
             note(each.start, "Broadcast: commercials begin");
         }
