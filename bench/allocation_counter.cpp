@@ -15,9 +15,10 @@ std::size_t sordin::allocationCount() {
     return allocations.load();
 }
 
-// The array and nothrow forms call these two.
+// The array and nothrow forms call these. Not inlined: where GCC 14 sees one side's malloc() or free() beside
+// the other side's operator, it takes the two for mismatched.
 
-void* operator new(std::size_t size) {
+[[gnu::noinline]] void* operator new(std::size_t size) {
     ++allocations;
     if (void* memory = std::malloc(size == 0 ? 1 : size)) {
         return memory;
@@ -25,10 +26,10 @@ void* operator new(std::size_t size) {
     throw std::bad_alloc();
 }
 
-void operator delete(void* memory) noexcept {
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
     std::free(memory);
 }

@@ -32,6 +32,17 @@ QString toText(const std::filesystem::path& path) {
     return QString::fromStdString(path.string());
 }
 
+/// From the pictures that are installed for desktops, since drawings need a plugin of Qt's. `ours` is
+/// iconFolder().
+QIcon windowIcon(const std::filesystem::path& ours) {
+    QIcon icon;
+    const QString theme = toText(ours.parent_path().parent_path() / "icons/hicolor");
+    for (const int size : {16, 24, 32, 48, 64, 128}) {
+        icon.addFile(theme + QStringLiteral("/%1x%1/apps/org.sordin.Sordin.png").arg(size), {size, size});
+    }
+    return icon;
+}
+
 }  // namespace
 
 Desktop::Desktop(SordinEngine& engine, const std::filesystem::path& program)
@@ -47,8 +58,7 @@ Desktop::Desktop(SordinEngine& engine, const std::filesystem::path& program)
                                     error.message().c_str());
                       }
                   }}) {
-    QGuiApplication::setWindowIcon(
-        QIcon(toText(iconFolder(program) / "hicolor/scalable/apps/org.sordin.Sordin.svg")));
+    QGuiApplication::setWindowIcon(windowIcon(iconFolder(program)));
     item_.setHandlers({[this](QPoint at, const QString& token) { windows_.togglePanel(at, token); },
                        [&engine] { engine.setIsEnabled(!engine.isEnabled()); }});
     QObject::connect(&windows_, &Windows::quit, qApp, leave);

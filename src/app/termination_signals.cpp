@@ -23,7 +23,8 @@ static_assert(std::atomic<int>::is_always_lock_free);
 void noteSignal(int /*signal*/) {
     const int saved = errno;
     const char byte = 0;
-    static_cast<void>(write(signalPipe, &byte, 1));
+    // A full pipe holds a signal already.
+    [[maybe_unused]] const ssize_t written = write(signalPipe, &byte, 1);
     errno = saved;
 }
 

@@ -23,7 +23,7 @@ ReferenceDate currentReferenceDate() {
 QDateTime localDateTime(ReferenceDate date) {
     constexpr double milliseconds = 1000;
     const double sinceUnix = std::clamp(date + unixToReference, earliest, latest);
-    return QDateTime::fromMSecsSinceEpoch(std::llround(sinceUnix * milliseconds), Qt::LocalTime);
+    return QDateTime::fromMSecsSinceEpoch(std::llround(sinceUnix * milliseconds));
 }
 
 }  // namespace sordin

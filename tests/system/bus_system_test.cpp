@@ -52,12 +52,10 @@ TEST_F(BusSystemTest, AnActionOfTheDesktopStartsTheProgram) {
     for (const std::string& variable : environment()) {
         exec += ' ' + variable;
     }
-    const auto folder = std::filesystem::path(std::getenv("XDG_RUNTIME_DIR")) / "dbus-1/services";
-    std::filesystem::create_directories(folder);
-    writeText(folder / (std::string(id) + ".service"), "[D-BUS Service]\nName=" + std::string(id) +
-                                                           "\nExec=" + exec +
-                                                           " " SORDIN_PROGRAM " --hidden\n");
-    openBus();
+    const std::string name = id;
+    const auto service = home / (name + ".service");
+    writeText(service, "[D-BUS Service]\nName=" + name + "\nExec=" + exec + " " SORDIN_PROGRAM " --hidden\n");
+    bus->offer(service);
     for (const bool before : {false, true}) {
         writeText(home / "config/Sordin/defaults.json", before ? R"({"onboarded": true, "enabled": true})"
                                                                : R"({"onboarded": true, "enabled": false})");

@@ -146,7 +146,8 @@ TEST_P(CaptureSystemTest, FollowsPlayersAndSinksAsTheyComeAndGo) {
         Player player = play();
         EXPECT_TRUE(ear->hears(fullLevel));
         server->setDefaultSink("test-sink-B");
-        EXPECT_TRUE(ear->keepsHearing(fullLevel, 1)) << "after the default sink changed";
+        // PipeWire 1.4 lets a player that it moves to another sink rest for a cycle of 21 ms.
+        EXPECT_TRUE(ear->keepsHearing(fullLevel, 1, 0.05)) << "after the default sink changed";
         server->destroySink("test-sink-B");
         EXPECT_TRUE(ear->hears(fullLevel)) << "after its sink was destroyed";
         player.pause();

@@ -13,6 +13,7 @@ namespace sordin {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::HasSubstr;
 using testing::SizeIs;
 
 struct ShownWindow {
@@ -150,6 +151,7 @@ TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
     EXPECT_TRUE(becomesSetting("sensitivity", 0.0));
     click(corner.place.bottomLeft() + QPoint(50, -25));
     ASSERT_TRUE(mainComes()) << "Open Sordin";
+    EXPECT_THAT(tool({"xprop", "-id", shown(mainWidth).at(0).id, "_NET_WM_ICON"}), HasSubstr("48 x 48"));
     EXPECT_FALSE(isShown(panelWidth));
 
     press("alt+F4");
@@ -238,7 +240,7 @@ TEST_F(DesktopTest, ADisplayThatIsNotThereIsSaidAndLosingTheCompositorLeavesNoVo
     display = {"DISPLAY=:12345", "WAYLAND_DISPLAY="};
     startProgram();
     EXPECT_EQ(program->wait(deadline), 1);
-    EXPECT_THAT(log(), testing::HasSubstr("the display :12345 cannot be reached"));
+    EXPECT_THAT(log(), HasSubstr("the display :12345 cannot be reached"));
 
     const std::string socket = "sordin-test";
     ChildProcess compositor({"weston", "--backend=headless-backend.so", "--socket=" + socket, "--idle-time=0",
@@ -263,6 +265,7 @@ TEST_F(DesktopTest, ADisplayThatIsNotThereIsSaidAndLosingTheCompositorLeavesNoVo
 }
 
 TEST_F(DesktopTest, AssistiveTechnologyReachesAndHearsEverything) {
+    bus->offer("/usr/share/dbus-1/services/org.a11y.Bus.service");
     display.emplace_back("QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1");
     listen();
     ASSERT_TRUE(mainComes());

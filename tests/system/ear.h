@@ -54,17 +54,19 @@ public:
         return (waitUntil(so, deadline) ? testing::AssertionSuccess() : testing::AssertionFailure())
                << level();
     }
-    /// Whether all of the next `seconds` has this level.
-    bool keepsHearing(double rms, double seconds) {
+    /// Whether all of the next `seconds` has this level, but for zeros of at most `rest` seconds together.
+    bool keepsHearing(double rms, double seconds, double rest = 0) {
         forget();
         bool always = true;
         const auto enough = static_cast<std::size_t>(seconds * SystemAudioCapture::sampleRate);
         waitUntil([&] { return heardFrames() >= enough; }, deadline);
         const std::lock_guard lock(mutex_);
+        const std::size_t zeros = rest > 0 ? std::erase(samples_, 0.0F) : 0;
         for (std::size_t begin = 0; begin + window <= samples_.size(); begin += window) {
             always = always && std::fabs(rmsOf(begin) - rms) <= 0.02 * rms + 1e-4;
         }
-        return always && samples_.size() >= enough;
+        return always && static_cast<double>(zeros) <= rest * SystemAudioCapture::sampleRate &&
+               samples_.size() + zeros >= enough;
     }
     /// Root mean square of the last quarter second; below 0 when less has been heard.
     [[nodiscard]] double level() {

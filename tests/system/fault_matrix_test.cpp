@@ -49,7 +49,7 @@ protected:
     }
     void stayDown() {
         ASSERT_NO_FATAL_FAILURE(beDown());
-        ASSERT_TRUE(comesToBeRemembered("0.0;0.0")) << "so that a new server is born silent";
+        ASSERT_TRUE(comesToBeRemembered({0, 0})) << "so that a new server is born silent";
     }
     void fadeUp() {
         ASSERT_NO_FATAL_FAILURE(beDown());
@@ -104,13 +104,10 @@ protected:
                << testing::PrintToString(server->volume(device)) << "\n"
                << log();
     }
-    /// Whether a volume that begins so comes to be stored: a server that is killed before would itself have
+    /// Whether a volume comes to be stored: a server that is killed before would itself have
     /// forgotten it. PulseAudio stores after ten seconds, and only what it has then.
-    [[nodiscard]] bool comesToBeRemembered(const std::string& volume) const {
-        const auto stored = [&] {
-            const auto all = contentsOf(server->folder() / "state/wireplumber/restore-stream");
-            return all.find(device + ":channelVolumes=" + volume) != std::string::npos;
-        };
+    [[nodiscard]] bool comesToBeRemembered(const std::vector<float>& volume) const {
+        const auto stored = [&] { return sameVolume(storedVolume(*server, device), volume); };
         return GetParam() == ServerKind::pulseAudio || waitUntil(stored, deadline);
     }
 
@@ -128,7 +125,7 @@ protected:
         server->setVolume(device, {80, 40});
         ASSERT_TRUE(sinkBecomes(*server, device, usersVolume, deadline));
         ASSERT_TRUE(comesBack());
-        ASSERT_TRUE(comesToBeRemembered("0.51"));
+        ASSERT_TRUE(comesToBeRemembered(usersVolume));
         ASSERT_NO_FATAL_FAILURE((this->*stage.step)());
         ASSERT_NO_FATAL_FAILURE((this->*fault.step)());
         player.reset();

@@ -12,7 +12,8 @@ class SessionTest : public SordinTest, protected BusTalk {
 protected:
     SessionTest() {
         beginServer();  // which turns the bus off that is there
-        openBus();
+        bus.emplace();
+        connection.emplace(QDBusConnection::connectToBus(QString::fromStdString(bus->address()), "desktop"));
     }
     ~SessionTest() override {
         program.reset();
@@ -20,13 +21,6 @@ protected:
         QDBusConnection::disconnectFromBus("desktop");
     }
 
-    /// Another one if there is one.
-    void openBus() {
-        QDBusConnection::disconnectFromBus("desktop");
-        bus.reset();
-        bus.emplace();
-        connection.emplace(QDBusConnection::connectToBus(QString::fromStdString(bus->address()), "desktop"));
-    }
     void showPanel() { panel.emplace(*connection); }
     /// Starts with the icon alone, and waits until the panel shows it.
     void startHidden() {

@@ -9,6 +9,9 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <iterator>
+#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -36,6 +39,22 @@ inline testing::AssertionResult sinkBecomes(const AudioServer& server, const std
     };
     return (waitUntil(so, within) ? testing::AssertionSuccess() : testing::AssertionFailure())
            << testing::PrintToString(now);
+}
+
+/// The volume that PipeWire's session manager has stored for a virtual sink, linear, by channel; empty if it
+/// has none.
+inline std::vector<float> storedVolume(const AudioServer& server, const std::string& sink) {
+    const auto folder = server.folder() / "state/wireplumber";
+    // WirePlumber 0.4 writes SINK:channelVolumes=0.1;0.1, 0.5 SINK={..., "channelVolumes":[0.1, 0.1]}.
+    const std::string text = contentsOf(folder / "restore-stream") + contentsOf(folder / "stream-properties");
+    std::smatch found;
+    std::regex_search(
+        text, found, std::regex(sink + R"re((?::channelVolumes=|=\{.*"channelVolumes":\[)([-0-9.e;, ]+))re"));
+    std::string numbers = found[1];
+    std::replace_if(
+        numbers.begin(), numbers.end(), [](char c) { return c == ';' || c == ','; }, ' ');
+    std::istringstream in(numbers);
+    return {std::istream_iterator<float>(in), {}};
 }
 
 }  // namespace sordin

@@ -64,10 +64,8 @@ TEST_P(VolumeOfServerTest, AServerThatDiesWhileFadedGetsTheVolumeBackWhenItRetur
     server->setVolume(sinkA, {80, 40});
     const Channels before{0.512F, 0.064F};
     ASSERT_TRUE(becomes(sinkA, before));
-    const auto saved = [&] {  // by PipeWire's session manager, which remembers virtual sinks at once
-        const auto file = contentsOf(server->folder() / "state/wireplumber/restore-stream");
-        return GetParam() != ServerKind::pipeWire ||
-               file.find("A:channelVolumes=0.0;0.0") != std::string::npos;
+    const auto saved = [&] {  // PipeWire's session manager stores virtual sinks at once
+        return GetParam() != ServerKind::pipeWire || storedVolume(*server, sinkA) == Channels{0, 0};
     };
     const auto device = defaultDevice(sinkA);
     for (const bool restoredWhileAway : {true, false}) {

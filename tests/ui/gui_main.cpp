@@ -5,11 +5,23 @@
 #include <gmock/gmock.h>
 
 #include <QGuiApplication>
+#include <cstdio>
+
+/// A view that is wrong says so in a warning and goes on.
+static void failOnWarningOfView(QtMsgType /*type*/, const QMessageLogContext& /*context*/,
+                                const QString& message) {
+    if (message.contains("qrc:")) {
+        ADD_FAILURE() << message.toStdString();
+    } else {
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+    }
+}
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     testing::InitGoogleMock(&argc, argv);
     const QGuiApplication application(argc, argv);
+    qInstallMessageHandler(failOnWarningOfView);
     sordin::UiEngine::prepare();
     return RUN_ALL_TESTS();
 }

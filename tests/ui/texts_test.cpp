@@ -6,6 +6,7 @@
 
 #include <QLocale>
 #include <QSignalSpy>
+#include <QTimeZone>
 
 namespace sordin {
 namespace {
@@ -67,7 +68,7 @@ TEST_F(TextsTest, SummariesCountRealAds) {
 }
 
 TEST(DateText, RelativeDatesAreInWords) {
-    const QDateTime now(QDate(2024, 3, 31), QTime(12, 0), Qt::UTC);
+    const QDateTime now(QDate(2024, 3, 31), QTime(12, 0), QTimeZone::utc());
     constexpr qint64 day = 86'400;
     // The clock may be set back, and 29 February is the end of the month before.
     const std::vector<std::pair<qint64, const char*>> cases{
@@ -88,9 +89,9 @@ TEST(DateText, DatesAreWrittenAsTheUsersLanguageDoes) {
     const QDateTime date(QDate(2024, 3, 5), QTime(15, 4, 9));
     const auto in = [&date](const char* language) {
         QLocale::setDefault(QLocale(QLatin1String(language)));
-        const std::string text = dateAndTime(date).toStdString();
+        QString text = dateAndTime(date);
         QLocale::setDefault(QLocale::c());
-        return text;
+        return text.replace(QChar(0x202F), ' ').toStdString();  // what newer Qt writes before PM
     };
     EXPECT_EQ(in("en_US"), "Mar 5, 2024, 3:04:09 PM");
     EXPECT_EQ(in("en_GB"), "5 Mar 2024, 15:04:09");

@@ -278,6 +278,10 @@ TEST_F(ViewsTest, TheGuideIsFinishedByItsLastButtonAlone) {
 TEST_F(ViewsTest, ThePanelHasTheMostImportantAtHand) {
     openPanel();
     EXPECT_EQ(window->width(), 290);
+    const QQuickItem* last = item("open");
+    EXPECT_GT(window->height(), last->mapToScene({0, last->height()}).y()) << "all of it is inside";
+    EXPECT_EQ(window->minimumSize(), window->size());
+    EXPECT_EQ(window->maximumSize(), window->size());
     EXPECT_EQ(textOf("statusText"), "Starting…");
     EXPECT_EQ(textOf("today"), "Today: 0 ads · 0s muted");
     EXPECT_EQ(textOf("sensitivityText"), "50%");

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include <filesystem>
+#include <list>
 #include <utility>
 
 namespace sordin {
@@ -101,6 +102,7 @@ void PrivateAudioServer::start() {
         started(pulse_, "pipewire-pulse");
     }
     wait("audio server", [this] { return ready(); });
+    runOnce(options().sinks);
 }
 
 void PrivateAudioServer::stop() {
@@ -157,6 +159,7 @@ std::optional<int> PrivateAudioServer::nodeId(const std::string& node) const {
 void PrivateAudioServer::createSink(const std::string& sink) {
     run({"pw-cli", "create-node", "adapter", sinkProperties(sink, 500)});
     wait("sink " + sink, [&] { return usable(sink); });
+    runOnce({sink});
 }
 
 void PrivateAudioServer::destroySink(const std::string& sink) {
@@ -168,9 +171,9 @@ void PrivateAudioServer::destroySink(const std::string& sink) {
 
 void PrivateAudioServer::writeConfiguration() {
     remove_all(folder() / "run");  // a killed server leaves its sockets
-    for (const char* name :
-         {"run/pulse", "home", "cache", "data", "state", "log", "config/pipewire/pipewire.conf.d",
-          "config/wireplumber/main.lua.d", "config/wireplumber/bluetooth.lua.d"}) {
+    for (const char* name : {"run/pulse", "home", "cache", "data", "state", "log",
+                             "config/pipewire/pipewire.conf.d", "config/wireplumber/main.lua.d",
+                             "config/wireplumber/bluetooth.lua.d", "config/wireplumber/wireplumber.conf.d"}) {
         create_directories(folder() / name);
     }
     permissions(folder() / "run", std::filesystem::perms::owner_all);
@@ -181,6 +184,7 @@ void PrivateAudioServer::writeConfiguration() {
     }
     writeText(folder() / "config/pipewire/pipewire.conf.d/sinks.conf",
               "context.objects = [\n" + sinks + "]\n");
+    // WirePlumber 0.4 reads Lua, 0.5 the other form.
     writeText(folder() / "config/wireplumber/main.lua.d/51-test.lua",
               "alsa_monitor.enabled = false\n"
               "v4l2_monitor.enabled = false\n"
@@ -189,6 +193,24 @@ void PrivateAudioServer::writeConfiguration() {
     writeText(folder() / "config/wireplumber/bluetooth.lua.d/51-test.lua",
               "bluez_monitor.enabled = false\n"
               "bluez_midi_monitor = { enabled = false }\n");
+    writeText(folder() / "config/wireplumber/wireplumber.conf.d/51-test.conf",
+              "wireplumber.profiles = { main = { hardware.audio = disabled, hardware.bluetooth = disabled,\n"
+              "  hardware.video-capture = disabled, script.client.access-portal = disabled } }\n");
+}
+
+void PrivateAudioServer::runOnce(const std::vector<std::string>& sinks) {
+    // A file of the format AU: 16 bits, 48 kHz, two channels, a hundredth of a second.
+    using namespace std::string_literals;
+    writeText(folder() / "silence.au",
+              ".snd\0\0\0\x18\xff\xff\xff\xff\0\0\0\x03\0\0\xbb\x80\0\0\0\x02"s + std::string(1920, '\0'));
+    std::list<ChildProcess> players;
+    for (const std::string& sink : sinks) {
+        players.emplace_back(std::vector<std::string>{"pw-play", "--target", sink, folder() / "silence.au"},
+                             ChildOptions{.log = folder() / "log/commands"});
+    }
+    for (ChildProcess& player : players) {
+        wait("end of silence", [&] { return !player.running(); });
+    }
 }
 
 std::string PrivateAudioServer::sinkProperties(const std::string& sink, int priority) const {

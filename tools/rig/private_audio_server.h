@@ -38,6 +38,8 @@ public:
 
 private:
     void writeConfiguration();
+    /// Plays silence to each, since PipeWire 1.4 does not report the volume of a sink that has never run.
+    void runOnce(const std::vector<std::string>& sinks);
     [[nodiscard]] std::string sinkProperties(const std::string& sink, int priority) const;
     [[nodiscard]] bool ready() const;
     [[nodiscard]] bool usable(const std::string& sink) const;

@@ -11,13 +11,14 @@
 
 namespace sordin {
 
-/// A session bus of a test's own, made the one that programs find by the environment. (This one finds
-/// only the first so, and others by their address.) Ends with the object.
+/// A private session bus, which DBUS_SESSION_BUS_ADDRESS then names. (A process looks there once only; later
+/// buses it reaches by address().) Ends with the object. The bus starts no service that is installed on this
+/// machine, which may have a Sordin too.
 class PrivateBus {
 public:
     PrivateBus()
-        : daemon_({"dbus-daemon", "--session", "--nofork", "--nopidfile", "--print-address=1",
-                   "--address=unix:dir=" + folder_.path().string()},
+        : daemon_({"dbus-daemon", "--config-file=" + configuration(), "--nofork", "--nopidfile",
+                   "--print-address=1"},
                   {.log = folder_ / "log", .readOutput = true}) {
         const auto address = daemon_.readLine(std::chrono::seconds(20));
         if (!address) {
@@ -29,7 +30,26 @@ public:
 
     [[nodiscard]] const std::string& address() const { return address_; }
 
+    /// From now on the bus starts this service when a program calls it. `file` is a D-Bus service file.
+    void offer(const std::filesystem::path& file) const {
+        copy_file(file, folder_ / "services" / file.filename());
+    }
+
 private:
+    /// That of a session bus, as dbus-daemon(1) describes it, without the standard service folders.
+    [[nodiscard]] std::string configuration() const {
+        const std::string folder = folder_.path().string();
+        create_directory(folder_ / "services");
+        std::string text = "<busconfig><type>session</type><listen>unix:dir=" + folder + "</listen>";
+        text += "<servicedir>" + folder + "/services</servicedir>";
+        text += "<policy context='default'><allow send_destination='*' eavesdrop='true'/>"
+                "<allow eavesdrop='true'/><allow own='*'/></policy>"
+                "<limit name='auth_timeout'>240000</limit>"  // milliseconds
+                "<limit name='max_replies_per_connection'>50000</limit></busconfig>";
+        writeText(folder_ / "bus.conf", text);
+        return folder_ / "bus.conf";
+    }
+
     TemporaryFolder folder_;
     ChildProcess daemon_;
     std::string address_;

@@ -13,13 +13,15 @@ Window {
     signal quit()
 
     title: qsTr("Sordin")
+    // One size, which compositors that tile leave alone. Each bound follows the content itself: one that follows
+    // `height`, which it changes, is a binding loop.
+    readonly property int contentHeight: Math.ceil(column.implicitHeight) + 24
     width: 290
-    height: column.implicitHeight + 24
-    // Compositors that tile leave windows of one size alone.
-    minimumWidth: width
-    maximumWidth: width
-    minimumHeight: height
-    maximumHeight: height
+    minimumWidth: 290
+    maximumWidth: 290
+    height: contentHeight
+    minimumHeight: contentHeight
+    maximumHeight: contentHeight
     color: "transparent"
 
     Shortcut { sequence: "Ctrl+Q"; onActivated: panel.quit() }

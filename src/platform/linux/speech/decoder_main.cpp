@@ -59,7 +59,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        static_cast<void>(nice(niceness));
+        [[maybe_unused]] const int priority = nice(niceness);
         PocketSphinxDecoder decoder({argv[1], argv[2], argv[3], argv[4]});
         if (sendMessage(socketToProgram, DecoderMessage::ready)) {
             serve(decoder);
