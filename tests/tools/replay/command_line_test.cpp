@@ -286,6 +286,75 @@ TEST_F(CommandLineTest, DrawsARecording) {
     EXPECT_THAT(boxes["session"], testing::Not(testing::IsEmpty()));
 }
 
+// What is computed anew from the hops alone must be what the whole detector does.
+TEST_F(CommandLineTest, HopsCanBeScoredAnewByOtherRules) {
+    recordWav("radio.wav", 90);
+    write("radio.cues", std::string(adCues) + "{\"t\": 21, \"transcript\": \"promo code\"}\n"
+                                              "{\"t\": 50, \"transcript\": \"\"}\n");
+    write("radio.txt", "20\t40\tad\n");
+    const auto hopsInto = [this](const std::string& name, const std::string& options) {
+        ASSERT_EQ(run(options + " --hops --cues radio.cues radio.wav").status, 0);
+        fs::copy_file(folder() / ".out", folder() / name);
+    };
+    hopsInto("radio.hops", "--transcribe");
+    hopsInto("without", "");
+    hopsInto("tuned", "--transcribe --rules tuned");
+    const auto rescore = [this](const std::string& name, const std::string& request) {
+        write("request", request);
+        const std::string command = "cd '" + folder().string() + "' && '" SORDIN_RESCORE "' " + name +
+                                    " radio.txt <request >.out 2>.err";
+        return WEXITSTATUS(std::system(command.c_str()));
+    };
+    const auto answer = [&](const std::string& rules) {
+        EXPECT_EQ(rescore("radio.hops", R"({"rules": )" + rules + R"(, "sensitivities": [0.5]})"), 0);
+        const std::string lines = contentsOf(folder() / ".out");
+        return json::parse(lines.substr(lines.find('\n'))).at(0);
+    };
+    const auto seconds = [this](const std::string& options) {
+        double ads = 0;
+        double all = 0;
+        const auto reports = runJson("--json --cues radio.cues " + options + " radio.wav");
+        for (const json& ad : reports[0]["ads"]) {
+            all += ad["length"].get<double>();
+            ads += std::max(0.0, std::min(40.0, ad["end"].get<double>()) -
+                                     std::max(20.0, ad["start"].get<double>()));
+        }
+        return json{{ads, all - ads}};
+    };
+    EXPECT_EQ(answer("{}"), (json{seconds("--no-transcription"), seconds("")}));
+    EXPECT_NE(seconds("--no-transcription"), seconds(""));
+    const auto tuned = [] {
+        constexpr DetectorRules rules = tunedRules();
+        return json{{"audio", rules.weights.audio},
+                    {"keywords", rules.weights.keywords},
+                    {"boundary", rules.weights.boundary},
+                    {"repetition", rules.weights.repetition},
+                    {"timing", rules.weights.timing},
+                    {"loudness", rules.weights.loudness},
+                    {"boundaryMemory", rules.boundaryMemory},
+                    {"smoothing", rules.smoothing},
+                    {"keywordMemory", rules.keywordMemory},
+                    {"keywordsFadeWhenHeard", rules.keywordsFadeWhenHeard},
+                    {"keywordsAfterAd", rules.keywordsAfterAd},
+                    {"strongMargin", rules.strongMargin},
+                    {"strongRun", rules.strongRun},
+                    {"weakRun", rules.weakRun},
+                    {"exitMargin", rules.exitMargin},
+                    {"holdSeconds", rules.holdSeconds}};
+    }();
+    EXPECT_EQ(answer(tuned.dump()),
+              (json{seconds("--rules tuned --no-transcription"), seconds("--rules tuned")}));
+
+    const auto expectError = [&](const std::string& name, const std::string& request, const char* why) {
+        EXPECT_EQ(rescore(name, request), 1);
+        EXPECT_THAT(contentsOf(folder() / ".err"), HasSubstr(why));
+    };
+    expectError("tuned", "", "not what the standard rules give");
+    expectError("without", "", "without:1: no line of sordin-replay --hops --transcribe");
+    expectError("radio.txt", "", "radio.txt:1: no line");
+    expectError("radio.hops", R"({"rules": {"music": 1}, "sensitivities": []})", "unknown names");
+}
+
 TEST_F(CommandLineTest, ReadsManyFormatsAlikeAndSilenceToo) {
     write("radio.cues", adCues);
     record("a.wav", 50, 16'000, 1, SF_FORMAT_WAV | SF_FORMAT_FLOAT);
