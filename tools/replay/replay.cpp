@@ -25,7 +25,7 @@ class Player {
 public:
     Player(const Settings& settings, Hearing hearing, const HopHandler& onHop)
         : cues_(std::move(hearing.cues)),
-          recogniser_(std::move(hearing.recogniser)),
+          recogniser_(watched(std::move(hearing.recogniser))),
           transcriber_(transcriber()),
           pipeline_(std::make_shared<DetectionPipeline>(
               DetectionPipeline::Parts{queue_, clock_, classifier(hearing.model.get()), transcriber_,
@@ -66,10 +66,16 @@ public:
         ended_ = true;
         pipeline_->stop();
         queue_->runPending();
-        return {position(), std::move(ads_), std::move(transcripts_)};
+        return {position(), std::move(ads_), std::move(transcripts_),
+                recogniser_ != nullptr ? recogniser_->failure() : std::nullopt};
     }
 
 private:
+    [[nodiscard]] static std::shared_ptr<WatchedRecogniser>
+    watched(std::shared_ptr<SpeechRecogniser> recogniser) {
+        return recogniser == nullptr ? nullptr : std::make_shared<WatchedRecogniser>(std::move(recogniser));
+    }
+
     [[nodiscard]] std::shared_ptr<SoundClassifying> classifier(const SoundModel* model) const {
         if (model == nullptr) {
             return cueClassifier_;
@@ -124,7 +130,7 @@ private:
     std::shared_ptr<ManualClock> clock_ = std::make_shared<ManualClock>(clockStart);
     std::shared_ptr<CueClassifier> cueClassifier_ = std::make_shared<CueClassifier>();
     std::shared_ptr<CueTranscriber> cueTranscriber_ = std::make_shared<CueTranscriber>();
-    std::shared_ptr<SpeechRecogniser> recogniser_;
+    std::shared_ptr<WatchedRecogniser> recogniser_;
     std::shared_ptr<SpeechTranscribing> transcriber_;
     std::shared_ptr<KeywordTranscriptScorer> keywords_ = std::make_shared<KeywordTranscriptScorer>();
     std::shared_ptr<DetectionPipeline> pipeline_;

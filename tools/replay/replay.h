@@ -61,6 +61,7 @@ struct ReplayResult {
     double duration = 0;  ///< seconds
     std::vector<FoundAd> ads;
     std::vector<Transcript> transcripts;
+    std::optional<std::string> speechFailure;  ///< why not all that could be was transcribed
 };
 
 /// One hop of a recording.

@@ -2,8 +2,9 @@
 // The program itself, over recordings made here.
 #include "classifier/model_files.h"
 #include "detection/detector_rules.h"
+#include "fakes/fake_speech.h"
 #include "random_seed.h"
-#include "replay/audio_file.h"
+#include "replay/replay.h"
 #include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
@@ -136,6 +137,19 @@ TEST_F(CommandLineTest, TranscribesWhatLooksSuspicious) {
     const auto told = runJson("--json --transcribe --cues words offer.wav");
     EXPECT_EQ(told[0]["transcripts"][0]["text"], "what the cues say") << "cues are there to be believed";
     EXPECT_EQ(run("--transcribe --no-transcription offer.wav").status, 2);
+}
+
+TEST_F(CommandLineTest, NoticesThatNotAllWasTranscribed) {
+    recordWav("radio.wav", 5);
+    write("scores", "{\"t\": 0, \"music\": 1, \"speech\": 1}\n");
+    const auto recogniser = std::make_shared<FakeSpeechRecogniser>();
+    for (const bool starting : {true, false}) {
+        recogniser->starting = starting;
+        AudioFile recording((folder() / "radio.wav").string());
+        const auto result = sordin::replay::replay(
+            recording, "radio.wav", {}, {CueTrack::read(folder() / "scores"), nullptr, recogniser}, {}, {});
+        EXPECT_EQ(result.speechFailure.value_or(""), starting ? "" : "does not start");
+    }
 }
 
 TEST_F(CommandLineTest, FindsTheAdThatTheCuesDescribe) {
