@@ -37,21 +37,26 @@ RemoteControl::RemoteControl(SordinEngine& engine, ApplicationService& service) 
                                                                   engine.setIsEnabled(enabled);
                                                               }
                                                           },
-                                                          [&engine] { engine.restoreVolume(); }});
+                                                          [&engine] { engine.restoreVolume(); },
+                                                          [&engine](bool tuned) {
+                                                              if (tuned != engine.tunedDetection()) {
+                                                                  engine.setTunedDetection(tuned);
+                                                              }
+                                                          }});
     QObject::connect(&label_, &StatusLabel::changed, &*interface_, &ControlInterface::stateChanged);
-    for (const auto signal :
-         {&SordinEngine::isEnabledChanged, &SordinEngine::onboardingCompleteChanged,
-          &SordinEngine::adActiveChanged, &SordinEngine::adFadedChanged, &SordinEngine::currentAppChanged}) {
+    for (const auto signal : {&SordinEngine::isEnabledChanged, &SordinEngine::onboardingCompleteChanged,
+                              &SordinEngine::adActiveChanged, &SordinEngine::adFadedChanged,
+                              &SordinEngine::currentAppChanged, &SordinEngine::tunedDetectionChanged}) {
         QObject::connect(&engine, signal, &*interface_, &ControlInterface::stateChanged);
     }
 }
 
 ControlInterface::State RemoteControl::state() const {
     const bool ad = engine_.adActive();
-    return {word(engine_),       label_.text(),
-            engine_.isEnabled(), ad,
-            engine_.adFaded(),   ad ? engine_.currentApp() : QString(),
-            engine_.confidence()};
+    return {word(engine_),        label_.text(),
+            engine_.isEnabled(),  ad,
+            engine_.adFaded(),    ad ? engine_.currentApp() : QString(),
+            engine_.confidence(), engine_.tunedDetection()};
 }
 
 }  // namespace sordin

@@ -28,7 +28,8 @@ std::optional<AdSegmenter::Event> AdSegmenter::updateOutside(float confidence, f
         fatal("the count of hops above the threshold overflowed");
     }
     ++above_;
-    const std::int64_t requiredRun = confidence >= threshold + 0.2F ? 2 : 3;
+    const std::int64_t requiredRun =
+        confidence >= threshold + rules_.strongMargin ? rules_.strongRun : rules_.weakRun;
     if (above_ < requiredRun) {
         return std::nullopt;
     }
@@ -46,8 +47,8 @@ std::optional<AdSegmenter::Event> AdSegmenter::updateInside(float confidence, fl
     if (confidence > peak_) {
         setPeak(confidence, contributions);
     }
-    belowTime_ = confidence >= threshold - 0.15F ? 0 : belowTime_ + hop;
-    if (belowTime_ >= holdSeconds || elapsed_ >= maxAdSeconds) {
+    belowTime_ = confidence >= threshold - rules_.exitMargin ? 0 : belowTime_ + hop;
+    if (belowTime_ >= rules_.holdSeconds || elapsed_ >= maxAdSeconds) {
         return Ended{forceEnd()};
     }
     return std::nullopt;

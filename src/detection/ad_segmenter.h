@@ -2,6 +2,7 @@
 #pragma once
 
 #include "detection/detection_records.h"
+#include "detection/detector_rules.h"
 
 #include <cstdint>
 #include <optional>
@@ -20,6 +21,9 @@ public:
         AdSummary summary;
     };
     using Event = std::variant<Started, Ended>;
+
+    /// From the next step on; an ad in progress goes on under the new rules.
+    void setRules(const DetectorRules& rules) { rules_ = rules; }
 
     /// One step, for `hop` seconds of audio. Returns what happened on it, if anything. A threshold or a
     /// confidence that is not a number counts as too low.
@@ -44,8 +48,8 @@ private:
     [[nodiscard]] static std::vector<std::string> reasons(const Contributions& contributions);
 
     static constexpr double maxAdSeconds = 240;  // longest ad: the volume must come back
-    static constexpr double holdSeconds = 3;     // how long the confidence must stay low to end an ad
 
+    DetectorRules rules_;
     bool inAd_ = false;
     std::int64_t above_ = 0;  // consecutive hops at or above the threshold while outside
     double belowTime_ = 0;    // seconds of low confidence so far while inside

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "detection/detection_records.h"
+#include "detection/detector_rules.h"
 #include "detection/pcm_buffer.h"
 
 #include <cstdint>
@@ -70,6 +71,9 @@ public:
 class AdScoring {
 public:
     virtual ~AdScoring() = default;
+
+    /// The rules of the hops that follow. What is remembered of earlier hops stays.
+    virtual void setRules(const DetectorRules& rules) = 0;
 
     /// One step: called exactly once per hop, in order.
     [[nodiscard]] virtual AdVerdict update(const DetectionSignals& signals) = 0;

@@ -22,9 +22,14 @@ DetectionPipeline::DetectionPipeline(Parts parts)
       sessions_(parts_.transcriber, parts_.transcriptScorer),
       lastIngest_(parts_.clock->now()) {}
 
-void DetectionPipeline::configure(float threshold, bool transcriptionEnabled) {
+void DetectionPipeline::configure(float threshold, bool transcriptionEnabled, const DetectorRules& rules) {
     const std::scoped_lock lock(cfgLock_);
-    configuration_ = {threshold, transcriptionEnabled};
+    configuration_ = {threshold, transcriptionEnabled, rules};
+}
+
+DetectionPipeline::Configuration DetectionPipeline::configuration() {
+    const std::scoped_lock lock(cfgLock_);
+    return configuration_;
 }
 
 void DetectionPipeline::stop() {
@@ -118,10 +123,10 @@ void DetectionPipeline::feed(const PcmBuffer& buffer) {
 void DetectionPipeline::processHop(std::span<const float> samples) {
     // The length that the segmenter counts in, also for a hop that a change of rate made longer or shorter.
     constexpr double hopSeconds = 0.5;
-    const auto [threshold, transcriptionEnabled] = [this] {
-        const std::scoped_lock lock(cfgLock_);
-        return configuration_;
-    }();
+    const auto [threshold, transcriptionEnabled, rules] = configuration();
+    sessions_.setRules(rules);
+    parts_.scorer->setRules(rules);
+    segmenter_.setRules(rules);
     const double now = parts_.clock->now();
 
     std::optional<FrameFeatures> features;

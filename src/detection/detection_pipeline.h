@@ -5,6 +5,7 @@
 #include "detection/captured_audio.h"
 #include "detection/context_change_detector.h"
 #include "detection/detection_interfaces.h"
+#include "detection/detector_rules.h"
 #include "detection/feature_extractor.h"
 #include "detection/hop_buffer.h"
 #include "detection/repetition_index.h"
@@ -63,9 +64,10 @@ public:
 
     [[nodiscard]] SerialQueue& queue() const { return *parts_.queue; }
 
-    /// Sets the confidence that makes an ad (0 to 1; nothing starts above 1) and the user's switch for
-    /// transcription, both from the next hop on. Initially 0.575 and on. Any thread.
-    void configure(float threshold, bool transcriptionEnabled);
+    /// Sets the confidence that makes an ad (0 to 1; nothing starts above 1), the user's switch for
+    /// transcription and the rules, all from the next hop on; an ad in progress goes on under them. Initially
+    /// 0.575, on and the standard rules. Any thread.
+    void configure(float threshold, bool transcriptionEnabled, const DetectorRules& rules = standardRules());
 
     /// Takes the next stretch of the stream (of captured audio: see pcmBuffer in captured_audio.h) and
     /// processes every hop that it completes. Only channel 0 is cut into hops; classifier and transcriber get
@@ -88,6 +90,7 @@ private:
     struct Configuration {
         float threshold = 0.575F;
         bool transcriptionEnabled = true;
+        DetectorRules rules;
     };
 
     /// Posts `action` for as long as the pipeline lives.
@@ -98,6 +101,7 @@ private:
 
     void prepare(const AudioFormat& format);
     void feed(const PcmBuffer& buffer);
+    [[nodiscard]] Configuration configuration();
     void processHop(std::span<const float> samples);
     /// Gathers the evidence of a hop that is not silent.
     [[nodiscard]] DetectionSignals gather(const FrameFeatures& features, bool transcriptionEnabled,

@@ -4,6 +4,8 @@
 #include "detection/sample_math.h"
 
 #include <algorithm>
+#include <array>
+#include <string_view>
 
 namespace sordin {
 
@@ -38,24 +40,31 @@ HeuristicAdScorer::Verdict HeuristicAdScorer::update(const DetectionSignals& sig
         verdict.confidence = smoothed_;
         return verdict;
     }
-    boundary_ = std::max(boundary_ * 0.93F, signals.boundary);
+    boundary_ = std::max(boundary_ * rules_.boundaryMemory, signals.boundary);
 
-    const std::array<float, weights.size()> strengths{
-        audioStrength(signals),
-        signals.keywordActive ? signals.keyword : 0.0F,
-        boundary_,
-        signals.repetition,
-        timingStrength(signals),
-        loudnessStrength(signals),
+    struct Evidence {
+        std::string_view name;
+        float weight;
+        float strength;
     };
+    const DetectorRules::Weights& weights = rules_.weights;
+    const std::array<Evidence, Contributions::capacity> evidence{{
+        {"Audio", weights.audio, audioStrength(signals)},
+        {"Keywords", weights.keywords, signals.keywordActive ? signals.keyword : 0.0F},
+        {"Boundary", weights.boundary, boundary_},
+        {"Repetition", weights.repetition, signals.repetition},
+        {"Timing", weights.timing, timingStrength(signals)},
+        {"Loudness", weights.loudness, loudnessStrength(signals)},
+    }};
     float doubt = 1;
-    for (std::size_t i = 0; i < weights.size(); ++i) {
-        const float share = weights[i].weight * strengths[i];
-        verdict.contributions.append({weights[i].name, share});
+    for (const auto& [name, weight, strength] : evidence) {
+        const float share = weight * strength;
+        verdict.contributions.append({name, share});
         doubt *= 1.0F - share;
     }
     verdict.raw = clampToUnit(1.0F - doubt);
-    smoothed_ = 0.6F * smoothed_ + 0.4F * verdict.raw;
+    smoothed_ = static_cast<float>(rules_.smoothing) * smoothed_ +
+                static_cast<float>(1 - rules_.smoothing) * verdict.raw;
     verdict.confidence = smoothed_;
     return verdict;
 }

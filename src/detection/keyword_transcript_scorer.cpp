@@ -73,20 +73,31 @@ std::string lowerCased(std::string_view text) {
     return lowered;
 }
 
+template <class Action>
+void forEachPhraseIn(std::string_view text, Action action) {
+    const std::string lowered = lowerCased(text);
+    for (const auto& phrase : phraseTable) {
+        if (lowered.find(phrase.text) != std::string::npos) {
+            action(phrase);
+        }
+    }
+}
+
 }  // namespace
 
 std::span<const KeywordTranscriptScorer::Phrase> KeywordTranscriptScorer::phrases() {
     return phraseTable;
 }
 
+std::vector<KeywordTranscriptScorer::Phrase> KeywordTranscriptScorer::phrasesIn(std::string_view text) {
+    std::vector<Phrase> found;
+    forEachPhraseIn(text, [&found](const Phrase& phrase) { found.push_back(phrase); });
+    return found;
+}
+
 float KeywordTranscriptScorer::score(std::string_view text) const {
-    const std::string lowered = lowerCased(text);
     float sum = 0;
-    for (const Phrase& phrase : phraseTable) {
-        if (lowered.find(phrase.text) != std::string::npos) {
-            sum += phrase.weight;
-        }
-    }
+    forEachPhraseIn(text, [&sum](const Phrase& phrase) { sum += phrase.weight; });
     return std::min(sum / 1.2F, 1.0F);
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "detection/transcription_sessions.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace sordin {
@@ -14,7 +13,7 @@ void TranscriptionSessions::manage(const Hop& hop) {
     constexpr double longestSession = 15;
     constexpr double shortestPause = 8;
     if (transcriber_->active()) {
-        keywordLevel_ = std::max(keywordLevel_, scorer_->score(transcriber_->text()));
+        keywords_.hear(scorer_->score(transcriber_->text()));
         const bool goOn = mayContinue(hop);
         if (!goOn || !hop.enabled || hop.now - sessionStart_ > longestSession) {
             transcriber_->end();
@@ -24,6 +23,7 @@ void TranscriptionSessions::manage(const Hop& hop) {
     } else if (hop.enabled && hop.speech > 0.3F && (hop.lastConfidence >= 0.25F || hop.inAd) &&
                hop.now - lastSessionEnd_ > shortestPause && transcriber_->available()) {
         transcriber_->begin();
+        keywords_.beginSession();
         sessionStart_ = hop.now;
     }
 }
@@ -38,13 +38,9 @@ bool TranscriptionSessions::mayContinue(const Hop& hop) {
     return lowCount_ < mostLowHops;
 }
 
-float TranscriptionSessions::takeKeywordLevel() {
-    return std::exchange(keywordLevel_, keywordLevel_ * 0.985F);
-}
-
 void TranscriptionSessions::stop() {
     transcriber_->end();
-    keywordLevel_ = 0;
+    keywords_.forget();
 }
 
 }  // namespace sordin

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "detection/detection_interfaces.h"
+#include "detection/keyword_memory.h"
 
 #include <memory>
 
@@ -13,6 +14,8 @@ class TranscriptionSessions {
 public:
     TranscriptionSessions(std::shared_ptr<SpeechTranscribing> transcriber,
                           std::shared_ptr<const TranscriptScoring> scorer);
+
+    void setRules(const DetectorRules& rules) { keywords_.setRules(rules); }
 
     /// What the decision rests on, one hop that is not silent.
     struct Hop {
@@ -29,11 +32,11 @@ public:
     /// 0.25 or inside an ad.
     void manage(const Hop& hop);
 
-    /// The keyword level of this hop, 0 to 1; it then fades by 1.5 %.
-    [[nodiscard]] float takeKeywordLevel();
+    /// The keyword level of this hop, 0 to 1, which then fades.
+    [[nodiscard]] float takeKeywordLevel() { return keywords_.take(); }
 
     /// An ad has ended: what was said counts for less.
-    void adEnded() { keywordLevel_ *= 0.3F; }
+    void adEnded() { keywords_.adEnded(); }
 
     /// Ends the session, if any, and forgets what was said; the times of sessions stay.
     void stop();
@@ -43,7 +46,7 @@ private:
 
     std::shared_ptr<SpeechTranscribing> transcriber_;
     std::shared_ptr<const TranscriptScoring> scorer_;
-    float keywordLevel_ = 0;
+    KeywordMemory keywords_;
     int lowCount_ = 0;  // consecutive hops of low confidence during a session
     double sessionStart_ = 0;
     double lastSessionEnd_ = 0;

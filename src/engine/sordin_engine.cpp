@@ -17,6 +17,7 @@ constexpr auto enabledKey = "enabled";
 constexpr auto sensitivityKey = "sensitivity";
 constexpr auto duckPercentKey = "duckPercent";
 constexpr auto transcriptionKey = "transcription";
+constexpr auto tunedDetectionKey = "tunedDetection";
 constexpr auto onboardedKey = "onboarded";
 
 const char* name(EngineStatus::Kind kind) {
@@ -74,6 +75,7 @@ void SordinEngine::readSettings() {
     sensitivity_ = defaults.number(sensitivityKey).value_or(sensitivity_);
     duckPercent_ = defaults.number(duckPercentKey).value_or(duckPercent_);
     transcriptionEnabled_ = defaults.boolean(transcriptionKey).value_or(transcriptionEnabled_);
+    tunedDetection_ = defaults.boolean(tunedDetectionKey).value_or(tunedDetection_);
     onboardingComplete_ = defaults.boolean(onboardedKey).value_or(onboardingComplete_);
 }
 
@@ -82,7 +84,8 @@ void SordinEngine::pushConfig() {
     publish(threshold_, static_cast<double>(threshold), &SordinEngine::thresholdChanged);
     constexpr double percent = 100;
     config_->setDuck(static_cast<float>(duckPercent_ / percent));
-    parts_.pipeline->configure(threshold, transcriptionEnabled_);
+    parts_.pipeline->configure(threshold, transcriptionEnabled_,
+                               tunedDetection_ ? tunedRules() : standardRules());
 }
 
 void SordinEngine::setIsEnabled(bool enabled) {
@@ -119,6 +122,12 @@ void SordinEngine::setTranscriptionEnabled(bool enabled) {
     if (!enabled) {
         parts_.transcriber->rest();
     }
+}
+
+void SordinEngine::setTunedDetection(bool tuned) {
+    publish(tunedDetection_, tuned, &SordinEngine::tunedDetectionChanged);
+    parts_.defaults->set(tunedDetectionKey, tuned);
+    pushConfig();
 }
 
 void SordinEngine::setOnboardingComplete(bool complete) {

@@ -41,6 +41,7 @@ class SordinEngine final : public QObject {
     Q_PROPERTY(bool testMode READ testMode WRITE setTestMode NOTIFY testModeChanged)
     Q_PROPERTY(bool transcriptionEnabled READ transcriptionEnabled WRITE setTranscriptionEnabled NOTIFY
                    transcriptionEnabledChanged)
+    Q_PROPERTY(bool tunedDetection READ tunedDetection WRITE setTunedDetection NOTIFY tunedDetectionChanged)
     Q_PROPERTY(bool onboardingComplete READ onboardingComplete WRITE setOnboardingComplete NOTIFY
                    onboardingCompleteChanged)
     Q_PROPERTY(double confidence READ confidence NOTIFY confidenceChanged)
@@ -101,6 +102,10 @@ public:
 
     [[nodiscard]] bool transcriptionEnabled() const { return transcriptionEnabled_; }
     void setTranscriptionEnabled(bool enabled);
+
+    /// Whether the detector follows the tuned rules instead of the standard ones (see DetectorRules).
+    [[nodiscard]] bool tunedDetection() const { return tunedDetection_; }
+    void setTunedDetection(bool tuned);
 
     /// Whether the first-run guide has been finished.
     [[nodiscard]] bool onboardingComplete() const { return onboardingComplete_; }
@@ -179,6 +184,7 @@ Q_SIGNALS:
     void duckPercentChanged();
     void testModeChanged();
     void transcriptionEnabledChanged();
+    void tunedDetectionChanged();
     void onboardingCompleteChanged();
     void statusChanged();
     void confidenceChanged();
@@ -235,6 +241,7 @@ private:
     double duckPercent_ = 0;
     bool testMode_ = false;
     bool transcriptionEnabled_ = true;
+    bool tunedDetection_ = false;
     bool onboardingComplete_ = false;
     EngineStatus status_ = EngineStatus::Kind::disabled;
     double confidence_ = 0;

@@ -19,10 +19,9 @@ protected:
     void call(const char* method) const {
         EXPECT_EQ(ask(ApplicationService::path, ControlInterface::name, method).errorName(), "");
     }
-    void enable(bool enabled) const {
-        static_cast<void>(
-            ask(ApplicationService::path, "org.freedesktop.DBus.Properties", "Set",
-                {ControlInterface::name, "Enabled", QVariant::fromValue(QDBusVariant(enabled))}));
+    void set(const char* name, bool value) const {
+        static_cast<void>(ask(ApplicationService::path, "org.freedesktop.DBus.Properties", "Set",
+                              {ControlInterface::name, name, QVariant::fromValue(QDBusVariant(value))}));
     }
     void begin() {
         create();
@@ -89,14 +88,20 @@ TEST_F(RemoteControlTest, GivesTheVolumeBack) {
 TEST_F(RemoteControlTest, SwitchesOnAndOff) {
     begin();
     started();
-    enable(true);
+    set("Enabled", true);
     EXPECT_EQ(defaults->boolean("enabled"), std::nullopt) << "it is already: there is nothing to be written";
-    enable(false);
+    set("Enabled", false);
     EXPECT_EQ(is("Status"), "off");
     EXPECT_EQ(defaults->boolean("enabled"), false);
     call("Toggle");
     EXPECT_EQ(is("Status"), "starting");
     EXPECT_EQ(defaults->boolean("enabled"), true);
+    PropertyEar ear(desktop, program.baseService(), ApplicationService::path);
+    EXPECT_EQ(is("TunedDetection"), false);
+    set("TunedDetection", true);
+    EXPECT_TRUE(engine->tunedDetection());
+    ASSERT_TRUE(comes([&] { return !ear.changes.empty(); }));
+    EXPECT_EQ(ear.changes.back().value("TunedDetection"), true);
     remote.reset();
     EXPECT_FALSE(is("Status").isValid()) << "before the engine goes";
 }

@@ -62,6 +62,22 @@ TEST(AdSegmenter, EndsAfterThreeSecondsClearlyBelow) {
     EXPECT_EQ(steps(segmenter, {0.1F, 0.1F, 0.1F, 0.1F, 0.1F, 0.1F}), ".....E") << "so does the hold time";
 }
 
+TEST(AdSegmenter, FollowsOtherRulesAlsoInsideAnAd) {
+    DetectorRules rules;
+    rules.strongMargin = 0.1F;
+    rules.strongRun = 1;
+    rules.weakRun = 4;
+    rules.exitMargin = 0.3F;
+    rules.holdSeconds = 1;
+    AdSegmenter segmenter;
+    segmenter.setRules(rules);
+    EXPECT_EQ(steps(segmenter, {0.6F, 0.6F, 0.6F, 0.6F}), "...S");
+    EXPECT_EQ(steps(segmenter, {0.3F, 0.3F, 0.3F, 0.2F, 0.2F}), "....E");
+    EXPECT_EQ(steps(segmenter, {0.7F, 0.2F}), "S.");
+    segmenter.setRules(standardRules());
+    EXPECT_EQ(steps(segmenter, {0.4F, 0.4F, 0.4F, 0.4F, 0.4F}), "....E") << "what was low before counts";
+}
+
 TEST(AdSegmenter, EndsAtFourMinutesWhateverHappens) {
     auto segmenter = insideAd();
     for (int hop = 1; hop < 480; ++hop) {

@@ -79,6 +79,30 @@ TEST(HeuristicAdScorer, SmoothsAndRemembersBoundaries) {
     EXPECT_EQ(verdict.contributions.size(), 6U);
 }
 
+TEST(HeuristicAdScorer, FollowsOtherRulesFromTheNextHopOn) {
+    HeuristicAdScorer scorer;
+    const float before = scorer.update({.music = 1, .speech = 1, .boundary = 1}).confidence;
+    DetectorRules rules;
+    rules.weights = {0.1F, 0.2F, 0.3F, 0.4F, 0.5F, 0.6F};
+    rules.boundaryMemory = 0.5F;
+    rules.smoothing = 0.9;
+    scorer.setRules(rules);
+    const auto verdict = scorer.update({.music = 1,
+                                        .speech = 1,
+                                        .repetition = 1,
+                                        .loudnessRise = 8,
+                                        .keyword = 1,
+                                        .keywordActive = true,
+                                        .sinceLastAd = 0});
+    std::vector<float> values;
+    for (const auto& contribution : verdict.contributions) {
+        values.push_back(contribution.value);
+    }
+    EXPECT_THAT(values, testing::Pointwise(testing::FloatEq(), {0.1F, 0.2F, 0.15F, 0.4F, 0.5F, 0.6F}));
+    EXPECT_NEAR(verdict.raw, 1 - 0.9 * 0.8 * 0.85 * 0.6 * 0.5 * 0.4, 1e-6);
+    EXPECT_FLOAT_EQ(verdict.confidence, 0.9F * before + 0.1F * verdict.raw);
+}
+
 TEST(HeuristicAdScorer, SilenceForgetsFasterThanBoundariesFade) {
     HeuristicAdScorer scorer;
     const auto before = scorer.update({.music = 1, .speech = 1, .boundary = 0.5F});

@@ -158,6 +158,17 @@ TEST_F(PipelineHopsTest, TakesTheSettingsHopByHop) {
     transcriber->usable = false;
     playHops(1);
     EXPECT_FALSE(hops.back().signals.keywordActive);
+
+    pipeline->configure(0.575F, true);
+    startAd();
+    DetectorRules rules;
+    rules.weights.audio = 0.9F;
+    rules.holdSeconds = 1;
+    pipeline->configure(0.575F, true, rules);
+    log.clear();
+    playHops(2, 0.1F, 0.1F);
+    EXPECT_THAT(takeLog(), testing::HasSubstr("E")) << "the ad in progress ends by the new rules";
+    EXPECT_EQ(scorer->rules.weights.audio, 0.9F);
 }
 
 }  // namespace

@@ -155,6 +155,43 @@ TEST_F(PipelineTranscriptionTest, TheKeywordLevelTakesTheBestAndFades) {
     EXPECT_EQ(keyword(), 0) << "a stop forgets, and nothing is read without a session";
 }
 
+TEST_F(PipelineTranscriptionTest, OtherRulesFadeAPhraseFromWhenItIsHeard) {
+    DetectorRules rules;
+    rules.keywordMemory = 0.5F;
+    rules.keywordsFadeWhenHeard = true;
+    rules.keywordsAfterAd = 0.1F;
+    const auto levels = [this](std::initializer_list<const char*> transcripts) {
+        std::vector<float> result;
+        for (const char* transcript : transcripts) {
+            transcriber->transcript = transcript;
+            playHops(1);
+            result.push_back(keyword() * 1.2F);
+        }
+        return result;
+    };
+    const auto are = [](std::vector<float> values) {
+        return testing::Pointwise(testing::FloatNear(1e-6F), values);
+    };
+    beginSession();
+    EXPECT_THAT(levels({"shop now", "shop now"}), are({0.7F, 0.7F})) << "the standard rules go on reading";
+    pipeline->configure(0.575F, true, rules);
+    EXPECT_THAT(levels({"shop now", "shop", "shop now"}),
+                are({0.7F * 0.985F, 0.35F * 0.985F, 0.175F * 0.985F}))
+        << "what was heard before the switch is not heard anew, nor what the decoder takes back and repeats";
+    EXPECT_THAT(levels({"shop now visit", "shop now visit"}), are({1, 0.5F}));
+    transcriber->end();
+    playHops(17, 0.1F, 0.3F);
+    ASSERT_TRUE(transcriber->running);
+    EXPECT_THAT(levels({"shop now"}), are({0.7F})) << "another session is another text";
+    transcriber->transcript = "";
+    playHops(2, 0.1F, 0.9F);
+    playHops(6, 0.1F, 0);
+    ASSERT_EQ(ends.size(), 1U);
+    const float atEnd = keyword();
+    playHops(1);
+    EXPECT_FLOAT_EQ(keyword(), atEnd * 0.5F * 0.1F);
+}
+
 TEST_F(PipelineTranscriptionTest, TheEndOfAnAdDiscountsWhatWasSaid) {
     startAd();
     ASSERT_TRUE(transcriber->running);

@@ -18,6 +18,7 @@ TEST_F(EngineSettingsTest, AFirstLaunchHasTheStandardSettingsAndWaitsForTheGuide
     EXPECT_EQ(engine->duckPercent(), 0);
     EXPECT_FALSE(engine->testMode());
     EXPECT_TRUE(engine->transcriptionEnabled());
+    EXPECT_FALSE(engine->tunedDetection());
     EXPECT_FALSE(engine->onboardingComplete());
     EXPECT_EQ(engine->status(), Kind::starting);
     EXPECT_EQ(capture->starts, 0);
@@ -37,12 +38,14 @@ TEST_F(EngineSettingsTest, EveryAssignmentIsKeptButForTestMode) {
     EXPECT_EQ(engine->threshold(), static_cast<double>(0.8F));
     engine->setDuckPercent(20);
     engine->setTranscriptionEnabled(false);
+    engine->setTunedDetection(true);
     engine->setTestMode(true);
     engine->setIsEnabled(false);
     EXPECT_EQ(defaults->values, (std::map<std::string, UserDefaults::Value>{{"enabled", false},
                                                                             {"sensitivity", 0.0},
                                                                             {"duckPercent", 20.0},
                                                                             {"transcription", false},
+                                                                            {"tunedDetection", true},
                                                                             {"onboarded", true}}));
     EXPECT_EQ(recogniser->rests, 1);  // its memory comes back
 
@@ -51,6 +54,7 @@ TEST_F(EngineSettingsTest, EveryAssignmentIsKeptButForTestMode) {
     EXPECT_FALSE(engine->isEnabled());
     EXPECT_EQ(engine->duckPercent(), 20);
     EXPECT_FALSE(engine->transcriptionEnabled());
+    EXPECT_TRUE(engine->tunedDetection());
     EXPECT_FALSE(engine->testMode());
 }
 
@@ -64,6 +68,15 @@ TEST_F(EngineSettingsTest, TheSettingsReachTheDetectorAndTheVolume) {
     hear(8, 0.5F);
     EXPECT_TRUE(engine->adActive());
     EXPECT_FLOAT_EQ(volumeNow(), fullVolume * 0.25F);
+
+    constexpr float standardMemory = standardRules().keywordMemory;
+    constexpr float tunedMemory = tunedRules().keywordMemory;
+    static_assert(standardMemory != tunedMemory);
+    for (const auto& [tuned, memory] : std::map<bool, float>{{false, standardMemory}, {true, tunedMemory}}) {
+        engine->setTunedDetection(tuned);
+        hear(1, 0.5F);
+        EXPECT_EQ(scorer->rules.keywordMemory, memory);
+    }
 }
 
 TEST_F(EngineSettingsTest, AssigningTheSameValueAgainTakesEffectAgain) {

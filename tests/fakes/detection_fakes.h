@@ -60,8 +60,10 @@ struct FakeScorer final : AdScoring {
     float confidence = 0;
     Contributions contributions;
     DetectionSignals last;
+    DetectorRules rules;
     int resets = 0;
 
+    void setRules(const DetectorRules& given) override { rules = given; }
     [[nodiscard]] AdVerdict update(const DetectionSignals& signals) override {
         last = signals;
         return {confidence, confidence, contributions};

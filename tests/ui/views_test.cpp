@@ -226,6 +226,8 @@ TEST_F(ViewsTest, SettingsChangeTheEngine) {
     EXPECT_EQ(engine->duckPercent(), 15) << "in steps";
     click("transcription");
     EXPECT_FALSE(engine->transcriptionEnabled());
+    click("tunedDetection");
+    EXPECT_TRUE(engine->tunedDetection());
     EXPECT_FALSE(find("sheet") != nullptr &&
                  window->findChild<QObject*>("sheet")->property("visible").toBool());
     click("onboarding");

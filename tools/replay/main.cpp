@@ -7,8 +7,10 @@
 #include "replay/audio_file.h"
 #include "replay/input_error.h"
 #include "replay/options.h"
+#include "replay/picture.h"
 #include "replay/progress_bar.h"
 #include "replay/report.h"
+#include "support/atomic_file.h"
 #include "support/manual_serial_queue.h"
 #include "support/own_files.h"
 #include "support/program_path.h"
@@ -105,8 +107,11 @@ private:
     bool warned_ = false;
 };
 
-/// Replays one recording and prints what was found; false if it ended early by damage.
-bool replayFile(const Options& options, Models& models, Recognisers& recognisers, const std::string& path) {
+/// Replays one recording by one set of rules and prints what was found; false if it heard less than
+/// there was: it ended early by damage, or the speech decoder failed.
+/// Adds to `picture`, if there is one.
+bool replayByRules(const Options& options, const NamedRules& rules, Models& models, Recognisers& recognisers,
+                   const std::string& path, Picture* picture) {
     CueTrack cues = options.cues ? CueTrack::read(std::filesystem::path(*options.cues)) : CueTrack();
     const auto truth =
         options.truth ? std::optional(readAdLabels(std::filesystem::path(*options.truth))) : std::nullopt;
@@ -115,18 +120,27 @@ bool replayFile(const Options& options, Models& models, Recognisers& recognisers
     const auto model = cues.namesScores() ? nullptr : models.get();
     const auto recogniser =
         cues.namesTranscripts() || !options.settings.transcription ? nullptr : recognisers.get();
+    Settings settings = options.settings;
+    settings.rules = rules.rules;
 
-    HopHandler onHop;
-    if (options.hops) {
-        onHop = [](double time, const auto& hop) { printLine(hopJson(time, hop)); };
-    }
+    Panel panel{rules.name.empty() ? "standard" : rules.name, settings.threshold, {}, {}};
+    const HopHandler onHop = [&](const ReplayedHop& hop) {
+        if (options.hops) {
+            printLine(hopJson(hop, options.transcripts));
+        }
+        if (picture != nullptr) {
+            panel.points.push_back({hop.time, hop.observation.verdict.confidence});
+        }
+    };
     Report report;
     report.file = path;
+    report.rules = rules.name;
     report.transcripts = options.transcripts;
     const auto start = std::chrono::steady_clock::now();
     {
         ProgressBar bar(!options.hops);
-        report.result = replay(recording, path, options.settings, {std::move(cues), model, recogniser}, onHop,
+        report.result = replay(recording, path, settings, {std::move(cues), model, recogniser},
+                               options.hops || picture != nullptr ? onHop : HopHandler(),
                                [&](std::optional<double> share) { bar.show(share); });
     }
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
@@ -139,12 +153,40 @@ bool replayFile(const Options& options, Models& models, Recognisers& recognisers
         report.evaluation = evaluate(found, *truth, report.result.duration);
     }
     printReport(options, report);
+    const auto speechFailure = report.result.speechFailure;
+    if (picture != nullptr) {
+        panel.result = std::move(report.result);
+        picture->truth = truth;
+        picture->panels.push_back(std::move(panel));
+    }
+    if (speechFailure) {
+        std::cerr << "sordin-replay: " << path << ": not all was transcribed (" << *speechFailure << ")\n";
+    }
     if (recording.damage()) {
         std::cerr << "sordin-replay: " << path << ": the recording is damaged (" << *recording.damage()
                   << ")\n";
-        return false;
     }
-    return true;
+    return !speechFailure && !recording.damage();
+}
+
+/// The same by all rules that are asked for, and draws the picture.
+bool replayFile(const Options& options, Models& models, Recognisers& recognisers, const std::string& path) {
+    Picture picture;
+    picture.file = std::filesystem::path(path).filename().string();
+    bool whole = true;
+    for (const NamedRules& rules : options.rules) {
+        whole =
+            replayByRules(options, rules, models, recognisers, path, options.picture ? &picture : nullptr) &&
+            whole;
+    }
+    if (options.picture) {
+        const auto error =
+            sordin::replaceFile(*options.picture, pictureSvg(picture), sordin::Durability::programEnd);
+        if (error) {
+            throw InputError(*options.picture + ": " + error.message());
+        }
+    }
+    return whole;
 }
 
 int run(const Options& options, const char* calledBy) {

@@ -22,11 +22,13 @@ enum Code : int {
     sensitivity,
     noTranscription,
     transcribe,
+    rules,
+    picture,
     help,
     version
 };
 
-constexpr std::array<option, 13> longOptions{{
+constexpr std::array<option, 15> longOptions{{
     {"hops", no_argument, nullptr, hops},
     {"json", no_argument, nullptr, json},
     {"cues", required_argument, nullptr, cues},
@@ -37,6 +39,8 @@ constexpr std::array<option, 13> longOptions{{
     {"sensitivity", required_argument, nullptr, sensitivity},
     {"no-transcription", no_argument, nullptr, noTranscription},
     {"transcribe", no_argument, nullptr, transcribe},
+    {"rules", required_argument, nullptr, rules},
+    {"picture", required_argument, nullptr, picture},
     {"help", no_argument, nullptr, help},
     {"version", no_argument, nullptr, version},
     {nullptr, 0, nullptr, 0},
@@ -48,6 +52,20 @@ double unitNumber(const std::string& name, const char* text) {
         throw UsageError(name + " takes a number from 0 to 1, not '" + text + "'");
     }
     return *value;
+}
+
+std::vector<NamedRules> namedRules(const std::string& name) {
+    const NamedRules standard{"standard", standardRules()};
+    const NamedRules tuned{"tuned", tunedRules()};
+    if (name == "both") {
+        return {standard, tuned};
+    }
+    for (const NamedRules& rules : {standard, tuned}) {
+        if (name == rules.name) {
+            return {rules};
+        }
+    }
+    throw UsageError("--rules takes standard, tuned or both, not '" + name + "'");
 }
 
 void check(const Options& options, bool bothLevels) {
@@ -63,8 +81,11 @@ void check(const Options& options, bool bothLevels) {
     if (options.files.empty()) {
         throw UsageError("no recording given");
     }
-    if (options.files.size() > 1 && (options.cues || options.truth)) {
-        throw UsageError("--cues and --truth go with one recording only");
+    if (options.files.size() > 1 && (options.cues || options.truth || options.picture)) {
+        throw UsageError("--cues, --truth and --picture go with one recording only");
+    }
+    if (options.hops && options.rules.size() > 1) {
+        throw UsageError("--hops goes with one set of rules only");
     }
 }
 
@@ -119,6 +140,12 @@ Options parseOptions(std::vector<std::string> arguments) {
         case transcribe:
             options.transcripts = true;
             break;
+        case rules:
+            options.rules = namedRules(optarg);
+            break;
+        case picture:
+            options.picture = optarg;
+            break;
         case 'h':
         case help:
             options.help = true;
@@ -163,6 +190,10 @@ std::string helpText() {
            "  --no-model          hear neither, unless the cues say so\n"
            "  --threshold T       confidence that makes an ad, 0 to 1 (default 0.575)\n"
            "  --sensitivity S     the same as the program's slider, 0 to 1: threshold 0.8 - 0.45 S\n"
+           "  --rules R           standard (default), tuned, as with the program's switch \"Tuned "
+           "detection\", or "
+           "both\n"
+           "  --picture FILE      draw confidence, ads and words over time into an SVG file\n"
            "  --transcribe        print what was said while something looked suspicious\n"
            "  --no-transcription  as with transcription switched off\n"
            "  -h, --help          show this and exit\n"

@@ -10,6 +10,12 @@
 
 namespace sordin::replay {
 
+/// Rules and what they are called.
+struct NamedRules {
+    std::string name;  ///< empty if none were asked for: then they are not named in the output
+    DetectorRules rules;
+};
+
 /// What the command line asks for.
 struct Options {
     bool help = false;
@@ -21,7 +27,9 @@ struct Options {
     std::optional<std::string> model;
     bool noModel = false;
     std::optional<std::string> truth;
-    Settings settings;
+    Settings settings;                  ///< its rules are those of `rules`, one after the other
+    std::vector<NamedRules> rules{{}};  ///< not empty
+    std::optional<std::string> picture;
     std::vector<std::string> files;
 };
 

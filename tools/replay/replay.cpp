@@ -25,12 +25,12 @@ class Player {
 public:
     Player(const Settings& settings, Hearing hearing, const HopHandler& onHop)
         : cues_(std::move(hearing.cues)),
-          recogniser_(std::move(hearing.recogniser)),
+          recogniser_(watched(std::move(hearing.recogniser))),
           transcriber_(transcriber()),
           pipeline_(std::make_shared<DetectionPipeline>(
               DetectionPipeline::Parts{queue_, clock_, classifier(hearing.model.get()), transcriber_,
                                        keywords_, std::make_shared<HeuristicAdScorer>()})) {
-        pipeline_->configure(settings.threshold, settings.transcription);
+        pipeline_->configure(settings.threshold, settings.transcription, settings.rules);
         pipeline_->onAdStart = [this] { ads_.push_back({{position(), position()}, 0, {}, true}); };
         pipeline_->onAdEnd = [this](const AdSummary& summary) {
             ads_.back().interval.end = position();
@@ -39,7 +39,12 @@ public:
             ads_.back().cutOff = ended_;
         };
         if (onHop) {
-            pipeline_->onHop = [this, onHop](const auto& observation) { onHop(position(), observation); };
+            pipeline_->onHop = [this, onHop](const auto& observation) {
+                // The pipeline reads the transcript of a session that ran before the hop.
+                const bool read = transcribing_ && !observation.signals.silent;
+                onHop({position(), observation,
+                       read ? std::optional(keywords_->score(transcriber_->text())) : std::nullopt});
+            };
         }
     }
 
@@ -61,10 +66,16 @@ public:
         ended_ = true;
         pipeline_->stop();
         queue_->runPending();
-        return {position(), std::move(ads_), std::move(transcripts_)};
+        return {position(), std::move(ads_), std::move(transcripts_),
+                recogniser_ != nullptr ? recogniser_->failure() : std::nullopt};
     }
 
 private:
+    [[nodiscard]] static std::shared_ptr<WatchedRecogniser>
+    watched(std::shared_ptr<SpeechRecogniser> recogniser) {
+        return recogniser == nullptr ? nullptr : std::make_shared<WatchedRecogniser>(std::move(recogniser));
+    }
+
     [[nodiscard]] std::shared_ptr<SoundClassifying> classifier(const SoundModel* model) const {
         if (model == nullptr) {
             return cueClassifier_;
@@ -83,15 +94,28 @@ private:
     void followSession() {
         const bool active = transcriber_->active();
         if (active && !transcribing_) {
-            transcripts_.push_back({{position(), position()}, {}, 0});
+            transcripts_.push_back({{position(), position()}, {}, 0, {}});
         }
         if (active) {
             Transcript& transcript = transcripts_.back();
             transcript.interval.end = position();
-            transcript.text = transcriber_->text();
-            transcript.score = std::max(transcript.score, keywords_->score(transcript.text));
+            std::string text = transcriber_->text();
+            if (text != transcript.text) {
+                transcript.text = std::move(text);
+                readTranscript(transcript);
+            }
         }
         transcribing_ = active;
+    }
+
+    void readTranscript(Transcript& transcript) const {
+        transcript.score = std::max(transcript.score, keywords_->score(transcript.text));
+        for (const auto& phrase : KeywordTranscriptScorer::phrasesIn(transcript.text)) {
+            const auto heard = [&phrase](const auto& earlier) { return earlier.text == phrase.text; };
+            if (std::none_of(transcript.phrases.begin(), transcript.phrases.end(), heard)) {
+                transcript.phrases.push_back({position(), phrase.text});
+            }
+        }
     }
 
     [[nodiscard]] double position() const { return static_cast<double>(frames_) / replayRate; }
@@ -106,7 +130,7 @@ private:
     std::shared_ptr<ManualClock> clock_ = std::make_shared<ManualClock>(clockStart);
     std::shared_ptr<CueClassifier> cueClassifier_ = std::make_shared<CueClassifier>();
     std::shared_ptr<CueTranscriber> cueTranscriber_ = std::make_shared<CueTranscriber>();
-    std::shared_ptr<SpeechRecogniser> recogniser_;
+    std::shared_ptr<WatchedRecogniser> recogniser_;
     std::shared_ptr<SpeechTranscribing> transcriber_;
     std::shared_ptr<KeywordTranscriptScorer> keywords_ = std::make_shared<KeywordTranscriptScorer>();
     std::shared_ptr<DetectionPipeline> pipeline_;

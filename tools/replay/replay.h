@@ -2,13 +2,16 @@
 #pragma once
 
 #include "detection/detection_pipeline.h"
+#include "detection/detector_rules.h"
 #include "replay/audio_file.h"
 #include "replay/cues.h"
 #include "replay/labels.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace sordin {
@@ -22,6 +25,7 @@ namespace sordin::replay {
 struct Settings {
     float threshold = 0.575F;
     bool transcription = true;
+    DetectorRules rules;
 };
 
 /// What the detector hears with.
@@ -41,19 +45,36 @@ struct FoundAd {
 
 /// What was said while something looked suspicious, as it was understood then.
 struct Transcript {
+    /// An advertising phrase, when it was first understood.
+    struct HeardPhrase {
+        double time;            ///< seconds from the start of the recording
+        std::string_view text;  ///< a constant of the program
+    };
+
     Interval interval;
     std::string text;
     float score = 0;  ///< the highest while it ran: how much it reads like an advertisement, 0 to 1
+    std::vector<HeardPhrase> phrases;  ///< in the order of time
 };
 
 struct ReplayResult {
     double duration = 0;  ///< seconds
     std::vector<FoundAd> ads;
     std::vector<Transcript> transcripts;
+    std::optional<std::string> speechFailure;  ///< why not all that could be was transcribed
 };
 
-/// Called after each hop with its end, seconds from the start of the recording.
-using HopHandler = std::function<void(double, const DetectionPipeline::HopObservation&)>;
+/// One hop of a recording.
+struct ReplayedHop {
+    double time;  ///< its end, seconds from the start of the recording
+    const DetectionPipeline::HopObservation& observation;
+    /// How much the transcript that was read on this hop reads like an advertisement, 0 to 1; none if none
+    /// was.
+    std::optional<float> transcriptScore;
+};
+
+/// Called after each hop.
+using HopHandler = std::function<void(const ReplayedHop&)>;
 /// Called now and then with the share of the recording done, 0 to 1 (none when unknown).
 using ProgressHandler = std::function<void(std::optional<double>)>;
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "replay/report.h"
 
+#include "replay/text.h"
+
 #include <cmath>
-#include <cstdarg>
-#include <cstdio>
 #include <cstdlib>
 #include <variant>
 
@@ -12,17 +12,6 @@ namespace sordin::replay {
 namespace {
 
 using nlohmann::ordered_json;
-
-/// printf into a string; the formats here make short lines.
-[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...) {
-    std::array<char, 256> text;
-    va_list arguments;
-    va_start(arguments, format);
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it does not see va_start
-    std::vsnprintf(text.data(), text.size(), format, arguments);
-    va_end(arguments);
-    return text.data();
-}
 
 /// The shortest decimal that a float stands for, so that 0.575 reads 0.575; null for what JSON cannot say.
 ordered_json number(float value) {
@@ -63,22 +52,6 @@ double totalSeconds(const std::vector<FoundAd>& ads) {
     return sum;
 }
 
-/// Percent as the program shows it everywhere: cut off, not rounded.
-int percent(double share) {
-    return static_cast<int>(share * 100);
-}
-
-/// 75.5 is 1:15.5, 3675.5 is 1:01:15.5.
-std::string timeText(double seconds) {
-    const auto tenths = std::llround(seconds * 10);
-    const long long whole = tenths / 10;
-    const std::string end = formatted("%02lld.%lld", whole % 60, tenths % 10);
-    if (whole < 3600) {
-        return formatted("%lld:", whole / 60) + end;
-    }
-    return formatted("%lld:%02lld:", whole / 3600, whole / 60 % 60) + end;
-}
-
 std::string joined(const std::vector<std::string>& words) {
     std::string text;
     for (const std::string& word : words) {
@@ -105,10 +78,11 @@ std::string transcriptTable(const std::vector<Transcript>& transcripts) {
         return "nothing was transcribed\n";
     }
     std::string text = "transcripts:\n       start         end  score  text\n";
-    for (const auto& [interval, words, score] : transcripts) {
-        text += formatted("  %10s  %10s   %3d%%  ", timeText(interval.start).c_str(),
-                          timeText(interval.end).c_str(), percent(static_cast<double>(score)));
-        text += words + '\n';
+    for (const Transcript& transcript : transcripts) {
+        text += formatted("  %10s  %10s   %3d%%  ", timeText(transcript.interval.start).c_str(),
+                          timeText(transcript.interval.end).c_str(),
+                          percent(static_cast<double>(transcript.score)));
+        text += transcript.text + '\n';
     }
     return text;
 }
@@ -139,7 +113,8 @@ std::string evaluationText(const Evaluation& evaluation) {
 
 }  // namespace
 
-ordered_json hopJson(double time, const DetectionPipeline::HopObservation& hop) {
+ordered_json hopJson(const ReplayedHop& replayed, bool transcripts) {
+    const DetectionPipeline::HopObservation& hop = replayed.observation;
     ordered_json db = nullptr;
     ordered_json bands = nullptr;
     if (hop.features) {
@@ -153,8 +128,8 @@ ordered_json hopJson(double time, const DetectionPipeline::HopObservation& hop) 
     for (const Contribution& contribution : hop.verdict.contributions) {
         contributions.push_back(ordered_json::array({contribution.name, number(contribution.value)}));
     }
-    return {
-        {"t", time},
+    ordered_json json{
+        {"t", replayed.time},
         {"silent", hop.signals.silent},
         {"db", std::move(db)},
         {"bands", std::move(bands)},
@@ -172,6 +147,11 @@ ordered_json hopJson(double time, const DetectionPipeline::HopObservation& hop) 
         {"event", eventJson(hop.event)},
         {"transcribing", hop.transcribing},
     };
+    if (transcripts) {
+        json["transcriptScore"] =
+            replayed.transcriptScore ? number(*replayed.transcriptScore) : ordered_json(nullptr);
+    }
+    return json;
 }
 
 ordered_json reportJson(const Report& report) {
@@ -184,15 +164,20 @@ ordered_json reportJson(const Report& report) {
                        {"reasons", ad.reasons},
                        {"cutOff", ad.cutOff}});
     }
-    ordered_json json{{"file", report.file},
-                      {"duration", report.result.duration},
-                      {"ads", std::move(ads)},
-                      {"adSeconds", totalSeconds(report.result.ads)}};
+    ordered_json json{{"file", report.file}};
+    if (!report.rules.empty()) {
+        json["rules"] = report.rules;
+    }
+    json["duration"] = report.result.duration;
+    json["ads"] = std::move(ads);
+    json["adSeconds"] = totalSeconds(report.result.ads);
     if (report.transcripts) {
         json["transcripts"] = ordered_json::array();
-        for (const auto& [interval, text, score] : report.result.transcripts) {
-            json["transcripts"].push_back(
-                {{"start", interval.start}, {"end", interval.end}, {"score", number(score)}, {"text", text}});
+        for (const Transcript& transcript : report.result.transcripts) {
+            json["transcripts"].push_back({{"start", transcript.interval.start},
+                                           {"end", transcript.interval.end},
+                                           {"score", number(transcript.score)},
+                                           {"text", transcript.text}});
         }
     }
     if (report.evaluation) {
@@ -213,7 +198,8 @@ ordered_json reportJson(const Report& report) {
 std::string reportText(const Report& report) {
     const double duration = report.result.duration;
     const auto& ads = report.result.ads;
-    std::string text = report.file + ": " + timeText(duration) + " of audio\n";
+    std::string text = report.file + ": " + timeText(duration) + " of audio" +
+                       (report.rules.empty() ? "" : ", " + report.rules + " rules") + "\n";
     if (ads.empty()) {
         text += "no ads found\n";
     } else {

@@ -14,14 +14,16 @@ namespace sordin::replay {
 /// Everything that is said of one recording in the end.
 struct Report {
     std::string file;
+    std::string rules;  ///< what the rules are called; empty: they are not named
     ReplayResult result;
     std::optional<Evaluation> evaluation;
     double speed = 0;          ///< recording's seconds per second that the replay took
     bool transcripts = false;  ///< whether they are wanted
 };
 
-/// One line of --hops: what the detector knew and decided at `time` (end of the hop, seconds).
-[[nodiscard]] nlohmann::ordered_json hopJson(double time, const DetectionPipeline::HopObservation& hop);
+/// One line of --hops: what the detector knew and decided; with `transcripts` also how much the transcript
+/// reads like an advertisement.
+[[nodiscard]] nlohmann::ordered_json hopJson(const ReplayedHop& hop, bool transcripts);
 
 [[nodiscard]] nlohmann::ordered_json reportJson(const Report& report);
 

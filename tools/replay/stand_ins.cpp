@@ -25,4 +25,20 @@ void CueTranscriber::begin() {
 
 void CueTranscriber::append(const PcmBuffer& /*buffer*/) {}
 
+std::optional<std::string> WatchedRecogniser::failure() const {
+    const std::scoped_lock lock(failure_->lock);
+    return failure_->first;
+}
+
+std::shared_ptr<SpeechSession> WatchedRecogniser::start(TextHandler onText, ErrorHandler onError) {
+    return recogniser_->start(std::move(onText),
+                              [failure = failure_, onError = std::move(onError)](const std::string& why) {
+                                  {
+                                      const std::scoped_lock lock(failure->lock);
+                                      failure->first = failure->first.value_or(why);
+                                  }
+                                  onError(why);
+                              });
+}
+
 }  // namespace sordin::replay

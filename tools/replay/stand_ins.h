@@ -2,7 +2,13 @@
 #pragma once
 
 #include "detection/detection_interfaces.h"
+#include "platform/speech_recogniser.h"
 #include "replay/cues.h"
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
 
 namespace sordin::replay {
 
@@ -36,6 +42,39 @@ private:
     bool active_ = false;
     bool available_ = true;
     std::string text_;
+};
+
+/// Another recogniser, of which it remembers whether a session has failed: the program goes on without a word
+/// then, but a replay that heard less than it should is not the same replay.
+class WatchedRecogniser final : public SpeechRecogniser {
+public:
+    explicit WatchedRecogniser(std::shared_ptr<SpeechRecogniser> recogniser)
+        : recogniser_(std::move(recogniser)) {}
+
+    /// What went wrong first.
+    [[nodiscard]] std::optional<std::string> failure() const;
+
+    [[nodiscard]] bool authorised() const override { return recogniser_->authorised(); }
+    [[nodiscard]] bool canRequestAuthorisation() const override {
+        return recogniser_->canRequestAuthorisation();
+    }
+    void requestAuthorisation(std::function<void()> done) override {
+        recogniser_->requestAuthorisation(std::move(done));
+    }
+    [[nodiscard]] bool available() const override { return recogniser_->available(); }
+    [[nodiscard]] bool supportsOnDevice() const override { return recogniser_->supportsOnDevice(); }
+    [[nodiscard]] std::shared_ptr<SpeechSession> start(TextHandler onText, ErrorHandler onError) override;
+    void drain() override { recogniser_->drain(); }
+    void rest() override { recogniser_->rest(); }
+
+private:
+    struct Failure {
+        std::mutex lock;
+        std::optional<std::string> first;
+    };
+
+    std::shared_ptr<SpeechRecogniser> recogniser_;
+    std::shared_ptr<Failure> failure_ = std::make_shared<Failure>();  // sessions may outlive this
 };
 
 }  // namespace sordin::replay

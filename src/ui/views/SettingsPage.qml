@@ -58,6 +58,24 @@ ColumnLayout {
         }
     }
     Card {
+        Switch {
+            objectName: "tunedDetection"
+            text: qsTr("Tuned detection")
+            Layout.fillWidth: true
+            checked: page.engine.tunedDetection
+            onCheckedChanged: {
+                if (checked !== page.engine.tunedDetection) {
+                    page.engine.tunedDetection = checked;
+                }
+                checked = Qt.binding(() => page.engine.tunedDetection);
+            }
+        }
+        Caption {
+            text: qsTr("Fitted to labelled broadcasts: the volume comes back sooner after an ad, and less of the programme is muted.")
+            Layout.fillWidth: true
+        }
+    }
+    Card {
         PermissionRow {
             objectName: "screen"
             title: qsTr("Screen & System Audio Recording")

@@ -79,21 +79,23 @@ protected:
     int restores = 0;
     std::vector<bool> writes;
     ApplicationService service{program, [](const QString&) {}, true};
-    std::optional<ControlInterface> control{std::in_place, service,
-                                            ControlInterface::Program{[this] { return state; },
-                                                                      [this](bool enabled) {
-                                                                          writes.push_back(enabled);
-                                                                          state.enabled = enabled;
-                                                                          control->stateChanged();
-                                                                      },
-                                                                      [this] { ++restores; }}};
+    std::optional<ControlInterface> control{
+        std::in_place, service,
+        ControlInterface::Program{[this] { return state; },
+                                  [this](bool enabled) {
+                                      writes.push_back(enabled);
+                                      state.enabled = enabled;
+                                      control->stateChanged();
+                                  },
+                                  [this] { ++restores; },
+                                  [this](bool tuned) { state.tunedDetection = tuned; }}};
 };
 
 TEST_F(ControlInterfaceTest, IsWhatItsDescriptionSays) {
     QFile file(SORDIN_INTERFACE);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const auto described = membersIn(QString::fromUtf8(file.readAll()));
-    ASSERT_THAT(described, SizeIs(9));
+    ASSERT_THAT(described, SizeIs(10));
     EXPECT_EQ(membersIn(introspection()), described);
 
     // And does as it says.
@@ -125,6 +127,8 @@ TEST_F(ControlInterfaceTest, IsDrivenByScripts) {
     EXPECT_EQ(ask(objectPath, "", "Toggle").arguments(), QVariantList{false})
         << "without the interface's name";
     EXPECT_THAT(writes, ElementsAre(false, true, false));
+    EXPECT_EQ(write("TunedDetection", true), "");
+    EXPECT_EQ(is("TunedDetection"), true);
     EXPECT_EQ(call("RestoreNow"), "");
     EXPECT_EQ(restores, 1);
     state.confidence = 0.75;

@@ -242,7 +242,7 @@ protected:
              ++writes;
              control.stateChanged();
          },
-         [this] { ++restores; }}};
+         [this] { ++restores; }, [this](bool /*tuned*/) { ++writes; }}};
     std::vector<Member> methods;
     std::vector<Member> properties;
     QStringList words;

@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: MIT
 // The program itself, over recordings made here.
 #include "classifier/model_files.h"
+#include "detection/detector_rules.h"
+#include "fakes/fake_speech.h"
 #include "random_seed.h"
-#include "replay/audio_file.h"
+#include "replay/replay.h"
 #include "rig/temporary_folder.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 #include <sndfile.h>
 
+#include <QXmlStreamReader>
 #include <cmath>
 #include <filesystem>
 #include <fstream>
@@ -53,8 +56,10 @@ protected:
         SF_INFO info{0, rate, channels, format, 0, 0};
         SNDFILE* const file = sf_open((folder_ / name).c_str(), SFM_WRITE, &info);
         ASSERT_TRUE(file);
-        for (; !interleaved.empty(); interleaved = interleaved.subspan(static_cast<std::size_t>(channels))) {
-            sf_writef_float(file, interleaved.data(), 1);
+        constexpr std::size_t most = 4800;  // samples; a large write overruns the stack of some encoders
+        for (; !interleaved.empty(); interleaved = interleaved.subspan(std::min(most, interleaved.size()))) {
+            sf_write_float(file, interleaved.data(),
+                           static_cast<sf_count_t>(std::min(most, interleaved.size())));
         }
         sf_close(file);
     }
@@ -134,6 +139,19 @@ TEST_F(CommandLineTest, TranscribesWhatLooksSuspicious) {
     EXPECT_EQ(run("--transcribe --no-transcription offer.wav").status, 2);
 }
 
+TEST_F(CommandLineTest, NoticesThatNotAllWasTranscribed) {
+    recordWav("radio.wav", 5);
+    write("scores", "{\"t\": 0, \"music\": 1, \"speech\": 1}\n");
+    const auto recogniser = std::make_shared<FakeSpeechRecogniser>();
+    for (const bool starting : {true, false}) {
+        recogniser->starting = starting;
+        AudioFile recording((folder() / "radio.wav").string());
+        const auto result = sordin::replay::replay(
+            recording, "radio.wav", {}, {CueTrack::read(folder() / "scores"), nullptr, recogniser}, {}, {});
+        EXPECT_EQ(result.speechFailure.value_or(""), starting ? "" : "does not start");
+    }
+}
+
 TEST_F(CommandLineTest, FindsTheAdThatTheCuesDescribe) {
     recordWav("radio.wav", 60);
     write("radio.cues", adCues);
@@ -207,6 +225,148 @@ TEST_F(CommandLineTest, PrintsEveryHop) {
     ASSERT_THAT(both, SizeIs(101));
     EXPECT_EQ(both.back()["ads"][0]["cutOff"], true);
     EXPECT_EQ(both.back()["ads"][0]["end"], 50.25);
+
+    auto scored = runJson("--hops --transcribe --cues radio.cues radio.wav");
+    for (std::size_t i = 0; i < scored.size(); ++i) {
+        const json score = scored[i]["transcriptScore"];
+        EXPECT_EQ(score.is_number(), i > 0 && scored[i - 1]["transcribing"]) << i;
+        EXPECT_EQ(score.is_number() && score > 0.8, i >= 41 && score.is_number()) << i;
+        scored[i].erase("transcriptScore");
+    }
+    EXPECT_EQ(scored, hops);
+
+    // All rules alike but for the numbers.
+    const auto tuned = runJson("--hops --json --rules tuned --cues radio.cues radio.wav");
+    EXPECT_NEAR(tuned[39]["contributions"][0][1].get<double>(), double{tunedRules().weights.audio}, 1e-6);
+    EXPECT_EQ(tuned.back()["rules"], "tuned");
+    const auto reports = runJson("--json --rules both --cues radio.cues radio.wav");
+    ASSERT_THAT(reports, SizeIs(2));
+    EXPECT_EQ(reports[0]["rules"], "standard");
+    EXPECT_EQ(reports[0]["ads"], both.back()["ads"]);
+    EXPECT_EQ(reports[1]["ads"], tuned.back()["ads"]);
+    EXPECT_THAT(run("--rules tuned --no-model radio.wav").output,
+                HasSubstr("radio.wav: 0:50.3 of audio, tuned rules\n"));
+    EXPECT_FALSE(both.back().contains("rules")) << "as long as nobody asks for any";
+}
+
+TEST_F(CommandLineTest, DrawsARecording) {
+    recordWav("r&d <1>.wav", 660);
+    write("radio.cues", std::string(adCues) + "{\"t\": 21, \"transcript\": \"promo code\"}\n");
+    write("radio.txt", "20\t40\tad\n590\t630\tad\n");
+    const auto reports =
+        runJson("--json --picture p.svg --rules both --cues radio.cues --truth radio.txt 'r&d <1>.wav'");
+    ASSERT_THAT(reports, SizeIs(2));
+
+    // Where boxes lie, in seconds: a row of 600 s is 1140 wide and begins at 70.
+    std::map<std::string, std::vector<std::pair<double, double>>> boxes;
+    std::vector<qsizetype> points;
+    std::vector<QString> texts;
+    double phraseAt = 0;
+    QXmlStreamReader reader(QString::fromStdString(contentsOf(folder() / "p.svg")));
+    while (!reader.atEnd()) {
+        if (reader.readNext() != QXmlStreamReader::StartElement) {
+            continue;
+        }
+        const auto attributes = reader.attributes();
+        const auto number = [&](const char* name) {
+            return attributes.value(QLatin1String(name)).toDouble();
+        };
+        const QString kind = attributes.value(QLatin1String("class")).toString();
+        constexpr double scale = 600.0 / 1140;
+        if (reader.name() == QLatin1String("rect") && number("width") != 18) {  // those are the legend's
+            const double start = (number("x") - 70) * scale;
+            boxes[kind.toStdString()].emplace_back(std::round(start * 2) / 2,
+                                                   std::round(number("width") * scale * 2) / 2);
+        } else if (reader.name() == QLatin1String("polyline")) {
+            points.push_back(attributes.value(QLatin1String("points")).count(QLatin1Char(',')));
+        } else if (reader.name() == QLatin1String("text")) {
+            const double x = number("x");
+            texts.push_back(reader.readElementText());
+            phraseAt = texts.back() == QLatin1String("promo code") ? (x - 70) * scale : phraseAt;
+        }
+    }
+    EXPECT_FALSE(reader.hasError()) << reader.errorString().toStdString();
+    EXPECT_THAT(texts,
+                testing::IsSupersetOf({"r&d <1>.wav", "standard", "tuned", "labels", "0:00", "11:00"}));
+    EXPECT_NEAR(phraseAt, 21, 0.1);
+    EXPECT_THAT(points, testing::ElementsAre(1200, 1200, 121, 121)) << "the two rules, row by row";
+    EXPECT_THAT(boxes["truth"],
+                testing::ElementsAre(std::pair(20.0, 20.0), std::pair(590.0, 10.0), std::pair(0.0, 30.0)));
+    ASSERT_THAT(boxes["found"], SizeIs(2));
+    for (std::size_t i = 0; i < 2; ++i) {
+        const json ad = reports[i]["ads"][0];
+        EXPECT_EQ(boxes["found"][i], std::pair(ad["start"].get<double>(), ad["length"].get<double>()));
+    }
+    EXPECT_THAT(boxes["session"], testing::Not(testing::IsEmpty()));
+}
+
+// What is computed anew from the hops alone must be what the whole detector does.
+TEST_F(CommandLineTest, HopsCanBeScoredAnewByOtherRules) {
+    recordWav("radio.wav", 90);
+    write("radio.cues", std::string(adCues) + "{\"t\": 21, \"transcript\": \"promo code\"}\n"
+                                              "{\"t\": 50, \"transcript\": \"\"}\n");
+    write("radio.txt", "20\t40\tad\n");
+    const auto hopsInto = [this](const std::string& name, const std::string& options) {
+        ASSERT_EQ(run(options + " --hops --cues radio.cues radio.wav").status, 0);
+        fs::copy_file(folder() / ".out", folder() / name);
+    };
+    hopsInto("radio.hops", "--transcribe");
+    hopsInto("without", "");
+    hopsInto("tuned", "--transcribe --rules tuned");
+    const auto rescore = [this](const std::string& name, const std::string& request) {
+        write("request", request);
+        const std::string command = "cd '" + folder().string() + "' && '" SORDIN_RESCORE "' " + name +
+                                    " radio.txt <request >.out 2>.err";
+        return WEXITSTATUS(std::system(command.c_str()));
+    };
+    const auto answer = [&](const std::string& rules) {
+        EXPECT_EQ(rescore("radio.hops", R"({"rules": )" + rules + R"(, "sensitivities": [0.5]})"), 0);
+        const std::string lines = contentsOf(folder() / ".out");
+        return json::parse(lines.substr(lines.find('\n'))).at(0);
+    };
+    const auto seconds = [this](const std::string& options) {
+        double ads = 0;
+        double all = 0;
+        const auto reports = runJson("--json --cues radio.cues " + options + " radio.wav");
+        for (const json& ad : reports[0]["ads"]) {
+            all += ad["length"].get<double>();
+            ads += std::max(0.0, std::min(40.0, ad["end"].get<double>()) -
+                                     std::max(20.0, ad["start"].get<double>()));
+        }
+        return json{{ads, all - ads}};
+    };
+    EXPECT_EQ(answer("{}"), (json{seconds("--no-transcription"), seconds("")}));
+    EXPECT_NE(seconds("--no-transcription"), seconds(""));
+    const auto tuned = [] {
+        constexpr DetectorRules rules = tunedRules();
+        return json{{"audio", rules.weights.audio},
+                    {"keywords", rules.weights.keywords},
+                    {"boundary", rules.weights.boundary},
+                    {"repetition", rules.weights.repetition},
+                    {"timing", rules.weights.timing},
+                    {"loudness", rules.weights.loudness},
+                    {"boundaryMemory", rules.boundaryMemory},
+                    {"smoothing", rules.smoothing},
+                    {"keywordMemory", rules.keywordMemory},
+                    {"keywordsFadeWhenHeard", rules.keywordsFadeWhenHeard},
+                    {"keywordsAfterAd", rules.keywordsAfterAd},
+                    {"strongMargin", rules.strongMargin},
+                    {"strongRun", rules.strongRun},
+                    {"weakRun", rules.weakRun},
+                    {"exitMargin", rules.exitMargin},
+                    {"holdSeconds", rules.holdSeconds}};
+    }();
+    EXPECT_EQ(answer(tuned.dump()),
+              (json{seconds("--rules tuned --no-transcription"), seconds("--rules tuned")}));
+
+    const auto expectError = [&](const std::string& name, const std::string& request, const char* why) {
+        EXPECT_EQ(rescore(name, request), 1);
+        EXPECT_THAT(contentsOf(folder() / ".err"), HasSubstr(why));
+    };
+    expectError("tuned", "", "not what the standard rules give");
+    expectError("without", "", "without:1: no line of sordin-replay --hops --transcribe");
+    expectError("radio.txt", "", "radio.txt:1: no line");
+    expectError("radio.hops", R"({"rules": {"music": 1}, "sensitivities": []})", "unknown names");
 }
 
 TEST_F(CommandLineTest, ReadsManyFormatsAlikeAndSilenceToo) {
@@ -320,6 +480,11 @@ TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
     expectError(2, "--sensitivity high good.wav", "--sensitivity takes a number");
     expectError(2, "--threshold 0.5 --sensitivity 0.5 good.wav", "exclude each other");
     expectError(2, "--cues bad.cues good.wav good.wav", "one recording only");
+    expectError(2, "--picture p.svg good.wav good.wav", "one recording only");
+    expectError(2, "--rules new good.wav", "--rules takes standard, tuned or both, not 'new'");
+    expectError(2, "--rules both --hops good.wav", "one set of rules only");
+    EXPECT_THAT(run("--no-model --picture nowhere/p.svg good.wav").output,
+                HasSubstr("sordin-replay: nowhere/p.svg: No such file or directory\n"));
     EXPECT_EQ(run("good.wav nowhere.wav").status, 1);
     EXPECT_THAT(run("--no-model nowhere.wav good.wav").output,
                 HasSubstr("good.wav: 0:02.0 of audio\nno ads found\n"));
@@ -346,8 +511,9 @@ TEST_F(CommandLineTest, ReportsWhatItReadOfADamagedRecording) {
 TEST_F(CommandLineTest, ExplainsItself) {
     const auto help = run("--help");
     EXPECT_EQ(help.status, 0);
-    for (const std::string option : {"--json", "--hops", "--cues", "--truth", "--model", "--no-model",
-                                     "--threshold", "--sensitivity", "--no-transcription", "--version"}) {
+    for (const std::string option :
+         {"--json", "--hops", "--cues", "--truth", "--model", "--no-model", "--threshold", "--sensitivity",
+          "--rules", "--picture", "--no-transcription", "--version"}) {
         EXPECT_THAT(help.output, HasSubstr(option));
         EXPECT_THAT(contentsOf(SORDIN_REPLAY_MANUAL), HasSubstr("Fl -" + option.substr(2)))
             << "missing in the manual";

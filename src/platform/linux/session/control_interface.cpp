@@ -23,10 +23,11 @@ QString interfaceDescription() {
 }
 
 QVariantMap propertiesOf(const ControlInterface::State& state) {
-    return {{QStringLiteral("Status"), state.status},   {QStringLiteral("StatusText"), state.statusText},
-            {QStringLiteral("Enabled"), state.enabled}, {QStringLiteral("AdActive"), state.adActive},
-            {QStringLiteral("Faded"), state.faded},     {QStringLiteral("Source"), state.source},
-            {confidenceProperty, state.confidence}};
+    return {
+        {QStringLiteral("Status"), state.status},   {QStringLiteral("StatusText"), state.statusText},
+        {QStringLiteral("Enabled"), state.enabled}, {QStringLiteral("AdActive"), state.adActive},
+        {QStringLiteral("Faded"), state.faded},     {QStringLiteral("Source"), state.source},
+        {confidenceProperty, state.confidence},     {QStringLiteral("TunedDetection"), state.tunedDetection}};
 }
 
 }  // namespace
@@ -41,13 +42,14 @@ ControlInterface::ControlInterface(ApplicationService& service, Program program)
         program_.setEnabled(!program_.state().enabled);
         return call.createReply(program_.state().enabled);
     };
-    service_.object().add(QLatin1String(name), {interfaceDescription(),
-                                                {{QStringLiteral("RestoreNow"), {{}, restore}},
-                                                 {QStringLiteral("Toggle"), {{}, toggle}}},
-                                                [this] { return propertiesOf(program_.state()); },
-                                                {{QStringLiteral("Enabled"), [this](const QVariant& value) {
-                                                      program_.setEnabled(value.toBool());
-                                                  }}}});
+    service_.object().add(
+        QLatin1String(name),
+        {interfaceDescription(),
+         {{QStringLiteral("RestoreNow"), {{}, restore}}, {QStringLiteral("Toggle"), {{}, toggle}}},
+         [this] { return propertiesOf(program_.state()); },
+         {{QStringLiteral("Enabled"), [this](const QVariant& value) { program_.setEnabled(value.toBool()); }},
+          {QStringLiteral("TunedDetection"),
+           [this](const QVariant& value) { program_.setTunedDetection(value.toBool()); }}}});
     service_.setActions(
         {{QStringLiteral("RestoreVolume"), [this](bool /*starts*/) { program_.restoreVolume(); }},
          {QStringLiteral("ToggleEnabled"), [this](bool starts) {

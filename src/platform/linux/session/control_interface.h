@@ -27,12 +27,14 @@ public:
         bool faded = false;
         QString source;
         double confidence = 0;
+        bool tunedDetection = false;
     };
     /// None may be empty.
     struct Program {
         std::function<State()> state;  ///< as it is now
         std::function<void(bool)> setEnabled;
         std::function<void()> restoreVolume;
+        std::function<void(bool)> setTunedDetection;
     };
 
     /// Is there for its life; `service` must outlive it. Of the desktop's actions it takes those that it can

@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: MIT
+// sordin-rescore HOPS LABELS [HOPS LABELS]...: what other rules would make of recordings whose hops were
+// printed by sordin-replay --hops --transcribe (standard rules, default threshold), for tools/detection/tune.
+//
+// The recordings' transcription sessions and learned ads stay those of the print-out; everything after them,
+// from the keyword level to the ads, is computed anew by the program's own classes.
+//
+// Prints first a JSON array with the length and the ads of each recording in seconds, then for each line of
+// the input, {"rules": {NAME: NUMBER, ...}, "sensitivities": [NUMBER, ...]}, a line with an array for each
+// recording; in it one for words off and one for words on; in these for each sensitivity the seconds of ads
+// and of programme in which the volume would have been down. Rules that are not named are standard.
+#include "detection/ad_segmenter.h"
+#include "detection/heuristic_ad_scorer.h"
+#include "detection/keyword_memory.h"
+#include "detection/sensitivity.h"
+#include "replay/labels.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <fstream>
+#include <iostream>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace sordin;
+using nlohmann::json;
+
+constexpr double hopSeconds = 0.5;
+
+struct Hop {
+    double time = 0;             // its end, seconds
+    DetectionSignals signals;    // but for the keyword level and the time since the last ad
+    std::optional<float> score;  // of the transcript that was read
+    bool sessionBegins = false;
+    double adSeconds = 0;  // of ads in the half second after it
+    float confidence = 0;  // as it was printed
+    bool inAd = false;     // after the hop
+};
+
+struct Recording {
+    std::vector<Hop> hops;
+    double seconds = 0;
+    double adSeconds = 0;
+};
+
+/// Seconds with the volume down.
+struct Faded {
+    double ads = 0;
+    double programme = 0;
+};
+
+Hop hopFrom(const json& line, bool transcribing) {
+    Hop hop;
+    hop.time = line.at("t");
+    hop.confidence = line.at("confidence");
+    hop.inAd = line.at("inAd");
+    hop.sessionBegins = !transcribing && line.at("transcribing");
+    const json& score = line.at("transcriptScore");
+    if (!score.is_null()) {
+        hop.score = score.get<float>();
+    }
+    DetectionSignals& signals = hop.signals;
+    signals.silent = line.at("silent");
+    signals.music = line.at("music");
+    signals.speech = line.at("speech");
+    signals.jingle = line.at("jingle");
+    signals.boundary = line.at("boundary");
+    signals.repetition = line.at("repetition");
+    signals.loudnessRise = line.at("loudnessRise");
+    return hop;
+}
+
+Recording readRecording(const std::string& hops, const std::string& labels) {
+    const auto truth = replay::readAdLabels(std::filesystem::path(labels));
+    std::ifstream input(hops);
+    Recording recording;
+    bool transcribing = false;
+    try {
+        for (std::string text; std::getline(input, text);) {
+            const json line = json::parse(text);
+            recording.hops.push_back(hopFrom(line, transcribing));
+            transcribing = line.at("transcribing");
+            Hop& hop = recording.hops.back();
+            for (const replay::Interval& ad : truth) {
+                hop.adSeconds += replay::overlap(ad, {hop.time, hop.time + hopSeconds});
+                recording.adSeconds += replay::overlap(ad, {hop.time - hopSeconds, hop.time});
+            }
+        }
+    } catch (const json::exception& error) {
+        throw std::runtime_error(hops + ":" + std::to_string(recording.hops.size() + 1) +
+                                 ": no line of sordin-replay --hops --transcribe (" + error.what() + ")");
+    }
+    if (recording.hops.empty()) {
+        throw std::runtime_error(hops + ": there are no hops");
+    }
+    recording.seconds = recording.hops.back().time;
+    return recording;
+}
+
+/// Steps through a recording; calls `take` with each hop, its confidence, and whether an ad is on after it.
+template <class Action>
+void score(const Recording& recording, const DetectorRules& rules, float threshold, bool words, Action take) {
+    KeywordMemory keywords;
+    HeuristicAdScorer scorer;
+    AdSegmenter segmenter;
+    keywords.setRules(rules);
+    scorer.setRules(rules);
+    segmenter.setRules(rules);
+    std::optional<double> lastAdEnd;
+    for (const Hop& hop : recording.hops) {
+        DetectionSignals signals = hop.signals;
+        if (!signals.silent) {
+            if (hop.score) {
+                keywords.hear(*hop.score);
+            }
+            if (hop.sessionBegins) {
+                keywords.beginSession();
+            }
+            signals.keyword = keywords.take();
+            signals.keywordActive = words;
+        }
+        if (lastAdEnd) {
+            signals.sinceLastAd = hop.time - *lastAdEnd;
+        }
+        const AdVerdict verdict = scorer.update(signals);
+        const auto event = segmenter.update(verdict.confidence, threshold, hopSeconds, verdict.contributions);
+        if (event && std::holds_alternative<AdSegmenter::Ended>(*event)) {
+            keywords.adEnded();
+            lastAdEnd = hop.time;
+        }
+        take(hop, verdict.confidence, segmenter.inAd());
+    }
+}
+
+/// Throws if the standard rules do not give what was printed: then it was printed by others.
+void check(const Recording& recording, const std::string& name) {
+    constexpr float tolerance = 1e-4F;  // the print-out has seven digits
+    score(recording, standardRules(), detectionThreshold(0.5), true,
+          [&](const Hop& hop, float confidence, bool inAd) {
+              if (!(std::abs(confidence - hop.confidence) < tolerance) || inAd != hop.inAd) {
+                  throw std::runtime_error(
+                      name + ": at " + std::to_string(hop.time) +
+                      " s it is not what the standard rules give with words at sensitivity 0.5");
+              }
+          });
+}
+
+Faded faded(const Recording& recording, const DetectorRules& rules, double sensitivity, bool words) {
+    Faded sum;
+    score(recording, rules, detectionThreshold(sensitivity), words,
+          [&sum](const Hop& hop, float /*confidence*/, bool inAd) {
+              if (inAd) {
+                  sum.ads += hop.adSeconds;
+                  sum.programme += hopSeconds - hop.adSeconds;
+              }
+          });
+    return sum;
+}
+
+DetectorRules rulesFrom(const json& named) {
+    DetectorRules rules;
+    std::size_t taken = 0;
+    const auto take = [&]<class Value>(const char* name, Value& value) {
+        if (const auto entry = named.find(name); entry != named.end()) {
+            entry->get_to(value);
+            ++taken;
+        }
+    };
+    take("audio", rules.weights.audio);
+    take("keywords", rules.weights.keywords);
+    take("boundary", rules.weights.boundary);
+    take("repetition", rules.weights.repetition);
+    take("timing", rules.weights.timing);
+    take("loudness", rules.weights.loudness);
+    take("boundaryMemory", rules.boundaryMemory);
+    take("smoothing", rules.smoothing);
+    take("keywordMemory", rules.keywordMemory);
+    take("keywordsFadeWhenHeard", rules.keywordsFadeWhenHeard);
+    take("keywordsAfterAd", rules.keywordsAfterAd);
+    take("strongMargin", rules.strongMargin);
+    take("strongRun", rules.strongRun);
+    take("weakRun", rules.weakRun);
+    take("exitMargin", rules.exitMargin);
+    take("holdSeconds", rules.holdSeconds);
+    if (taken != named.size()) {
+        throw std::runtime_error("there are rules of unknown names in " + named.dump());
+    }
+    return rules;
+}
+
+json answer(const json& request, const std::vector<Recording>& recordings) {
+    const DetectorRules rules = rulesFrom(request.at("rules"));
+    json result = json::array();
+    for (const Recording& recording : recordings) {
+        json ofRecording = json::array();
+        for (const bool words : {false, true}) {
+            json ofWords = json::array();
+            for (const double sensitivity : request.at("sensitivities")) {
+                const Faded sum = faded(recording, rules, sensitivity, words);
+                ofWords.push_back({sum.ads, sum.programme});
+            }
+            ofRecording.push_back(std::move(ofWords));
+        }
+        result.push_back(std::move(ofRecording));
+    }
+    return result;
+}
+
+void run(std::span<char*> arguments) {
+    std::vector<Recording> recordings;
+    json lengths = json::array();
+    for (; !arguments.empty(); arguments = arguments.subspan(2)) {
+        recordings.push_back(readRecording(arguments[0], arguments[1]));
+        check(recordings.back(), arguments[0]);
+        lengths.push_back(
+            {{"seconds", recordings.back().seconds}, {"adSeconds", recordings.back().adSeconds}});
+    }
+    std::cout << lengths << std::endl;
+    for (std::string line; std::getline(std::cin, line);) {
+        std::cout << answer(json::parse(line), recordings) << std::endl;
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3 || argc % 2 == 0) {
+        std::cerr << "usage: sordin-rescore HOPS LABELS [HOPS LABELS]...\n";
+        return 2;
+    }
+    try {
+        run(std::span(argv, static_cast<std::size_t>(argc)).subspan(1));
+    } catch (const std::exception& error) {
+        std::cerr << "sordin-rescore: " << error.what() << '\n';
+        return 1;
+    }
+    return 0;
+}
