@@ -4,7 +4,6 @@
 #include "support/atomic_file.h"
 #include "support/set_aside.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -21,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Far above what the program writes; a file beyond them is none of ours.
-constexpr std::uintmax_t largestFile = 16 << 20;
+constexpr std::size_t largestFile = 16 << 20;
 constexpr double longestDuration = 1e9;  // either way; seconds of all ads are added up
 
 struct KindName {
@@ -78,16 +77,8 @@ std::optional<AdEvent> toEvent(const QJsonObject& object) {
 }
 
 std::optional<AdHistory> readHistory(const fs::path& path) {
-    std::error_code error;
-    // Anything but a regular file could keep the reader waiting for ever.
-    if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > largestFile || error) {
-        return std::nullopt;
-    }
-    QFile file(QString::fromStdString(path.string()));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
-    }
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    const auto text = readWholeFile(path, largestFile);
+    const auto document = text ? QJsonDocument::fromJson(QByteArray::fromStdString(*text)) : QJsonDocument();
     if (!document.isArray()) {
         return std::nullopt;
     }
@@ -129,8 +120,7 @@ public:
             array.append(toJson(event));
         }
         const QByteArray text = QJsonDocument(array).toJson(QJsonDocument::Compact);
-        std::error_code ignored;
-        fs::create_directories(path_.parent_path(), ignored);
+        static_cast<void>(createFolders(path_.parent_path()));
         static_cast<void>(replaceFile(path_, {text.constData(), static_cast<std::size_t>(text.size())},
                                       Durability::lossOfPower));
     }
