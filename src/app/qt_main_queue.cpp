@@ -122,19 +122,19 @@ Timer QtMainQueue::start(Duration delay, std::optional<Duration> interval, Work 
     }
     // Weakly: with the queue the work goes too.
     return Timer([weak = std::weak_ptr(ticker), anchor = anchor_, main = context_->thread()] {
-        const auto ticker = weak.lock();
-        if (!ticker) {
+        const auto live = weak.lock();
+        if (!live) {
             return;
         }
-        ticker->cancelled = true;
+        live->cancelled = true;
         if (QThread::currentThread() == main) {
-            ticker->end();
+            live->end();
             return;
         }
         const std::scoped_lock lock(anchor->lock);
         if (anchor->object != nullptr) {
             QMetaObject::invokeMethod(
-                anchor->object, [ticker] { ticker->end(); }, Qt::QueuedConnection);
+                anchor->object, [live] { live->end(); }, Qt::QueuedConnection);
         }
     });
 }
