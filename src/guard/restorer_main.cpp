@@ -84,7 +84,9 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
             return;
         }
     }
-    giveBack(objects, *device, duck);
+    if (!giveBack(objects, *device, duck)) {
+        return;  // the record stays for the next start
+    }
     // Only now: what the guard was told is all it takes, whatever has become of the files.
     if (const auto slot = file.slotOf(duck)) {
         file.remove(*slot);
