@@ -62,12 +62,15 @@ std::optional<AdEvent> toEvent(const QJsonObject& object) {
     const QJsonValue duration = object.value(u"duration");
     const QJsonValue app = object.value(u"app");
     const QJsonValue peak = object.value(u"peakConfidence");
-    const QUuid id(object.value(u"id").toString());
+    const QString idText = object.value(u"id").toString();
+    const QUuid id(idText);
     const auto reasons = toTexts(object.value(u"reasons"));
     const QString kindName = object.value(u"kind").toString();
     const auto kind = std::find_if(kindNames.begin(), kindNames.end(),
                                    [&kindName](const KindName& each) { return each.name == kindName; });
-    if (id.isNull() || !start.isDouble() || !duration.isDouble() || !app.isString() || !peak.isDouble() ||
+    // A text that is none gives the nil one too, which may itself be meant.
+    const bool isId = !id.isNull() || idText == QUuid().toString(QUuid::WithoutBraces);
+    if (!isId || !start.isDouble() || !duration.isDouble() || !app.isString() || !peak.isDouble() ||
         !reasons || kind == kindNames.end() || !std::isfinite(start.toDouble()) ||
         !std::isfinite(peak.toDouble()) || !(std::abs(duration.toDouble()) <= longestDuration)) {
         return std::nullopt;
