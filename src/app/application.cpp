@@ -72,6 +72,10 @@ void Application::createEngine(const std::filesystem::path& program, std::shared
     };
     auto defaults = std::make_shared<FileUserDefaults>(configFolder(),
                                                        queue("sordin.defaults", QualityOfService::utility));
+    if (const auto aside = defaults->settingsAside(); !aside.empty()) {
+        qCWarning(appLog, "the settings could not be read and begin anew; what was there is now %s",
+                  aside.c_str());
+    }
     auto transcriber = std::make_shared<OnDeviceTranscriber>(
         linuxSpeechRecogniser(queue("sordin.speech", QualityOfService::userInitiated), program));
     auto pipeline = std::make_shared<DetectionPipeline>(DetectionPipeline::Parts{

@@ -1,32 +1,81 @@
 // SPDX-License-Identifier: MIT
 #include "app/qt_main_queue.h"
 
+#include "support/fatal.h"
+
 #include <QPointer>
 #include <QThread>
 #include <QTimer>
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <mutex>
 #include <utility>
 
 namespace sordin {
 
-/// A timer of Qt's lives on the main thread, with the queue's object. Other threads only say that it no
-/// longer counts.
-struct QtMainQueue::Ticker {
-    std::atomic<bool> cancelled = false;
-    QPointer<QTimer> timer;  // on the main thread only
+/// The object that all posted work and all timers belong to, for those who may outlive it.
+struct QtMainQueue::Anchor {
+    std::mutex lock;
+    QObject* object;  // null once it is gone
+};
 
-    void end() const {
+/// A timer of Qt's lives on the main thread, with the queue's object. Other threads mark it as cancelled, and
+/// post its end.
+struct QtMainQueue::Ticker {
+    using Clock = std::chrono::steady_clock;
+
+    Clock::time_point due;
+    const std::optional<Duration> interval;
+    std::atomic<bool> cancelled = false;
+    // On the main thread only:
+    std::shared_ptr<const Work> work;
+    QPointer<QTimer> timer;
+
+    Ticker(Duration delay, std::optional<Duration> every, Work action)
+        : due(Clock::now() + delay), interval(every), work(std::make_shared<const Work>(std::move(action))) {}
+
+    void arm() const {
+        using std::chrono::milliseconds;
+        timer->start(std::max(std::chrono::ceil<milliseconds>(due - Clock::now()), milliseconds(0)));
+    }
+
+    void fire() {
+        const auto now = Clock::now();
+        if (cancelled) {
+            end();
+        } else if (now < due) {
+            arm();  // Qt's timers count whole milliseconds
+        } else {
+            const auto running = work;  // which may end the timer
+            if (interval) {
+                due += *interval * (1 + (now - due) / *interval);
+                arm();
+            } else {
+                end();
+            }
+            (*running)();
+        }
+    }
+
+    /// Lets go of the work at once, not only when the event loop deletes the timer: that may have ended.
+    void end() {
         if (timer) {
             timer->stop();
             timer->deleteLater();  // it may be what is running
         }
+        const auto gone = std::move(work);
     }
 };
 
-QtMainQueue::QtMainQueue() : context_(std::make_unique<QObject>()) {}
+QtMainQueue::QtMainQueue() : context_(std::make_unique<QObject>()), anchor_(std::make_shared<Anchor>()) {
+    anchor_->object = context_.get();
+}
 
-QtMainQueue::~QtMainQueue() = default;
+QtMainQueue::~QtMainQueue() {
+    const std::scoped_lock lock(anchor_->lock);
+    anchor_->object = nullptr;
+}
 
 bool QtMainQueue::isCurrent() const noexcept {
     return QThread::currentThread() == context_->thread();
@@ -42,41 +91,50 @@ void QtMainQueue::sync(const Work& work) {
 }
 
 Timer QtMainQueue::after(Duration delay, Work work) {
-    return start(delay, std::move(work), true);
+    return start(delay, std::nullopt, std::move(work));
 }
 
 Timer QtMainQueue::every(Duration interval, Work work) {
-    return start(interval, std::move(work), false);
+    if (interval <= Duration::zero()) {
+        fatal("a repeating timer needs an interval");
+    }
+    return start(interval, interval, std::move(work));
 }
 
-Timer QtMainQueue::start(Duration interval, Work work, bool once) {
-    using std::chrono::milliseconds;
-    const auto ticker = std::make_shared<Ticker>();
-    const auto length = std::chrono::ceil<milliseconds>(interval);
-    const auto begin = [context = context_.get(), ticker, length, once, work = std::move(work)] {
-        constexpr milliseconds coarseFrom{100};
+Timer QtMainQueue::start(Duration delay, std::optional<Duration> interval, Work work) {
+    const auto ticker = std::make_shared<Ticker>(delay, interval, std::move(work));
+    const auto begin = [context = context_.get(), ticker] {
+        if (ticker->cancelled) {
+            return;
+        }
         // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the context owns it
         ticker->timer = new QTimer(context);
-        ticker->timer->setTimerType(length < coarseFrom ? Qt::PreciseTimer : Qt::CoarseTimer);
-        QObject::connect(ticker->timer, &QTimer::timeout, context, [ticker, once, work] {
-            if (once || ticker->cancelled) {
-                ticker->end();
-            }
-            if (!ticker->cancelled) {
-                work();
-            }
-        });
-        ticker->timer->start(length);
+        // Others may be early.
+        ticker->timer->setTimerType(Qt::PreciseTimer);
+        ticker->timer->setSingleShot(true);
+        QObject::connect(ticker->timer, &QTimer::timeout, context, [ticker] { ticker->fire(); });
+        ticker->arm();
     };
     if (isCurrent()) {
         begin();
     } else {
         post(begin);
     }
-    return Timer([ticker, main = context_->thread()] {
-        ticker->cancelled = true;
+    // Weakly: with the queue the work goes too.
+    return Timer([weak = std::weak_ptr(ticker), anchor = anchor_, main = context_->thread()] {
+        const auto live = weak.lock();
+        if (!live) {
+            return;
+        }
+        live->cancelled = true;
         if (QThread::currentThread() == main) {
-            ticker->end();
+            live->end();
+            return;
+        }
+        const std::scoped_lock lock(anchor->lock);
+        if (anchor->object != nullptr) {
+            QMetaObject::invokeMethod(
+                anchor->object, [live] { live->end(); }, Qt::QueuedConnection);
         }
     });
 }

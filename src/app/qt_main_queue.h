@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace sordin {
@@ -21,18 +22,18 @@ public:
     [[nodiscard]] const std::string& label() const noexcept override { return label_; }
     void post(Work work) override;
     void sync(const Work& work) override;
-    /// Timers are as precise as their length needs: within 5 % from 100 ms on, so that the system can bundle
-    /// wake-ups.
     Timer after(Duration delay, Work work) override;
     Timer every(Duration interval, Work work) override;
     [[nodiscard]] bool isCurrent() const noexcept override;
 
 private:
+    struct Anchor;
     struct Ticker;
-    Timer start(Duration interval, Work work, bool once);
+    Timer start(Duration delay, std::optional<Duration> interval, Work work);
 
     const std::string label_ = "main";
     std::unique_ptr<QObject> context_;  // what is posted goes with it
+    const std::shared_ptr<Anchor> anchor_;
 };
 
 }  // namespace sordin

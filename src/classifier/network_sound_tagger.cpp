@@ -41,6 +41,12 @@ std::optional<std::string> NetworkSoundTagger::prepare(const AudioFormat& format
     return std::nullopt;
 }
 
+void NetworkSoundTagger::countHopsFrom(std::int64_t framePosition) {
+    if (stream_) {
+        stream_->origin = framePosition;
+    }
+}
+
 NetworkSoundTagger::Stream NetworkSoundTagger::begun(const AudioFormat& format) const {
     constexpr double highestRate = 1e9;
     const double hop = std::floor(format.sampleRate * 0.5);

@@ -19,8 +19,9 @@ namespace sordin {
 ///
 /// Like the detector, it hears channel 0 and has a result for the end of every hop of half a second, at the
 /// latest when the buffer is analysed that ends the hop. The hops of the first stream are counted from
-/// position 0; those of a stream that is prepared later begin with its first buffer. At other rates than the
-/// model's own it hears 10 ms late, which is the time that the resampler needs.
+/// position 0; those of a stream that is prepared later from where countHopsFrom() says, else from its first
+/// buffer. At other rates than the model's own it hears 10 ms late, which is the time that the resampler
+/// needs.
 ///
 /// Silence that was left out is put back while it is shorter than what a result looks back on; with it come
 /// the results that fell into it. After a longer one, and where positions go back, the tagger begins anew: it
@@ -34,6 +35,7 @@ public:
 
     void onLabels(LabelHandler handler) override;
     [[nodiscard]] std::optional<std::string> prepare(const AudioFormat& format) override;
+    void countHopsFrom(std::int64_t framePosition) override;
     void analyze(const PcmBuffer& buffer, std::int64_t framePosition) override;
 
 private:

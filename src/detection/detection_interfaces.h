@@ -22,6 +22,10 @@ public:
     /// classified: the classifier then answers nothing, and nobody minds.
     virtual bool prepare(const AudioFormat& format) = 0;
 
+    /// The hops of the stream that has been prepared are counted from this frame position; silent buffers,
+    /// which are not analysed, may come first.
+    virtual void countHopsFrom(std::int64_t /*framePosition*/) {}
+
     /// Takes one buffer that is not silent. `framePosition` counts all frames before it, silent ones
     /// included, so a gap in it is silence that was left out. Results may come later and on another thread.
     virtual void analyze(const PcmBuffer& buffer, std::int64_t framePosition) = 0;

@@ -111,6 +111,7 @@ void DetectionPipeline::prepare(const AudioFormat& format) {
     hop_.setSampleRate(format.sampleRate);
     // A classifier that cannot take the format answers nothing; the other signals go on.
     static_cast<void>(parts_.classifier->prepare(format));
+    parts_.classifier->countHopsFrom(framesSeen_ - static_cast<std::int64_t>(hop_.waiting()));
 }
 
 void DetectionPipeline::feed(const PcmBuffer& buffer) {
@@ -187,6 +188,9 @@ float DetectionPipeline::boundary(const SoundClassification& current, const Band
 }
 
 float DetectionPipeline::loudnessRise(float db) {
+    if (!std::isfinite(db)) {
+        return 0;  // and nothing of it stays in the average
+    }
     if (!avgDb_) {
         avgDb_ = db;
         return 0;

@@ -13,7 +13,9 @@ namespace {
 
 /// Speech over music, the texture of a commercial, counts double; a jingle counts by itself.
 float audioStrength(const DetectionSignals& signals) {
-    return clampToUnit(2.0F * std::min(signals.music, signals.speech) + 0.8F * signals.jingle);
+    // Limited first: of two values of which one is no number, the minimum is one or the other by their order.
+    const float both = std::min(clampToUnit(signals.music), clampToUnit(signals.speech));
+    return clampToUnit(2.0F * both + 0.8F * signals.jingle);
 }
 
 /// Ads come in breaks: the next is likelier for two minutes after one ended, linearly less so.

@@ -19,7 +19,7 @@ void HopBuffer::setSampleRate(double sampleRate) {
 }
 
 void HopBuffer::clear() {
-    waiting_ = {};
+    std::vector<float>().swap(waiting_);  // an assigned empty list would keep the memory
 }
 
 std::span<const float> HopBuffer::fill(std::span<const float> samples) {

@@ -30,6 +30,9 @@ public:
         }
     }
 
+    /// How many samples of the next hop wait.
+    [[nodiscard]] std::size_t waiting() const { return waiting_.size() < hopSize_ ? waiting_.size() : 0; }
+
     /// Drops what waits, and the memory for it.
     void clear();
 

@@ -4,7 +4,6 @@
 #include "support/atomic_file.h"
 #include "support/set_aside.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -21,7 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// Far above what the program writes; a file beyond them is none of ours.
-constexpr std::uintmax_t largestFile = 16 << 20;
+constexpr std::size_t largestFile = 16 << 20;
 constexpr double longestDuration = 1e9;  // either way; seconds of all ads are added up
 
 struct KindName {
@@ -63,12 +62,15 @@ std::optional<AdEvent> toEvent(const QJsonObject& object) {
     const QJsonValue duration = object.value(u"duration");
     const QJsonValue app = object.value(u"app");
     const QJsonValue peak = object.value(u"peakConfidence");
-    const QUuid id(object.value(u"id").toString());
+    const QString idText = object.value(u"id").toString();
+    const QUuid id(idText);
     const auto reasons = toTexts(object.value(u"reasons"));
     const QString kindName = object.value(u"kind").toString();
     const auto kind = std::find_if(kindNames.begin(), kindNames.end(),
                                    [&kindName](const KindName& each) { return each.name == kindName; });
-    if (id.isNull() || !start.isDouble() || !duration.isDouble() || !app.isString() || !peak.isDouble() ||
+    // A text that is none gives the nil one too, which may itself be meant.
+    const bool isId = !id.isNull() || idText == QUuid().toString(QUuid::WithoutBraces);
+    if (!isId || !start.isDouble() || !duration.isDouble() || !app.isString() || !peak.isDouble() ||
         !reasons || kind == kindNames.end() || !std::isfinite(start.toDouble()) ||
         !std::isfinite(peak.toDouble()) || !(std::abs(duration.toDouble()) <= longestDuration)) {
         return std::nullopt;
@@ -78,16 +80,8 @@ std::optional<AdEvent> toEvent(const QJsonObject& object) {
 }
 
 std::optional<AdHistory> readHistory(const fs::path& path) {
-    std::error_code error;
-    // Anything but a regular file could keep the reader waiting for ever.
-    if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > largestFile || error) {
-        return std::nullopt;
-    }
-    QFile file(QString::fromStdString(path.string()));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return std::nullopt;
-    }
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    const auto text = readWholeFile(path, largestFile);
+    const auto document = text ? QJsonDocument::fromJson(QByteArray::fromStdString(*text)) : QJsonDocument();
     if (!document.isArray()) {
         return std::nullopt;
     }
@@ -129,8 +123,7 @@ public:
             array.append(toJson(event));
         }
         const QByteArray text = QJsonDocument(array).toJson(QJsonDocument::Compact);
-        std::error_code ignored;
-        fs::create_directories(path_.parent_path(), ignored);
+        static_cast<void>(createFolders(path_.parent_path()));
         static_cast<void>(replaceFile(path_, {text.constData(), static_cast<std::size_t>(text.size())},
                                       Durability::lossOfPower));
     }

@@ -119,7 +119,8 @@ public:
     /// The confidence that starts an ad; a single-precision value.
     [[nodiscard]] double threshold() const { return threshold_; }
     [[nodiscard]] bool adActive() const { return adActive_; }
-    /// The volume is down for an ad, real or simulated.
+    /// A device is lower than it was, or muted, for an ad, real or simulated; as the volume controller has
+    /// it.
     [[nodiscard]] bool adFaded() const { return adFaded_; }
     /// The application taken as the source of the current or the last ad.
     [[nodiscard]] const QString& currentApp() const { return currentApp_; }

@@ -41,6 +41,9 @@ void SordinEngine::wirePipeline() {
         }
         ended(summary);
     };
+    parts_.volume->onLowered(posting([](SordinEngine& engine, bool lowered) {
+        engine.publish(engine.adFaded_, lowered, &SordinEngine::adFadedChanged);
+    }));
     pipeline.onTick = posting([](SordinEngine& engine, const PipelineTick& tick) { engine.handle(tick); });
 }
 
@@ -69,13 +72,12 @@ void SordinEngine::handle(const PipelineTick& tick) {
 }
 
 void SordinEngine::adStarted(bool muted) {
-    if (!isEnabled_) {
+    if (!isEnabled_ || !capturing_) {  // the capture that it was heard by has ended since
         return;
     }
     adStart_ = now();
     adWasMuted_ = muted;
     publish(adActive_, true, &SordinEngine::adActiveChanged);
-    publish(adFaded_, muted || adFaded_, &SordinEngine::adFadedChanged);
     setStatus(EngineStatus::Kind::mutingAd);
     publish(currentApp_, QString::fromStdString(parts_.inspector->likelySource()),
             &SordinEngine::currentAppChanged);
@@ -84,7 +86,6 @@ void SordinEngine::adStarted(bool muted) {
 
 void SordinEngine::adEnded(const AdSummary& summary) {
     publish(adActive_, false, &SordinEngine::adActiveChanged);
-    publish(adFaded_, false, &SordinEngine::adFadedChanged);
     if (status_ == EngineStatus::Kind::mutingAd) {
         setStatus(EngineStatus::Kind::listening);
     }
@@ -133,7 +134,6 @@ void SordinEngine::simulate(double seconds) {
     const Moment start = now();
     const QString app = QString::fromStdString(parts_.inspector->likelySource());
     parts_.volume->duck(config_->duck(), duckRamp);
-    publish(adFaded_, true, &SordinEngine::adFadedChanged);
     constexpr double longest = 24 * 60 * 60;  // no timer runs longer, no simulation needs to
     const std::chrono::duration<double> length(std::min(seconds, longest));
     simulation_ = parts_.mainQueue->after(std::chrono::duration_cast<SerialQueue::Duration>(length),
@@ -157,7 +157,6 @@ void SordinEngine::restoreVolume() {
 
 void SordinEngine::bringVolumeBack() {
     parts_.volume->restore(restoreRamp);
-    publish(adFaded_, false, &SordinEngine::adFadedChanged);
 }
 
 void SordinEngine::forgetLearnedAds() {

@@ -65,8 +65,11 @@ void SordinEngine::startFinished(std::uint64_t start,
 }
 
 void SordinEngine::startWatchdog() {
-    watchdog_ =
-        parts_.mainQueue->every(watchdogInterval, [pipeline = parts_.pipeline] { pipeline->watchdog(); });
+    watchdog_ = parts_.mainQueue->every(watchdogInterval, [weak = std::weak_ptr(parts_.pipeline)] {
+        if (const auto pipeline = weak.lock()) {
+            pipeline->watchdog();
+        }
+    });
 }
 
 void SordinEngine::stopCapture() {
@@ -74,7 +77,13 @@ void SordinEngine::stopCapture() {
     retry_.cancel();
     watchdog_.cancel();
     capturing_ = false;
-    parts_.capture->stop([] {});
+    // Once more when the last sound has been handled: a hop that came after the first stop may have begun an
+    // ad.
+    parts_.capture->stop(posting([](SordinEngine& engine) {
+        if (!engine.capturing_ && !engine.startTask_) {
+            engine.parts_.pipeline->stop();
+        }
+    }));
     parts_.pipeline->stop();
     bringVolumeBack();
     setStatus(EngineStatus::Kind::disabled);

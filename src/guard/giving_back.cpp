@@ -6,6 +6,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 namespace sordin {
 
@@ -58,14 +59,20 @@ std::optional<AudioObjectId> awaitDevice(AudioObjects& objects, const DuckInForc
     return device;
 }
 
-void giveBack(AudioObjects& objects, AudioObjectId device, const DuckInForce& duck) {
-    if (const auto* pending = std::get_if<PendingRestore>(&duck)) {
-        raiseOutputVolume(objects, device, pending->volume);
-    } else {
+bool giveBack(AudioObjects& objects, AudioObjectId device, const DuckInForce& duck) {
+    const auto* pending = std::get_if<PendingRestore>(&duck);
+    if (pending == nullptr) {
         setMuted(objects, device, false);
     }
-    // Unconfirmed it may still arrive; there is nothing better to do.
-    static_cast<void>(objects.flush(patienceForConfirmation));
+    // A device may come before its volume is known.
+    const auto end = std::chrono::steady_clock::now() + patienceForConfirmation;
+    while (pending != nullptr && !raiseOutputVolume(objects, device, pending->volume)) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    }
+    return objects.flush(patienceForConfirmation);
 }
 
 }  // namespace sordin

@@ -16,7 +16,7 @@ namespace sordin {
                                                        std::chrono::milliseconds patience);
 
 /// Raises the volume of a device that is there to what it was, or ends its muting, and waits for the audio
-/// system to have done so. Touches no other device.
-void giveBack(AudioObjects& objects, AudioObjectId device, const DuckInForce& duck);
+/// system to have done so; false if it has not within a second. Touches no other device.
+[[nodiscard]] bool giveBack(AudioObjects& objects, AudioObjectId device, const DuckInForce& duck);
 
 }  // namespace sordin

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace sordin {
@@ -33,12 +34,15 @@ std::optional<OutputDeviceRecord> readDevice(const json& object) {
     const json reference = object.value("reference", json());
     const json ratios = object.value("ratios", json());
     if (!name.is_string() || name.get<std::string>().empty() || !route.is_string() ||
-        !reference.is_number() || reference < 1 || reference > PendingRestore::highestReference ||
-        !ratios.is_array() || !std::all_of(ratios.begin(), ratios.end(), isShare)) {
+        !reference.is_number() || reference < 1 || !ratios.is_array() ||
+        !std::all_of(ratios.begin(), ratios.end(), isShare)) {
         return std::nullopt;
     }
-    return OutputDeviceRecord{name.get<std::string>(), route.get<std::string>(), reference.get<float>(),
-                              ratios.get<std::vector<float>>()};
+    OutputDeviceRecord device{
+        name.get<std::string>(), route.get<std::string>(),
+        static_cast<float>(std::min(reference.get<double>(), PendingRestore::highestReference)),
+        ratios.get<std::vector<float>>()};
+    return PendingRestore::areRatios(device.ratios) ? std::optional(std::move(device)) : std::nullopt;
 }
 
 }  // namespace

@@ -70,11 +70,11 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
         return;  // a new run of the program recovers by itself
     }
     const RecordFile file(folder);
-    const auto slot = file.slotOf(duck);
     const LinuxAudio audio;
     AudioObjects& objects = *audio.objects();
     auto device = awaitDevice(objects, duck, patienceWithLock);
     if (!device) {
+        const auto slot = file.slotOf(duck);
         // Nothing is lost any more by ending: the record is there.
         endAtSignals();
         lock.reset();
@@ -84,8 +84,11 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
             return;
         }
     }
-    giveBack(objects, *device, duck);
-    if (slot) {
+    if (!giveBack(objects, *device, duck)) {
+        return;  // the record stays for the next start
+    }
+    // Only now: what the guard was told is all it takes, whatever has become of the files.
+    if (const auto slot = file.slotOf(duck)) {
         file.remove(*slot);
     }
 }

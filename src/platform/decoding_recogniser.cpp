@@ -224,9 +224,13 @@ private:
 DecodingRecogniser::DecodingRecogniser(std::shared_ptr<SerialQueue> queue, Model model)
     : queue_(std::move(queue)),
       installed_(std::move(model.installed)),
+      interrupt_(std::move(model.interrupt)),
       worker_(std::make_shared<Worker>(std::move(model.load))) {}
 
 DecodingRecogniser::~DecodingRecogniser() {
+    if (interrupt_) {
+        interrupt_();  // else whoever ends the queue would wait for a decoder that hangs
+    }
     queue_->post([worker = worker_] { worker->close(); });
 }
 

@@ -22,10 +22,13 @@ public:
     struct Model {
         std::function<bool()> installed;  ///< whether all its files are there; any thread
         std::function<std::unique_ptr<SpeechDecoder>()> load;  ///< throws SpeechDecoderError; on the queue
+        /// Makes every load and every decoder fail at once, also those that are being waited for; any
+        /// thread. Empty where nothing hangs.
+        std::function<void()> interrupt{};
     };
 
     DecodingRecogniser(std::shared_ptr<SerialQueue> queue, Model model);
-    ~DecodingRecogniser() override;  ///< sessions that are still held give no more text
+    ~DecodingRecogniser() override;  ///< interrupts; sessions that are still held give no more text
     DecodingRecogniser(const DecodingRecogniser&) = delete;
     DecodingRecogniser& operator=(const DecodingRecogniser&) = delete;
 
@@ -45,6 +48,7 @@ private:
 
     const std::shared_ptr<SerialQueue> queue_;
     const std::function<bool()> installed_;
+    const std::function<void()> interrupt_;
     const std::shared_ptr<Worker> worker_;
 };
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/loopback_capture.h"
 
-#include <atomic>
-#include <chrono>
+#include <mutex>
 #include <utility>
 
 namespace sordin {
@@ -60,6 +59,29 @@ private:
     Timer silence_;
 };
 
+/// Leads from an open source to the delivery of the start that it works for. Any thread.
+class LoopbackCapture::Outlet {
+public:
+    void lead(std::shared_ptr<Delivery> delivery) {
+        const std::scoped_lock lock(lock_);
+        delivery_.swap(delivery);
+    }
+    void heard(CapturedAudio audio) {
+        std::shared_ptr<Delivery> delivery;
+        {
+            const std::scoped_lock lock(lock_);
+            delivery = delivery_;
+        }
+        if (delivery) {
+            delivery->heard(std::move(audio));
+        }
+    }
+
+private:
+    std::mutex lock_;
+    std::shared_ptr<Delivery> delivery_;  // none while nothing runs or is starting
+};
+
 /// Lives on the control queue.
 class LoopbackCapture::Machine : public std::enable_shared_from_this<Machine> {
     template <class Action>
@@ -102,26 +124,44 @@ public:
 
     void onReady(std::function<void()> handler) { onReady_ = std::move(handler); }
 
-    void start(const std::shared_ptr<SerialQueue>& queue, SampleHandler handler, StartCompletion completion) {
+    /// The starts up to this number are cancelled if they have not begun yet. Any thread.
+    void overtake(std::uint64_t start) { overtaken_ = start; }
+
+    void start(std::uint64_t number, const std::shared_ptr<SerialQueue>& queue, SampleHandler handler,
+               StartCompletion completion) {
+        if (number <= overtaken_) {
+            completion(source_->failure(Error::cancelled));
+            return;
+        }
         if (state_ != State::idle) {
             completion(source_->failure(Error::alreadyRunning));
             return;
         }
-        state_ = State::waiting;
         queue_ = queue;
         delivery_ = std::make_shared<Delivery>(queue, std::move(handler));
+        outlet_->lead(delivery_);
         completion_ = std::move(completion);
-        lastFailure_ = source_->failure(Error::unreachable);
-        patienceTimer_ = control_->after(
-            patience, whileAlive([](Machine& machine) { machine.finishStart(machine.lastFailure_); }));
-        tryToOpen();
+        keepTimer_.cancel();
+        if (source_->outdated()) {
+            closeSource();
+        }
+        if (sourceState_ == SourceState::closed) {
+            beginToOpen();
+            return;
+        }
+        source_->setWanted(true);
+        state_ = State::opening;
+        lastFailure_ = source_->failure(Error::refused);
+        bePatient();
+        if (sourceState_ == SourceState::open) {
+            opened();
+        }
     }
 
     void stop(std::function<void()> completion) {
-        if (state_ == State::waiting || state_ == State::opening) {
-            finishStart(source_->failure(Error::cancelled));
-        } else {
-            becomeIdle();
+        becomeIdle(true);
+        if (const auto cancelled = std::exchange(completion_, nullptr)) {
+            cancelled(source_->failure(Error::cancelled));
         }
         if (!queue_) {
             completion();
@@ -135,6 +175,7 @@ public:
         onStop_ = nullptr;
         onReady_ = nullptr;
         stop([] {});
+        closeSource();
     }
 
 private:
@@ -144,8 +185,16 @@ private:
         opening,
         running,
     };
+    enum class SourceState { closed, opening, open };
 
     void sourceChanged() {
+        if (source_->outdated()) {
+            closeSource();
+            if (state_ == State::opening || state_ == State::running) {
+                beginToOpen();
+                return;
+            }
+        }
         if (state_ == State::waiting) {
             tryToOpen();
         } else if (state_ == State::idle) {
@@ -156,17 +205,30 @@ private:
         }
     }
 
+    void bePatient() {
+        patienceTimer_ = control_->after(
+            patience, whileAlive([](Machine& machine) { machine.fail(machine.lastFailure_); }));
+    }
+
+    void beginToOpen() {
+        state_ = State::waiting;
+        lastFailure_ = source_->failure(Error::unreachable);
+        bePatient();
+        tryToOpen();
+    }
+
     void tryToOpen() {
         if (const auto obstacle = source_->obstacle()) {
             obstructed_ = true;
             lastFailure_ = obstacle->failure;
             if (!obstacle->passing) {
-                finishStart(lastFailure_);
+                fail(lastFailure_);
             }
             return;
         }
         obstructed_ = false;
         state_ = State::opening;
+        sourceState_ = SourceState::opening;
         lastFailure_ = source_->failure(Error::refused);
         // What the source says of an earlier opening has lost its meaning.
         const auto now = ++opening_;
@@ -180,15 +242,20 @@ private:
                                machine.ended(failure);
                            }
                        }),
-                       [delivery = delivery_](CapturedAudio audio) { delivery->heard(std::move(audio)); }});
+                       [outlet = outlet_](CapturedAudio audio) { outlet->heard(std::move(audio)); }});
     }
 
     void opened() {
+        sourceState_ = SourceState::open;
         if (state_ == State::opening) {
             state_ = State::running;
             patienceTimer_.cancel();
-            delivery_->begin();
-            std::exchange(completion_, nullptr)(std::nullopt);
+            if (completion_) {
+                delivery_->begin();
+                std::exchange(completion_, nullptr)(std::nullopt);
+            }
+        } else {
+            source_->setWanted(false);  // stopped meanwhile
         }
     }
 
@@ -198,34 +265,47 @@ private:
             state_ = State::waiting;  // for a server that comes back in time
             lastFailure_ = failure;
             tryToOpen();
-        } else if (state_ == State::opening) {
-            finishStart(failure);
-        } else if (state_ == State::running) {
-            becomeIdle();
-            obstructed_ = source_->obstacle().has_value();
-            if (onStop_) {
-                onStop_(failure);
-            }
+        } else if (state_ == State::idle) {
+            closeSource();
+        } else {
+            fail(failure);
         }
     }
 
-    void finishStart(const Failure& failure) {
-        becomeIdle();
-        std::exchange(completion_, nullptr)(failure);
+    /// Ends a start, or what was running.
+    void fail(const Failure& failure) {
+        becomeIdle(false);
+        if (completion_) {
+            std::exchange(completion_, nullptr)(failure);
+            return;
+        }
+        obstructed_ = source_->obstacle().has_value();
+        if (onStop_) {
+            onStop_(failure);
+        }
     }
 
-    void becomeIdle() {
+    void becomeIdle(bool keepSource) {
         patienceTimer_.cancel();
-        closeSource();
+        outlet_->lead(nullptr);
         if (const auto delivery = std::exchange(delivery_, nullptr)) {
             delivery->end();
         }
         state_ = State::idle;
+        if (!keepSource) {
+            closeSource();
+        } else if (sourceState_ != SourceState::closed) {
+            source_->setWanted(false);
+            keepTimer_ =
+                control_->after(keepTime, whileAlive([](Machine& machine) { machine.closeSource(); }));
+        }
     }
 
     void closeSource() {
         ++opening_;
+        keepTimer_.cancel();
         source_->close();
+        sourceState_ = SourceState::closed;
     }
 
     const std::shared_ptr<SerialQueue> control_;
@@ -233,14 +313,19 @@ private:
     std::function<void(std::optional<Failure>)> onStop_;
     std::function<void()> onReady_;
 
+    std::atomic<std::uint64_t> overtaken_ = 0;
+    const std::shared_ptr<Outlet> outlet_ = std::make_shared<Outlet>();
+
     State state_ = State::idle;
+    SourceState sourceState_ = SourceState::closed;
     bool obstructed_ = false;             // whether something stood in the way when last looked
     std::uint64_t opening_ = 0;           // counts, so that late news of an earlier one are known
     std::shared_ptr<SerialQueue> queue_;  // of the last start
     std::shared_ptr<Delivery> delivery_;
-    StartCompletion completion_;               // of the start in flight
+    StartCompletion completion_;               // of the start in flight; none when it runs, and then moves
     Failure lastFailure_{Error::unreachable};  // what to say when patience ends
     Timer patienceTimer_;
+    Timer keepTimer_;
 };
 
 LoopbackCapture::LoopbackCapture(std::shared_ptr<SerialQueue> control, std::unique_ptr<LoopbackSource> source)
@@ -249,18 +334,20 @@ LoopbackCapture::LoopbackCapture(std::shared_ptr<SerialQueue> control, std::uniq
 }
 
 LoopbackCapture::~LoopbackCapture() {
+    machine_->overtake(asked_);
     control_->sync([this] { machine_->end(); });
 }
 
 void LoopbackCapture::start(std::shared_ptr<SerialQueue> queue, SampleHandler handler,
                             StartCompletion completion) {
-    machine_->post([queue = std::move(queue), handler = std::move(handler),
+    machine_->post([number = ++asked_, queue = std::move(queue), handler = std::move(handler),
                     completion = std::move(completion)](Machine& machine) {
-        machine.start(queue, handler, completion);
+        machine.start(number, queue, handler, completion);
     });
 }
 
 void LoopbackCapture::stop(std::function<void()> completion) {
+    machine_->overtake(asked_);
     machine_->post([completion = std::move(completion)](Machine& machine) { machine.stop(completion); });
 }
 

@@ -4,18 +4,24 @@
 #include "platform/loopback_source.h"
 #include "platform/system_audio_capture.h"
 
+#include <atomic>
+#include <chrono>
+#include <cstdint>
 #include <memory>
 
 namespace sordin {
 
-/// The rules of SystemAudioCapture over a LoopbackSource.
+/// The rules of SystemAudioCapture over a LoopbackSource. After a stop the source stays open for a moment,
+/// and a start in that time takes it over: servers do not bear streams that come and go many times a second.
 class LoopbackCapture final : public SystemAudioCapture {
 public:
     /// How long a start waits for an audio server.
     static constexpr auto patience = std::chrono::seconds(10);
+    /// How long the source stays open after a stop.
+    static constexpr auto keepTime = std::chrono::seconds(1);
 
-    /// Neither may be null. Everything but the samples happens on `control`, which the source may hold up for
-    /// as long as obstacle() takes; a queue of its own, "sordin.capture".
+    /// Neither may be null. Everything but the samples happens on `control`, a queue of its own,
+    /// "sordin.capture".
     LoopbackCapture(std::shared_ptr<SerialQueue> control, std::unique_ptr<LoopbackSource> source);
     ~LoopbackCapture() override;
     LoopbackCapture(const LoopbackCapture&) = delete;
@@ -30,8 +36,10 @@ public:
 private:
     class Delivery;
     class Machine;
+    class Outlet;
     const std::shared_ptr<SerialQueue> control_;
     const std::shared_ptr<Machine> machine_;  // known weakly to posted work
+    std::atomic<std::uint64_t> asked_ = 0;    // starts so far
 };
 
 }  // namespace sordin

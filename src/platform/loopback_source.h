@@ -32,12 +32,18 @@ public:
     /// Sets what is called after the answer of obstacle() may have changed. Once, before all else.
     virtual void onChange(std::function<void()> handler) = 0;
 
-    /// What stands in the way now; nothing when it can be opened. May take as long as a server needs to
-    /// answer, two seconds at most.
+    /// What stands in the way now; nothing when it can be opened.
     [[nodiscard]] virtual std::optional<Obstacle> obstacle() = 0;
 
     /// Begins to listen. Either `opened` or `ended` is called, then or later. Only while closed.
     virtual void open(Handlers handlers) = 0;
+
+    /// Whether what is heard is of use for now: a source that is open may rest while it is not. It is of use
+    /// when it has been opened. Does nothing while closed.
+    virtual void setWanted(bool wanted) = 0;
+
+    /// Whether it is open where it would not be opened now, since the sound has moved to another server.
+    [[nodiscard]] virtual bool outdated() const { return false; }
 
     /// Ends listening. No call of a handler begins after it has returned. Does nothing while closed.
     virtual void close() = 0;

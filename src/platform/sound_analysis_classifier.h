@@ -20,6 +20,7 @@ public:
     SoundAnalysisClassifier& operator=(const SoundAnalysisClassifier&) = delete;
 
     bool prepare(const AudioFormat& format) override;
+    void countHopsFrom(std::int64_t framePosition) override { tagger_->countHopsFrom(framePosition); }
     void analyze(const PcmBuffer& buffer, std::int64_t framePosition) override;
     [[nodiscard]] SoundClassification current() const override;
     void reset() override;

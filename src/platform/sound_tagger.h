@@ -33,6 +33,10 @@ public:
     /// Begins a new stream of buffers of this format. Returns why it cannot; everything then stays as it was.
     [[nodiscard]] virtual std::optional<std::string> prepare(const AudioFormat& format) = 0;
 
+    /// The detector's hops are counted from this position of the stream that was prepared. Else from its
+    /// first buffer.
+    virtual void countHopsFrom(std::int64_t /*framePosition*/) {}
+
     /// Takes the buffer whose first frame has this position in the stream, 0 or more; where a position is
     /// beyond the end of the buffer before, silence was left out. Does nothing for a buffer of another format
     /// than the one prepared.

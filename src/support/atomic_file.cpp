@@ -3,11 +3,13 @@
 
 #include "support/file_descriptor.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace sordin {
@@ -76,6 +78,46 @@ std::error_code replaceFile(const fs::path& path, std::string_view contents, Dur
         return error;
     }
     return durability == Durability::lossOfPower ? sync(folderOf(target), O_DIRECTORY) : error;
+}
+
+std::optional<std::string> readWholeFile(const fs::path& path, std::size_t longest) {
+    const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (!file.valid() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    std::string contents;
+    std::array<char, 16 << 10> piece{};
+    while (true) {
+        const ssize_t count = ::read(file.get(), piece.data(), piece.size());
+        if (count == 0) {
+            return contents;
+        }
+        if (count > 0) {
+            contents.append(piece.data(), static_cast<std::size_t>(count));
+        }
+        if ((count < 0 && errno != EINTR) || contents.size() > longest) {
+            return std::nullopt;
+        }
+    }
+}
+
+std::error_code createFolders(const fs::path& folder) {
+    std::error_code error;
+    if (folder.empty() || fs::is_directory(folder, error)) {
+        return {};
+    }
+    const fs::path above = folder.parent_path();
+    if (above != folder) {
+        if (const auto failed = createFolders(above)) {
+            return failed;
+        }
+    }
+    if (::mkdir(folder.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
+        return lastError();
+    }
+    const bool there = fs::is_directory(folder, error);
+    return there || error ? error : std::make_error_code(std::errc::not_a_directory);
 }
 
 std::error_code syncFile(const fs::path& path) {

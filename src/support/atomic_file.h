@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <optional>
+#include <string>
 #include <string_view>
 #include <system_error>
 
@@ -19,6 +22,15 @@ enum class Durability {
 /// other file is left behind.
 [[nodiscard]] std::error_code replaceFile(const std::filesystem::path& path, std::string_view contents,
                                           Durability durability);
+
+/// The contents of a regular file; none if it cannot be read to its end, or is longer than `longest` bytes.
+/// Never waits for a pipe's other end and never throws, also when the disk or the network behind the file
+/// fails.
+[[nodiscard]] std::optional<std::string> readWholeFile(const std::filesystem::path& path,
+                                                       std::size_t longest);
+
+/// Creates a folder, and those above it, where they are missing, for their owner only.
+std::error_code createFolders(const std::filesystem::path& folder);
 
 /// Makes a file as it is, or that it is gone, survive a loss of power. Waits for the disk.
 std::error_code syncFile(const std::filesystem::path& path);

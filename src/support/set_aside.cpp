@@ -22,7 +22,7 @@ std::string dateText() {
 
 }  // namespace
 
-std::error_code setAside(const fs::path& path) {
+std::error_code setAside(const fs::path& path, fs::path* place) {
     const fs::path first = path.string() + ".damaged-" + dateText();
     fs::path aside = first;
     std::error_code error;
@@ -32,6 +32,9 @@ std::error_code setAside(const fs::path& path) {
     }
     error.clear();
     fs::rename(path, aside, error);
+    if (place != nullptr && !error) {
+        *place = aside;
+    }
     return error == std::errc::no_such_file_or_directory ? std::error_code() : error;
 }
 

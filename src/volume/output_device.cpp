@@ -43,16 +43,20 @@ std::optional<float> outputVolume(const AudioObjects& objects, AudioObjectId dev
     return elements.empty() ? std::nullopt : std::optional(sum / static_cast<float>(elements.size()));
 }
 
-void setOutputVolume(AudioObjects& objects, AudioObjectId device, float volume) {
-    for (const std::uint32_t element : volumeElements(objects, device)) {
-        objects.set(device, audio_property::volume(element), std::clamp(volume, 0.0F, 1.0F));
+bool setOutputVolume(AudioObjects& objects, AudioObjectId device, float volume) {
+    const auto elements = volumeElements(objects, device);
+    bool taken = !elements.empty();
+    for (const std::uint32_t element : elements) {
+        taken = objects.set(device, audio_property::volume(element), std::clamp(volume, 0.0F, 1.0F)) && taken;
     }
+    return taken;
 }
 
-void raiseOutputVolume(AudioObjects& objects, AudioObjectId device, float volume) {
-    if (!objects.present(device) || outputVolume(objects, device).value_or(1) < volume) {
-        setOutputVolume(objects, device, volume);
+bool raiseOutputVolume(AudioObjects& objects, AudioObjectId device, float volume) {
+    if (objects.present(device) && outputVolume(objects, device).value_or(1) >= volume) {
+        return !volumeElements(objects, device).empty();
     }
+    return setOutputVolume(objects, device, volume);
 }
 
 bool canMute(const AudioObjects& objects, AudioObjectId device) {

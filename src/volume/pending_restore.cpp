@@ -3,6 +3,8 @@
 
 #include "support/numbers.h"
 
+#include <algorithm>
+#include <cmath>
 #include <locale>
 #include <sstream>
 
@@ -38,18 +40,18 @@ std::string toText(const std::vector<float>& ratios) {
     return text.str();
 }
 
-/// None unless all of the text is numbers from 0 to 1.
+/// None unless all of the text is numbers that can be ratios.
 std::optional<std::vector<float>> parseRatios(const std::string& text) {
     std::istringstream input(text);
     std::vector<float> ratios;
     for (std::string word; input >> word;) {
         const auto ratio = parseNumber(word);
-        if (!ratio || *ratio < 0 || *ratio > 1) {
+        if (!ratio) {
             return std::nullopt;
         }
         ratios.push_back(static_cast<float>(*ratio));
     }
-    return ratios;
+    return PendingRestore::areRatios(ratios) ? std::optional(ratios) : std::nullopt;
 }
 
 std::optional<OutputDeviceRecord> readDevice(const UserDefaults& defaults, const Keys& keys) {
@@ -58,22 +60,28 @@ std::optional<OutputDeviceRecord> readDevice(const UserDefaults& defaults, const
     const auto reference = defaults.number(keys.reference);
     const auto ratiosText = defaults.text(keys.ratios);
     const auto ratios = ratiosText ? parseRatios(*ratiosText) : std::nullopt;
-    if (!name || name->empty() || !route || !reference || *reference < 1 ||
-        *reference > PendingRestore::highestReference || !ratios) {
+    if (!name || name->empty() || !route || !reference || !(*reference >= 1) || !ratios) {
         return std::nullopt;
     }
-    return OutputDeviceRecord{*name, *route, static_cast<float>(*reference), *ratios};
+    return OutputDeviceRecord{
+        *name, *route, static_cast<float>(std::min(*reference, PendingRestore::highestReference)), *ratios};
 }
 
 }  // namespace
 
+bool PendingRestore::areRatios(const std::vector<float>& ratios) {
+    return ratios.empty() ||
+           (std::all_of(ratios.begin(), ratios.end(), [](float ratio) { return ratio >= 0 && ratio <= 1; }) &&
+            std::find(ratios.begin(), ratios.end(), 1.0F) != ratios.end());
+}
+
 std::optional<PendingRestore> PendingRestore::read(const UserDefaults& defaults, Slot slot) {
     const Keys& keys = keysOf(slot);
     const auto volume = defaults.number(keys.volume);
-    if (!volume || !(*volume >= 0 && *volume <= 1)) {
+    if (!volume || std::isnan(*volume)) {
         return std::nullopt;
     }
-    return PendingRestore{static_cast<float>(*volume), readDevice(defaults, keys)};
+    return PendingRestore{static_cast<float>(std::clamp(*volume, 0.0, 1.0)), readDevice(defaults, keys)};
 }
 
 void PendingRestore::write(UserDefaults& defaults, Slot slot) const {

@@ -22,12 +22,15 @@ struct PendingRestore {
     /// The key of the latest volume; what else is kept has keys that begin with "pendingRestore" too.
     static constexpr auto key = "pendingRestoreVolume";
 
-    /// A device described with a higher reference is not believed: mixers end at 1.5, and what is damaged
-    /// must not deafen anybody.
-    static constexpr double highestReference = 10;
+    /// The volume at which the mixers of audio servers end. A higher reference is read as this one: what is
+    /// damaged must not deafen anybody.
+    static constexpr double highestReference = 1.5;
 
-    /// None when nothing is pending, or what is there is no volume. What describes the device counts only if
-    /// all of it can be read.
+    /// Whether ratios can be those of a device: from 0 to 1, and one is 1 if there are any.
+    [[nodiscard]] static bool areRatios(const std::vector<float>& ratios);
+
+    /// None when nothing is pending, or what is there is no number; a volume outside 0 to 1 is limited to
+    /// that. What describes the device counts only if all of it can be read.
     [[nodiscard]] static std::optional<PendingRestore> read(const UserDefaults& defaults,
                                                             Slot slot = Slot::latest);
 

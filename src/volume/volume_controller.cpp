@@ -19,6 +19,8 @@ constexpr auto stepInterval = std::chrono::milliseconds(20);
 constexpr auto patienceForConfirmation = std::chrono::milliseconds(250);
 /// And one that hangs is asked again after this.
 constexpr auto confirmationInterval = std::chrono::seconds(1);
+/// A device may come before its volume is known; one that never has one is left to the next start.
+constexpr int mostRefusals = 60;
 
 /// The smoothstep curve: starts and ends gently. `t` from 0 to 1.
 float smoothstep(float t) {
@@ -50,6 +52,16 @@ void VolumeController::post(Action action) {
             action(*self);
         }
     });
+}
+
+void VolumeController::onLowered(std::function<void(bool)> handler) {
+    post([handler = std::move(handler)](VolumeController& self) { self.onLowered_ = handler; });
+}
+
+void VolumeController::setLowered(bool lowered) {
+    if (std::exchange(lowered_, lowered) != lowered && onLowered_) {
+        onLowered_(lowered);
+    }
 }
 
 void VolumeController::duck(float fraction, double ramp) {
@@ -118,12 +130,14 @@ void VolumeController::duckNow(float fraction, double seconds) {
     }
     ducked_ = true;
     device_ = *device;
+    setLowered(usedMute_ || *savedVolume_ * fraction < *savedVolume_);
 }
 
 void VolumeController::restoreNow(double seconds) {
     if (!std::exchange(ducked_, false)) {
         return;
     }
+    setLowered(false);
     if (usedMute_) {
         unmute();
     } else if (savedVolume_) {
@@ -138,14 +152,12 @@ void VolumeController::restoreAtOnce() {
     if (!std::exchange(ducked_, false)) {
         return;
     }
+    setLowered(false);
     if (usedMute_) {
         unmute();
-        return;
+    } else if (savedVolume_) {
+        restored(device_, setOutputVolume(*objects_, device_, *savedVolume_));
     }
-    if (savedVolume_) {
-        setOutputVolume(*objects_, device_, *savedVolume_);
-    }
-    restored(device_);
 }
 
 void VolumeController::tryToRecover() {
@@ -167,20 +179,24 @@ void VolumeController::tryToRecover() {
         if (pending) {
             const AudioObjectId device = pending->device ? objects_->adopt(*pending->device) : *fallback;
             tellGuard(*pending);
-            raiseOutputVolume(*objects_, device, pending->volume);
-            restored(device, slot);
+            restored(device, raiseOutputVolume(*objects_, device, pending->volume), slot);
         }
     }
 }
 
 void VolumeController::devicesChanged() {
     tryToRecover();
-    if (awaiting_ && objects_->present(*awaiting_)) {
-        restored(*awaiting_);
+    tryAgain(awaiting_, Slot::latest);
+    tryAgain(away_, Slot::away);
+}
+
+void VolumeController::tryAgain(const std::optional<Awaited>& awaited, Slot slot) {
+    if (!awaited || !objects_->present(awaited->device)) {
+        return;
     }
-    if (away_ && objects_->present(*away_)) {
-        restored(*away_, Slot::away);
-    }
+    const auto [device, written] = *awaited;
+    const auto pending = written ? std::nullopt : PendingRestore::read(*defaults_, slot);
+    restored(device, !pending || raiseOutputVolume(*objects_, device, pending->volume), slot);
 }
 
 void VolumeController::startRamp(Ramp ramp) {
@@ -206,9 +222,10 @@ void VolumeController::stepRamp() {
         return;
     }
     cancelRamp();
-    setOutputVolume(*objects_, now.device, now.to);  // the curve ends there, but for rounding
+    // The curve ends there, but for rounding.
+    const bool written = setOutputVolume(*objects_, now.device, now.to);
     if (now.restoring) {
-        restored(now.device);
+        restored(now.device, written);
     }
 }
 
@@ -221,8 +238,7 @@ void VolumeController::finishRestoreRamp() {
     if (ramp_ && ramp_->restoring) {
         const Ramp last = *ramp_;
         cancelRamp();
-        setOutputVolume(*objects_, last.device, last.to);
-        restored(last.device);
+        restored(last.device, setOutputVolume(*objects_, last.device, last.to));
     }
 }
 
@@ -231,16 +247,16 @@ void VolumeController::unmute() {
     if (awaiting_) {
         tellGuardTheRest();  // of another device, which has yet to take its volume
     } else {
-        restored(device_);
+        restored(device_, true);
     }
 }
 
 void VolumeController::setAwaitedAside(AudioObjectId device) {
-    if (away_ == device) {
+    if (away_ && away_->device == device) {
         PendingRestore::remove(*defaults_, Slot::away);  // it is there again, and gets a record anew
         away_.reset();
     }
-    if (awaiting_ && *awaiting_ != device) {
+    if (awaiting_ && awaiting_->device != device) {
         const auto pending = PendingRestore::read(*defaults_);
         if (pending && pending->device) {  // else nobody could tell later whose volume it is
             pending->write(*defaults_, Slot::away);
@@ -250,13 +266,14 @@ void VolumeController::setAwaitedAside(AudioObjectId device) {
     awaiting_.reset();
 }
 
-void VolumeController::restored(AudioObjectId device, Slot slot) {
+void VolumeController::restored(AudioObjectId device, bool written, Slot slot) {
     auto& awaiting = slot == Slot::latest ? awaiting_ : away_;
     const bool present = objects_->present(device);
     // From here on nobody else would bring it back, so the audio system must have it.
-    if (!present || !objects_->flush(patienceForConfirmation)) {
-        awaiting = device;
-        if (present) {
+    refusals_ = written ? 0 : refusals_ + 1;
+    if (!present || !written || !objects_->flush(patienceForConfirmation)) {
+        awaiting = Awaited{device, written};
+        if (present && refusals_ < mostRefusals) {
             confirmation_ = queue_->after(confirmationInterval, [weak = weak_from_this()] {
                 if (const auto self = weak.lock()) {
                     self->devicesChanged();

@@ -7,6 +7,7 @@
 #include "volume/pending_restore.h"
 #include "volume/volume_guard.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -26,6 +27,10 @@ public:
     ~VolumeController();
     VolumeController(const VolumeController&) = delete;
     VolumeController& operator=(const VolumeController&) = delete;
+
+    /// Sets what is called, on the queue, with whether a duck has made a device lower, or has muted it, and
+    /// no restore has begun since; when that changes. It must not wait. Before all else.
+    void onLowered(std::function<void(bool)> handler);
 
     /// Fades the default output device to `fraction` (0 to 1) of its volume within `ramp` seconds; does
     /// nothing while a duck is in force. Any thread; happens on the queue, later.
@@ -56,6 +61,11 @@ private:
         bool restoring;
         int counter = 0;
     };
+    /// A device that was restored but does not have its volume yet; the record stays until it has.
+    struct Awaited {
+        AudioObjectId device;
+        bool written;  // it will have it, unless the audio system hangs
+    };
 
     /// Posts `action(*this)` for as long as the controller lives.
     template <class Action>
@@ -66,6 +76,7 @@ private:
     void tryToRecover();
     void devicesChanged();
 
+    void setLowered(bool lowered);
     void startRamp(Ramp ramp);
     void stepRamp();
     void cancelRamp();
@@ -73,9 +84,11 @@ private:
     void finishRestoreRamp();
     /// Ends a duck by the mute switch.
     void unmute();
-    /// A device has its volume back: forgets the record, unless the device is away, or the audio system does
-    /// not answer, and has yet to take it.
-    void restored(AudioObjectId device, PendingRestore::Slot slot = PendingRestore::Slot::latest);
+    /// A device has been given its volume back: forgets the record, unless the device is away, has refused
+    /// the volume (not `written`), or the audio system does not answer. Then it is tried again.
+    void restored(AudioObjectId device, bool written,
+                  PendingRestore::Slot slot = PendingRestore::Slot::latest);
+    void tryAgain(const std::optional<Awaited>& awaited, PendingRestore::Slot slot);
     /// `device` is about to be faded: keeps the record of another that has yet to take its volume.
     void setAwaitedAside(AudioObjectId device);
     void tellGuard(const DuckInForce& duck);
@@ -88,16 +101,19 @@ private:
     const std::shared_ptr<VolumeGuard> guard_;  // or none
 
     Timer timer_;
-    Timer confirmation_;        // until the audio system is asked again whether it has a volume
-    std::optional<Ramp> ramp_;  // the one in progress
+    Timer confirmation_;                   // until the audio system is asked again whether it has a volume
+    std::optional<Ramp> ramp_;             // the one in progress
+    std::function<void(bool)> onLowered_;  // or none
+    bool lowered_ = false;                 // as told last
     bool ducked_ = false;
     bool refusing_ = false;
     AudioObjectId device_ = 0;  // the one that was ducked
     std::optional<float> savedVolume_;
     bool usedMute_ = false;
-    bool recovering_ = false;                // a record of an earlier run waits for a device
-    std::optional<AudioObjectId> awaiting_;  // restored but has yet to take it; the record stays until then
-    std::optional<AudioObjectId> away_;      // the same, when another has been faded since
+    bool recovering_ = false;  // a record of an earlier run waits for a device
+    std::optional<Awaited> awaiting_;
+    std::optional<Awaited> away_;  // the same, when another has been faded since
+    int refusals_ = 0;             // since a volume was taken
 };
 
 }  // namespace sordin

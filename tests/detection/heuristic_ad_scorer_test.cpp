@@ -33,7 +33,7 @@ TEST(HeuristicAdScorer, WeighsEachSignalByItself) {
     EXPECT_FLOAT_EQ(share("Boundary", {.boundary = 0.5F}), 0.175F);
     EXPECT_FLOAT_EQ(share("Repetition", {.repetition = 0.5F}), 0.4F);
     EXPECT_FLOAT_EQ(share("Timing", {.sinceLastAd = 30}), 0.1875F);
-    EXPECT_FLOAT_EQ(share("Timing", {.sinceLastAd = 120}), 0);
+    EXPECT_FLOAT_EQ(share("Timing", {.sinceLastAd = 180}), 0);
     EXPECT_FLOAT_EQ(share("Timing", {}), 0);
     EXPECT_FLOAT_EQ(share("Loudness", {.loudnessRise = 5}), 0.1F);
     EXPECT_FLOAT_EQ(share("Loudness", {.loudnessRise = 2}), 0);
@@ -116,6 +116,8 @@ TEST(HeuristicAdScorer, SilenceForgetsFasterThanBoundariesFade) {
 TEST(HeuristicAdScorer, ScoresThatAreNoNumbersPassWithoutATrace) {
     HeuristicAdScorer scorer;
     const float nan = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_EQ(share("Audio", {.music = 1, .speech = nan}), 0);
+    EXPECT_EQ(share("Audio", {.music = nan, .speech = 1}), 0);
     static_cast<void>(
         scorer.update({.music = nan, .speech = nan, .jingle = nan, .boundary = nan, .loudnessRise = nan}));
     const auto verdict = scorer.update({.music = 1, .speech = 1});

@@ -63,12 +63,14 @@ TEST_F(PipelineHopsTest, BoundaryComesFromJumpsOfTheScores) {
 
 TEST_F(PipelineHopsTest, BoundaryComesFromTheSpectrumToo) {
     for (int hop = 0; hop < 12; ++hop) {
+        classifier->scores.music = hop < 11 ? 0 : 0.25F;  // a jump of 0.2, of which nothing is added
         playHops(1, hop < 6 ? 0.001F : 0.1F);  // the square wave leaves bands 0 to 6 at their floor
     }
     // Band 7 has moved by 40 dB: a mean shift of 5, (5 - 2) / 8.
     EXPECT_NEAR(hops[11].signals.boundary, 0.375, 0.01);
     EXPECT_EQ(hops[10].signals.boundary, 0);
     stop();
+    classifier->scores.music = 0.25F;
     for (int hop = 0; hop < 11; ++hop) {
         playHops(1, hop < 6 ? 0.001F : 0.1F);
         EXPECT_EQ(hops.back().signals.boundary, 0) << "a stop forgets the spectrum before it";
@@ -85,8 +87,13 @@ TEST_F(PipelineHopsTest, LoudnessIsMeasuredAgainstASlowAverage) {
         average = 0.99 * average + 0.01 * db;
     }
     playHops(3, 0);
+    auto broken = sound(hopSize);
+    broken[0] = std::numeric_limits<float>::quiet_NaN();
+    ingest(broken);
+    EXPECT_EQ(hops.back().signals.loudnessRise, 0);
     playHops(1, 0.1F);
-    EXPECT_NEAR(hops.back().signals.loudnessRise, -20 - average, 1e-3) << "silence does not move the average";
+    EXPECT_NEAR(hops.back().signals.loudnessRise, -20 - average, 1e-3)
+        << "neither silence nor nonsense moves it";
     stop();
     playHops(1, 0.5F);
     EXPECT_EQ(hops.back().signals.loudnessRise, 0) << "a stop forgets the average";

@@ -133,6 +133,8 @@ TEST_F(PipelineLifecycleTest, StopEndsTheAdOnceAndCleansUp) {
     playHops(20, 0.1F, 0);
     startAd();
     transcriber->running = true;
+    const SoundClassification before = classifier->scores = {0.5F, 0.25F, 0};
+    playHops(1, 0.1F, 0.9F);
     ingest(sound(5000));
     pipeline->stop();
     EXPECT_THAT(ends, SizeIs(1)) << "stopping waits for its turn on the queue";
@@ -143,13 +145,22 @@ TEST_F(PipelineLifecycleTest, StopEndsTheAdOnceAndCleansUp) {
     EXPECT_EQ(classifier->resets, 1);
     EXPECT_EQ(scorer->resets, 1);
 
+    const auto hopsBefore = static_cast<std::int64_t>(hops.size());
+    const std::int64_t framesBefore = classifier->positions.back() + 5000;
     hops.clear();
-    ingest(sound(3000));
+    ticks.clear();
+    ingest(std::vector<float>(100));
+    EXPECT_EQ(classifier->hopsFrom, framesBefore) << "though the hop begins in silence";
+    ingest(sound(2900));
+    EXPECT_EQ(classifier->positions.back(), framesBefore + 100) << "the position goes on";
     EXPECT_THAT(hops, SizeIs(0)) << "samples from before the stop are gone";
     EXPECT_THAT(classifier->prepared, SizeIs(2)) << "the first buffer prepares anew";
+    classifier->scores = before;
     ingest(sound(5000));
     ASSERT_THAT(hops, SizeIs(1));
-    EXPECT_EQ(scorer->last.sinceLastAd, 0.5 * 22) << "the ad that stop ended does not count as the last";
+    EXPECT_EQ(hops[0].index, hopsBefore);
+    EXPECT_EQ(hops[0].signals.boundary, 0) << "the scores before are compared with";
+    EXPECT_EQ(scorer->last.sinceLastAd, 0.5 * 23) << "the ad that stop ended does not count as the last";
     stop();
     stop();
     EXPECT_THAT(ends, SizeIs(2));

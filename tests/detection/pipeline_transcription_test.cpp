@@ -62,8 +62,10 @@ TEST_F(PipelineTranscriptionTest, EndsAfterFifteenSecondsAndPausesForEight) {
     beginSession();
     playHops(30);  // 15.0 s after it began
     EXPECT_TRUE(transcriber->running);
+    transcriber->transcript = "promo code";
     playHops(1);
     EXPECT_FALSE(transcriber->running);
+    EXPECT_FLOAT_EQ(keyword(), 1 / 1.2F) << "its last words count";
     playHops(16);  // 8.0 s after it ended
     EXPECT_EQ(transcriber->begins, 1);
     playHops(1);
@@ -192,6 +194,23 @@ TEST_F(PipelineTranscriptionTest, OtherRulesFadeAPhraseFromWhenItIsHeard) {
     EXPECT_FLOAT_EQ(keyword(), atEnd * 0.5F * 0.1F);
 }
 
+TEST_F(PipelineTranscriptionTest, AStopKeepsTheTimesOfSessionsAndTheCountOfLowHops) {
+    beginSession();
+    playHops(8, 0.1F, 0.1F);  // seven of them low by the hop before
+    stop();
+    classifier->scores.speech = 0.9F;
+    playHops(2, 0.1F, 0.3F);
+    ASSERT_TRUE(transcriber->running) << "by the confidence of the hop before";
+    playHops(1, 0.1F, 0.1F);
+    playHops(1);
+    EXPECT_FALSE(transcriber->running) << "after the eighth";
+    playHops(2, 0.1F, 0.3F);
+    stop();
+    classifier->scores.speech = 0.9F;
+    playHops(2);
+    EXPECT_FALSE(transcriber->running) << "the pause goes on";
+}
+
 TEST_F(PipelineTranscriptionTest, TheEndOfAnAdDiscountsWhatWasSaid) {
     startAd();
     ASSERT_TRUE(transcriber->running);
@@ -204,6 +223,17 @@ TEST_F(PipelineTranscriptionTest, TheEndOfAnAdDiscountsWhatWasSaid) {
     const float atEnd = keyword();
     playHops(1, 0.1F, 0);
     EXPECT_FLOAT_EQ(keyword(), atEnd * 0.985F * 0.3F);
+    startAd();
+    transcriber->running = true;
+    transcriber->transcript = "sponsored by";
+    playHops(1);
+    clock->advance(4);
+    pipeline->watchdog();
+    queue->runPending();
+    ASSERT_EQ(ends.size(), 2U);
+    transcriber->transcript = "";
+    playHops(1, 0.1F, 0);
+    EXPECT_FLOAT_EQ(keyword(), 0.985F / 1.2F) << "but not its end by the watchdog";
 }
 
 }  // namespace

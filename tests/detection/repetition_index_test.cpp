@@ -62,8 +62,12 @@ TEST(RepetitionIndex, KnowsAStretchAgainWhateverItsLevelTiltAndGain) {
     EXPECT_FLOAT_EQ(push(index, changed(ad, [](float& v, auto, auto) { v *= 2; })), 1);
     EXPECT_EQ(push(index, changed(ad, [](float& v, auto, auto) { v = -v; })), 0)
         << "the opposite is no match";
+    EXPECT_FLOAT_EQ(push(index, ad), 1);
     index.forget();
-    EXPECT_EQ(push(index, ad), 0);
+    EXPECT_EQ(index.push(ad[0]), 0);
+    push(index, other);
+    push(index, ad);
+    index.forget();
     index.learnCurrent();  // the recent hops are still there
     EXPECT_FLOAT_EQ(push(index, ad), 1);
 }

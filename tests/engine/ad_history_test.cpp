@@ -77,6 +77,10 @@ TEST_F(AdHistoryFileTest, WhatCannotBeReadCountsAsNoneAndIsKeptBesideTheFirstSav
         R"({"id":"E621E1F8-C36C-495A-93FC-0C247A3E6E5F","start":1,"duration":2,"app":"a",)"
         R"("peakConfidence":0.5,"reasons":[],"kind":"muted"})";
     ASSERT_THAT(loadText("[" + good + "]"), SizeIs(1));
+    std::string nil = good;
+    ASSERT_THAT(
+        loadText("[" + nil.replace(nil.find("E621"), 36, "00000000-0000-0000-0000-000000000000") + "]"),
+        SizeIs(1));
     for (const auto& [from, to] :
          std::vector<std::pair<std::string, std::string>>{{",\"kind\":\"muted\"", ""},
                                                           {"\"muted\"", "\"loud\""},

@@ -16,6 +16,7 @@ struct FakeClassifier final : SoundClassifying {
     bool preparable = true;
     std::vector<AudioFormat> prepared;
     std::vector<std::int64_t> positions;  // of the buffers analysed
+    std::int64_t hopsFrom = -1;
     int resets = 0;
 
     bool prepare(const AudioFormat& format) override {
@@ -25,6 +26,7 @@ struct FakeClassifier final : SoundClassifying {
     void analyze(const PcmBuffer& /*buffer*/, std::int64_t framePosition) override {
         positions.push_back(framePosition);
     }
+    void countHopsFrom(std::int64_t framePosition) override { hopsFrom = framePosition; }
     [[nodiscard]] SoundClassification current() const override { return scores; }
     void reset() override {
         scores = {};

@@ -21,6 +21,7 @@ public:
         std::optional<std::uint32_t> mute = std::nullopt;
         bool present = true;
         bool readable = true;
+        bool writable = true;
         std::map<std::uint32_t, float> kept = {};  // written while away
     };
     struct Process {
@@ -85,6 +86,9 @@ public:
         if (property == audio_property::mute) {
             device.mute = std::get<std::uint32_t>(value);
             return true;
+        }
+        if (!device.writable) {
+            return false;
         }
         const float volume = std::get<float>(value);
         (device.present ? device.volumes : device.kept)[property.element] = volume;

@@ -14,6 +14,7 @@ struct FakeCapture final : SystemAudioCapture {
     StartCompletion completion;
     std::function<void(std::optional<Failure>)> stopped;
     std::function<void()> ready;
+    std::function<void()> stopDone;  // of the last stop
 
     void start(std::shared_ptr<SerialQueue> onQueue, SampleHandler onSamples,
                StartCompletion onStarted) override {
@@ -24,7 +25,7 @@ struct FakeCapture final : SystemAudioCapture {
     }
     void stop(std::function<void()> done) override {
         ++stops;
-        done();
+        stopDone = std::move(done);
     }
     void onStop(std::function<void(std::optional<Failure>)> onStopped) override {
         stopped = std::move(onStopped);

@@ -32,7 +32,7 @@ void checkRecord(const UserDefaults& defaults) {
         return;
     }
     const OutputDeviceRecord& device = *record->device;
-    require(!device.name.empty() && device.reference >= 1 && device.reference <= 10);
+    require(!device.name.empty() && device.reference >= 1 && device.reference <= 1.5F);
     require(std::all_of(device.ratios.begin(), device.ratios.end(),
                         [](float ratio) { return ratio >= 0 && ratio <= 1; }));
 }

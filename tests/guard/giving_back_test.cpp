@@ -24,10 +24,7 @@ protected:
 
     bool give(const DuckInForce& duck) {
         const auto device = awaitDevice(objects, duck, 1ms);
-        if (device) {
-            giveBack(objects, *device, duck);
-        }
-        return device.has_value();
+        return device && giveBack(objects, *device, duck);
     }
 
     FakeAudioObjects objects;

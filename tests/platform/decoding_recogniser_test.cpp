@@ -224,5 +224,26 @@ TEST_F(DecodingRecogniserTest, ASlowDecoderOnItsThreadHoldsNobodyUp) {
     thread->sync([&] { EXPECT_EQ(decoder->heard.size(), 3U * 16'000); });
 }
 
+TEST_F(DecodingRecogniserTest, EndsThoughItsDecoderHangs) {
+    std::promise<void> begun;
+    std::promise<void> interrupted;
+    bool inTime = false;
+    decoder->onProcess = [&] {
+        begun.set_value();
+        inTime = interrupted.get_future().wait_for(std::chrono::seconds(20)) == std::future_status::ready;
+    };
+    std::optional<DecodingRecogniser> hung(
+        std::in_place, std::make_shared<AsioSerialQueue>("sordin.speech"),
+        DecodingRecogniser::Model{[] { return true; },
+                                  [this] { return std::make_unique<FakeSpeechDecoder>(decoder); },
+                                  [&] { interrupted.set_value(); }});
+    const auto session = hung->start({}, {});
+    session->append(tone(16'000, 0.1));
+    begun.get_future().wait();
+    hung.reset();
+    EXPECT_TRUE(inTime);
+    EXPECT_EQ(decoder->alive, 0);
+}
+
 }  // namespace
 }  // namespace sordin

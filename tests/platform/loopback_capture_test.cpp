@@ -24,18 +24,27 @@ struct SourceState {
     std::function<void()> changed;
     int open = 0;
     int openings = 0;
+    int questions = 0;
+    bool wanted = false;
+    bool outdated = false;
 };
 
 class FakeLoopbackSource final : public LoopbackSource {
 public:
     explicit FakeLoopbackSource(SourceState& state) : state_(state) {}
     void onChange(std::function<void()> handler) override { state_.changed = std::move(handler); }
-    std::optional<Obstacle> obstacle() override { return state_.obstacle; }
+    std::optional<Obstacle> obstacle() override {
+        ++state_.questions;
+        return state_.obstacle;
+    }
     void open(Handlers handlers) override {
         state_.handlers = std::move(handlers);
         ++state_.openings;
         EXPECT_EQ(++state_.open, 1);
+        state_.wanted = true;
     }
+    void setWanted(bool wanted) override { state_.wanted = wanted; }
+    bool outdated() const override { return std::exchange(state_.outdated, false); }
     void close() override { state_.open = 0; }
 
 private:
@@ -81,6 +90,18 @@ protected:
             audio->runPending();
         }
     }
+    /// For so long that the source is closed.
+    void stopForGood() {
+        stop();
+        settle();
+        control->advance(LoopbackCapture::keepTime);
+        EXPECT_EQ(source.open, 0);
+        news.clear();
+    }
+    void hear(std::int64_t count) {
+        source.handlers.heard({StreamDescription{16'000, 1, SampleType::float32, true}, count,
+                               std::vector<std::byte>(static_cast<std::size_t>(count) * 4)});
+    }
 
     SourceState source;
     std::shared_ptr<ManualSerialQueue> control = std::make_shared<ManualSerialQueue>("sordin.capture");
@@ -94,10 +115,8 @@ protected:
 
 TEST_F(LoopbackCaptureTest, DeliversWhatIsHeardInOrderAndHalfASecondOfZerosWhereNothingIs) {
     run();
-    for (const std::int64_t count : {3, 5}) {
-        source.handlers.heard({StreamDescription{16'000, 1, SampleType::float32, true}, count,
-                               std::vector<std::byte>(static_cast<std::size_t>(count) * 4)});
-    }
+    hear(3);
+    hear(5);
     audio->advance(500ms);
     EXPECT_THAT(frames, ElementsAre(3, 5));  // something was heard in this half second
     audio->advance(1000ms);
@@ -127,9 +146,7 @@ TEST_F(LoopbackCaptureTest, AStartWaitsTenSecondsForAServerAndSaysWhatWasMissing
     EXPECT_THAT(news, ElementsAre("start: running"));
 
     // What does not go away by itself is not waited for.
-    stop();
-    settle();
-    news.clear();
+    stopForGood();
     source.obstacle = {Failure(Error::noDisplay), false};
     start();
     EXPECT_THAT(news, ElementsAre("start: " + SystemAudioCapture::description(Error::noDisplay)));
@@ -152,8 +169,7 @@ TEST_F(LoopbackCaptureTest, TellsOnceWhenAStartThatFailedWouldNoLongerFail) {
     change(noDisplay);
     change();
     EXPECT_EQ(ready, 1);
-    stop();
-    settle();
+    stopForGood();
     source.obstacle = {Failure(Error::unreachable), true};
     start();
     change();
@@ -171,9 +187,7 @@ TEST_F(LoopbackCaptureTest, AServerThatIsLostWhileOpeningIsWaitedForAndOneThatRe
     EXPECT_THAT(news, ElementsAre("start: running"));
     EXPECT_EQ(source.openings, 2);
 
-    stop();
-    settle();
-    news.clear();
+    stopForGood();
     start();
     source.handlers.ended(Failure(Error::refused, "no"));
     control->runPending();
@@ -191,29 +205,74 @@ TEST_F(LoopbackCaptureTest, AStopWinsOverAStartAndTheHandlerIsQuietWhenItIsDone)
     old.opened();  // too late
     settle();
     EXPECT_THAT(news, ElementsAre("start: cancelled", "stop"));
-    EXPECT_EQ(source.open, 0);
+    stopForGood();
 
     run();
-    source.handlers.heard(lastHeard);  // waits on the audio queue
+    hear(3);  // waits on the audio queue
     stop();
     stop("second stop");
-    start("next start");  // during the stop
+    hear(4);
     EXPECT_THAT(news, IsEmpty());
     settle();
     EXPECT_THAT(news, ElementsAre("stop", "second stop"));
     EXPECT_THAT(frames, IsEmpty());
-    old.opened();  // far too late
-    settle();
-    EXPECT_THAT(news, ElementsAre("stop", "second stop"));
-    opened();
+    start();
     audio->advance(500ms);
-    EXPECT_THAT(news, ElementsAre("stop", "second stop", "next start: running"));
+    EXPECT_THAT(news, ElementsAre("stop", "second stop", "start: running"));
     EXPECT_THAT(frames, ElementsAre(8000));
 
     start("again");
     EXPECT_EQ(news.back(), "again: " + SystemAudioCapture::description(Error::alreadyRunning));
     audio->advance(500ms);
     EXPECT_EQ(frames.size(), 2U);  // the first goes on
+}
+
+TEST_F(LoopbackCaptureTest, OffAndOnWithinASecondIsOneOpeningAndAnOvertakenStartDoesNothing) {
+    start();
+    for (int i = 0; i < 2000; ++i) {
+        stop();
+        EXPECT_FALSE(source.wanted);
+        control->advance(i % 2 == 0 ? 10ms : 990ms);
+        start();
+        if (i == 1000) {
+            opened();
+        }
+    }
+    EXPECT_EQ(source.openings, 1);
+    EXPECT_TRUE(source.wanted);
+    EXPECT_EQ(news.back(), "start: running");
+    hear(3);
+    settle();
+    EXPECT_THAT(frames, ElementsAre(3)) << "to the last of the starts alone";
+    stopForGood();
+    source.questions = 0;
+    for (int i = 0; i < 20; ++i) {
+        capture->start(
+            audio, [](const auto&) {}, [](const auto& failure) { EXPECT_TRUE(failure); });
+        capture->stop([] {});
+    }
+    settle();
+    EXPECT_EQ(source.questions, 0);
+    EXPECT_EQ(source.openings, 1);
+}
+
+TEST_F(LoopbackCaptureTest, FollowsTheSoundToAnotherServerWithoutAWord) {
+    run();
+    for (const bool found : {true, false}) {
+        source.outdated = true;
+        change(found ? std::nullopt
+                     : std::optional(LoopbackSource::Obstacle{Failure(Error::unreachable), true}));
+        if (found) {
+            opened();
+            hear(3);
+            settle();
+            EXPECT_THAT(frames, ElementsAre(3));
+            EXPECT_THAT(news, IsEmpty());
+        }
+    }
+    capture->onStop([this](const auto& failure) { news.push_back("ended: " + failure->description); });
+    control->advance(10s);
+    EXPECT_THAT(news, ElementsAre("ended: " + SystemAudioCapture::description(Error::unreachable)));
 }
 
 TEST_F(LoopbackCaptureTest, ALossIsToldOnceAndLeavesTheCaptureStopped) {

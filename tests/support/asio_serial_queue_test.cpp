@@ -132,37 +132,6 @@ TEST(AsioSerialQueue, MayBeDestroyedByItsOwnWork) {
     }
 }
 
-TEST(AsioSerialQueue, TimersRunOnTheQueueUntilCancelled) {
-    AsioSerialQueue queue("sordin.test");
-    Signal fired;
-    Timer timer;
-    int runs = 0;
-    const auto held = std::make_shared<int>();
-    queue.sync([&] {
-        timer = queue.every(1ms, [&, held] {
-            EXPECT_TRUE(queue.isCurrent());
-            if (++runs == 3) {
-                timer.cancel();
-                fired.set();
-            }
-        });
-    });
-    const auto began = std::chrono::steady_clock::now();
-    Signal onceFired;
-    const auto once = queue.after(20ms, [&] { onceFired.set(); });
-    ASSERT_TRUE(onceFired.wait());
-    EXPECT_GE(std::chrono::steady_clock::now() - began, 20ms);
-    ASSERT_TRUE(fired.wait());
-    queue.sync([] {});
-    EXPECT_EQ(runs, 3);
-    EXPECT_EQ(held.use_count(), 1) << "a cancelled timer holds on to its work";
-
-    auto far = queue.after(24h, [held] {});
-    far.cancel();
-    queue.sync([] {});
-    EXPECT_EQ(held.use_count(), 1) << "a timer cancelled from outside holds on to its work";
-}
-
 TEST(AsioSerialQueue, ARepeatingTimerLeavesOutWhatItMissed) {
     constexpr auto interval = 10ms;
     AsioSerialQueue queue("sordin.test");

@@ -3,7 +3,6 @@
 
 #include <gmock/gmock.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -51,24 +50,6 @@ TEST(ManualSerialQueue, TimersFireAtTheirTimesAmongEachOther) {
     EXPECT_THAT(done, ElementsAre("again", "posted"));
     queue.advance(1h);
     EXPECT_THAT(done, ElementsAre("again", "posted", "once", "again", "posted", "then", "again", "posted"));
-}
-
-TEST(ManualSerialQueue, DroppingATimerCancelsItAndItMayOutliveTheQueue) {
-    auto queue = std::make_unique<ManualSerialQueue>("sordin.test");
-    int runs = 0;
-    const auto held = std::make_shared<int>();
-    {
-        const auto dropped = queue->every(1ms, [&runs, held] { ++runs; });
-    }
-    auto replaced = queue->after(1ms, [&] { ++runs; });
-    replaced = queue->after(2ms, [&] { runs += 10; });
-    EXPECT_EQ(held.use_count(), 1);
-    queue->advance(5ms);
-    EXPECT_EQ(runs, 10);
-    auto survivor = queue->every(1ms, [&runs, held] { ++runs; });
-    queue.reset();
-    EXPECT_EQ(held.use_count(), 1);
-    survivor.cancel();
 }
 
 }  // namespace

@@ -313,6 +313,7 @@ TEST(CaptureChoiceTest, TheServerIsHeardThatPlaysTheSound) {
     pulse->start();
     EXPECT_EQ(ear.start(), "");
     {
+        ear.forget();
         const Player player(ServerKind::pulseAudio);
         EXPECT_TRUE(ear.hears(fullLevel));
         EXPECT_EQ(device(), "pulse-sink");

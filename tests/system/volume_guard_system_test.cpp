@@ -155,6 +155,17 @@ TEST_F(VolumeGuardSystemTest, HearsWhatTheProgramSaidLastThoughItIsGoneAndNeverL
     }
 }
 
+TEST_F(VolumeGuardSystemTest, GivesBackWhatItWasToldThoughTheRecordCannotBeRead) {
+    startProgram();
+    const Guard watching = guard();
+    duck();
+    std::filesystem::remove(folder / "pending-restore.json");
+    std::filesystem::create_symlink("/proc/self/mem", folder / "pending-restore.json");
+    killProgram();
+    ASSERT_TRUE(watching.ends());
+    EXPECT_TRUE(is(sinkA, before));
+}
+
 TEST_F(VolumeGuardSystemTest, ANewStartAtOnceAndTheGuardDoNotDisturbEachOther) {
     for (int round = 0; round < 3; ++round) {
         startProgram();

@@ -119,6 +119,28 @@ TEST_F(VolumeControllerTest, UsesTheFrontChannelsOrTheMuteSwitch) {
     EXPECT_FLOAT_EQ(volumeOf(headphones), 0) << "a duck without a device leaves no duck in force";
 }
 
+TEST_F(VolumeControllerTest, SaysWhetherADeviceIsLower) {
+    std::vector<bool> said;
+    controller->onLowered([&](bool lowered) { said.push_back(lowered); });
+    const auto expect = [&](const std::vector<bool>& expected, const char* when) {
+        duck(when == std::string("all is kept") ? 1 : 0.5F);
+        restore();
+        duck(when == std::string("all is kept") ? 1 : 0.5F);
+        controller->restoreImmediately();
+        EXPECT_EQ(std::exchange(said, {}), expected) << when;
+    };
+    expect({true, false, true, false}, "faded");
+    expect({}, "all is kept");
+    objects->devices[speakers].volumes[0] = 0;
+    expect({}, "silent already");
+    objects->devices[speakers] = {"switch", {}, {}, 0};
+    expect({true, false, true, false}, "muted by the duck");
+    objects->devices[speakers].mute = 1;
+    expect({}, "muted by the user");
+    objects->makeDefault(0);
+    expect({}, "no device");
+}
+
 TEST_F(VolumeControllerTest, RestoresTheDeviceThatItDucked) {
     duck();
     objects->makeDefault(headphones);

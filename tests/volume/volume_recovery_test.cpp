@@ -108,6 +108,28 @@ TEST_F(VolumeRecoveryTest, ARestoreToADeviceThatIsAwayKeepsTheRecordUntilItRetur
     EXPECT_TRUE(defaults->values.empty());
 }
 
+TEST_F(VolumeRecoveryTest, ADeviceThatRefusesItsVolumeKeepsTheRecordUntilItHasIt) {
+    controller->recoverFromCrash();
+    for (const int way : {0, 1, 2}) {
+        duck();
+        objects->devices[speakers].writable = false;
+        if (way == 0) {
+            restore();
+        } else if (way == 1) {
+            controller->restoreImmediately();
+        } else {
+            controller = std::make_shared<VolumeController>(queue, objects, defaults);
+            recover();
+        }
+        pass(5000);
+        EXPECT_TRUE(pending()) << way;
+        objects->devices[speakers].writable = true;
+        pass(1000);
+        EXPECT_EQ(volumeOf(speakers), 0.8F) << way;
+        EXPECT_TRUE(defaults->values.empty()) << way;
+    }
+}
+
 TEST_F(VolumeRecoveryTest, ADeviceThatIsAwayGetsItsVolumeThoughAnotherWasFadedSince) {
     const auto leaveSpeakersOutOfAnAd = [this] {
         objects->makeDefault(speakers);
@@ -159,23 +181,28 @@ TEST_F(VolumeRecoveryTest, TheRecordReadsBackWhole) {
              {"pendingRestoreDevice", std::string()},
              {"pendingRestoreRoute", 5.0},
              {"pendingRestoreReference", 0.5},
-             {"pendingRestoreReference", 1e30},
              {"pendingRestoreRatios", std::string("1 x")},
              {"pendingRestoreRatios", std::string("1 1.5")},
              {"pendingRestoreRatios", std::string("1 -0.5")},
              {"pendingRestoreRatios", std::string("1 -")},
+             {"pendingRestoreRatios", std::string("0 0")},
              {"pendingRestoreRatios", true}}) {
         written.write(*defaults);
         defaults->set(key, damaged);
         ASSERT_TRUE(PendingRestore::read(*defaults)) << key;
         EXPECT_FALSE(PendingRestore::read(*defaults)->device) << key;
     }
+    written.write(*defaults);
+    defaults->set("pendingRestoreReference", 1e30);
+    EXPECT_EQ(PendingRestore::read(*defaults)->device->reference, 1.5F) << "where mixers end";
     PendingRestore{0.5F, std::nullopt}.write(*defaults);
     EXPECT_THAT(defaults->values, SizeIs(1));
-    for (const double damaged : {-0.1, 1.1, std::nan("")}) {
-        defaults->set(PendingRestore::key, damaged);
-        EXPECT_FALSE(PendingRestore::read(*defaults)) << damaged;
+    for (const auto& [kept, volume] : {std::pair(-0.1, 0.0F), {1.1, 1.0F}}) {
+        defaults->set(PendingRestore::key, kept);
+        EXPECT_EQ(PendingRestore::read(*defaults)->volume, volume);
     }
+    defaults->set(PendingRestore::key, std::nan(""));
+    EXPECT_FALSE(PendingRestore::read(*defaults));
 }
 
 }  // namespace

@@ -81,9 +81,8 @@ TEST_F(FileUserDefaultsTest, WritesSettingsALittleLaterAndAtTheEnd) {
     defaults->set("sensitivity", 0.5);
     defaults->flush();
     EXPECT_EQ(settings()["sensitivity"], 0.5);
-    struct stat info {};
-    stat(file().c_str(), &info);
-    EXPECT_EQ(info.st_mode & 0777U, 0600U);
+    EXPECT_EQ(fs::status(file()).permissions(), fs::perms(0600));
+    EXPECT_EQ(fs::status(folder()).permissions(), fs::perms(0700));
 }
 
 TEST_F(FileUserDefaultsTest, WritesThePendingRestoreAtOnceAndApart) {
@@ -120,7 +119,9 @@ TEST_F(FileUserDefaultsTest, SetsAsideWhatItCannotRead) {
                                        std::string(100'000, '['),
                                        "{\"a\": " + std::string(400'000, '[') + std::string(400'000, ']') +
                                            "}",
-                                       "{\"a\": 1} x"};
+                                       "{\"a\": 1} x",
+                                       "{\"a\": 1,}",
+                                       "{\"a\": 1e999}"};
     for (std::size_t i = 0; i < bad.size(); ++i) {
         writeText(file(), bad[i]);
         open();
@@ -128,6 +129,12 @@ TEST_F(FileUserDefaultsTest, SetsAsideWhatItCannotRead) {
         EXPECT_FALSE(fs::exists(file()));
         EXPECT_EQ(setAside().size(), i + 1);
         EXPECT_THAT(setAside(), testing::Contains(bad[i]));
+        EXPECT_EQ(contentsOf(defaults->settingsAside()), bad[i]);
+    }
+    for (const fs::path& each : {file(), pendingFile()}) {  // opens, but reading fails, as on a failing disk
+        fs::create_symlink("/proc/self/mem", each);
+        open();
+        EXPECT_FALSE(fs::is_symlink(each));
     }
     fs::create_directories(file());
     mkfifo(pendingFile().c_str(), 0600);

@@ -5,37 +5,56 @@
 
 namespace sordin {
 
-namespace {
-
-constexpr auto pulseDeadline = std::chrono::milliseconds(1500);
-
-}  // namespace
-
 ChosenLoopbackSource::ChosenLoopbackSource(std::shared_ptr<ServerChoice> choice,
                                            std::unique_ptr<LoopbackSource> pipeWire,
                                            std::unique_ptr<LoopbackSource> pulse)
     : choice_(std::move(choice)), pipeWire_(std::move(pipeWire)), pulse_(std::move(pulse)) {}
 
+ChosenLoopbackSource::~ChosenLoopbackSource() {
+    choice_->onChange({});
+}
+
 void ChosenLoopbackSource::onChange(std::function<void()> handler) {
     pipeWire_->onChange(handler);
-    pulse_->onChange(std::move(handler));
+    pulse_->onChange(handler);
+    choice_->onChange(std::move(handler));
 }
 
 std::optional<LoopbackSource::Obstacle> ChosenLoopbackSource::obstacle() {
     if (&chosen() == pipeWire_.get() && !pipeWire_->obstacle()) {
         // PulseAudio may have taken the sound over without a word to PipeWire.
-        choice_->look(pulseDeadline);
+        choice_->look();
+        if (choice_->undecided()) {
+            return Obstacle{failure(SystemAudioCapture::Error::unreachable), true};
+        }
     }
     return chosen().obstacle();
 }
 
 void ChosenLoopbackSource::open(Handlers handlers) {
-    chosen().open(std::move(handlers));
+    open_ = &chosen();
+    open_->open(std::move(handlers));
 }
 
 void ChosenLoopbackSource::close() {
     pipeWire_->close();
     pulse_->close();
+    open_ = nullptr;
+}
+
+void ChosenLoopbackSource::setWanted(bool wanted) {
+    if (open_ != nullptr) {
+        open_->setWanted(wanted);
+    }
+}
+
+bool ChosenLoopbackSource::outdated() const {
+    if (open_ == nullptr || open_ == &chosen()) {
+        return false;
+    }
+    // Where its own server is gone, what is open ends by itself.
+    const auto obstacle = open_->obstacle();
+    return !obstacle || obstacle->failure.error != SystemAudioCapture::Error::unreachable;
 }
 
 SystemAudioCapture::Failure ChosenLoopbackSource::failure(SystemAudioCapture::Error error) const {

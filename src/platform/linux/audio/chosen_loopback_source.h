@@ -14,11 +14,16 @@ public:
     /// None may be null.
     ChosenLoopbackSource(std::shared_ptr<ServerChoice> choice, std::unique_ptr<LoopbackSource> pipeWire,
                          std::unique_ptr<LoopbackSource> pulse);
+    ~ChosenLoopbackSource() override;
+    ChosenLoopbackSource(const ChosenLoopbackSource&) = delete;
+    ChosenLoopbackSource& operator=(const ChosenLoopbackSource&) = delete;
 
     void onChange(std::function<void()> handler) override;
     [[nodiscard]] std::optional<Obstacle> obstacle() override;
     void open(Handlers handlers) override;
     void close() override;
+    void setWanted(bool wanted) override;
+    [[nodiscard]] bool outdated() const override;
     [[nodiscard]] SystemAudioCapture::Failure failure(SystemAudioCapture::Error error) const override;
 
 private:
@@ -27,6 +32,7 @@ private:
     const std::shared_ptr<ServerChoice> choice_;
     const std::unique_ptr<LoopbackSource> pipeWire_;
     const std::unique_ptr<LoopbackSource> pulse_;
+    LoopbackSource* open_ = nullptr;  // the one of them that is open
 };
 
 }  // namespace sordin

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/audio/server_choice.h"
 
+#include <type_traits>
 #include <utility>
 
 namespace sordin {
@@ -19,7 +20,15 @@ public:
 
 private:
     void disconnecting() override { update(false); }
-    void graphChanged() override { update(isThere_(session_)); }
+    void graphChanged() override {
+        update(isThere_(session_));
+        if constexpr (std::is_same_v<Session, pulse::Session>) {
+            const bool undecided = session_.undecided();
+            if (choice_.undecided_.exchange(undecided) != undecided) {
+                choice_.tell();
+            }
+        }
+    }
     void update(bool there) {
         if (there_.exchange(there) != there) {
             choice_.decide();
@@ -44,13 +53,26 @@ ServerChoice::ServerChoice(std::shared_ptr<pipewire::Session> pipeWire, std::sha
 
 ServerChoice::~ServerChoice() = default;
 
-void ServerChoice::look(std::chrono::milliseconds deadline) {
-    pulse_->look(deadline);
+void ServerChoice::onChange(std::function<void()> handler) {
+    const std::scoped_lock lock(telling_);
+    onChange_ = std::move(handler);
+}
+
+void ServerChoice::tell() {
+    const std::scoped_lock lock(telling_);
+    if (onChange_) {
+        onChange_();
+    }
+}
+
+bool ServerChoice::undecided() const {
+    const auto lock = pulse_->lock();
+    return pulse_->undecided();
 }
 
 bool ServerChoice::waitUntilKnown(std::chrono::milliseconds deadline) {
     const auto end = std::chrono::steady_clock::now() + deadline;
-    if (pulse_->look(deadline)) {
+    if (pulse_->waitUntilKnown(deadline)) {
         return true;
     }
     return pipeWire_->waitUntilListed(
@@ -58,14 +80,21 @@ bool ServerChoice::waitUntilKnown(std::chrono::milliseconds deadline) {
 }
 
 void ServerChoice::decide() {
-    // Both servers may tell at once; whoever decides last knows both.
-    const std::scoped_lock lock(deciding_);
-    if (pulseIsThere_) {
-        server_ = Server::pulseAudio;
-    } else if (pipeWireSounds_) {
-        server_ = Server::pipeWire;
+    Server before = server_;
+    {
+        // Both servers may tell at once; whoever decides last knows both.
+        const std::scoped_lock lock(deciding_);
+        before = server_;
+        if (pulseIsThere_) {
+            server_ = Server::pulseAudio;
+        } else if (pipeWireSounds_) {
+            server_ = Server::pipeWire;
+        }
+        pulse_->keepLooking(!pipeWireSounds_);
     }
-    pulse_->keepLooking(!pipeWireSounds_);
+    if (server_ != before) {
+        tell();
+    }
 }
 
 }  // namespace sordin

@@ -17,7 +17,7 @@ namespace sordin {
 /// goes stays the choice until the other one is there.
 ///
 /// Whoever observes the sessions should begin to after the choice was made: then it is told before them. All
-/// operations may be called from any thread.
+/// operations may be called from any thread, and return at once unless they say that they wait.
 class ServerChoice {
 public:
     enum class Server { pipeWire, pulseAudio };
@@ -30,8 +30,15 @@ public:
 
     [[nodiscard]] Server server() const { return server_; }
 
-    /// Looks whether PulseAudio has come to be the one that plays, for as long as `deadline`.
-    void look(std::chrono::milliseconds deadline);
+    /// Sets what is called, on any thread with locks of the sessions held, after server() or undecided() may
+    /// answer something else. It must only post. Empty for nothing; then it is not being called any more.
+    void onChange(std::function<void()> handler);
+
+    /// Has looked soon whether PulseAudio has come to be the one that plays.
+    void look() { pulse_->look(); }
+
+    /// Whether PulseAudio may yet turn out to be there; for one and a half seconds at most.
+    [[nodiscard]] bool undecided() const;
 
     /// Waits until the server that plays is known with all it has; false if that takes longer than
     /// `deadline`.
@@ -42,10 +49,14 @@ private:
     class Watch;
 
     void decide();
+    void tell();
 
     const std::shared_ptr<pipewire::Session> pipeWire_;
     const std::shared_ptr<pulse::Session> pulse_;
     std::mutex deciding_;
+    std::mutex telling_;
+    std::function<void()> onChange_;       // guarded by telling_
+    std::atomic<bool> undecided_ = false;  // as told last
     std::atomic<Server> server_ = Server::pipeWire;
     std::atomic<bool> pipeWireSounds_ = false;
     std::atomic<bool> pulseIsThere_ = false;

@@ -75,9 +75,8 @@ std::error_code LoginEntry::setActive(bool active) const {
         fs::remove(file_, error);
         return error;
     }
-    fs::create_directories(file_.parent_path(), error);
-    if (error) {
-        return error;
+    if (const auto failed = createFolders(file_.parent_path())) {
+        return failed;
     }
     return replaceFile(file_,
                        "[Desktop Entry]\n"

@@ -137,6 +137,11 @@ void CaptureStream::update() {
     watchFlow();
 }
 
+void CaptureStream::setWanted(bool wanted) {
+    wanted_ = wanted;
+    session_.refreshAfter(0ms);
+}
+
 void CaptureStream::updateLinks(const Graph& graph, GlobalId self) {
     links_.follow(linkPlan(graph, self), [&](const PortPair& ports) {
         return std::make_unique<Link>(session_, ports, graph.ports.at(ports.first).node, self);
@@ -144,9 +149,10 @@ void CaptureStream::updateLinks(const Graph& graph, GlobalId self) {
 }
 
 void CaptureStream::updateActivity(const Graph& graph) {
-    const bool playing = std::any_of(graph.nodes.begin(), graph.nodes.end(), [&graph](const auto& entry) {
-        return entry.second.running && graph.isAudible(entry.second);
-    });
+    const bool playing =
+        wanted_ && std::any_of(graph.nodes.begin(), graph.nodes.end(), [&graph](const auto& entry) {
+            return entry.second.running && graph.isAudible(entry.second);
+        });
     if (playing != flow_.active()) {
         deliver();  // what is left of before
         flow_.setActive(playing);

@@ -31,6 +31,9 @@ public:
     /// Connects to what there is to hear now.
     void update();
 
+    /// Whether it may be active.
+    void setWanted(bool wanted);
+
 private:
     class Link;
 
@@ -54,6 +57,7 @@ private:
     StreamPointer stream_;
     Hook hook_;
     bool opened_ = false;
+    bool wanted_ = true;
     bool ended_ = false;
 
     PlannedSet<PortPair, Link> links_;

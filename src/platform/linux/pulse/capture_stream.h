@@ -29,6 +29,9 @@ public:
     /// Connects to what there is to hear now.
     void update();
 
+    /// Nothing to do: its recordings go on, as they must for the next time.
+    void setWanted(bool /*wanted*/) {}
+
 private:
     class Tap;
     /// A player, and the monitor of the sink that it plays to: a player that moves needs another tap.

@@ -11,6 +11,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto reconnectInterval = 500ms;
+constexpr auto lookInterval = 3s;
+constexpr auto patienceForIdentity = 1500ms;
 
 }  // namespace
 
@@ -22,10 +24,8 @@ Session::Session()
                         refreshAt_.reset();
                         onRefresh();
                     }),
-      connectTimer_(loop_, [this] {
-          retrying_ = false;
-          onLook();
-      }) {
+      connectTimer_(loop_, [this] { onLook(); }),
+      decideTimer_(loop_, [this] { onRefresh(); }) {
     connect();
     loop_.start();
 }
@@ -63,17 +63,24 @@ void Session::keepLooking(bool looking) {
     }
 }
 
-bool Session::look(std::chrono::milliseconds deadline) {
-    {
-        const LoopLock held = lock();
-        if (!connection_) {
-            connect();
-        }
-    }
-    return loop_.waitFor(deadline, [this] { return !connection_ || over_ || ready(); }) && [this] {
-        const LoopLock held = lock();
-        return ready();
-    }();
+void Session::look() {
+    const LoopLock held = lock();
+    asked_ = true;
+    onLook();
+}
+
+bool Session::undecided() const {
+    return connection_ && !over_ && !connection_->isPulseAudio() &&
+           Clock::now() < attempted_ + patienceForIdentity;
+}
+
+bool Session::waitUntilKnown(std::chrono::milliseconds deadline) {
+    bool there = false;
+    static_cast<void>(loop_.waitFor(deadline, [this, &there] {
+        there = ready();
+        return there || !connection_ || over_ || connection_->isPulseAudio() == false;
+    }));
+    return there;
 }
 
 bool Session::flush(std::chrono::milliseconds deadline) {
@@ -96,8 +103,7 @@ bool Session::flush(std::chrono::milliseconds deadline) {
 
 void Session::connect() {
     connection_ = Connection::open(loop_, {[this] {
-                                               over_ = over_ || !connected();
-                                               if (!over_) {
+                                               if (connected()) {
                                                    connection_->list();
                                                }
                                            },
@@ -110,6 +116,9 @@ void Session::connect() {
                                                ++answers_;
                                                loop_.signal();
                                            }});
+    asked_ = false;
+    attempted_ = Clock::now();
+    decideTimer_.runAfter(patienceForIdentity);
     ++connections_;
     questions_ = 0;
     answers_ = 0;
@@ -124,25 +133,31 @@ void Session::disconnect() {
         for (Observer* observer : observers_) {
             observer->disconnecting();
         }
+        asked_ = asked_ || connection_->isPulseAudio().has_value();
         connection_.reset();
+        decideTimer_.cancel();
     }
     over_ = false;
 }
 
 void Session::onLook() {
-    if (!connection_ && !retrying_ && looking_) {
+    if (connection_ || over_ || !(looking_ || asked_)) {
+        return;
+    }
+    const Clock::duration pause = looking_ ? Clock::duration(reconnectInterval) : lookInterval;
+    const auto left = attempted_ + pause - Clock::now();
+    if (left <= Clock::duration::zero()) {
         connect();
+    } else {
+        connectTimer_.runAfter(std::chrono::ceil<std::chrono::microseconds>(left));
     }
 }
 
 void Session::onRefresh() {
     if (over_) {
-        const bool other = connection_ && connection_->isPulseAudio() == false;
         disconnect();
-        if (!other) {
-            retrying_ = true;
-            connectTimer_.runAfter(reconnectInterval);
-        }
+        attempted_ = Clock::now();
+        onLook();
     }
     for (Observer* observer : observers_) {
         observer->graphChanged();

@@ -13,11 +13,13 @@
 
 namespace sordin::pulse {
 
-/// What the program has of PulseAudio: one thread with its loop, and one connection while there is a server
-/// of that kind. Where PipeWire answers in its place the connection ends at once.
+/// What the program has of PulseAudio: one thread with its loop, and one connection while a server answers.
+/// Where PipeWire answers in its place the connection is kept and not used: its loss is the only sign that
+/// PulseAudio may take over, and each new connection would make work for all clients of the server.
 ///
-/// Looks for a server when it begins, when it is asked, and while it keeps looking: half a second after a
-/// connection was lost and every half second until anybody answers.
+/// Connects when it begins; while it keeps looking, half a second after the last attempt until a server
+/// answers; when it is asked, or has lost a server that it knew, no sooner than three seconds after the last
+/// attempt.
 ///
 /// Observers are called on the loop's thread, under its lock; everything else may be called from any other
 /// thread.
@@ -58,9 +60,16 @@ public:
     /// Whether to look for a server all the time. Any thread, with any locks.
     void keepLooking(bool looking);
 
-    /// Looks for a server now, if there is none, and waits until it is known whether there is one that is
-    /// ready; false also if that takes longer than `deadline`.
-    bool look(std::chrono::milliseconds deadline);
+    /// Has a server looked for soon, if there is none. Does not wait.
+    void look();
+
+    /// Whether a server may yet turn out to be PulseAudio: a connection has been begun, within the last one
+    /// and a half seconds, and has not answered.
+    [[nodiscard]] bool undecided() const;
+
+    /// Waits until it is known whether there is a server that is ready; false also if that takes longer than
+    /// `deadline`.
+    bool waitUntilKnown(std::chrono::milliseconds deadline);
 
     /// Waits until the server has done everything asked so far; false if there is none or it takes longer
     /// than `deadline`.
@@ -79,12 +88,14 @@ private:
     LoopEvent look_;
     LoopTimer refreshTimer_;
     LoopTimer connectTimer_;
+    LoopTimer decideTimer_;  // until the connection counts as one that does not answer
     std::atomic<bool> looking_ = false;
     std::vector<Observer*> observers_;
 
     std::unique_ptr<Connection> connection_;
     bool over_ = false;              // the connection is to be closed once its events are done
-    bool retrying_ = false;          // the timer to connect is set
+    bool asked_ = false;             // to look once more
+    Clock::time_point attempted_;    // when a connection was begun or lost last
     std::uint64_t connections_ = 0;  // how many there have been, with those that came to nothing
     std::uint64_t questions_ = 0;    // to the server, for it to catch up
     std::uint64_t answers_ = 0;

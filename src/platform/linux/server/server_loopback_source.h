@@ -13,7 +13,7 @@ namespace sordin {
 
 /// Hears all applications through a sound server. The session with it has lock(), under which it calls its
 /// observers, ready() when it knows what the server has, and hasSink(). A stream is made of the session and
-/// the handlers while the session is connected, and has update().
+/// the handlers while the session is connected, has update() and setWanted().
 template <class Session, class Stream>
 class ServerLoopbackSource final : public LoopbackSource, private Session::Observer {
 public:
@@ -55,6 +55,13 @@ public:
     }
 
     void close() override { closeStream(); }
+
+    void setWanted(bool wanted) override {
+        const auto lock = session_->lock();
+        if (stream_) {
+            stream_->setWanted(wanted);
+        }
+    }
 
     [[nodiscard]] SystemAudioCapture::Failure failure(SystemAudioCapture::Error error) const override {
         using Error = SystemAudioCapture::Error;

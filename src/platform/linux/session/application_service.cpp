@@ -10,6 +10,7 @@ namespace sordin {
 namespace {
 
 const QString serviceName = QLatin1String(ApplicationService::id);
+const QString busName = QStringLiteral("org.freedesktop.DBus");
 const QString interfaceName = QStringLiteral("org.freedesktop.Application");
 
 const QString applicationDescription = QStringLiteral(R"(  <interface name="org.freedesktop.Application">
@@ -50,7 +51,10 @@ ApplicationService::ApplicationService(QDBusConnection bus,
 
 ApplicationService::~ApplicationService() {
     if (name_ == Name::ours) {
-        bus_.unregisterService(serviceName);
+        // Not waiting for an answer: the bus may hang.
+        bus_.send(QDBusMessage::createMethodCall(busName, QStringLiteral("/org/freedesktop/DBus"), busName,
+                                                 QStringLiteral("ReleaseName"))
+                  << serviceName);
     }
 }
 

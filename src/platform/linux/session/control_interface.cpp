@@ -22,45 +22,67 @@ QString interfaceDescription() {
     return whole.mid(begin, whole.indexOf(end) + end.size() - begin);
 }
 
-QVariantMap propertiesOf(const ControlInterface::State& state) {
-    return {
-        {QStringLiteral("Status"), state.status},   {QStringLiteral("StatusText"), state.statusText},
-        {QStringLiteral("Enabled"), state.enabled}, {QStringLiteral("AdActive"), state.adActive},
-        {QStringLiteral("Faded"), state.faded},     {QStringLiteral("Source"), state.source},
-        {confidenceProperty, state.confidence},     {QStringLiteral("TunedDetection"), state.tunedDetection}};
-}
-
 }  // namespace
 
-ControlInterface::ControlInterface(ApplicationService& service, Program program)
-    : service_(service), program_(std::move(program)), told_(propertiesOf(program_.state())) {
+ControlInterface::ControlInterface(ApplicationService& service, Program program,
+                                   std::chrono::milliseconds switchInterval)
+    : service_(service), program_(std::move(program)), told_(properties()) {
+    pause_.setSingleShot(true);
+    pause_.setInterval(switchInterval);
+    connect(&pause_, &QTimer::timeout, this, &ControlInterface::switchNow);
     const auto restore = [this](const QDBusMessage& call) {
         program_.restoreVolume();
         return call.createReply();
     };
     const auto toggle = [this](const QDBusMessage& call) {
-        program_.setEnabled(!program_.state().enabled);
-        return call.createReply(program_.state().enabled);
+        setEnabled(!enabled());
+        return call.createReply(enabled());
     };
     service_.object().add(
         QLatin1String(name),
         {interfaceDescription(),
          {{QStringLiteral("RestoreNow"), {{}, restore}}, {QStringLiteral("Toggle"), {{}, toggle}}},
-         [this] { return propertiesOf(program_.state()); },
-         {{QStringLiteral("Enabled"), [this](const QVariant& value) { program_.setEnabled(value.toBool()); }},
+         [this] { return properties(); },
+         {{QStringLiteral("Enabled"), [this](const QVariant& value) { setEnabled(value.toBool()); }},
           {QStringLiteral("TunedDetection"),
            [this](const QVariant& value) { program_.setTunedDetection(value.toBool()); }}}});
     service_.setActions(
         {{QStringLiteral("RestoreVolume"), [this](bool /*starts*/) { program_.restoreVolume(); }},
          {QStringLiteral("ToggleEnabled"), [this](bool starts) {
               // Who starts the program by it does not want it switched off.
-              program_.setEnabled(starts || !program_.state().enabled);
+              setEnabled(starts || !enabled());
           }}});
 }
 
 ControlInterface::~ControlInterface() {
+    switchNow();
     service_.setActions({});
     service_.object().remove(QLatin1String(name));
+}
+
+void ControlInterface::setEnabled(bool enabled) {
+    wanted_ = enabled;
+    if (!pause_.isActive()) {
+        switchNow();
+    }
+}
+
+void ControlInterface::switchNow() {
+    if (const auto wanted = std::exchange(wanted_, std::nullopt)) {
+        if (*wanted != program_.state().enabled) {
+            pause_.start();
+        }
+        program_.setEnabled(*wanted);
+    }
+}
+
+QVariantMap ControlInterface::properties() const {
+    const State state = program_.state();
+    return {
+        {QStringLiteral("Status"), state.status}, {QStringLiteral("StatusText"), state.statusText},
+        {QStringLiteral("Enabled"), enabled()},   {QStringLiteral("AdActive"), state.adActive},
+        {QStringLiteral("Faded"), state.faded},   {QStringLiteral("Source"), state.source},
+        {confidenceProperty, state.confidence},   {QStringLiteral("TunedDetection"), state.tunedDetection}};
 }
 
 void ControlInterface::stateChanged() {
@@ -70,7 +92,7 @@ void ControlInterface::stateChanged() {
 }
 
 void ControlInterface::tell() {
-    const QVariantMap now = propertiesOf(program_.state());
+    const QVariantMap now = properties();
     QVariantMap changed;
     for (auto each = now.begin(); each != now.end(); ++each) {
         if (each.key() != confidenceProperty && each.value() != told_.value(each.key())) {

@@ -5,8 +5,11 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <QVariantMap>
+#include <chrono>
 #include <functional>
+#include <optional>
 
 namespace sordin {
 
@@ -38,8 +41,10 @@ public:
     };
 
     /// Is there for its life; `service` must outlive it. Of the desktop's actions it takes those that it can
-    /// do.
-    ControlInterface(ApplicationService& service, Program program);
+    /// do. The program is switched once in `switchInterval` at most; of what is asked for sooner the last
+    /// word holds, and Enabled says it at once.
+    ControlInterface(ApplicationService& service, Program program,
+                     std::chrono::milliseconds switchInterval = std::chrono::milliseconds(200));
     ~ControlInterface() override;
     Q_DISABLE_COPY_MOVE(ControlInterface)
 
@@ -49,9 +54,15 @@ public:
 
 private:
     void tell();
+    [[nodiscard]] bool enabled() const { return wanted_.value_or(program_.state().enabled); }
+    void setEnabled(bool enabled);
+    void switchNow();
+    [[nodiscard]] QVariantMap properties() const;
 
     ApplicationService& service_;
     const Program program_;
+    std::optional<bool> wanted_;  // what the program has yet to be switched to
+    QTimer pause_;                // until it may be switched again
     QVariantMap told_;
 };
 

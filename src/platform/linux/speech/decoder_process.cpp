@@ -68,13 +68,38 @@ pid_t spawned(std::vector<std::string> command, int socket) {
 
 }  // namespace
 
-DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const SpeechModelFiles& files) {
+void DecoderInterruption::interrupt() {
+    const std::scoped_lock lock(lock_);
+    interrupted_ = true;
+    if (socket_ >= 0) {
+        shutdown(socket_, SHUT_RDWR);
+    }
+}
+
+bool DecoderInterruption::watch(int socket) {
+    const std::scoped_lock lock(lock_);
+    socket_ = socket;
+    return !interrupted_;
+}
+
+void DecoderInterruption::leave() {
+    const std::scoped_lock lock(lock_);
+    socket_ = -1;
+}
+
+DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const SpeechModelFiles& files,
+                               std::shared_ptr<DecoderInterruption> interruption)
+    : interruption_(std::move(interruption)) {
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
         throw SpeechDecoderError("no socket for the speech decoder");
     }
     socket_ = FileDescriptor(ends[0]);
     FileDescriptor theirs(ends[1]);
+    if (!interruption_->watch(socket_.get())) {
+        close();
+        throw SpeechDecoderError("the speech decoder is not wanted any more");
+    }
     waitAtMost(patienceForLoading, socket_.get());
     pid_ = spawned({helper.string(), files.acousticModel.string(), files.generalLanguage.string(),
                     files.dictionary.string(), files.advertisingLanguage.string()},
@@ -93,6 +118,7 @@ DecoderProcess::~DecoderProcess() {
 }
 
 void DecoderProcess::close() {
+    interruption_->leave();
     socket_.close();
     if (pid_ > 0) {
         kill(pid_, SIGKILL);

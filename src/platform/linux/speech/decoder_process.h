@@ -7,11 +7,31 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
+#include <mutex>
 #include <span>
 #include <sys/types.h>
 #include <vector>
 
 namespace sordin {
+
+/// Ends what decoder processes wait for. Any thread.
+class DecoderInterruption {
+public:
+    /// From now on no decoder process begins or answers.
+    void interrupt();
+
+    /// Has a socket shut down when it is interrupted; false if it has been. One at a time.
+    [[nodiscard]] bool watch(int socket);
+    /// The socket is about to be closed.
+    void leave();
+
+private:
+    std::mutex lock_;
+    // Guarded by lock_:
+    bool interrupted_ = false;
+    int socket_ = -1;
+};
 
 /// A PocketSphinxDecoder in a process of its own: damaged models make the library end the process that it is
 /// in, and all its memory is back when that process goes. The process ends with this object, and with the
@@ -19,7 +39,9 @@ namespace sordin {
 class DecoderProcess final : public SpeechDecoder {
 public:
     /// Starts `helper` and waits until it has loaded the model. Throws SpeechDecoderError.
-    DecoderProcess(const std::filesystem::path& helper, const SpeechModelFiles& files);
+    DecoderProcess(
+        const std::filesystem::path& helper, const SpeechModelFiles& files,
+        std::shared_ptr<DecoderInterruption> interruption = std::make_shared<DecoderInterruption>());
     ~DecoderProcess() override;
     DecoderProcess(const DecoderProcess&) = delete;
     DecoderProcess& operator=(const DecoderProcess&) = delete;
@@ -36,6 +58,7 @@ public:
 private:
     void close();
 
+    const std::shared_ptr<DecoderInterruption> interruption_;
     FileDescriptor socket_;
     pid_t pid_ = -1;
 };

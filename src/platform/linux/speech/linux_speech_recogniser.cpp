@@ -22,10 +22,12 @@ std::shared_ptr<DecodingRecogniser> linuxSpeechRecogniser(std::shared_ptr<Serial
     model.installed = [program] {
         return findHelper(program, helperName).has_value() && speechModelFiles(program).installed();
     };
-    model.load = [program] {
+    const auto interruption = std::make_shared<DecoderInterruption>();
+    model.load = [program, interruption] {
         return std::make_unique<DecoderProcess>(findHelper(program, helperName).value_or(helperName),
-                                                speechModelFiles(program));
+                                                speechModelFiles(program), interruption);
     };
+    model.interrupt = [interruption] { interruption->interrupt(); };
     return std::make_shared<DecodingRecogniser>(std::move(queue), std::move(model));
 }
 

@@ -70,6 +70,8 @@ public:
         }
     }
 
+    [[nodiscard]] const std::filesystem::path& aside() const { return file_.aside(); }
+
     void sync() const { static_cast<void>(syncFile(file_.path())); }
 
     std::optional<Timer> timer;  // until the next write; on the queue only
@@ -133,6 +135,10 @@ void FileUserDefaults::apply(const Changes& changes) {
             }
         });
     }
+}
+
+std::filesystem::path FileUserDefaults::settingsAside() const {
+    return settings_->aside();
 }
 
 void FileUserDefaults::flush() {

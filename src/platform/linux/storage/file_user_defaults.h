@@ -38,6 +38,9 @@ public:
     [[nodiscard]] std::optional<std::string> text(const std::string& key) const override;
     void apply(const Changes& changes) override;
 
+    /// Where settings that could not be read lie now; empty if they could, or there were none.
+    [[nodiscard]] std::filesystem::path settingsAside() const;
+
     /// Writes what is waiting and returns when it is on the disk.
     void flush();
 

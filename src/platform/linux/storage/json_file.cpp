@@ -3,7 +3,6 @@
 
 #include "support/set_aside.h"
 
-#include <fstream>
 #include <optional>
 #include <string>
 
@@ -15,23 +14,21 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 /// Far above what the program writes; a file beyond them is none of ours.
-constexpr std::uintmax_t largestFile = 1 << 20;
+constexpr std::size_t largestFile = 1 << 20;
 constexpr int deepestNesting = 64;  // copying and writing take the stack once for each level
 
 /// The object in a file; none if there is no such object.
 std::optional<json> readObject(const fs::path& path) {
-    std::error_code error;
-    // Anything but a regular file could keep the reader waiting for ever.
-    if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > largestFile || error) {
+    const auto text = readWholeFile(path, largestFile);
+    if (!text) {
         return std::nullopt;
     }
-    std::ifstream input(path, std::ios::binary);
     bool tooDeep = false;
     const auto shallow = [&tooDeep](int depth, json::parse_event_t /*event*/, const json& /*value*/) {
         tooDeep = tooDeep || depth > deepestNesting;
         return !tooDeep;
     };
-    json object = json::parse(input, shallow, false);
+    json object = json::parse(*text, shallow, false);
     return object.is_object() && !tooDeep ? std::optional(std::move(object)) : std::nullopt;
 }
 
@@ -59,14 +56,14 @@ bool JsonFile::save(const json& object, Durability durability) {
         fs::remove(path_, error);
         return !error;
     }
-    fs::create_directories(path_.parent_path(), error);
+    static_cast<void>(createFolders(path_.parent_path()));
     // Texts that are no UTF-8 are mended rather than refused.
     const auto text = object.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
     return !replaceFile(path_, text, durability);
 }
 
 bool JsonFile::setAside() {
-    unreadable_ = static_cast<bool>(sordin::setAside(path_));
+    unreadable_ = static_cast<bool>(sordin::setAside(path_, &aside_));
     return !unreadable_;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/storage/pending_restore_lock.h"
 
+#include "support/atomic_file.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
@@ -29,8 +31,7 @@ bool lock(int file) {
 
 PendingRestoreLock::PendingRestoreLock(const std::filesystem::path& folder,
                                        std::chrono::milliseconds patience) {
-    std::error_code ignored;
-    std::filesystem::create_directories(folder, ignored);
+    static_cast<void>(createFolders(folder));
     // Not blocking, should anything but a file lie there.
     constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK;
     constexpr mode_t ownersOnly = 0600;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/storage/user_folders.h"
 
+#include "support/atomic_file.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <unistd.h>
@@ -37,8 +39,7 @@ fs::path autostartFolder() {
 }
 
 std::error_code prepareFolder(const fs::path& folder) {
-    std::error_code error;
-    fs::create_directories(folder, error);
+    std::error_code error = createFolders(folder);
     if (!error && ::access(folder.c_str(), W_OK | X_OK) != 0) {
         error.assign(errno, std::generic_category());
     }
