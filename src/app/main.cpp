@@ -124,7 +124,7 @@ int run(int argc, char** argv, const Options& options) {
         },
         startedByBus);
     if (service.name() == ApplicationService::Name::taken) {
-        if (options.hidden || service.activateOther()) {
+        if (options.hidden ? service.otherAnswers() : service.activateOther()) {
             return 0;
         }
         std::fprintf(stderr, "sordin: is already running, but does not answer\n");
@@ -174,6 +174,7 @@ int main(int argc, char** argv) {
     }
     static_cast<void>(keepOutOfDumps());
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is a write that fails
     ensureUtf8Locale();
     try {
         if (options->request) {

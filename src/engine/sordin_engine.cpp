@@ -4,6 +4,7 @@
 
 #include "detection/sensitivity.h"
 #include "engine/engine_log.h"
+#include "support/numbers.h"
 
 #include <utility>
 
@@ -83,7 +84,7 @@ void SordinEngine::pushConfig() {
     const float threshold = detectionThreshold(sensitivity_);
     publish(threshold_, static_cast<double>(threshold), &SordinEngine::thresholdChanged);
     constexpr double percent = 100;
-    config_->setDuck(static_cast<float>(duckPercent_ / percent));
+    config_->setDuck(nearestFloat(duckPercent_ / percent));
     parts_.pipeline->configure(threshold, transcriptionEnabled_,
                                tunedDetection_ ? tunedRules() : standardRules());
 }

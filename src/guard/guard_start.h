@@ -12,6 +12,6 @@ inline constexpr int messages = 4;  ///< a socket of whole messages
 inline constexpr int firstFreeDescriptor = 5;
 
 /// Blocked, until the guard ignores them: none can end it before.
-inline constexpr std::array heldBackSignals{SIGTERM, SIGHUP, SIGINT, SIGPIPE};
+inline constexpr std::array heldBackSignals{SIGTERM, SIGHUP, SIGINT, SIGPIPE, SIGXFSZ};
 
 }  // namespace sordin::guard_start

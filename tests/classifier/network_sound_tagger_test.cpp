@@ -132,6 +132,10 @@ TEST_F(NetworkSoundTaggerTest, HopsOfTheFirstStreamCountFromItsStart) {
     const auto expected = slow.results(samples, 3'123);
     ASSERT_EQ(expected.front().position, 8'000);
     expectSame(play(samples, 3'123), expected);
+
+    begin();  // a later stream, which begins in silence: 3'123 frames that are not analysed
+    tagger.countHopsFrom(3 * half);
+    expectAlike(play(samples, 3 * half + 3'123), expected);
 }
 
 // A result looks back on three embeddings, each of 100 + 118 * 40 samples.

@@ -79,6 +79,22 @@ TEST_F(EngineSettingsTest, TheSettingsReachTheDetectorAndTheVolume) {
     }
 }
 
+TEST_F(EngineSettingsTest, NumbersBeyondMeasureAreUsedAsFarAsTheyGo) {
+    constexpr double most = std::numeric_limits<float>::max();
+    for (const double sign : {1.0, -1.0}) {
+        defaults->set("sensitivity", sign * 1e300);
+        defaults->set("duckPercent", sign * 1e300);
+        create();
+        EXPECT_EQ(engine->threshold(), -sign * most);
+        EXPECT_EQ(engine->sensitivity(), sign * 1e300);
+        engine->simulate(1);
+        pass(0.5);
+        EXPECT_EQ(volumeNow(), sign > 0 ? 1.0F : 0.0F);
+        pass(3);
+        EXPECT_EQ(volumeNow(), fullVolume);
+    }
+}
+
 TEST_F(EngineSettingsTest, AssigningTheSameValueAgainTakesEffectAgain) {
     listen();
     EXPECT_EQ(capture->starts, 1);

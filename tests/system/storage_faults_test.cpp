@@ -8,6 +8,7 @@
 #include <fstream>
 #include <functional>
 #include <map>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace sordin {
@@ -84,6 +85,19 @@ TEST_F(StorageFaultsTest, AFullAndAReadOnlyDiskLoseNothingAndLeaveNoVolumeDown) 
     ASSERT_NO_FATAL_FAILURE(fadeAndEnd(SIGTERM));
     EXPECT_EQ(timesSaid("will not be kept"), 0);
     EXPECT_EQ(history().size(), 2U) << history();
+}
+
+TEST_F(StorageFaultsTest, AFileSizeLimitIsAWriteThatFails) {
+    beginServer();
+    server->setVolume(sink, {80});
+    listen();
+    const rlimit none{0, 0};
+    ASSERT_EQ(prlimit(program->pid(), RLIMIT_FSIZE, &none, nullptr), 0);
+    play(pieces() / "ads.wav");
+    ASSERT_TRUE(becomes(0));
+    player.reset();
+    EXPECT_TRUE(becomes(0.512F));
+    EXPECT_TRUE(endsBy(SIGTERM));
 }
 
 TEST_F(StorageFaultsTest, WhateverLiesWhereItsFilesShouldBeItWorksAndKeepsIt) {

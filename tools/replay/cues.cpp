@@ -40,6 +40,9 @@ CueLine parseLine(const std::string& line, const std::string& where) {
             if (!value.is_number()) {
                 fail(where, "\"" + key + "\" is not a number");
             }
+            if (key != "t" && !(value >= 0 && value <= 1)) {
+                fail(where, "\"" + key + "\" is not from 0 to 1");
+            }
         } else if (key == "transcript") {
             if (!value.is_string()) {
                 fail(where, "\"transcript\" is not a text");

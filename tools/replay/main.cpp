@@ -33,7 +33,7 @@ void printLine(const nlohmann::ordered_json& json) {
 }
 
 void printReport(const Options& options, const Report& report) {
-    if (options.json || (options.hops && options.truth)) {
+    if (options.json || (options.hops && (options.truth || options.transcripts))) {
         printLine(reportJson(report));
     } else if (!options.hops) {
         std::cout << reportText(report);

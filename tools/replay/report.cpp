@@ -13,12 +13,20 @@ namespace {
 
 using nlohmann::ordered_json;
 
-/// The shortest decimal that a float stands for, so that 0.575 reads 0.575; null for what JSON cannot say.
+/// The shortest decimal that is read back as the float, so that 0.575 reads 0.575; null for what JSON cannot
+/// say.
 ordered_json number(float value) {
     if (!std::isfinite(value)) {
         return nullptr;
     }
-    return std::strtod(formatted("%.7g", static_cast<double>(value)).c_str(), nullptr);
+    double decimal = 0;
+    for (int digits = 6; digits <= 9; ++digits) {
+        decimal = std::strtod(formatted("%.*g", digits, static_cast<double>(value)).c_str(), nullptr);
+        if (static_cast<float>(decimal) == value) {
+            break;
+        }
+    }
+    return decimal;
 }
 
 template <class Value>

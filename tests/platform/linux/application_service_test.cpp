@@ -87,6 +87,33 @@ TEST_F(ApplicationServiceTest, ActionsOfTheDesktopAreDone) {
     EXPECT_THAT(tokens, IsEmpty()) << "no window is asked for";
 }
 
+TEST_F(ApplicationServiceTest, ItsNameIsTakenAgainOnABusThatWasStartedAnew) {
+    const TemporaryFolder folder;
+    const std::string address = "unix:path=" + (folder / "bus").string();
+    setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+    std::optional<ChildProcess> daemon;
+    const auto startBus = [&] {
+        daemon.reset();
+        std::filesystem::remove(folder / "bus");
+        daemon.emplace(std::vector<std::string>{"dbus-daemon", "--session", "--nofork", "--nopidfile",
+                                                "--print-address=1", "--address=" + address},
+                       ChildOptions{.readOutput = true});
+        ASSERT_TRUE(daemon->readLine(std::chrono::seconds(20)));
+    };
+    startBus();
+    const ApplicationService service(QDBusConnection::connectToBus(QString::fromStdString(address), "before"),
+                                     note);
+    ASSERT_EQ(service.name(), Name::ours);
+    startBus();
+    const auto asker = QDBusConnection::connectToBus(QString::fromStdString(address), "after");
+    EXPECT_TRUE(comes([&] {
+        return answer(asker, question(ApplicationService::id, ApplicationService::path,
+                                      "org.freedesktop.Application", "Activate", {QVariantMap()}))
+                   .type() == QDBusMessage::ReplyMessage;
+    }));
+    EXPECT_THAT(tokens, ElementsAre(""));
+}
+
 TEST_F(ApplicationServiceTest, WithoutABusThereIsNoName) {
     EXPECT_EQ(ApplicationService(QDBusConnection("there is none"), note).name(), Name::none);
 }

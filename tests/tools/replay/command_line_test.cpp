@@ -136,6 +136,8 @@ TEST_F(CommandLineTest, TranscribesWhatLooksSuspicious) {
     write("words", "{\"t\": 0, \"music\": 1, \"speech\": 1, \"transcript\": \"what the cues say\"}\n");
     const auto told = runJson("--json --transcribe --cues words offer.wav");
     EXPECT_EQ(told[0]["transcripts"][0]["text"], "what the cues say") << "cues are there to be believed";
+    EXPECT_EQ(runJson("--hops --transcribe --cues words offer.wav").back()["transcripts"],
+              told[0]["transcripts"]);
     EXPECT_EQ(run("--transcribe --no-transcription offer.wav").status, 2);
 }
 

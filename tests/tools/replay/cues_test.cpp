@@ -48,6 +48,8 @@ TEST(CueTrack, NamesTheLineThatIsWrong) {
     EXPECT_EQ(errorOf("[1]"), "radio.cues:1: not a JSON object");
     EXPECT_EQ(errorOf("{\"music\": 1}"), "radio.cues:1: no \"t\"");
     EXPECT_EQ(errorOf("{\"t\": \"1\"}"), "radio.cues:1: \"t\" is not a number");
+    EXPECT_EQ(errorOf("{\"t\": 1, \"music\": 1.01}"), "radio.cues:1: \"music\" is not from 0 to 1");
+    EXPECT_EQ(errorOf("{\"t\": 1, \"jingle\": -0.1}"), "radio.cues:1: \"jingle\" is not from 0 to 1");
     EXPECT_EQ(errorOf("{\"t\": 1, \"musik\": 1}"), "radio.cues:1: unknown field \"musik\"");
     EXPECT_EQ(errorOf("{\"t\": 1, \"transcript\": 5}"), "radio.cues:1: \"transcript\" is not a text");
     EXPECT_EQ(errorOf("{\"t\": 1, \"available\": 1}"),

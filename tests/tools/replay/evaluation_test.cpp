@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "replay/evaluation.h"
+#include "replay/report.h"
 
 #include <gtest/gtest.h>
+
+#include <cmath>
 
 namespace sordin::replay {
 namespace {
@@ -50,6 +53,17 @@ TEST(Evaluation, LeavesOutFiguresWithoutAnythingToMeasure) {
     EXPECT_DOUBLE_EQ(*result.recall, 0.5) << "what lies beyond the recording does not count";
     EXPECT_DOUBLE_EQ(*result.eventRecall, 1);
     EXPECT_FALSE(evaluate({{0, 100}}, {{0, 100}}, 100).falsePerHour) << "no programme at all";
+}
+
+TEST(HopJson, GivesEveryFloatBackFromItsShortestDecimal) {
+    DetectionPipeline::HopObservation hop{};
+    for (const float value : {0.575F, 0.1F, std::nextafter(0.1F, 1.0F), 1.0F / 3, 8.5899346e9F}) {
+        hop.signals.music = value;
+        const auto told = hopJson(0, hop);
+        EXPECT_EQ(static_cast<float>(told["music"].get<double>()), value);
+    }
+    hop.signals.music = 0.575F;
+    EXPECT_EQ(hopJson(0, hop)["music"].dump(), "0.575");
 }
 
 }  // namespace

@@ -49,6 +49,7 @@ bool isTrue(const spa_dict* properties, const char* key) {
 }
 
 constexpr auto askAgainDelay = std::chrono::milliseconds(200);
+constexpr auto metadataInterval = std::chrono::seconds(2);
 constexpr auto all = std::numeric_limits<std::uint32_t>::max();
 
 bool isReadable(std::span<const spa_param_info> params, std::uint32_t id) {
@@ -355,6 +356,14 @@ void Connection::askVolume(GlobalId id) {
 
 void Connection::askAgain(GlobalId id) {
     if (id == metadata_ && !ending_) {
+        // Not for each of many clients that come and go: binding is work for the server and for all its
+        // clients.
+        const auto now = std::chrono::steady_clock::now();
+        if (now < metadataBound_ + metadataInterval) {
+            toAskAgain_.request(id);
+            return;
+        }
+        metadataBound_ = now;
         listenToMetadata(id);
     } else {
         enumerateVolume(id);

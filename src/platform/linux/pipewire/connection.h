@@ -5,6 +5,7 @@
 #include "platform/linux/pipewire/handles.h"
 #include "platform/linux/pipewire/repeats.h"
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -77,6 +78,7 @@ private:
     Hook registryHook_;
     std::map<GlobalId, std::unique_ptr<Bound>> bound_;
     std::optional<GlobalId> metadata_;
+    std::chrono::steady_clock::time_point metadataBound_;  // again, last
     Repeats toAskAgain_;  // volumes that have changed, and metadata of which a change may have been missed
     bool ending_ = false;
     int question_ = 0;

@@ -4,6 +4,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QVariantMap>
+#include <chrono>
 
 namespace sordin {
 
@@ -41,6 +42,30 @@ ApplicationService::ApplicationService(QDBusConnection bus,
     }
     // Before the name, by which others may call it at once.
     object_.add(interfaceName, interface());
+    takeName();
+    // Qt does not tell of a loss on every thread, and does not connect again.
+    constexpr std::chrono::seconds interval{5};
+    reconnection_.setTimerType(Qt::VeryCoarseTimer);
+    QObject::connect(&reconnection_, &QTimer::timeout, &reconnection_, [this] { reconnect(); });
+    reconnection_.start(interval);
+}
+
+void ApplicationService::reconnect() {
+    if (bus_.isConnected()) {
+        return;
+    }
+    const QString connection = QStringLiteral("sordin-%1").arg(connections_++);
+    const auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connection);
+    if (!bus.isConnected()) {
+        QDBusConnection::disconnectFromBus(connection);
+        return;
+    }
+    bus_ = bus;
+    object_.moveTo(bus_);
+    takeName();
+}
+
+void ApplicationService::takeName() {
     const auto reply =
         bus_.interface()->registerService(serviceName, QDBusConnectionInterface::DontQueueService,
                                           QDBusConnectionInterface::DontAllowReplacement);
@@ -71,6 +96,16 @@ bool ApplicationService::activateOther() {
                                                QStringLiteral("Activate"));
     call << platformData;
     return bus_.call(call, QDBus::Block, patience).type() == QDBusMessage::ReplyMessage;
+}
+
+bool ApplicationService::otherAnswers() const {
+    constexpr int patience = 10'000;  // milliseconds; it may be just starting
+    const auto call = QDBusMessage::createMethodCall(serviceName, QLatin1String(path), interfaceName,
+                                                     QStringLiteral("ActivateAction"))
+                      << QString() << QVariantList() << QVariantMap();
+    // There is no such action, which only one that knows actions can say.
+    return bus_.call(call, QDBus::Block, patience).errorName() ==
+           QDBusError::errorString(QDBusError::InvalidArgs);
 }
 
 DbusObject::Interface ApplicationService::interface() {

@@ -5,6 +5,7 @@
 
 #include <QDBusConnection>
 #include <QString>
+#include <QTimer>
 #include <functional>
 #include <map>
 #include <utility>
@@ -31,7 +32,8 @@ public:
 
     /// Takes the name. `activated` is called on the main thread, with the token (or none) by which the
     /// desktop lets a window of ours come to the front. `startedByBus` if it was the bus that started the
-    /// program, for a call that is still to come.
+    /// program, for a call that is still to come. Where the bus goes and another begins at its address, the
+    /// name and the object are there again some seconds later.
     ApplicationService(QDBusConnection bus, std::function<void(const QString& token)> activated,
                        bool startedByBus = false);
     ~ApplicationService();
@@ -49,9 +51,13 @@ public:
     /// Asks the one that has the name to the front, with the token that this process was started with. False
     /// if it does not answer, for which it has ten seconds.
     [[nodiscard]] bool activateOther();
+    /// Whether the one that has the name is this program, in another process; it has ten seconds too.
+    [[nodiscard]] bool otherAnswers() const;
 
 private:
     [[nodiscard]] DbusObject::Interface interface();
+    void takeName();
+    void reconnect();
     [[nodiscard]] QDBusMessage activateAction(const QDBusMessage& call);
 
     QDBusConnection bus_;
@@ -60,6 +66,8 @@ private:
     const bool startedByBus_;
     std::map<QString, Action> actions_;
     Name name_ = Name::none;
+    int connections_ = 0;  // after the first
+    QTimer reconnection_;  // looks whether the bus has been started anew
 };
 
 }  // namespace sordin

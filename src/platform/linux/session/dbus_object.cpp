@@ -2,6 +2,7 @@
 #include "platform/linux/session/dbus_object.h"
 
 #include <QDBusVariant>
+#include <malloc.h>
 #include <utility>
 
 namespace sordin {
@@ -39,6 +40,26 @@ QString text(const QDBusMessage& call, qsizetype index) {
 
 DbusObject::DbusObject(QDBusConnection bus, QString path) : bus_(std::move(bus)), path_(std::move(path)) {
     bus_.registerVirtualObject(path_, this);
+    rest_.setSingleShot(true);
+    connect(&rest_, &QTimer::timeout, this, [this] {
+        burst_ = 0;
+        malloc_trim(0);
+    });
+}
+
+void DbusObject::moveTo(QDBusConnection bus) {
+    bus_.unregisterObject(path_);
+    bus_ = std::move(bus);
+    bus_.registerVirtualObject(path_, this);
+}
+
+void DbusObject::asked() const {
+    // What a hundred thousand answers took would stay with the program.
+    constexpr int many = 1000;
+    constexpr int pause = 2'000;  // milliseconds
+    if (++burst_ > many) {
+        rest_.start(pause);
+    }
 }
 
 DbusObject::~DbusObject() {
@@ -52,6 +73,7 @@ void DbusObject::tellChanged(const QString& interface, const QVariantMap& proper
 }
 
 QString DbusObject::introspect(const QString& /*path*/) const {
+    asked();
     QString all;
     for (const auto& [name, interface] : interfaces_) {
         all += interface.description + QLatin1Char('\n');
@@ -61,6 +83,7 @@ QString DbusObject::introspect(const QString& /*path*/) const {
 
 bool DbusObject::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
     ++calls_;
+    asked();
     const auto reply = answer(message);
     if (reply && message.isReplyRequired()) {
         connection.send(*reply);

@@ -5,6 +5,7 @@
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QString>
+#include <QTimer>
 #include <QVariantMap>
 #include <cstdint>
 #include <functional>
@@ -38,6 +39,9 @@ public:
     ~DbusObject() override;
     Q_DISABLE_COPY_MOVE(DbusObject)
 
+    /// Goes to another bus; it is on this one no more.
+    void moveTo(QDBusConnection bus);
+
     /// Calls of an interface that is not here are refused.
     void add(const QString& name, Interface interface) { interfaces_[name] = std::move(interface); }
     void remove(const QString& name) { interfaces_.erase(name); }
@@ -61,10 +65,15 @@ private:
     /// Those that a call means; the empty name means any.
     [[nodiscard]] std::vector<const Interface*> named(const QString& name) const;
 
+    /// Something was asked: hands memory back to the system once nobody asks any more.
+    void asked() const;
+
     QDBusConnection bus_;
     const QString path_;
     std::map<QString, Interface> interfaces_;
     std::uint64_t calls_ = 0;
+    mutable int burst_ = 0;  // questions since memory was handed back
+    mutable QTimer rest_;
 };
 
 }  // namespace sordin
