@@ -11,6 +11,12 @@ namespace {
 
 const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
 
+const QString introspectableInterface = QStringLiteral("org.freedesktop.DBus.Introspectable");
+
+/// Questions without a pause. Those who ask more may not read the answers, which wait in memory then;
+/// descriptions, the longest of them, are refused.
+constexpr int longestBurst = 1000;
+
 QDBusMessage refusal(const QDBusMessage& call, QDBusError::ErrorType error, const QString& reason) {
     return call.createErrorReply(error, reason);
 }
@@ -53,11 +59,9 @@ void DbusObject::moveTo(QDBusConnection bus) {
     bus_.registerVirtualObject(path_, this);
 }
 
-void DbusObject::asked() const {
-    // What a hundred thousand answers took would stay with the program.
-    constexpr int many = 1000;
-    constexpr int pause = 2'000;  // milliseconds
-    if (++burst_ > many) {
+void DbusObject::asked() {
+    constexpr int pause = 5'000;  // milliseconds
+    if (++burst_ > longestBurst) {
         rest_.start(pause);
     }
 }
@@ -73,7 +77,6 @@ void DbusObject::tellChanged(const QString& interface, const QVariantMap& proper
 }
 
 QString DbusObject::introspect(const QString& /*path*/) const {
-    asked();
     QString all;
     for (const auto& [name, interface] : interfaces_) {
         all += interface.description + QLatin1Char('\n');
@@ -84,7 +87,10 @@ QString DbusObject::introspect(const QString& /*path*/) const {
 bool DbusObject::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
     ++calls_;
     asked();
-    const auto reply = answer(message);
+    const auto reply = burst_ > longestBurst && message.interface() == introspectableInterface
+                           ? message.createErrorReply(QDBusError::LimitsExceeded,
+                                                      QStringLiteral("This has been asked too often"))
+                           : answer(message);
     if (reply && message.isReplyRequired()) {
         connection.send(*reply);
     }

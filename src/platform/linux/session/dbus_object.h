@@ -66,14 +66,14 @@ private:
     [[nodiscard]] std::vector<const Interface*> named(const QString& name) const;
 
     /// Something was asked: hands memory back to the system once nobody asks any more.
-    void asked() const;
+    void asked();
 
     QDBusConnection bus_;
     const QString path_;
     std::map<QString, Interface> interfaces_;
     std::uint64_t calls_ = 0;
-    mutable int burst_ = 0;  // questions since memory was handed back
-    mutable QTimer rest_;
+    int burst_ = 0;  // questions since there was a pause
+    QTimer rest_;
 };
 
 }  // namespace sordin
