@@ -86,6 +86,7 @@ private:
 /// An ad of eight hops, and eight hops without.
 struct ChangingScorer final : AdScoring {
     int hops = 0;
+    void setRules(const DetectorRules& /*rules*/) override {}
     [[nodiscard]] AdVerdict update(const DetectionSignals& /*signals*/) override {
         const float confidence = ++hops % 16 < 8 ? 0.9F : 0.0F;
         return {confidence, confidence, {}};

@@ -59,11 +59,11 @@ TEST(HopJson, GivesEveryFloatBackFromItsShortestDecimal) {
     DetectionPipeline::HopObservation hop{};
     for (const float value : {0.575F, 0.1F, std::nextafter(0.1F, 1.0F), 1.0F / 3, 8.5899346e9F}) {
         hop.signals.music = value;
-        const auto told = hopJson(0, hop);
-        EXPECT_EQ(static_cast<float>(told["music"].get<double>()), value);
+        const auto printed = hopJson({0, hop, {}}, false);
+        EXPECT_EQ(static_cast<float>(printed["music"].get<double>()), value);
     }
     hop.signals.music = 0.575F;
-    EXPECT_EQ(hopJson(0, hop)["music"].dump(), "0.575");
+    EXPECT_EQ(hopJson({0, hop, {}}, false)["music"].dump(), "0.575");
 }
 
 }  // namespace
