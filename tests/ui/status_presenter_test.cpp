@@ -90,6 +90,7 @@ TEST_F(StatusPresenterTest, TheMenuReachesEverything) {
     hearAdBegin();
     ASSERT_TRUE(item.entry("Restore Volume").enabled);
     item.choose("Restore Volume");
+    settle();
     EXPECT_FALSE(item.entry("Restore Volume").enabled);
     EXPECT_TRUE(engine->adActive());
 

@@ -23,11 +23,11 @@ const float threshold = replay::Settings().threshold;
 
 // Of docs/detection.md, "With and without words", at the default sensitivity.
 constexpr auto usualText =
-    "Usual figures, over hours of made-up radio: 76 % of the ads and 14 % of the programme, or 59 % and\n"
-    "2.5 % without transcription. Sordin fades an ad only after it has sounded like one for a while: half\n"
-    "of the ads fade within 7.5 s. Most of the programme is faded after a break, because Sordin forgets an\n"
-    "advertising phrase only slowly: the volume stays down for about 20 s after the last one. In a\n"
-    "broadcast this short, a second more or less is nearly a percent. All figures: docs/detection.md\n";
+    "Usual figures, over hours of made-up radio: 76 % of the ads and 14 % of the programme are faded,\n"
+    "without transcription 59 % and 2.5 %. Sordin fades an ad only after it has sounded like one for a\n"
+    "while: half of the ads fade within 7.5 s. Most of the programme is faded after a break, because Sordin\n"
+    "forgets an advertising phrase only slowly: the volume stays down for about 20 s after the last one. In\n"
+    "a broadcast this short, a second more or less is nearly a percent. All figures: docs/detection.md\n";
 
 /// Minutes, seconds and, where `tenths`, their tenths.
 std::string clockText(double time, bool tenths) {

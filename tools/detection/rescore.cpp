@@ -86,6 +86,9 @@ Recording readRecording(const std::string& hops, const std::string& labels) {
     try {
         for (std::string text; std::getline(input, text);) {
             const json line = json::parse(text);
+            if (!line.contains("t")) {
+                continue;  // the report that follows the hops
+            }
             recording.hops.push_back(hopFrom(line, transcribing));
             transcribing = line.at("transcribing");
             Hop& hop = recording.hops.back();

@@ -92,8 +92,7 @@ void DeviceVolume::changedByOthers(const std::vector<float>& channels) {
 std::vector<float> DeviceVolume::write(float scalar) {
     // Only what is brought back is brought back with its balance; a new fade keeps what there is.
     const auto adopted = std::exchange(adoptedRatios_, {});
-    const bool bringingBack = !adopted.empty() && (channels_.empty() || scalar > scalar_);
-    if (bringingBack) {
+    if (!adopted.empty() && (channels_.empty() || scalar > scalar_)) {
         ratios_ = adopted;
     }
     scalar_ = scalar;
@@ -109,10 +108,6 @@ std::vector<float> DeviceVolume::write(float scalar) {
         result = ratios_.size() == channels_.size() ? ratios_ : std::vector<float>(channels_.size(), 1.0F);
         for (float& channel : result) {
             channel *= factor;
-        }
-        if (bringingBack) {  // which lowers no channel
-            std::transform(result.begin(), result.end(), channels_.begin(), result.begin(),
-                           [](float a, float b) { return std::max(a, b); });
         }
     }
     unanswered_.push_back({scalar, result});
