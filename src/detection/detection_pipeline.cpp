@@ -188,9 +188,6 @@ float DetectionPipeline::boundary(const SoundClassification& current, const Band
 }
 
 float DetectionPipeline::loudnessRise(float db) {
-    if (!std::isfinite(db)) {
-        return 0;  // and nothing of it stays in the average
-    }
     if (!avgDb_) {
         avgDb_ = db;
         return 0;

@@ -12,7 +12,7 @@ namespace sordin {
 
 /// The float that is nearest, also where no float is near: casting that would be undefined.
 [[nodiscard]] inline float nearestFloat(double value) {
-    constexpr double most = std::numeric_limits<float>::max();
+    constexpr auto most = static_cast<double>(std::numeric_limits<float>::max());
     return static_cast<float>(std::isnan(value) ? value : std::clamp(value, -most, most));
 }
 

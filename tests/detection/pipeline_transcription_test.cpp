@@ -199,9 +199,9 @@ TEST_F(PipelineTranscriptionTest, AStopKeepsTheTimesOfSessionsAndTheCountOfLowHo
     playHops(8, 0.1F, 0.1F);  // seven of them low by the hop before
     stop();
     classifier->scores.speech = 0.9F;
-    playHops(2, 0.1F, 0.3F);
-    ASSERT_TRUE(transcriber->running) << "by the confidence of the hop before";
+    playHops(1, 0.1F, 0.3F);
     playHops(1, 0.1F, 0.1F);
+    ASSERT_TRUE(transcriber->running) << "by the confidence of the hop before";
     playHops(1);
     EXPECT_FALSE(transcriber->running) << "after the eighth";
     playHops(2, 0.1F, 0.3F);

@@ -80,7 +80,7 @@ TEST_F(EngineSettingsTest, TheSettingsReachTheDetectorAndTheVolume) {
 }
 
 TEST_F(EngineSettingsTest, NumbersBeyondMeasureAreUsedAsFarAsTheyGo) {
-    constexpr double most = std::numeric_limits<float>::max();
+    constexpr auto most = static_cast<double>(std::numeric_limits<float>::max());
     for (const double sign : {1.0, -1.0}) {
         defaults->set("sensitivity", sign * 1e300);
         defaults->set("duckPercent", sign * 1e300);
