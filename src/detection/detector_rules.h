@@ -50,15 +50,27 @@ struct DetectorRules {
     return {};
 }
 
-/// Fitted to labelled broadcasts: the volume comes back sooner after an ad, and less of the programme is
-/// muted. docs/detection.md has the method and the figures.
+/// Fitted by tools/detection/tune to labelled broadcasts: the volume comes back sooner after an ad, and less
+/// of the programme is muted. docs/detection.md has the method and the figures. Fit again when the sound
+/// model or the decoder changes.
 [[nodiscard]] constexpr DetectorRules tunedRules() {
     DetectorRules rules;
-    rules.weights.audio = 0.95F;
-    rules.weights.keywords = 0.95F;
-    rules.smoothing = 0.5;
-    rules.keywordMemory = 0.93F;
     rules.keywordsFadeWhenHeard = true;
+    rules.weights.audio = 0.7F;
+    rules.weights.keywords = 0.85F;
+    rules.weights.boundary = 0;
+    rules.weights.repetition = 0.8F;
+    rules.weights.timing = 0;
+    rules.weights.loudness = 0.2F;
+    rules.boundaryMemory = 0.93F;
+    rules.smoothing = 0.4;
+    rules.keywordMemory = 0.945F;
+    rules.keywordsAfterAd = 0.3F;
+    rules.strongMargin = 0.25F;
+    rules.strongRun = 2;
+    rules.weakRun = 6;
+    rules.exitMargin = 0.25F;
+    rules.holdSeconds = 1.5;
     return rules;
 }
 

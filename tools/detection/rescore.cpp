@@ -8,7 +8,8 @@
 // Prints first a JSON array with the length and the ads of each recording in seconds, then for each line of
 // the input, {"rules": {NAME: NUMBER, ...}, "sensitivities": [NUMBER, ...]}, a line with an array for each
 // recording; in it one for words off and one for words on; in these for each sensitivity the seconds of ads
-// and of programme in which the volume would have been down. Rules that are not named are standard.
+// and of programme in which the volume would have been down, and how often it would have gone down. Rules
+// that are not named are standard.
 #include "detection/ad_segmenter.h"
 #include "detection/heuristic_ad_scorer.h"
 #include "detection/keyword_memory.h"
@@ -51,10 +52,11 @@ struct Recording {
     double adSeconds = 0;
 };
 
-/// Seconds with the volume down.
+/// When the volume would have been down.
 struct Faded {
-    double ads = 0;
-    double programme = 0;
+    double ads = 0;        // seconds
+    double programme = 0;  // seconds
+    int times = 0;
 };
 
 Hop hopFrom(const json& line, bool transcribing) {
@@ -158,8 +160,11 @@ void check(const Recording& recording, const std::string& name) {
 
 Faded faded(const Recording& recording, const DetectorRules& rules, double sensitivity, bool words) {
     Faded sum;
+    bool before = false;
     score(recording, rules, detectionThreshold(sensitivity), words,
-          [&sum](const Hop& hop, float /*confidence*/, bool inAd) {
+          [&](const Hop& hop, float /*confidence*/, bool inAd) {
+              sum.times += inAd && !before ? 1 : 0;
+              before = inAd;
               if (inAd) {
                   sum.ads += hop.adSeconds;
                   sum.programme += hopSeconds - hop.adSeconds;
@@ -208,7 +213,7 @@ json answer(const json& request, const std::vector<Recording>& recordings) {
             json ofWords = json::array();
             for (const double sensitivity : request.at("sensitivities")) {
                 const Faded sum = faded(recording, rules, sensitivity, words);
-                ofWords.push_back({sum.ads, sum.programme});
+                ofWords.push_back({sum.ads, sum.programme, sum.times});
             }
             ofRecording.push_back(std::move(ofWords));
         }

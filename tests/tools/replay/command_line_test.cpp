@@ -337,7 +337,7 @@ TEST_F(CommandLineTest, HopsCanBeScoredAnewByOtherRules) {
             ads += std::max(0.0, std::min(40.0, ad["end"].get<double>()) -
                                      std::max(20.0, ad["start"].get<double>()));
         }
-        return json{{ads, all - ads}};
+        return json{{ads, all - ads, reports[0]["ads"].size()}};
     };
     EXPECT_EQ(answer("{}"), (json{seconds("--no-transcription"), seconds("")}));
     EXPECT_NE(seconds("--no-transcription"), seconds(""));
