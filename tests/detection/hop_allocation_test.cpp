@@ -17,11 +17,13 @@ TEST(HopAllocation, ASteadyStreamAllocatesNothing) {
     auto random = seededRandom();
     const auto classifier = std::make_shared<FakeClassifier>();
     classifier->positions.reserve(1000);
+    classifier->prepared.reserve(10);
     const auto transcriber = std::make_shared<FakeTranscriber>();
     const auto clock = std::make_shared<ManualClock>(1e9);
+    const auto queue = std::make_shared<ManualSerialQueue>("sordin.audio");
     const auto pipeline = std::make_shared<DetectionPipeline>(DetectionPipeline::Parts{
-        std::make_shared<ManualSerialQueue>("sordin.audio"), clock, classifier, transcriber,
-        std::make_shared<KeywordTranscriptScorer>(), std::make_shared<HeuristicAdScorer>()});
+        queue, clock, classifier, transcriber, std::make_shared<KeywordTranscriptScorer>(),
+        std::make_shared<HeuristicAdScorer>()});
     std::size_t ticks = 0;
     pipeline->onTick = [&](const PipelineTick& /*tick*/) { ++ticks; };
     std::vector<PcmBuffer> buffers;
@@ -46,6 +48,12 @@ TEST(HopAllocation, ASteadyStreamAllocatesNothing) {
     EXPECT_EQ(allocationsOf({1, 1, 1}), 0U) << "inside an ad that is learned and recognised";
     EXPECT_GT(ticks, 60U);
     EXPECT_GT(transcriber->begins, 0);
+
+    pipeline->stop();
+    queue->runPending();
+    const std::size_t before = allocationCount();
+    pipeline->ingest(buffers[0]);
+    EXPECT_EQ(allocationCount() - before, 1U) << "the memory of a hop, which the stop has handed back";
 }
 
 }  // namespace

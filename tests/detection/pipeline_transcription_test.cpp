@@ -194,8 +194,12 @@ TEST_F(PipelineTranscriptionTest, OtherRulesFadeAPhraseFromWhenItIsHeard) {
     EXPECT_FLOAT_EQ(keyword(), atEnd * 0.5F * 0.1F);
 }
 
-TEST_F(PipelineTranscriptionTest, AStopKeepsTheTimesOfSessionsAndTheCountOfLowHops) {
-    beginSession();
+TEST_F(PipelineTranscriptionTest, AStopKeepsTheLastConfidenceTheTimesOfSessionsAndTheCountOfLowHops) {
+    playHops(1, 0.1F, 0.3F);
+    stop();
+    classifier->scores.speech = 0.9F;
+    playHops(1);
+    ASSERT_TRUE(transcriber->running) << "by the confidence before the stop";
     playHops(8, 0.1F, 0.1F);  // seven of them low by the hop before
     stop();
     classifier->scores.speech = 0.9F;
