@@ -206,15 +206,16 @@ private:
                 if (time < time_.start || time >= time_.end) {
                     continue;
                 }
-                svg_ += line("confidence", x(time), y_ - 2, x(time), y_ + sessionHeight);
-                const auto lane =
-                    std::find_if(taken.begin(), taken.end(), [&](double end) { return end <= x(time); });
+                const double position = x(time);
+                svg_ += line("confidence", position, y_ - 2, position, y_ + sessionHeight);
+                const auto lane = std::find_if(taken.begin(), taken.end(),
+                                               [position](double end) { return end <= position; });
                 // Where all lanes are taken the tick stands for the phrase: the tooltip has the text.
                 if (lane != taken.end()) {
                     const auto below = static_cast<double>(lane - taken.begin() + 1) * laneHeight;
                     svg_ +=
-                        text(x(time), y_ + sessionHeight + below, "class=\"phrase\"", std::string(phrase));
-                    *lane = x(time) + letterWidth * static_cast<double>(phrase.size() + 1);
+                        text(position, y_ + sessionHeight + below, "class=\"phrase\"", std::string(phrase));
+                    *lane = position + letterWidth * static_cast<double>(phrase.size() + 1);
                 }
             }
         }

@@ -241,7 +241,8 @@ TEST_F(CommandLineTest, PrintsEveryHop) {
 
     // All rules alike but for the numbers.
     const auto tuned = runJson("--hops --json --rules tuned --cues radio.cues radio.wav");
-    EXPECT_NEAR(tuned[39]["contributions"][0][1].get<double>(), double{tunedRules().weights.audio}, 1e-6);
+    EXPECT_NEAR(tuned[39]["contributions"][0][1].get<double>(),
+                static_cast<double>(tunedRules().weights.audio), 1e-6);
     EXPECT_EQ(tuned.back()["rules"], "tuned");
     const auto reports = runJson("--json --rules both --cues radio.cues radio.wav");
     ASSERT_THAT(reports, SizeIs(2));
