@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
-"""Chooses the gains and offsets that turn the network's output into confidences: those with which the detector does best
-on broadcasts that nothing was learned from and that no figure is taken from."""
+"""Chooses the offsets that turn the network's output into confidences: those with which the detector mutes most of the
+ads of broadcasts that nothing was learned from and that no figure is taken from, at no more than MOST of their
+programme."""
 import concurrent.futures
 import itertools
 import json
@@ -8,14 +9,13 @@ import pathlib
 import tempfile
 
 import numpy as np
-from soundmodel.evaluate import BROADCASTS, detector_figures, replay, scores_of, write_cues
+from soundmodel.broadcast import DENSE, SINGLES
+from soundmodel.evaluate import detector_figures, muted, replay, scores_of, write_cues
 
-GAINS = (1.0, 1.5)
-SPEECH = (0.0, -0.75, -1.5, -2.25, -3.0)
-MUSIC = (0.0, -0.75, -1.5, -2.25, -3.0)
-QUIET = ("speech", "song", "music")  # in which nothing is an ad
-DEAR = 4.0  # a muted second of programme is as bad as so many missed seconds of ads, in shares of each
-FALSE = 0.01  # and one false stretch in half an hour as bad as this share of ads
+SPEECH = np.arange(-2.5, 2.6, 0.5)
+MUSIC = np.arange(-3.5, 3.1, 0.5)
+MOST = 0.04  # share of programme muted, without words
+STRETCHES = 2  # false ones in the half hours of SINGLES, all together: more are worse than any ad missed
 
 
 def logit(chance):
@@ -24,40 +24,49 @@ def logit(chance):
 
 
 def attempt(job):
-    """(worth, description, gain, speech, music) of one calibration."""
-    program, folder, scores, gain, speech, music = job
-    squeeze = lambda values, offset: 1 / (1 + np.exp(-(gain * values + offset)))
-    ads, programme, stretches = [], [], 0
+    """The figures of one calibration."""
+    program, folder, scores, speech, music = job
+    squeeze = lambda values, offset: 1 / (1 + np.exp(-(values + offset)))
+    figures, stretches = [], 0
     with tempfile.NamedTemporaryFile(suffix=".cues") as file:
         for name, (time, speaks, plays) in scores.items():
             path = pathlib.Path(file.name)
             write_cues(path, (time, squeeze(speaks, speech), squeeze(plays, music)))
-            if name in QUIET:
+            if name in SINGLES:
                 found = replay(program, folder / f"{name}.wav", "--sensitivity", 0.5, "--cues", path)
                 stretches += len(found["ads"])
             else:
-                found = detector_figures(program, folder, name, path, 0.5)
-                ads.append(found[0])
-                programme.append(found[1])
-    worth = np.mean(ads) - DEAR * np.mean(programme) - FALSE * stretches
-    told = f"ads {np.mean(ads):.1%}, programme {np.mean(programme):.1%}, false stretches {stretches}"
-    return worth, told, gain, speech, music
+                figures.append(muted(detector_figures(program, folder, name, path, 0.5)))
+    ads, programme = np.mean(figures, 0)
+    return dict(
+        speech=float(speech), music=float(music), ads=ads, programme=programme, stretches=stretches
+    )
+
+
+def worth(tried):
+    """Larger is better: what may be chosen first, and of that what mutes most of the ads."""
+    allowed = tried["programme"] <= MOST and tried["stretches"] <= STRETCHES
+    return allowed, tried["ads"] if allowed else -tried["programme"] - tried["stretches"]
 
 
 def calibrate(program, work, tagger, name):
-    """dict(gains, offsets) of speech, music, singing; WORK/NAME.calibration keeps it."""
+    """dict(gains, offsets) of speech, music, singing; WORK/NAME.calibration keeps it, with all that was tried."""
     path = work / f"{name}.calibration"
     if not path.exists():
         folder = work / "tune"
         scores = {}
-        for file in (*BROADCASTS, *QUIET):
+        for file in (*DENSE, *SINGLES):
             time, speech, music = scores_of(tagger, folder / f"{file}.wav")
             scores[file] = time, logit(speech), logit(music)
-        jobs = [(program, folder, scores, *choice) for choice in itertools.product(GAINS, SPEECH, MUSIC)]
+        jobs = [(program, folder, scores, *choice) for choice in itertools.product(SPEECH, MUSIC)]
         with concurrent.futures.ProcessPoolExecutor(2) as pool:
-            found = sorted(pool.map(attempt, jobs), reverse=True)
-        for worth, told, gain, speech, music in found[:12]:
-            print(f"{name} gain {gain}, speech {speech:+}, music {music:+}: {told}")
-        _, _, gain, speech, music = found[0]
-        path.write_text(json.dumps(dict(gains=[gain] * 3, offsets=[speech, music, music])))
-    return json.loads(path.read_text())
+            found = sorted(pool.map(attempt, jobs), key=worth, reverse=True)
+        for tried in found[:8]:
+            print(
+                f"{name} speech {tried['speech']:+}, music {tried['music']:+}: ads {tried['ads']:.1%}, "
+                f"programme {tried['programme']:.1%}, false stretches {tried['stretches']}"
+            )
+        offsets = [found[0]["speech"], found[0]["music"], found[0]["music"]]
+        path.write_text(json.dumps(dict(gains=[1.0] * 3, offsets=offsets, tried=found)))
+    chosen = json.loads(path.read_text())
+    return dict(gains=chosen["gains"], offsets=chosen["offsets"])
