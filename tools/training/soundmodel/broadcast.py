@@ -17,9 +17,9 @@ DUCKED = 0.4  # share of ads whose music comes up in the pauses of the voice
 #: Name: minutes, minutes of programme between breaks, minutes of a break, codec. The first three change often, which is
 #: hard; the last has the clock of a real station.
 BROADCASTS = {
-    "dense-1": (22, (2, 4.3), (0.6, 1.5), None),
-    "dense-2": (22, (2, 4.3), (0.6, 1.5), ("libmp3lame", 32000, 64)),
-    "dense-3": (22, (2, 4.3), (0.6, 1.5), ("libopus", 48000, 24)),
+    "dense-1": (22, (1, 2.5), (0.8, 2), None),
+    "dense-2": (22, (1, 2.5), (0.8, 2), ("libmp3lame", 32000, 64)),
+    "dense-3": (22, (1, 2.5), (0.8, 2), ("libopus", 48000, 24)),
     "hour": (60, (8.5, 10), (2, 3), ("libmp3lame", 32000, 64)),
 }
 DENSE = ("dense-1", "dense-2", "dense-3")

@@ -153,7 +153,19 @@ class Mixer:
             ),
         )
         self.music = Bank(
-            folder, "music", weigh({"bed-": 1.5, "c-lomiri": 4, "c-app": 2.5, "c-": 1.5, "openmsx": 0.6})
+            folder,
+            "music",
+            weigh(
+                {
+                    "bed-drums": 2.5,
+                    "bed-solo": 2.5,
+                    "bed-": 1.5,
+                    "c-lomiri": 4,
+                    "c-app": 2.5,
+                    "c-": 1.5,
+                    "openmsx": 0.6,
+                }
+            ),
         )
         self.song = Bank(folder, "song", weigh({"sung": 0.6, "c-spoken": 1.5, "c-": 4}))
         self.noise = Bank(folder, "noise", weigh({"made": 0.8, "crowd": 1.5, "c-": 2}))
