@@ -14,16 +14,26 @@ from soundmodel.features import ducked, frame_power, loudness, read
 BELOW = (6, 20)  # dB that the music of an ad lies below the voice
 DRY = 0.2  # share of ads without music
 DUCKED = 0.4  # share of ads whose music comes up in the pauses of the voice
-#: Name: minutes, minutes of programme between breaks, minutes of a break, codec. The first three change often, which is
-#: hard; the last has the clock of a real station.
+#: Name: minutes, minutes of programme between breaks, minutes of a break, codec. The dense ones change often, which is
+#: hard; the hour has the clock of a real station.
 BROADCASTS = {
     "dense-1": (22, (1, 2.5), (0.8, 2), None),
     "dense-2": (22, (1, 2.5), (0.8, 2), ("libmp3lame", 32000, 64)),
     "dense-3": (22, (1, 2.5), (0.8, 2), ("libopus", 48000, 24)),
     "hour": (60, (8.5, 10), (2, 3), ("libmp3lame", 32000, 64)),
+    "dense-4": (22, (1, 2.5), (0.8, 2), None),
+    "dense-5": (22, (1, 2.5), (0.8, 2), ("libmp3lame", 32000, 64)),
+    "dense-6": (22, (1, 2.5), (0.8, 2), ("libopus", 48000, 24)),
 }
 DENSE = ("dense-1", "dense-2", "dense-3")
+FURTHER = ("dense-4", "dense-5", "dense-6")  # for the calibration, which needs more than the figures do
 SINGLES = ("speech", "song", "music", "noise")  # half an hour of each
+#: How often programme is what. No songs for the calibration: there are only one, half of it rapped, and two singers
+#: without accompaniment, which would decide it alone.
+PROGRAMME = {
+    "held": {"talk": 0.35, "conversation": 0.2, "song": 0.25, "music": 0.2},
+    "tune": {"talk": 0.42, "conversation": 0.25, "music": 0.33},
+}
 
 
 def write_wave(path, samples):
@@ -147,9 +157,9 @@ class Material:
         return np.tanh(drive * mix / np.abs(mix).max()) / np.tanh(drive), 0 if dry else 1
 
 
-def broadcast(material, minutes, between, breaks, base=-23.0, louder=(2.0, 5.0)):
+def broadcast(material, mixture, minutes, between, breaks, base=-23.0, louder=(2.0, 5.0)):
     """(samples, ads as (start, end), cues as (time, music, speech)) of one broadcast; `between` and `breaks` are the
-    shortest and longest minutes of programme and of ads."""
+    shortest and longest minutes of programme and of ads, `mixture` says how often programme is what."""
     rng = material.rng
     parts, ads, cues, time = [], [], [], 0.0
 
@@ -166,7 +176,7 @@ def broadcast(material, minutes, between, breaks, base=-23.0, louder=(2.0, 5.0))
     def programme(seconds):
         until = time + seconds
         while time < until:
-            kind = rng.choice(["talk", "conversation", "song", "music"], p=[0.35, 0.2, 0.25, 0.2])
+            kind = rng.choice(list(mixture), p=list(mixture.values()))
             samples, music, speech = material.programme(kind, rng.uniform(20, 80))
             add(samples, base + rng.uniform(-2, 2), music, speech)
 
@@ -191,7 +201,7 @@ def write_broadcast(material, folder, name, seed):
         return
     minutes, between, breaks, codec = BROADCASTS[name]
     material.rng = np.random.default_rng(seed)
-    samples, ads, cues = broadcast(material, minutes, between, breaks)
+    samples, ads, cues = broadcast(material, PROGRAMME[folder.name], minutes, between, breaks)
     if codec:
         samples = through_codec(samples, *codec)
     write_wave(folder / f"{name}.wav", samples)
@@ -235,6 +245,8 @@ def make_all(work, split):
     material = Material(work / "pcm" / split, np.random.default_rng(0))
     seed = {"held": 2011, "tune": 2111}[split]
     for index, name in enumerate(BROADCASTS):
+        if (name == "hour" and split == "tune") or (name in FURTHER and split == "held"):
+            continue
         write_broadcast(material, folder, name, seed + index)
     for index, kind in enumerate(SINGLES):
         write_single(material, folder, kind, 30, seed + 10 + index)

@@ -34,7 +34,7 @@ CODECS = [
     ("libgsm", 8000, 0),
 ]
 MIXED, MIXED_SECONDS = 150, 24  # scenes put together as sound in each of the jobs of mixed_jobs(), and their length
-CODED = 0.35  # share of all minutes that go through a codec, which takes longer than all the rest
+CODED, CODED_VOICES = 0.35, 0.5  # share of the minutes that go through a codec, which takes longer than all the rest
 PAUSE = 160  # frames: a voice that pauses for less is still talking
 ENERGY_FLOOR = 1e-6  # under the magnitudes of the quietest sound that 16 bits hold
 
@@ -99,8 +99,8 @@ def made_here(group):
 
 
 def bank_of(job):
-    """Banks of one group: FOLDER/train-KIND-GROUP.npz, with the pieces one after the other. With a `share` below 1, fewer
-    pieces come in other variants too, and of groups from packages only that share of the minutes is taken."""
+    """Banks of one group: FOLDER/train-KIND-GROUP.npz, with the pieces one after the other. Of groups from packages only
+    `share` of the minutes is taken; all come in all variants, since without codecs their noise would mean music."""
     folder, kind, group, paths, share = job
     target = folder / f"train-{kind}-{group}.npz"
     if target.exists():
@@ -108,7 +108,6 @@ def bank_of(job):
     torch.set_num_threads(1)
     seed = int.from_bytes(f"{kind}{group}".encode(), "big") % 2**32
     rng = np.random.default_rng(seed)
-    varied = (1 + share) / 2 if made_here(group) else share
     minutes = MORE_MINUTES.get(group, MINUTES[kind]) * (1 if made_here(group) else share)
     budget = minutes * 60 * RATE / max(1, len(paths))
     mels, active, lengths = [], [], []
@@ -117,11 +116,11 @@ def bank_of(job):
         for variant in VARIANTS:
             for begin in range(0, len(whole) - 3 * RATE, 60 * RATE):
                 samples = whole[begin : begin + 60 * RATE]
-                if rng.random() > {"plain": 1, "room": varied, "codec": CODED * varied}[variant]:
-                    continue
                 if variant == "room":
                     samples = room(rng, samples)
                 elif variant == "codec":
+                    if rng.random() > (CODED_VOICES if kind == "speech" else CODED):
+                        continue
                     samples = through_codec(samples, *CODECS[rng.integers(len(CODECS))])
                 made = features(np.nan_to_num(samples), kind)
                 if made:
