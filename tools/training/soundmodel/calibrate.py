@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Chooses the offsets that turn the network's output into confidences: those with which the detector mutes most of the
 ads of broadcasts that nothing was learned from and that no figure is taken from, at no more than MOST of their
-programme."""
+programme beyond what it mutes with perfect scores."""
 import concurrent.futures
 import itertools
 import json
@@ -12,13 +12,13 @@ import numpy as np
 from soundmodel.broadcast import DENSE, FURTHER
 from soundmodel.evaluate import detector_figures, muted, replay, scores_of, write_cues
 
-#: Offsets that are tried, in steps of COARSE, and around the best in steps of FINE. Songs are told from ads by the score of
-#: speech, which has to be sure, and beds are faint, so the two differ.
-SPEECH, MUSIC = (-6, 1), (-3, 3)
-COARSE, FINE = 1.0, 0.5
-MOST = 0.04  # share of programme muted, without words
+SPEECH, MUSIC = np.arange(-5, 0.1, 0.5), np.arange(-3, 0.1, 0.5)  # offsets that are tried
+MOST = 0.04  # share of programme muted, without words, beyond what perfect scores mute
 QUIET = ("speech", "music", "noise")  # half hours in which nothing is an ad; of songs there are too few kinds
 STRETCHES = 2  # false ones in QUIET, all together: more are worse than any ad missed
+#: Share of ads that caution is worth. Only the score of speech tells songs from ads, and no song is there to speak for
+#: itself: of offsets that mute nearly as much, those are taken that are the most cautious about speech.
+CAUTION = 0.06
 
 
 def logit(chance):
@@ -28,7 +28,7 @@ def logit(chance):
 
 def attempt(job):
     """The figures of one calibration."""
-    program, folder, scores, speech, music = job
+    program, folder, scores, most, speech, music = job
     squeeze = lambda values, offset: 1 / (1 + np.exp(-(values + offset)))
     tried = dict(speech=speech, music=music)
     with tempfile.NamedTemporaryFile(suffix=".cues") as file:
@@ -41,7 +41,7 @@ def attempt(job):
 
         figures = [muted(detector_figures(program, folder, name, cues(name), 0.5)) for name in (*DENSE, *FURTHER)]
         tried["ads"], tried["programme"] = np.mean(figures, 0)
-        if tried["programme"] <= MOST:  # or it is not chosen anyway
+        if tried["programme"] <= most:  # or it is not chosen anyway
             quiet = lambda name: replay(
                 program, folder / f"{name}.wav", "--sensitivity", 0.5, "--cues", cues(name)
             )
@@ -49,13 +49,14 @@ def attempt(job):
     return tried
 
 
-def worth(tried):
-    """Larger is better: what may be chosen first, of that what mutes most of the ads, and among equals the more cautious
-    about speech, since no song is there to speak against it."""
-    stretches = tried.get("stretches")
-    if stretches is None:
-        return 0, -tried["programme"]
-    return (2, round(tried["ads"], 2), -tried["speech"]) if stretches <= STRETCHES else (1, -stretches)
+def choose(found):
+    """The best of what was tried."""
+    allowed = [t for t in found if t.get("stretches", STRETCHES + 1) <= STRETCHES]
+    if not allowed:
+        return min(found, key=lambda t: t["programme"])
+    most = max(t["ads"] for t in allowed)
+    near = [t for t in allowed if t["ads"] >= most - CAUTION]
+    return min(near, key=lambda t: (t["speech"], -t["ads"]))
 
 
 def calibrate(program, work, tagger, name):
@@ -67,25 +68,25 @@ def calibrate(program, work, tagger, name):
         for file in (*DENSE, *FURTHER, *QUIET):
             time, speech, music = scores_of(tagger, folder / f"{file}.wav")
             scores[file] = time, logit(speech), logit(music)
-        found = {}
+        perfect = [
+            muted(detector_figures(program, folder, name, folder / f"{name}.perfect", 0.5))
+            for name in (*DENSE, *FURTHER)
+        ]
+        ads, programme = map(float, np.mean(perfect, 0))
+        print(f"perfect: ads {ads:.1%}, programme {programme:.1%}")
+        jobs = [
+            (program, folder, scores, programme + MOST, float(speech), float(music))
+            for speech, music in itertools.product(SPEECH, MUSIC)
+        ]
         with concurrent.futures.ProcessPoolExecutor(2) as pool:
-
-            def attempts(pairs):
-                jobs = [(program, folder, scores, *pair) for pair in pairs if pair not in found]
-                found.update({job[3:]: tried for job, tried in zip(jobs, pool.map(attempt, jobs))})
-                return max(found.values(), key=worth)
-
-            steps = lambda limits: [float(v) for v in np.arange(limits[0], limits[1] + 0.01, COARSE)]
-            best = attempts(list(itertools.product(steps(SPEECH), steps(MUSIC))))
-            near = lambda value: [value - FINE, value, value + FINE]
-            best = attempts(list(itertools.product(near(best["speech"]), near(best["music"]))))
-        for tried in sorted(found.values(), key=worth, reverse=True)[:8]:
+            found = list(pool.map(attempt, jobs))
+        best = choose(found)
+        for tried in sorted(found, key=lambda t: (t is not best, -t["ads"]))[:8]:
             print(
                 f"{name} speech {tried['speech']:+}, music {tried['music']:+}: ads {tried['ads']:.1%}, "
                 f"programme {tried['programme']:.1%}, false stretches {tried.get('stretches')}"
             )
         offsets = [best["speech"], best["music"], best["music"]]
-        tried = sorted(found.values(), key=lambda t: (t["speech"], t["music"]))
-        path.write_text(json.dumps(dict(gains=[1.0] * 3, offsets=offsets, tried=tried), indent=1))
+        path.write_text(json.dumps(dict(gains=[1.0] * 3, offsets=offsets, most=programme + MOST, perfect=perfect, tried=found), indent=1))
     chosen = json.loads(path.read_text())
     return dict(gains=chosen["gains"], offsets=chosen["offsets"])
