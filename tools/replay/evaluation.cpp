@@ -83,26 +83,54 @@ std::optional<Delays> delays(std::vector<double> seconds) {
     return Delays{percentile(seconds, 0.5), percentile(seconds, 0.9)};
 }
 
-/// Reaction and late release of each real ad that was found at least in part.
+std::vector<Interval> joined(const std::vector<Interval>& ads) {
+    std::vector<Interval> breaks;
+    for (const Interval& ad : ads) {
+        if (!breaks.empty() && ad.start - breaks.back().end < breakGap) {
+            breaks.back().end = ad.end;
+        } else {
+            breaks.push_back(ad);
+        }
+    }
+    return breaks;
+}
+
+/// Reaction and late release of each real stretch that was found at least in part.
 void measureDelays(const std::vector<Interval>& found, const std::vector<Interval>& truth, double duration,
-                   Evaluation& result) {
+                   EventFigures& result) {
     std::vector<double> reactions;
     std::vector<double> releases;
     for (std::size_t t = 0; t < truth.size(); ++t) {
-        const Interval& ad = truth[t];
-        const auto touches = [&](const Interval& interval) { return overlap(interval, ad) > 0; };
+        const Interval& real = truth[t];
+        const auto touches = [&](const Interval& interval) { return overlap(interval, real) > 0; };
         const auto first = std::find_if(found.begin(), found.end(), touches);
         if (first == found.end()) {
             continue;
         }
         const auto last = std::find_if(found.rbegin(), found.rend(), touches);
-        // What reaches into the next ad is not late there.
-        const double nextAd = t + 1 < truth.size() ? truth[t + 1].start : duration;
-        reactions.push_back(std::max(0.0, first->start - ad.start));
-        releases.push_back(std::max(0.0, std::min(last->end, nextAd) - ad.end));
+        // What reaches into the next one is not late there.
+        const double next = t + 1 < truth.size() ? truth[t + 1].start : duration;
+        reactions.push_back(std::max(0.0, first->start - real.start));
+        releases.push_back(std::max(0.0, std::min(last->end, next) - real.end));
     }
     result.reaction = delays(std::move(reactions));
     result.lateRelease = delays(std::move(releases));
+}
+
+EventFigures eventFigures(const std::vector<Interval>& found, const std::vector<Interval>& truth,
+                          double duration) {
+    const auto matches = static_cast<double>(countMatches(found, truth));
+    EventFigures result;
+    result.precision = ratio(matches, static_cast<double>(found.size()));
+    result.recall = ratio(matches, static_cast<double>(truth.size()));
+    if (!found.empty() || !truth.empty()) {
+        // (1 + b^2) matches / ((1 + b^2) matches + b^2 missed + false) with b = 0.5
+        const double missed = static_cast<double>(truth.size()) - matches;
+        const double spurious = static_cast<double>(found.size()) - matches;
+        result.f05 = 1.25 * matches / (1.25 * matches + 0.25 * missed + spurious);
+    }
+    measureDelays(found, truth, duration, result);
+    return result;
 }
 
 }  // namespace
@@ -112,21 +140,13 @@ Evaluation evaluate(const std::vector<Interval>& found, std::vector<Interval> tr
     const double foundSeconds = totalLength(found);
     const double adSeconds = totalLength(truth);
     const double shared = totalOverlap(found, truth);
-    const auto matches = static_cast<double>(countMatches(found, truth));
 
     Evaluation result;
     result.precision = ratio(shared, foundSeconds);
     result.recall = ratio(shared, adSeconds);
-    result.eventPrecision = ratio(matches, static_cast<double>(found.size()));
-    result.eventRecall = ratio(matches, static_cast<double>(truth.size()));
-    if (!found.empty() || !truth.empty()) {
-        // (1 + b^2) matches / ((1 + b^2) matches + b^2 missed + false) with b = 0.5
-        const double missed = static_cast<double>(truth.size()) - matches;
-        const double spurious = static_cast<double>(found.size()) - matches;
-        result.f05 = 1.25 * matches / (1.25 * matches + 0.25 * missed + spurious);
-    }
-    measureDelays(found, truth, duration, result);
     result.falsePerHour = ratio((foundSeconds - shared) * 3600, duration - adSeconds);
+    result.breaks = eventFigures(found, joined(truth), duration);
+    result.ads = eventFigures(found, truth, duration);
     return result;
 }
 

@@ -104,19 +104,32 @@ std::string delaysText(const std::optional<Delays>& delays) {
                   : "-";
 }
 
+std::string eventText(const std::string& name, const EventFigures& figures) {
+    const std::string margin = "  " + formatted("%-14s", name.c_str());
+    const std::string below(margin.size(), ' ');
+    return margin + "precision " + shareText(figures.precision) + ", recall " + shareText(figures.recall) +
+           ", F0.5 " + shareText(figures.f05) + " (sharing at least half of their union)\n" + below +
+           "reaction " + delaysText(figures.reaction) + "\n" + below + "late release " +
+           delaysText(figures.lateRelease) + "\n";
+}
+
 std::string evaluationText(const Evaluation& evaluation) {
     return "against the labels:\n"
            "  seconds       precision " +
-           shareText(evaluation.precision) + ", recall " + shareText(evaluation.recall) +
-           "\n"
-           "  ads           precision " +
-           shareText(evaluation.eventPrecision) + ", recall " + shareText(evaluation.eventRecall) +
-           ", F0.5 " + shareText(evaluation.f05) + " (sharing at least half of their union)\n" +
-           "  reaction      " + delaysText(evaluation.reaction) + "\n" + "  late release  " +
-           delaysText(evaluation.lateRelease) + "\n" + "  false         " +
+           shareText(evaluation.precision) + ", recall " + shareText(evaluation.recall) + "\n" +
+           eventText("breaks", evaluation.breaks) + eventText("single ads", evaluation.ads) +
+           "  false         " +
            (evaluation.falsePerHour ? formatted("%.1f s per hour of programme", *evaluation.falsePerHour)
                                     : "-") +
            "\n";
+}
+
+ordered_json eventJson(const EventFigures& figures) {
+    return {{"eventPrecision", orNull(figures.precision)},
+            {"eventRecall", orNull(figures.recall)},
+            {"f05", orNull(figures.f05)},
+            {"reaction", delaysJson(figures.reaction)},
+            {"lateRelease", delaysJson(figures.lateRelease)}};
 }
 
 }  // namespace
@@ -192,12 +205,9 @@ ordered_json reportJson(const Report& report) {
         const Evaluation& evaluation = *report.evaluation;
         json["truth"] = {{"precision", orNull(evaluation.precision)},
                          {"recall", orNull(evaluation.recall)},
-                         {"eventPrecision", orNull(evaluation.eventPrecision)},
-                         {"eventRecall", orNull(evaluation.eventRecall)},
-                         {"f05", orNull(evaluation.f05)},
-                         {"reaction", delaysJson(evaluation.reaction)},
-                         {"lateRelease", delaysJson(evaluation.lateRelease)},
                          {"falseSecondsPerHour", orNull(evaluation.falsePerHour)}};
+        json["truth"].update(eventJson(evaluation.breaks));
+        json["truth"]["singleAds"] = eventJson(evaluation.ads);
     }
     json["speed"] = std::round(report.speed);
     return json;

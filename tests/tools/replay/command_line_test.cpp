@@ -175,6 +175,7 @@ TEST_F(CommandLineTest, FindsTheAdThatTheCuesDescribe) {
     EXPECT_EQ(report["truth"]["lateRelease"]["median"], 3);
     EXPECT_NEAR(report["truth"]["recall"].get<double>(), 17.5 / 20, 1e-9);
     EXPECT_EQ(report["truth"]["f05"], 1);
+    EXPECT_EQ(report["truth"]["singleAds"]["f05"], 1);
 
     const auto table = run("--cues radio.cues --truth radio.txt --no-transcription radio.wav");
     EXPECT_THAT(table.output, HasSubstr("0:22.5"));

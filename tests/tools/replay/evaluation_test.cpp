@@ -18,40 +18,58 @@ TEST(Evaluation, MeasuresAnHourByHandAndWeighsPrecisionDoubleInF05) {
     const double shared = 25 + 30 + 6;
     EXPECT_DOUBLE_EQ(*result.precision, shared / (30 + 50 + 6 + 10 + 10));
     EXPECT_DOUBLE_EQ(*result.recall, shared / (30 + 30 + 30 + 20));
-    EXPECT_DOUBLE_EQ(*result.eventPrecision, 0.4);
-    EXPECT_DOUBLE_EQ(*result.eventRecall, 0.5);
-    EXPECT_DOUBLE_EQ(*result.f05, 1.25 * 0.4 * 0.5 / (0.25 * 0.4 + 0.5));
-    EXPECT_DOUBLE_EQ(result.reaction->median, 5);  // of 5, 0 and 10
-    EXPECT_DOUBLE_EQ(result.reaction->percentile90, 9);
-    EXPECT_DOUBLE_EQ(result.lateRelease->median, 5);  // of 5, 10 and 0
-    EXPECT_DOUBLE_EQ(result.lateRelease->percentile90, 9);
+    // No two are near enough to be one break.
+    for (const EventFigures& events : {result.ads, result.breaks}) {
+        EXPECT_DOUBLE_EQ(*events.precision, 0.4);
+        EXPECT_DOUBLE_EQ(*events.recall, 0.5);
+        EXPECT_DOUBLE_EQ(*events.f05, 1.25 * 0.4 * 0.5 / (0.25 * 0.4 + 0.5));
+        EXPECT_DOUBLE_EQ(events.reaction->median, 5);  // of 5, 0 and 10
+        EXPECT_DOUBLE_EQ(events.reaction->percentile90, 9);
+        EXPECT_DOUBLE_EQ(events.lateRelease->median, 5);  // of 5, 10 and 0
+        EXPECT_DOUBLE_EQ(events.lateRelease->percentile90, 9);
+    }
     EXPECT_DOUBLE_EQ(*result.falsePerHour, (106 - shared) * 3600 / (3600 - 110));
 }
 
 TEST(Evaluation, MatchesEachAdOnceAndCountsLatenessOnlyUpToTheNext) {
     // One found stretch over two ads: half of the union is shared with neither.
     auto result = evaluate({{0, 100}}, {{0, 40}, {60, 100}}, 200);
-    EXPECT_DOUBLE_EQ(*result.eventRecall, 0);
-    EXPECT_DOUBLE_EQ(result.lateRelease->median, 10);  // 20 between the two, 0 after the second
+    EXPECT_DOUBLE_EQ(*result.ads.recall, 0);
+    EXPECT_DOUBLE_EQ(result.ads.lateRelease->median, 10);  // 20 between the two, 0 after the second
     // Exactly half is a match; the second half of the same ad is not matched again.
     result = evaluate({{0, 50}, {50, 100}}, {{0, 100}}, 200);
-    EXPECT_DOUBLE_EQ(*result.eventPrecision, 0.5);
-    EXPECT_DOUBLE_EQ(*result.eventRecall, 1);
+    EXPECT_DOUBLE_EQ(*result.ads.precision, 0.5);
+    EXPECT_DOUBLE_EQ(*result.ads.recall, 1);
+}
+
+TEST(Evaluation, TakesAdsLessThanThreeSecondsApartForOneBreak) {
+    // Gaps of 2.5 and 3 s: two breaks, of which the first was found as a whole, 4 s late.
+    const auto result = evaluate({{4, 81}}, {{0, 20}, {22.5, 50}, {50, 80}, {83, 110}}, 200);
+    EXPECT_DOUBLE_EQ(*result.breaks.precision, 1);
+    EXPECT_DOUBLE_EQ(*result.breaks.recall, 0.5);
+    EXPECT_DOUBLE_EQ(result.breaks.reaction->percentile90, 4);
+    EXPECT_DOUBLE_EQ(result.breaks.lateRelease->percentile90, 1);
+    EXPECT_DOUBLE_EQ(*result.ads.precision, 0);
+    EXPECT_DOUBLE_EQ(result.ads.reaction->median, 0);
+    EXPECT_DOUBLE_EQ(*result.recall, (16 + 27.5 + 30) / (20 + 27.5 + 30 + 27))
+        << "in seconds they stay apart";
 }
 
 TEST(Evaluation, LeavesOutFiguresWithoutAnythingToMeasure) {
     auto result = evaluate({}, {}, 100);
-    EXPECT_FALSE(result.precision || result.recall || result.eventPrecision || result.eventRecall ||
-                 result.f05);
-    EXPECT_FALSE(result.reaction || result.lateRelease);
+    EXPECT_FALSE(result.precision || result.recall);
+    for (const EventFigures& events : {result.ads, result.breaks}) {
+        EXPECT_FALSE(events.precision || events.recall || events.f05 || events.reaction ||
+                     events.lateRelease);
+    }
     EXPECT_EQ(result.falsePerHour, 0);
     result = evaluate({}, {{10, 20}, {95, 300}, {150, 160}}, 100);
-    EXPECT_FALSE(result.precision || result.reaction);
+    EXPECT_FALSE(result.precision || result.breaks.reaction);
     EXPECT_EQ(result.recall, 0);
-    EXPECT_EQ(result.f05, 0);
+    EXPECT_EQ(result.breaks.f05, 0);
     result = evaluate({{95, 100}}, {{90, 300}, {150, 160}}, 100);
     EXPECT_DOUBLE_EQ(*result.recall, 0.5) << "what lies beyond the recording does not count";
-    EXPECT_DOUBLE_EQ(*result.eventRecall, 1);
+    EXPECT_DOUBLE_EQ(*result.breaks.recall, 1);
     EXPECT_FALSE(evaluate({{0, 100}}, {{0, 100}}, 100).falsePerHour) << "no programme at all";
 }
 

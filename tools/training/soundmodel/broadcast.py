@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""Broadcasts put together from recordings that nothing was learned from, with the truth about them: where the ads are, and what a perfect
-classifier would say. And long stretches of speech, songs, music and noise without any ad."""
+"""Broadcasts put together from recordings that nothing was learned from, with the truth about them: where the ads are,
+and what a perfect classifier would say. And long stretches of speech, songs, music and noise without any ad."""
 import dataclasses
 import json
 import pathlib
@@ -9,7 +9,31 @@ import wave
 import numpy as np
 from scipy.signal import butter, fftconvolve, sosfilt
 from soundmodel.audio import RATE, through_codec
-from soundmodel.features import frame_power, read
+from soundmodel.features import ducked, frame_power, loudness, read
+
+BELOW = (6, 20)  # dB that the music of an ad lies below the voice
+DRY = 0.2  # share of ads without music
+DUCKED = 0.4  # share of ads whose music comes up in the pauses of the voice
+#: Name: minutes, minutes of programme between breaks, minutes of a break, codec. The dense ones change often, which is
+#: hard; the hour has the clock of a real station.
+BROADCASTS = {
+    "dense-1": (22, (1, 2.5), (0.8, 2), None),
+    "dense-2": (22, (1, 2.5), (0.8, 2), ("libmp3lame", 32000, 64)),
+    "dense-3": (22, (1, 2.5), (0.8, 2), ("libopus", 48000, 24)),
+    "hour": (60, (8.5, 10), (2, 3), ("libmp3lame", 32000, 64)),
+    "dense-4": (22, (1, 2.5), (0.8, 2), None),
+    "dense-5": (22, (1, 2.5), (0.8, 2), ("libmp3lame", 32000, 64)),
+    "dense-6": (22, (1, 2.5), (0.8, 2), ("libopus", 48000, 24)),
+}
+DENSE = ("dense-1", "dense-2", "dense-3")
+FURTHER = ("dense-4", "dense-5", "dense-6")  # for the calibration, which needs more than the figures do
+SINGLES = ("speech", "song", "music", "noise")  # half an hour of each
+#: How often programme is what. No songs for the calibration: there are only one, half of it rapped, and two singers
+#: without accompaniment, which would decide it alone.
+PROGRAMME = {
+    "held": {"talk": 0.35, "conversation": 0.2, "song": 0.25, "music": 0.2},
+    "tune": {"talk": 0.42, "conversation": 0.25, "music": 0.33},
+}
 
 
 def write_wave(path, samples):
@@ -45,6 +69,7 @@ class Material:
 
     folder: pathlib.Path
     rng: np.random.Generator
+    shortest: float = 5  # seconds of a recording
 
     def __post_init__(self):
         self.pieces = {
@@ -52,7 +77,7 @@ class Material:
             for kind in ("speech", "music", "song", "noise")
         }
         for kind in ("speech", "music", "song"):
-            self.pieces[kind] = [(n, s) for n, s in self.pieces[kind] if len(s) > 5 * RATE]
+            self.pieces[kind] = [(n, s) for n, s in self.pieces[kind] if len(s) > self.shortest * RATE]
 
     def take(self, kind, seconds, name=None):
         """A stretch of one recording, from its beginning again if it is too short."""
@@ -61,6 +86,9 @@ class Material:
             weight = np.array([min(len(s), 120 * RATE) for _, s in choice], float)
         else:
             weight = np.ones(len(choice))
+        if kind == "music":  # and a source each, not a piece each: one has 26
+            source = [n.split("__")[0] for n, _ in choice]
+            weight /= np.sqrt([source.count(each) for each in source])
         name, samples = choice[self.rng.choice(len(choice), p=weight / weight.sum())]
         length = int(seconds * RATE)
         begin = int(self.rng.integers(0, max(1, len(samples) - length)))
@@ -110,19 +138,28 @@ class Material:
         return self.take("music", seconds)[1], 1, 0
 
     def spot(self, seconds):
-        """One advertisement: a voice over music, compressed."""
+        """(samples, music) of one advertisement: a voice, most times over music, compressed."""
         _, voice = self.speech(seconds)
-        for _ in range(20):
-            _, music = self.take("music", seconds)
-            if level_of(music) > 1e-3:
-                break
-        mix = at_level(voice, -20) + at_level(music, -20 - self.rng.uniform(2, 14))
+        voice = at_level(voice, -20)
+        dry = self.rng.random() < DRY
+        mix = voice
+        if not dry:
+            for _ in range(20):
+                _, music = self.take("music", seconds)
+                if level_of(music) > 1e-3:
+                    break
+            music = at_level(music, -20 - self.rng.uniform(*BELOW))
+            if self.rng.random() < DUCKED:
+                _, speaks = loudness(voice, "speech")
+                music = ducked(self.rng, music, speaks, len(speaks))
+            mix = voice + music
         drive = self.rng.uniform(1, 3)
-        return np.tanh(drive * mix / np.abs(mix).max()) / np.tanh(drive)
+        return np.tanh(drive * mix / np.abs(mix).max()) / np.tanh(drive), 0 if dry else 1
 
 
-def broadcast(material, minutes, base=-23.0, louder=(2.0, 5.0)):
-    """(samples, ads as (start, end), cues as (time, music, speech)) of one broadcast."""
+def broadcast(material, mixture, minutes, between, breaks, base=-23.0, louder=(2.0, 5.0)):
+    """(samples, ads as (start, end), cues as (time, music, speech)) of one broadcast; `between` and `breaks` are the
+    shortest and longest minutes of programme and of ads, `mixture` says how often programme is what."""
     rng = material.rng
     parts, ads, cues, time = [], [], [], 0.0
 
@@ -136,30 +173,35 @@ def broadcast(material, minutes, base=-23.0, louder=(2.0, 5.0)):
         cues.append((time, music, speech))
         time += len(samples) / RATE
 
-    while time < minutes * 60:
-        until = time + rng.uniform(120, 260)
+    def programme(seconds):
+        until = time + seconds
         while time < until:
-            kind = rng.choice(["talk", "conversation", "song", "music"], p=[0.35, 0.2, 0.25, 0.2])
-            add(
-                *(lambda p: (p[0], base + rng.uniform(-2, 2), p[1], p[2]))(
-                    material.programme(kind, rng.uniform(20, 80))
-                )
-            )
-        start = time
-        louder_now = rng.uniform(*louder)
-        for _ in range(int(rng.integers(2, 6))):
-            add(material.spot(rng.uniform(10, 30)), base + louder_now, 1, 1)
-        ads.append((start, time))
+            kind = rng.choice(list(mixture), p=list(mixture.values()))
+            samples, music, speech = material.programme(kind, rng.uniform(20, 80))
+            add(samples, base + rng.uniform(-2, 2), music, speech)
+
+    while time < minutes * 60:
+        programme(60 * rng.uniform(*between))
+        until, louder_now = time + 60 * rng.uniform(*breaks), rng.uniform(*louder)
+        while time < until:
+            samples, music = material.spot(rng.uniform(10, 30))
+            start = time
+            add(samples, base + louder_now, music, 1)
+            ads.append((start, time))
+            pause = int(rng.uniform(0.05, 0.4) * RATE)
+            parts.append(np.zeros(pause, np.float32))
+            time += pause / RATE
     add(material.programme("talk", 60)[0], base, 0, 1)
     return np.concatenate(parts), ads, cues
 
 
-def write_broadcast(material, folder, name, seed, minutes, codec=None):
+def write_broadcast(material, folder, name, seed):
     """NAME.wav, NAME.txt (label track) and NAME.perfect (cues) in a folder."""
     if (folder / f"{name}.perfect").exists():
         return
+    minutes, between, breaks, codec = BROADCASTS[name]
     material.rng = np.random.default_rng(seed)
-    samples, ads, cues = broadcast(material, minutes)
+    samples, ads, cues = broadcast(material, PROGRAMME[folder.name], minutes, between, breaks)
     if codec:
         samples = through_codec(samples, *codec)
     write_wave(folder / f"{name}.wav", samples)
@@ -197,14 +239,16 @@ def write_single(material, folder, kind, minutes, seed):
 
 
 def make_all(work, split):
-    """WORK/SPLIT: three broadcasts of 40 minutes and half an hour of each kind of sound."""
+    """WORK/SPLIT: the broadcasts, and half an hour of each kind of sound."""
     folder = work / split
     folder.mkdir(exist_ok=True)
     material = Material(work / "pcm" / split, np.random.default_rng(0))
-    seed = {"held": 11, "tune": 111}[split]
-    for index, codec in enumerate([None, ("libmp3lame", 32000, 64), ("libopus", 48000, 24)]):
-        write_broadcast(material, folder, f"broadcast-{index + 1}", seed + index, 40, codec)
-    for index, kind in enumerate(("speech", "song", "music", "noise")):
+    seed = {"held": 2011, "tune": 2111}[split]
+    for index, name in enumerate(BROADCASTS):
+        if (name == "hour" and split == "tune") or (name in FURTHER and split == "held"):
+            continue
+        write_broadcast(material, folder, name, seed + index)
+    for index, kind in enumerate(SINGLES):
         write_single(material, folder, kind, 30, seed + 10 + index)
 
 

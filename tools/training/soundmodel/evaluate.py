@@ -7,10 +7,11 @@ import subprocess
 import wave
 
 import numpy as np
+from soundmodel.broadcast import DENSE, SINGLES
 from soundmodel.network import LABELS, confidences
 
-SINGLES = ("speech", "song", "music", "noise")
-BROADCASTS = ("broadcast-1", "broadcast-2", "broadcast-3")
+SENSITIVITIES = (0.25, 0.5, 0.75)
+MEASURED = (*DENSE, "hour")
 
 
 def samples_of(path):
@@ -39,59 +40,53 @@ def replay(program, recording, *options):
 
 
 def detector_figures(program, folder, name, cues, sensitivity):
-    """(share of ad seconds muted, share of programme seconds muted, ads found)."""
-    found = replay(
-        program,
-        folder / f"{name}.wav",
-        "--sensitivity",
-        sensitivity,
-        "--cues",
-        cues,
-        "--truth",
-        folder / f"{name}.txt",
+    """What sordin-replay says of a broadcast with these cues."""
+    options = ("--sensitivity", sensitivity, "--cues", cues, "--truth", folder / f"{name}.txt")
+    return replay(program, folder / f"{name}.wav", *options)
+
+
+def muted(found):
+    """(share of ad seconds muted, share of programme seconds muted)."""
+    return found["truth"]["recall"], found["truth"]["falseSecondsPerHour"] / 3600
+
+
+def told(found):
+    """The figures of broadcasts as one line."""
+    ads, programme = np.mean([muted(each) for each in found], 0)
+    delay = lambda name, part: np.mean([(each["truth"][name] or {}).get(part, np.nan) for each in found])
+    return (
+        f"ads {ads:.1%}, programme {programme:.2%}, reaction {delay('reaction', 'median'):.1f} / "
+        f"{delay('reaction', 'percentile90'):.1f} s, release {delay('lateRelease', 'median'):.1f} s, "
+        f"F0.5 of breaks {np.mean([each['truth']['f05'] for each in found]):.2f}"
     )
-    return found["truth"]["recall"], found["truth"]["falseSecondsPerHour"] / 3600, len(found["ads"])
 
 
 def evaluate(program, work, tagger, label, **calibration):
-    """Prints and returns the figures of a model."""
+    """Prints the figures of a model on the held-out broadcasts."""
     folder = work / "held"
-    rows = {}
-    for name in BROADCASTS:
-        cues = folder / f"{name}.{label}"
-        write_cues(cues, scores_of(tagger, folder / f"{name}.wav", **calibration))
-        for sensitivity in (0.25, 0.5, 0.75):
-            perfect = detector_figures(program, folder, name, folder / f"{name}.perfect", sensitivity)
-            ours = detector_figures(program, folder, name, cues, sensitivity)
-            rows[name, sensitivity] = perfect, ours
-            print(
-                f"{label} {name} at {sensitivity}: ads {ours[0]:.1%} (perfect {perfect[0]:.1%}), "
-                f"programme {ours[1]:.1%} ({perfect[1]:.1%}), stretches {ours[2]} ({perfect[2]})",
-                flush=True,
-            )
-    for sensitivity in (0.25, 0.5, 0.75):
-        mean = np.mean(
-            [[*rows[name, sensitivity][0][:2], *rows[name, sensitivity][1][:2]] for name in BROADCASTS], 0
-        )
-        print(
-            f"{label} all at {sensitivity}: ads {mean[2]:.1%} ({mean[0]:.1%}), programme {mean[3]:.1%} ({mean[1]:.1%})"
-        )
+    for name in MEASURED:
+        write_cues(folder / f"{name}.{label}", scores_of(tagger, folder / f"{name}.wav", **calibration))
+    for sensitivity in SENSITIVITIES:
+        for title, names in (("dense", DENSE), *((name, (name,)) for name in MEASURED)):
+            for scores in ("perfect", label):
+                found = [
+                    detector_figures(program, folder, name, folder / f"{name}.{scores}", sensitivity)
+                    for name in names
+                ]
+                print(f"{scores} {title} at {sensitivity}: {told(found)}", flush=True)
     for kind in SINGLES:
         path = folder / f"{kind}.wav"
         cues = folder / f"{kind}.{label}"
         scores = scores_of(tagger, path, **calibration)
         write_cues(cues, scores)
         audio = np.clip(2 * np.minimum(scores[1], scores[2]), 0, 1)
-        jump = np.abs(np.diff(scores[1])) + np.abs(np.diff(scores[2]))
         found = replay(program, path, "--sensitivity", 0.5, "--cues", cues)
         starts = [round(ad["start"]) for ad in found["ads"]]
         print(
-            f"{label} {kind}: ads found {len(starts)} at {starts} ({found['adSeconds']:.0f} s); speech {scores[1].mean():.3f}, "
-            f"music {scores[2].mean():.3f}, A>.5 {np.mean(audio > 0.5):.3f}, jump {jump.mean():.3f}",
+            f"{label} {kind}: {len(starts)} stretches at {starts} ({found['adSeconds']:.0f} s); "
+            f"speech {scores[1].mean():.3f}, music {scores[2].mean():.3f}, strong {np.mean(audio > 0.5):.3f}",
             flush=True,
         )
-        rows[kind] = len(starts), found["adSeconds"]
-    return rows
 
 
 if __name__ == "__main__":

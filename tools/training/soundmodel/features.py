@@ -5,13 +5,14 @@ import concurrent.futures
 import pathlib
 
 import numpy as np
+import torch
 from scipy.ndimage import maximum_filter1d, uniform_filter1d
-from scipy.signal import butter, fftconvolve, sosfilt
+from scipy.signal import butter, oaconvolve, sosfilt
 from soundmodel.audio import HOP, RATE, WINDOW, mel_magnitudes, through_codec
 
 VARIANTS = ("plain", "room", "codec")
 MINUTES = {"speech": 40, "music": 45, "song": 120, "noise": 60}  # of a group at most
-MORE_MINUTES = {"queen": 110, "nsh-ru": 60}
+MORE_MINUTES = {"queen": 110, "nsh-ru": 60, "bed-band": 70, "bed-solo": 70, "bed-drums": 60, "bed-synth": 60}
 CODECS = [
     ("libmp3lame", 16000, 16),
     ("libmp3lame", 16000, 24),
@@ -32,8 +33,10 @@ CODECS = [
     ("pcm_mulaw", 8000, 0),
     ("libgsm", 8000, 0),
 ]
-MIXED, MIXED_SECONDS = 1000, 18  # scenes put together as sound, and their length
-CODED = 0.35  # share of all minutes that go through a codec, which takes longer than all the rest
+#: Voices go through a telephone more often: what GSM leaves of one sounds like music.
+VOICE_CODECS = [*CODECS, *[("libgsm", 8000, 0)] * 4, *[("pcm_mulaw", 8000, 0)] * 2]
+MIXED, MIXED_SECONDS = 150, 24  # scenes put together as sound in each of the jobs of mixed_jobs(), and their length
+CODED, CODED_VOICES = 0.35, 0.5  # share of the minutes that go through a codec, which takes longer than all the rest
 PAUSE = 160  # frames: a voice that pauses for less is still talking
 ENERGY_FLOOR = 1e-6  # under the magnitudes of the quietest sound that 16 bits hold
 
@@ -51,7 +54,7 @@ def room(rng, samples):
         answer = rng.standard_normal(size) * np.exp(-6.9 * np.arange(size) / size)
         answer = sosfilt(butter(1, rng.uniform(2500, 7000), fs=RATE, output="sos"), answer)
         answer /= np.sqrt((answer**2).sum())
-        samples = samples + rng.uniform(0.05, 0.7) * fftconvolve(samples, answer)[: len(samples)]
+        samples = samples + rng.uniform(0.05, 0.7) * oaconvolve(samples, answer)[: len(samples)]
     if rng.random() < 0.4:
         drive = rng.uniform(1.5, 6)
         samples = np.tanh(drive * samples / (np.abs(samples).max() + 1e-9)) / np.tanh(drive)
@@ -92,15 +95,23 @@ def features(samples, kind):
     return np.log(mels + ENERGY_FLOOR).astype(np.float16), active
 
 
+def made_here(group):
+    """Whether nothing but this program and the collections has a group: there is little of it."""
+    return group.startswith(("c-", "bed-"))
+
+
 def bank_of(job):
-    """Banks of one group: WORK/banks/SPLIT-KIND-GROUP.npz, with the pieces one after the other."""
-    work, split, kind, group, paths = job
-    target = work / "banks" / f"{split}-{kind}-{group}.npz"
+    """Banks of one group: FOLDER/train-KIND-GROUP.npz, with the pieces one after the other. Of groups from packages only
+    `share` of the minutes is taken; all come in all variants, since without codecs their noise would mean music."""
+    folder, kind, group, paths, share = job
+    target = folder / f"train-{kind}-{group}.npz"
     if target.exists():
         return
+    torch.set_num_threads(1)
     seed = int.from_bytes(f"{kind}{group}".encode(), "big") % 2**32
     rng = np.random.default_rng(seed)
-    budget = MORE_MINUTES.get(group, MINUTES[kind]) * 60 * RATE / max(1, len(paths))
+    minutes = MORE_MINUTES.get(group, MINUTES[kind]) * (1 if made_here(group) else share)
+    budget = minutes * 60 * RATE / max(1, len(paths))
     mels, active, lengths = [], [], []
     for path in paths:
         whole = read(path)[: int(max(budget, 20 * RATE))]
@@ -110,9 +121,10 @@ def bank_of(job):
                 if variant == "room":
                     samples = room(rng, samples)
                 elif variant == "codec":
-                    if rng.random() > CODED:
+                    if rng.random() > (CODED_VOICES if kind == "speech" else CODED):
                         continue
-                    samples = through_codec(samples, *CODECS[rng.integers(len(CODECS))])
+                    codecs = VOICE_CODECS if kind == "speech" else CODECS
+                    samples = through_codec(samples, *codecs[rng.integers(len(codecs))])
                 made = features(np.nan_to_num(samples), kind)
                 if made:
                     mels.append(made[0])
@@ -131,23 +143,57 @@ def loudness(samples, kind):
     return (float(np.sqrt(power[active].mean())) if active.any() else 0.0), active
 
 
+def ducked(rng, bed, speaks, frames):
+    """A bed under a side-chain compressor: it comes up in the pauses of the voice, fast or slowly."""
+    lift = 10 ** (rng.uniform(3, 12) / 20)
+    attack, release = rng.uniform(0.02, 0.15), rng.uniform(0.15, 1.0)
+    gain, target = np.empty(frames), np.where(speaks[:frames], 1.0, lift)
+    now = target[0]
+    for index, wanted in enumerate(target):
+        now += (wanted - now) * min(1, HOP / RATE / (attack if wanted < now else release))
+        gain[index] = now
+    return bed * np.interp(np.arange(len(bed)) / HOP, np.arange(frames), gain)
+
+
+def spoken_over(rng, voice):
+    """A voice as a microphone and a telephone leave it: a smooth random equalization, a room, a narrow band."""
+    if rng.random() < 0.5:
+        curve = np.interp(np.arange(65), np.linspace(0, 64, 7), rng.normal(0, 5, 7))
+        taps = np.fft.irfft(10 ** (curve / 20))
+        voice = oaconvolve(voice, np.roll(taps, 64) * np.hanning(128))[: len(voice)]
+    if rng.random() < 0.3:
+        voice = np.resize(room(rng, voice), len(voice))
+    if rng.random() < 0.15:
+        low, high = rng.uniform(150, 400), rng.uniform(2800, 3800)
+        voice = sosfilt(butter(3, [low, high], "bandpass", fs=RATE, output="sos"), voice)
+    return voice
+
+
 def mixed_scenes(job):
-    """WORK/banks/train-mixed-NAME.npz: voices over music, mixed as sound, driven hard, and through codecs, since that is
+    """FOLDER/train-mixed-NAME.npz: voices over music, mixed as sound, driven hard, and through codecs, since that is
     more than the sum of its parts. As many scenes have a voice alone or music alone, and go the same way: or what an
     amplifier and a codec add would mean that there is music. Activity has two columns: speech and music."""
-    work, name, seed, count, voices, music = job
-    target = work / "banks" / f"train-mixed-{name}.npz"
+    folder, name, seed, count, voices, music = job
+    target = folder / f"train-mixed-{name}.npz"
     if target.exists():
         return
+    torch.set_num_threads(1)
     rng = np.random.default_rng(seed)
     length = MIXED_SECONDS * RATE
 
-    def stretch(paths, kind):
+    def weights(paths):
         weight = np.array([min(p.stat().st_size, 600 * 2 * RATE) for p in paths]) ** 0.6
+        return weight / weight.sum()
+
+    chances = {"speech": weights(voices), "music": weights(music)}
+
+    def stretch(paths, kind):
         for _ in range(50):
-            whole = np.memmap(paths[rng.choice(len(paths), p=weight / weight.sum())], "<i2", "r")
+            whole = np.memmap(paths[rng.choice(len(paths), p=chances[kind])], "<i2", "r")
             begin = int(rng.integers(0, max(1, len(whole) - length)))
             samples = np.resize(np.asarray(whole[begin : begin + length]), length).astype(np.float32) / 32768
+            if kind == "speech":
+                samples = spoken_over(rng, samples)
             level, active = loudness(samples, kind)
             if level > 1e-3 and active.mean() > 0.4:
                 break
@@ -156,8 +202,10 @@ def mixed_scenes(job):
     mels, active, lengths = [], [], []
     for _ in range(count):
         (voice, speaks), (bed, plays) = stretch(voices, "speech"), stretch(music, "music")
-        below = rng.uniform(-3, 17)
+        below = rng.uniform(-3, 20)
         kind = rng.choice(["both", "voice", "music"], p=[0.5, 0.3, 0.2])
+        if kind == "both" and rng.random() < 0.5:
+            bed = ducked(rng, bed, speaks, len(speaks))
         mix = (kind != "music") * voice + (kind != "voice") * bed * 10 ** (-below / 20)
         if rng.random() < 0.8:
             drive = rng.uniform(1, 5)
@@ -167,8 +215,7 @@ def mixed_scenes(job):
         made = features(np.nan_to_num(mix), "music")
         if made:
             speaks = without_pauses(speaks) * float(kind != "music")
-            faint = np.clip((22 - below) / 9, 0, 1)
-            plays = without_pauses(plays) * (1 - speaks * (1 - faint)) * (kind != "voice")
+            plays = without_pauses(plays) * (1 - speaks * (1 - audible(below))) * (kind != "voice")
             mels.append(made[0])
             active.append(np.stack([speaks, plays], 1)[: len(made[0])].astype(np.float16))
             lengths.append(len(made[0]))
@@ -177,29 +224,44 @@ def mixed_scenes(job):
     part.rename(target)
 
 
-def mixed_jobs(work):
-    """Without the collection, and with nothing else where there is one."""
+def audible(below):
+    """How much music counts that is so many dB below a voice, 0 to 1: nobody hears what is far below."""
+    return np.clip((25 - below) / 9, 0, 1)
+
+
+def mixed_jobs(work, folder, count):
+    """Scenes of what comes from packages, and of the collections and made beds, apart, so that each can be left out."""
     files = {kind: sorted((work / "pcm/train" / kind).glob("*.s16")) for kind in ("speech", "music")}
     own = {kind: [p for p in paths if not p.name.startswith("c-")] for kind, paths in files.items()}
-    jobs = [(work, f"own-{part}", 40 + part, MIXED // 2, own["speech"], own["music"]) for part in range(2)]
-    if own != files:
-        further = [p for p in files["speech"] if p.name.startswith("c-")]
-        jobs.append((work, "c-voices", 42, MIXED // 4, further, files["music"]))
+    beds = [p for p in own["music"] if p.name.startswith("bed-")]
+    recorded = [p for p in own["music"] if not p.name.startswith("bed-")]
+    jobs = [(folder, "own-0", 40, count, own["speech"], recorded)]
+    jobs += [(folder, f"own-{part}", 40 + part, count, own["speech"], beds) for part in (1, 2)]
+    further = {kind: [p for p in paths if p.name.startswith("c-")] for kind, paths in files.items()}
+    if further["speech"] and further["music"]:
+        jobs.append((folder, "c-voices", 43, count, further["speech"], beds + further["music"]))
+        jobs.append((folder, "c-music", 44, count, own["speech"], further["music"]))
     return jobs
 
 
-def make_banks(work):
-    (work / "banks").mkdir(exist_ok=True)
+def banks_folder(work, share):
+    return work / ("banks" if share == 1 else f"banks-{share:g}")
+
+
+def make_banks(work, share=1.0):
+    """All banks of the training recordings in banks_folder(). A share below 1 is for trials."""
+    folder = banks_folder(work, share)
+    folder.mkdir(exist_ok=True)
     groups = {}
     for path in sorted((work / "pcm/train").glob("*/*.s16")):
         kind = path.parent.name
         if kind in MINUTES:
             groups.setdefault((kind, path.name.split("__")[0]), []).append(path)
-    jobs = [(work, "train", kind, group, paths) for (kind, group), paths in groups.items()]
-    jobs.sort(key=lambda job: -sum(p.stat().st_size for p in job[4]))
+    jobs = [(folder, kind, group, paths, share) for (kind, group), paths in groups.items()]
+    jobs.sort(key=lambda job: (not made_here(job[2]), -sum(p.stat().st_size for p in job[3])))
     with concurrent.futures.ProcessPoolExecutor(2) as pool:
         done = [pool.submit(bank_of, job) for job in jobs]
-        done += [pool.submit(mixed_scenes, job) for job in mixed_jobs(work)]
+        done += [pool.submit(mixed_scenes, job) for job in mixed_jobs(work, folder, round(MIXED * share))]
         for one in done:
             one.result()
 
@@ -207,4 +269,4 @@ def make_banks(work):
 if __name__ == "__main__":
     import sys
 
-    make_banks(pathlib.Path(sys.argv[1]))
+    make_banks(pathlib.Path(sys.argv[1]), float(sys.argv[2]) if len(sys.argv) > 2 else 1.0)

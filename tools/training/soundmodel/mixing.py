@@ -10,10 +10,10 @@ import numpy as np
 import torch
 from scipy.signal import lfilter
 from soundmodel.audio import FLOOR, HIGH, LOW, MELS, mel
-from soundmodel.features import without_pauses
+from soundmodel.features import audible, without_pauses
 from soundmodel.network import FRAMES, STEP
 
-RESULTS = 10  # of a sequence
+RESULTS = 20  # of a sequence: more than the network remembers
 LENGTH = FRAMES + STEP * (RESULTS - 1)
 SECOND = 100  # frames
 HARD, EASY = 1.6, 0.6  # how much more, or less, often a piece is drawn than it would be, by how hard it is
@@ -21,13 +21,13 @@ REFRESH = 100  # batches between two looks at that
 
 #: What a scene is, and how often.
 SCENES = {
-    "speech": 0.29,
-    "music": 0.12,
-    "ad": 0.14,
-    "mixed": 0.14,
-    "song": 0.25,
-    "acappella": 0.06,
-    "noise": 0.07,
+    "speech": 0.26,
+    "music": 0.11,
+    "ad": 0.22,
+    "mixed": 0.16,
+    "song": 0.22,
+    "acappella": 0.05,
+    "noise": 0.06,
     "ad over song": 0.04,
 }
 
@@ -110,6 +110,14 @@ def band_limit(rng):
     return curve
 
 
+def telephone(rng):
+    """The band of a telephone: gain by band, natural log."""
+    curve = np.zeros(MELS, np.float32)
+    curve[: int(rng.integers(5, 10))] = -rng.uniform(3, 9)
+    curve[int(rng.integers(40, 46)) :] = -rng.uniform(4, 9)
+    return curve
+
+
 class Mixer:
     """Reproducible for a seed."""
 
@@ -134,6 +142,9 @@ class Mixer:
                     "queen": 1.5,
                     "steel-sky": 1.5,
                     "ktuberling": 0.4,
+                    "c-aec": 1.5,
+                    "c-ibm": 2.5,
+                    "c-redeclipse": 2,
                     "c-picovoice": 2.5,
                     "c-mycroft": 2,
                     "c-fsdd": 0.5,
@@ -141,7 +152,21 @@ class Mixer:
                 }
             ),
         )
-        self.music = Bank(folder, "music", weigh({"c-": 1.5, "openmsx": 0.6}))
+        self.music = Bank(
+            folder,
+            "music",
+            weigh(
+                {
+                    "bed-drums": 2.5,
+                    "bed-solo": 2.5,
+                    "bed-": 1.5,
+                    "c-lomiri": 4,
+                    "c-app": 2.5,
+                    "c-": 1.5,
+                    "openmsx": 0.6,
+                }
+            ),
+        )
         self.song = Bank(folder, "song", weigh({"sung": 0.6, "c-spoken": 1.5, "c-": 4}))
         self.noise = Bank(folder, "noise", weigh({"made": 0.8, "crowd": 1.5, "c-": 2}))
         self.mixed = Bank(folder, "mixed", weigh({}))
@@ -188,12 +213,29 @@ class Mixer:
                 break
         if self.chance(0.3):
             mels = self.reverberant(mels)
-        tracks = [Track(self.coloured(mels), np.full(LENGTH, level), speech=without_pauses(active) * 1.0)]
+        if self.chance(0.4):  # another microphone
+            mels = mels + equaliser(self.rng, 0.6)
+        if self.chance(0.1):
+            mels = mels + telephone(self.rng)
+        gain = np.full(LENGTH, float(level))
+        if self.chance(0.12):  # single words
+            heard = self.words()
+            gain, active = np.where(heard, gain, -12.0), active & heard
+        tracks = [Track(self.coloured(mels), gain, speech=without_pauses(active) * 1.0)]
         if self.chance(0.1):  # somebody else at the same time
             _, mels, other = self.take(self.speech, 0.6)
             gain = np.full(LENGTH, level + self.decibels(-14, 0))
             tracks.append(Track(self.coloured(mels), gain, speech=without_pauses(other) * 1.0))
         return tracks
+
+    def words(self):
+        """Frames in which somebody who says single words says one."""
+        heard, at = np.zeros(LENGTH, bool), int(self.rng.integers(0, SECOND))
+        while at < LENGTH:
+            length = int(self.rng.uniform(0.3, 1.0) * SECOND)
+            heard[at : at + length] = True
+            at += length + int(self.rng.uniform(0.3, 2.0) * SECOND)
+        return heard
 
     def instrumental(self, level):
         _, mels, active = self.take(self.music, 0.3)
@@ -238,7 +280,7 @@ class Mixer:
                 )
             ]
         elif kind in ("ad", "ad over song"):
-            below = self.rng.uniform(-3, 17) if self.chance(0.85) else self.rng.uniform(10, 24)
+            below = self.rng.uniform(-3, 19) if self.chance(0.85) else self.rng.uniform(12, 25)
             tracks = self.voice(0.0)
             voice = tracks[0].speech
             over = self.instrumental(0.0) if kind == "ad" else self.singing(0.0, alone=False)
@@ -246,12 +288,12 @@ class Mixer:
             if self.chance(0.5):  # the music comes up in the pauses
                 lift = self.rng.uniform(2, 10) * np.log(10) / 20
                 gain = gain + lift * (1 - np.convolve(np.pad(voice, 15, "edge"), np.ones(31) / 31, "valid"))
-            faint = np.clip((22 - below) / 9, 0, 1)  # nobody hears music so far under a voice
+            heard = 1 - voice * (1 - audible(below))
             for track in over:
                 track.gain = track.gain + gain
-                track.music = track.music * (1 - voice * (1 - faint))
+                track.music = track.music * heard
                 if track.singing is not None:
-                    track.singing = track.singing * (1 - voice * (1 - faint))
+                    track.singing = track.singing * heard
             tracks += over
         elif kind == "noise":
             more = self.background(self.decibels(-15, 3)) if self.chance(0.4) else []
@@ -272,13 +314,17 @@ class Mixer:
         heard = gate > 0.1
         for name in ("speech", "music", "singing"):
             if getattr(track, name) is not None:
-                setattr(track, name, getattr(track, name) * heard)
+                setattr(track, name, np.where(heard, getattr(track, name), 0))
 
     def sequence(self):
         """(kind, log-mel input (LENGTH, MELS), labels (LENGTH, 3) with not-a-number where unknown)."""
         kind, tracks = self.scene()
-        if self.chance(0.4):  # cut or fade to another scene
-            begin, fast = self.rng.integers(50, LENGTH - 20), self.chance(0.6)
+        before = 0
+        while self.chance(0.45):  # cut or fade to another scene
+            if before > LENGTH - 200:
+                break
+            before, fast = int(self.rng.integers(before + 50, LENGTH - 20)), self.chance(0.6)
+            begin = before
             gate = self.fade(begin, fast)
             level = self.decibels(-8, 8)
             second, after = self.scene()
@@ -289,7 +335,7 @@ class Mixer:
                 track.gain = track.gain + level
                 self.cut(track, gate)
             tracks += after
-        elif self.chance(0.3):  # one of the sounds comes or goes
+        if before == 0 and self.chance(0.3):  # one of the sounds comes or goes
             track = tracks[self.rng.integers(len(tracks))]
             gate = self.fade(self.rng.integers(50, LENGTH - 20), self.chance(0.5))
             self.cut(track, gate if self.chance(0.5) else 1 - gate)
@@ -329,13 +375,13 @@ class Mixer:
             self.drawn.append([bank.drawn for bank in self.banks])
             for bank in self.banks:
                 bank.drawn = []
-            unknown = np.isnan(labels[:, 2]).any()
-            labels[:, 2] = np.nan_to_num(labels[:, 2])
-            sums = np.concatenate([np.zeros((1, 3)), np.cumsum(labels, 0)])
+            unknown = np.isnan(labels[:, 2:])
+            values = np.concatenate([np.nan_to_num(labels), unknown], 1)
+            sums = np.concatenate([np.zeros((1, 4)), np.cumsum(values, 0)])
             ends = FRAMES + STEP * np.arange(RESULTS)
             share = (sums[ends] - sums[ends - SECOND]) / SECOND
-            targets[index] = np.clip(share / 0.4, 0, 1)
-            targets[index, :, 2] = np.nan if unknown else targets[index, :, 2]
+            targets[index] = np.clip(share[:, :3] / 0.4, 0, 1)
+            targets[index, share[:, 3] > 0, 2] = np.nan
         return torch.from_numpy(inputs), torch.from_numpy(targets)
 
     def learned(self, losses):

@@ -136,3 +136,112 @@ def confidences(tagger, samples, gains=(1,) * 3, offsets=(0,) * 3):
         windows = torch.stack([padded[r : r + memory].flatten() for r in range(len(embedded))])
         logits = tagger.out(F.relu(tagger.hidden(windows)))
         return torch.sigmoid(logits * torch.tensor(gains) + torch.tensor(offsets)).numpy()
+
+
+def read_model(path):
+    """(network, dict(gains, offsets)) of a file that write_model() wrote. Its batch norms only add the bias."""
+    data, at = path.read_bytes(), 20
+    if data[:8] != MAGIC or struct.unpack_from("<I", data, 8)[0] != VERSION:
+        raise ValueError(f"{path} is not a sound model of version {VERSION}")
+
+    def integers(count):
+        nonlocal at
+        at += 4 * count
+        return struct.unpack_from(f"<{count}I", data, at - 4 * count)
+
+    def values(kind, *shape):
+        nonlocal at
+        size = np.dtype(kind).itemsize * int(np.prod(shape))
+        at += size
+        array = np.frombuffer(data[at - size : at], kind).reshape(shape)
+        return torch.from_numpy(array.astype(np.float32))
+
+    def dense():
+        inputs, outputs = integers(2)
+        return values("<f2", outputs, inputs), values("<f4", outputs)
+
+    at += 4 * 12  # the front end
+    layers = []
+    for _ in range(integers(1)[0]):
+        inputs, out, *strides, residual = integers(5)
+        layers.append((out, *strides, residual, values("<f2", out, inputs, 3, 3), values("<f4", out)))
+    (sections,) = integers(1)
+    embedding = dense()
+    (memory,) = integers(1)
+    integers(1)
+    hidden, out = dense(), dense()
+    gains, offsets = [], []
+    for _ in range(integers(1)[0]):
+        at += 1 + data[at]
+        gain, offset = values("<f4", 2).tolist()
+        gains.append(gain)
+        offsets.append(offset)
+    tagger = Tagger(
+        [layer[:4] for layer in layers], sections, len(embedding[1]), memory, len(hidden[1])
+    )
+    with torch.no_grad():
+        for layer, convolution, norm in zip(layers, tagger.convolutions, tagger.norms):
+            convolution.weight.copy_(layer[4])
+            norm.weight.fill_((1 + norm.eps) ** 0.5)
+            norm.bias.copy_(layer[5])
+        for (weight, bias), target in zip(
+            (embedding, hidden, out), (tagger.embedding, tagger.hidden, tagger.out)
+        ):
+            target.weight.copy_(weight)
+            target.bias.copy_(bias)
+    return tagger.eval(), dict(gains=gains, offsets=offsets)
+
+
+def measure_norms(tagger, patches):
+    """Sets the statistics of the batch norms to those of log-mel patches without changing what the network computes, so
+    that training can go on where the file of a model was read."""
+    with torch.no_grad():
+        x = normalised(patches).unsqueeze(1)
+        for (_, _, _, residual), convolution, norm in zip(
+            tagger.settings["convolutions"], tagger.convolutions, tagger.norms
+        ):
+            y = convolution(x)
+            gain = norm.weight / torch.sqrt(norm.running_var + norm.eps)
+            offset = norm.bias - gain * norm.running_mean
+            mean, variance = y.mean((0, 2, 3)), y.var((0, 2, 3)) + 1e-6
+            norm.running_mean.copy_(mean)
+            norm.running_var.copy_(variance)
+            norm.weight.copy_(gain * torch.sqrt(variance + norm.eps))
+            norm.bias.copy_(offset + gain * mean)
+            y = norm(y)
+            x = F.relu(y + x if residual else y)
+
+
+def grown(small, settings):
+    """A network of at least the sizes of `small` that computes the same: nothing reads its further channels yet. The
+    numbers, strides and residuals of the convolutions must be the same."""
+    large = Tagger(**settings).eval()
+    for ours, theirs in zip(settings["convolutions"], small.settings["convolutions"], strict=True):
+        if tuple(ours[1:]) != tuple(theirs[1:]) or ours[0] < theirs[0]:
+            raise ValueError("the model to begin with has other convolutions")
+
+    for ours, theirs, norm, old in zip(large.convolutions, small.convolutions, large.norms, small.norms):
+        rows, columns = theirs.weight.shape[:2]
+        ours.weight.data[:rows] = 0
+        ours.weight.data[:rows, :columns] = theirs.weight.data
+        for name in ("weight", "bias", "running_mean", "running_var"):
+            getattr(norm, name).data[: len(getattr(old, name))] = getattr(old, name).data
+    sections = settings["sections"]
+    channels, before = large.convolutions[-1].out_channels, small.convolutions[-1].out_channels
+    with torch.no_grad():
+        # Inputs by section, mean or maximum, channel and band.
+        weight = large.embedding.weight.view(settings["embedding"], 2 * sections, channels, -1)
+        old = small.embedding.weight.view(small.settings["embedding"], 2 * sections, before, -1)
+        weight[: len(old)] = 0
+        weight[: len(old), :, :before] = old
+        large.embedding.bias[: len(old)] = small.embedding.bias
+        # Inputs by embedding, the oldest first.
+        weight = large.hidden.weight.view(settings["hidden"], settings["memory"], -1)
+        old = small.hidden.weight.view(small.settings["hidden"], small.settings["memory"], -1)
+        weight[: len(old)] = 0
+        weight[: len(old), -old.shape[1] :, : old.shape[2]] = old
+        large.hidden.bias[: len(old)] = small.hidden.bias
+        large.out.weight.zero_()
+        large.out.weight[:, : small.out.in_features] = small.out.weight
+        large.out.bias.copy_(small.out.bias)
+    return large

@@ -29,7 +29,7 @@ def render_midi(path, soundfont):
     """A MIDI file as samples."""
     command = [
         "fluidsynth",
-        "-ni",
+        "-qni",
         "-g",
         "0.6",
         "-r",
@@ -89,8 +89,8 @@ def collection_group(stem):
 
 
 def prepare_collection(collection, work):
-    """The licensed collection: FLAC files in SPLIT/KIND/ folders."""
-    for path in sorted(collection.glob("*/*/*.flac")):
+    """A licensed collection: FLAC and Opus files in SPLIT/KIND/ folders."""
+    for path in sorted(p for p in collection.glob("*/*/*") if p.suffix in (".flac", ".opus")):
         name = str(path.relative_to(collection))
         kind = path.parent.name
         folder = work / "pcm" / collection_split(name) / kind
@@ -100,14 +100,14 @@ def prepare_collection(collection, work):
             write(target, levelled(decode(path)))
 
 
-def prepare(work, collection):
+def prepare(work, collections):
     with concurrent.futures.ProcessPoolExecutor(2) as pool:
         list(pool.map(prepare_source, [(source, work) for source in SOURCES]))
-    if collection:
+    for collection in collections:
         prepare_collection(collection, work)
 
 
 if __name__ == "__main__":
     import pathlib
 
-    prepare(pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else None)
+    prepare(pathlib.Path(sys.argv[1]), [pathlib.Path(a) for a in sys.argv[2:]])

@@ -124,15 +124,21 @@ SOURCES = [
     Source("tune", "noise", "ardentryst", "ardentryst", r"Sounds/.*\.ogg", 8),
 ]
 
-# Of the licensed collection: sources that are not learned from although they may be.
+# Of the licensed collections, by KIND/NAME: sources that are not learned from although they may be. The loops spi_* are
+# those of the package sonic-pi-samples, from which nothing is learned for that reason.
 COLLECTION_TUNE = re.compile(
     r"ev3_hydrogen|vocadito_1\.|picovoice_4|mycroft_heycomp_es|voices_|fsdd_theo|digabi_(chopin|trow)|helena_chaos|berlin_"
+    r"|speech/(hubs|kerstin|redeclipse)_|music/(freeorion|redeclipse|yd)_|noise/redeclipse_"
 )
-COLLECTION_HELD = re.compile(r"ev3_rubidium|vocadito_14|mcl_track6|ibm_")
+COLLECTION_HELD = re.compile(
+    r"ev3_rubidium|vocadito_14|mcl_track6|(music|noise)/ibm_"
+    r"|speech/(aws|cml|codec2|deepgram|max|osr|rhasspy|wfp|wwb2?)_|music/(cml|lofi|spi|stk|tabla|widelands)_"
+    r"|noise/(cml|codec2|fb|spi|stk)_"
+)
 
 
 def collection_split(name):
-    """train, tune or held, of a file of the collection by its path."""
+    """train, tune or held, of a file of a collection by its path."""
     if name.startswith("dev/"):
         return "held"
     if COLLECTION_TUNE.search(name):

@@ -5,6 +5,7 @@ import pathlib
 import re
 import subprocess
 import tempfile
+import zlib
 
 import numpy as np
 from scipy.ndimage import median_filter, uniform_filter1d
@@ -25,6 +26,8 @@ FESTIVAL = [
     "voice_hy_fi_mv_diphone",
     "voice_suo_fi_lj_diphone",
 ]
+#: Voices that are not learned from; the other synthesizers have too few.
+OTHER_ESPEAK = {"tune": ["ro+m6", "en-us+f4"], "held": ["en-gb-scotland+m7", "tr+f1", "hu+m8"]}
 HOP = 80  # samples of the vocoder's frames
 
 
@@ -52,16 +55,17 @@ def speak(engine, voice, text, path):
 
 
 def synthetic_voices(work, seconds=75):
-    """WORK/pcm/train/speech/tts-*.s16; a voice that is not installed is left out and named."""
-    rng = np.random.default_rng(1)
-    folder = work / "pcm/train/speech"
-    voices = (
-        [("flite", v) for v in FLITE] + [("espeak", v) for v in ESPEAK] + [("festival", v) for v in FESTIVAL]
-    )
-    for engine, voice in voices:
-        target = folder / f"tts-{engine}__{voice}.s16"
+    """WORK/pcm/SPLIT/speech/tts-*.s16; a voice that is not installed is left out and named."""
+    voices = [("train", "flite", v) for v in FLITE]
+    voices += [("train", "espeak", v) for v in ESPEAK]
+    voices += [("train", "festival", v) for v in FESTIVAL]
+    voices += [(split, "espeak", v) for split, others in OTHER_ESPEAK.items() for v in others]
+    for split, engine, voice in voices:
+        target = work / "pcm" / split / "speech" / f"tts-{engine}__{voice}.s16"
         if target.exists():
             continue
+        target.parent.mkdir(parents=True, exist_ok=True)
+        rng = np.random.default_rng(zlib.crc32(voice.encode()))
         parts, length = [], 0
         with tempfile.TemporaryDirectory() as scratch:
             for index, text in enumerate(sentences(rng)):

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Trains the network for a fixed number of steps; resumes from the last checkpoint."""
+"""Trains the network for a number of steps, from nothing or from a smaller model; resumes from the last checkpoint."""
 import math
 import os
 import time
@@ -9,17 +9,19 @@ import torch.distributed
 import torch.multiprocessing
 import torch.nn.functional as F
 from soundmodel.mixing import Mixer
-from soundmodel.network import Tagger
+from soundmodel.network import FRAMES, STEP, Tagger, grown, measure_norms, read_model
 
-BATCH = 40  # sequences
+BATCH = 20  # sequences
 RATE, DECAY = 3e-3, 1e-2
-AVERAGE = 0.998  # of the weights, over the last steps
-CHECKPOINT = 250  # steps
+FURTHER_RATE = 1e-3  # where the training begins with a model
+WARM, LAST = 150, 0.3  # steps in which the rate rises, and share of all steps in which it falls
+AVERAGE = 500, 0.1  # steps over which the weights are averaged at most, and share of all steps
+CHECKPOINT = 100  # steps
 
-CONVOLUTIONS = [(16, 2, 2, 0), (32, 2, 2, 0), (64, 2, 2, 0), (64, 1, 1, 1), (96, 2, 2, 0), (96, 1, 1, 1)]
+CONVOLUTIONS = [(16, 2, 2, 0), (32, 2, 2, 0), (64, 2, 2, 0), (64, 1, 1, 1), (128, 2, 2, 0), (128, 1, 1, 1)]
 #: By label: confidence = sigmoid(gain * logit + offset). Chosen at the detector: see docs/detection.md.
-CALIBRATION = dict(gains=(1.5, 1.5, 1.5), offsets=(-1.5, -1.0, -1.0))
-SETTINGS = dict(convolutions=CONVOLUTIONS, sections=2, embedding=64, memory=8, hidden=64)
+CALIBRATION = dict(gains=(1.0, 1.0, 1.0), offsets=(0.0, 0.0, 0.0))
+SETTINGS = dict(convolutions=CONVOLUTIONS, sections=2, embedding=96, memory=16, hidden=96)
 
 
 def loss_of(logits, targets, steadiness):
@@ -51,33 +53,56 @@ def shared(tagger, processes):
             parameter.grad.copy_(part.view_as(parameter))
 
 
-def train(work, name, steps, seed=1, settings=None, steadiness=0.3, without_collection=False):
-    """WORK/NAME.pt: the averaged weights after `steps` steps. Two processes share each batch where there is no GPU."""
+def rate_at(step, steps, highest):
+    """The learning rate: it rises, stays, and falls to nearly nothing at the end."""
+    rising = min(1, (step + 1) / WARM)
+    falling = min(1, (steps - step) / (LAST * steps))
+    return highest * rising * 0.5 * (1 - math.cos(math.pi * falling)) + 1e-5
+
+
+def train(
+    work, banks, name, steps, seed=1, settings=None, steadiness=0.3, without_collection=False, begin=None
+):
+    """WORK/NAME.pt: the averaged weights after `steps` steps, begun with the model in the file `begin` if there is one. Two
+    processes share each batch where there is no GPU."""
     result = work / f"{name}.pt"
     if not result.exists():
         processes = 1 if torch.cuda.is_available() else 2
         meeting = work / f"{name}.meeting"
         meeting.unlink(missing_ok=True)
         os.environ["GLOO_SOCKET_IFNAME"] = "lo"
-        job = (
-            os.getpid(),
-            processes,
-            meeting,
-            work,
-            name,
-            steps,
-            seed,
-            settings or SETTINGS,
-            steadiness,
-            without_collection,
-        )
-        torch.multiprocessing.spawn(_train, job, processes)
+        settings = settings or SETTINGS
+        job = (work, banks, name, steps, seed, settings, steadiness, without_collection, begin)
+        torch.multiprocessing.spawn(_train, (os.getpid(), processes, meeting, *job), processes)
         meeting.unlink(missing_ok=True)
     return result
 
 
+def beginning(settings, begin, mixer):
+    """The network that the first step changes."""
+    if begin is None:
+        return Tagger(**settings)
+    tagger = grown(read_model(begin)[0], settings)
+    inputs, _ = mixer.batch(BATCH)
+    patches = inputs.unfold(1, FRAMES, STEP).transpose(2, 3)
+    measure_norms(tagger, patches.reshape(-1, *patches.shape[2:]))
+    return tagger
+
+
 def _train(
-    rank, parent, processes, meeting, work, name, steps, seed, settings, steadiness, without_collection
+    rank,
+    parent,
+    processes,
+    meeting,
+    work,
+    banks,
+    name,
+    steps,
+    seed,
+    settings,
+    steadiness,
+    without_collection,
+    begin,
 ):
     device = "cuda" if torch.cuda.is_available() else "cpu"
     torch.set_num_threads(1)
@@ -86,29 +111,38 @@ def _train(
         torch.distributed.init_process_group(
             "gloo", init_method=f"file://{meeting}", rank=rank, world_size=processes
         )
-    tagger = Tagger(**settings).to(device)
-    average = {k: v.clone() for k, v in tagger.state_dict().items()}
-    optimiser = torch.optim.AdamW(tagger.parameters(), lr=RATE, weight_decay=DECAY)
-    first, spent, hardness = 0, 0.0, None
     checkpoint = work / f"{name}.checkpoint"
-    if checkpoint.exists():
-        state = torch.load(checkpoint, map_location=device)
+    state = torch.load(checkpoint, map_location=device) if checkpoint.exists() else None
+    first = state["step"] if state else 0
+    mixer = Mixer(banks, seed * 1_000_003 + first * processes + rank, without_collection)
+    if state:
+        tagger = Tagger(**settings)
+    else:
+        tagger = beginning(settings, begin, mixer)
+        if processes > 1:  # the statistics come from what each has drawn
+            for values in tagger.state_dict().values():
+                torch.distributed.broadcast(values, 0)
+    tagger.to(device)
+    highest = FURTHER_RATE if begin else RATE
+    average = {k: v.clone() for k, v in tagger.state_dict().items()}
+    optimiser = torch.optim.AdamW(tagger.parameters(), lr=highest, weight_decay=DECAY)
+    spent = 0.0
+    if state:
         tagger.load_state_dict(state["weights"])
         optimiser.load_state_dict(state["optimiser"])
-        average, first, spent, hardness = state["average"], state["step"], state["spent"], state["hardness"]
-    mixer = Mixer(work / "banks", seed * 1_000_003 + first * processes + rank, without_collection)
-    for bank, values in zip(mixer.banks, hardness or []):
-        bank.hardness = values
-        bank.refresh()
+        average, spent = state["average"], state["spent"]
+        for bank, values in zip(mixer.banks, state["hardness"]):
+            if len(bank.hardness) == len(values):
+                bank.hardness = values
+                bank.refresh()
     torch.manual_seed(seed * 1_000_003 + first * processes + rank)
     begun, running = time.time(), None
     tagger.train()
     for step in range(first, steps):
         if os.getppid() != parent:
             raise SystemExit("train: the program that started this is gone")
-        rate = RATE * min(1, (step + 1) / 150) * 0.5 * (1 + math.cos(math.pi * step / steps)) + 2e-5
         for group in optimiser.param_groups:
-            group["lr"] = rate
+            group["lr"] = rate_at(step, steps, highest)
         inputs, targets = mixer.batch(BATCH // processes)
         with torch.autocast(
             device, torch.bfloat16
@@ -124,13 +158,13 @@ def _train(
         if rank > 0:
             continue
         running = loss.item() if running is None else 0.98 * running + 0.02 * loss.item()
-        keep = min(AVERAGE, (step + 1) / (step + 10))
+        keep = min(1 - 1 / min(AVERAGE[0], AVERAGE[1] * steps + 1), (step + 1) / (step + 10))
         for key, value in tagger.state_dict().items():
             if value.dtype.is_floating_point:
                 average[key].mul_(keep).add_(value, alpha=1 - keep)
             else:
                 average[key].copy_(value)
-        if (step + 1) % 100 == 0:
+        if (step + 1) % 50 == 0:
             print(
                 f"{name} step {step + 1} loss {running:.4f} {spent + time.time() - begun:.0f} s", flush=True
             )
@@ -141,6 +175,7 @@ def _train(
                     weights=tagger.state_dict(),
                     optimiser=optimiser.state_dict(),
                     average=average,
+                    settings=settings,
                     step=step + 1,
                     spent=spent + time.time() - begun,
                     hardness=[bank.hardness for bank in mixer.banks],
@@ -149,9 +184,19 @@ def _train(
             )
             part.rename(checkpoint)
     if rank == 0:
-        torch.save(
-            dict(weights={k: v.cpu() for k, v in average.items()}, settings=settings), work / f"{name}.pt"
-        )
+        keep_average(work / f"{name}.pt", average, settings)
+
+
+def keep_average(path, average, settings):
+    torch.save(dict(weights={k: v.cpu() for k, v in average.items()}, settings=settings), path)
+
+
+def intermediate(work, name):
+    """(name, path) of the averaged weights of the last checkpoint of a training that goes on: WORK/NAME-STEP.pt."""
+    state = torch.load(work / f"{name}.checkpoint", map_location="cpu")
+    name = f"{name}-{state['step']}"
+    keep_average(work / f"{name}.pt", state["average"], state["settings"])
+    return name, work / f"{name}.pt"
 
 
 def load(path):
