@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Fading on a sound card, whose connectors have volumes of their own.
 #include "rig/child_process.h"
+#include "rig/private_audio_server.h"
+#include "system/ear.h"
 #include "system/volume_fixture.h"
 
 #include <gmock/gmock.h>
@@ -107,6 +109,23 @@ TEST_F(CardVolumeTest, WritesTheRouteOfACardStepByStepWithoutHavingItRemembered)
     controller->restore(0.6);
     expectRamp(30, 0, before);
     EXPECT_TRUE(recordIsGone());
+}
+
+TEST_F(CardVolumeTest, AFadeGoesOnWhileTheSessionManagerConfiguresTheCapture) {
+    begin();
+    Card card(*server);
+    useCard(card);
+    Ear ear(*audio);
+    ASSERT_EQ(ear.start(), "");
+    const auto capture = dynamic_cast<PrivateAudioServer&>(*server).nodeId("sordin");
+    ASSERT_TRUE(capture);
+    // The server reads nothing more of a client until what it asked another one for is done. Clients that
+    // wait for each other stop all sound of the desktop.
+    card.say("configure " + std::to_string(*capture) + " 2000");
+    controller->duck(0, 0.15);
+    EXPECT_TRUE(card.isTold("fake-speaker", 0));
+    controller->restore(0.6);
+    EXPECT_TRUE(card.isTold("fake-speaker", usersVolume));
 }
 
 TEST_F(CardVolumeTest, HeadphonesPluggedInMeanwhileKeepTheirOwnVolume) {

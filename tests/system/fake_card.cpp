@@ -2,8 +2,10 @@
 // fake_card: a sound card with the routes "fake-speaker" and "fake-headphones" and the sink "fake-sink". Like
 // the cards of ALSA it keeps a volume per route, and says of each whether it is to be saved. Ends with its
 // stdin.
-//   On stdin: "route NAME" plugs that in, "volume LEFT RIGHT" (linear) is what keys on a device do.
-//   On stdout: {"ready":true}, and {"route":NAME,"volumes":[..],"save":..} for each Route written.
+//   On stdin: "route NAME" plugs that in, "volume LEFT RIGHT" (linear) is what keys on a device do,
+//   "configure NODE TIMES" sets a parameter of another client's node, as the session manager does, which has
+//   the cards too. On stdout: {"ready":true}, and {"route":NAME,"volumes":[..],"save":..} for each Route
+//   written.
 #include "system/input_lines.h"
 
 #include <array>
@@ -45,6 +47,9 @@ bool parseRoute(const spa_pod* route, int& index, const spa_pod*& properties, bo
     return spa_pod_parse_object(route, SPA_TYPE_OBJECT_ParamRoute, nullptr, SPA_PARAM_ROUTE_index,
                                 SPA_POD_Int(&index), SPA_PARAM_ROUTE_props, SPA_POD_OPT_Pod(&properties),
                                 SPA_PARAM_ROUTE_save, SPA_POD_OPT_Bool(&save)) >= 0;
+}
+void setProps(pw_node* node, const spa_pod* properties) {
+    pw_node_set_param(node, SPA_PARAM_Props, 0, properties);
 }
 void addClasses(spa_pod_builder& builder) {
     spa_pod_frame frame{};
@@ -137,6 +142,24 @@ private:
         } else if (command == "volume") {
             words >> routes_[active_].volumes[0] >> routes_[active_].volumes[1];
             changed({activeRoute});
+        } else if (command == "configure") {
+            std::uint32_t node = 0;
+            int times = 0;
+            words >> node >> times;
+            configure(node, times);
+        }
+    }
+    void configure(std::uint32_t node, int times) {
+        pw_registry* registry = pw_core_get_registry(core_, PW_VERSION_REGISTRY, 0);
+        void* bound = pw_registry_bind(registry, node, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0);
+        std::array<std::uint8_t, 64> bytes{};
+        spa_pod_builder builder{};
+        spa_pod_builder_init(&builder, bytes.data(), bytes.size());
+        spa_pod_frame frame{};
+        spa_pod_builder_push_object(&builder, &frame, SPA_TYPE_OBJECT_Props, SPA_PARAM_Props);
+        const auto* nothing = static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &frame));
+        for (int i = 0; i < times; ++i) {
+            setProps(static_cast<pw_node*>(bound), nothing);
         }
     }
 

@@ -83,6 +83,11 @@ CaptureStream::CaptureStream(Session& session, const LoopbackSource::Handlers& h
 CaptureStream::~CaptureStream() = default;
 
 void CaptureStream::connect() {
+    core_.reset(pw_context_connect(session_.context(), nullptr, 0));
+    if (!core_) {
+        end("no connection");
+        return;
+    }
     // The class keeps it out of the user's list of recording applications. No role: the session manager would
     // remember volumes under it.
     auto wanted = properties({{PW_KEY_MEDIA_TYPE, "Audio"},
@@ -90,7 +95,7 @@ void CaptureStream::connect() {
                               {PW_KEY_MEDIA_CLASS, "Stream/Input/Audio/Internal"},
                               {PW_KEY_NODE_NAME, "sordin"},
                               {PW_KEY_NODE_DESCRIPTION, "Sordin"}});
-    stream_.reset(pw_stream_new(session_.connection()->core(), "sordin", wanted.release()));
+    stream_.reset(pw_stream_new(core_.get(), "sordin", wanted.release()));
     if (!stream_) {
         end("no stream");
         return;

@@ -18,8 +18,13 @@ namespace sordin::pipewire {
 /// whatever the volume of the device that they play to. While none of them plays the node is inactive, so
 /// that the server and the device may sleep.
 ///
-/// Lives on the loop, under its lock, for as long as a connection at most; must not be destroyed by one of
-/// its own events.
+/// The node has its own connection. The server reads nothing more from a client that the session manager has
+/// yet to answer, be it for a card's volume or the metadata, and nothing more from a session manager that a
+/// node has yet to answer. If both waits met in one client of ours, neither would end, and all sound with
+/// them.
+///
+/// Lives on the loop, under its lock, for as long as the session's connection at most; must not be destroyed
+/// by one of its own events.
 class CaptureStream {
 public:
     /// Both must outlive the stream; the session has a connection.
@@ -54,6 +59,7 @@ private:
     SampleRing heard_;                         // from the data thread to the loop
     LoopEvent enoughHeard_;                    // for the handler to be called
     std::atomic<std::uint32_t> channels_ = 2;  // as agreed with the server
+    CorePointer core_;                         // the node's connection
     StreamPointer stream_;
     Hook hook_;
     bool opened_ = false;

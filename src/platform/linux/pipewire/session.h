@@ -15,8 +15,8 @@
 
 namespace sordin::pipewire {
 
-/// What the program has of PipeWire: one thread with its loop, one connection, made again half a second after
-/// it was lost and every half second until a server answers.
+/// What the program has of PipeWire: one thread with its loop, and one connection for all but the capture,
+/// made again half a second after it was lost and every half second until a server answers.
 ///
 /// Observers are called on the loop's thread, under its lock; everything else may be called from any other
 /// thread.
@@ -40,6 +40,9 @@ public:
     [[nodiscard]] LoopLock lock() const { return LoopLock(loop_.get()); }
 
     [[nodiscard]] pw_loop* loop() const { return pw_thread_loop_get_loop(loop_.get()); }
+
+    /// For connections of their own; none where PipeWire is not installed.
+    [[nodiscard]] pw_context* context() const { return context_.get(); }
 
     /// None while there is no server.
     [[nodiscard]] Connection* connection() const { return connection_.get(); }
