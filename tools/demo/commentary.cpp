@@ -63,8 +63,11 @@ bool canRewriteLines() {
 
 }  // namespace
 
-Commentary::Commentary(Broadcast broadcast)
-    : broadcast_(std::move(broadcast)), terminal_(canRewriteLines()), nextLine_(lineInterval) {}
+Commentary::Commentary(Broadcast broadcast, Rules rules)
+    : broadcast_(std::move(broadcast)),
+      rules_(rules),
+      terminal_(canRewriteLines()),
+      nextLine_(lineInterval) {}
 
 Commentary::~Commentary() {
     wipeMovingLine();
@@ -100,13 +103,18 @@ void Commentary::note(double time, const std::string& text) {
     std::fflush(stdout);
 }
 
-void Commentary::summarize() {
+void Commentary::summarize(const Faded& byOtherRules) {
     wipeMovingLine();
     const auto share = [](double part, double whole) { return whole > 0 ? 100 * part / whole : 0; };
-    std::printf(
-        "\nFaded: %.0f of %.0f seconds of ads (%.0f %%), %.0f of %.0f seconds of programme (%.0f %%).\n",
-        fadedAdSeconds_, adSeconds_, share(fadedAdSeconds_, adSeconds_), fadedOtherSeconds_, otherSeconds_,
-        share(fadedOtherSeconds_, otherSeconds_));
+    const auto print = [&](const std::string& rules, const Faded& faded) {
+        std::printf(
+            "%s: %.0f of %.0f seconds of ads (%.0f %%), %.0f of %.0f seconds of programme (%.0f %%)\n",
+            rules.c_str(), faded.ads, heard_.ads, share(faded.ads, heard_.ads), faded.programme,
+            heard_.programme, share(faded.programme, heard_.programme));
+    };
+    std::printf("\nFaded\n");
+    print("  by the " + nameOf(rules_) + " rules, as shown", faded_);
+    print("  by the " + nameOf(otherThan(rules_)) + " rules, in a replay", byOtherRules);
     std::fputs(usualText, stdout);
     std::fflush(stdout);
 }
@@ -127,12 +135,12 @@ void Commentary::count(double time) {
     for (const replay::Interval& each : broadcast_.breaks) {
         ads += replay::overlap(each, {last_, time});
     }
-    const double others = time - last_ - ads;
-    adSeconds_ += ads;
-    otherSeconds_ += others;
+    const Faded passed{ads, time - last_ - ads};
+    heard_.ads += passed.ads;
+    heard_.programme += passed.programme;
     if (state_.faded) {
-        fadedAdSeconds_ += ads;
-        fadedOtherSeconds_ += others;
+        faded_.ads += passed.ads;
+        faded_.programme += passed.programme;
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "demo/broadcast.h"
+#include "demo/rules.h"
 
 #include <chrono>
 #include <optional>
@@ -20,7 +21,8 @@ public:
         bool faded = false;               ///< whether the volume is down
     };
 
-    explicit Commentary(Broadcast broadcast);
+    /// `rules`: those by which the broadcast is heard.
+    Commentary(Broadcast broadcast, Rules rules);
     ~Commentary();
     Commentary(const Commentary&) = delete;
     Commentary& operator=(const Commentary&) = delete;
@@ -35,8 +37,9 @@ public:
     /// Prints a line about something that happened at `time`.
     void note(double time, const std::string& text);
 
-    /// What was faded until the last at(), and what is usual and why.
-    void summarize();
+    /// Prints what was faded until the last at(), what the other set of rules fades, and what is usual and
+    /// why.
+    void summarize(const Faded& byOtherRules);
 
 private:
     void noteBreaks(double time);
@@ -45,16 +48,15 @@ private:
     void wipeMovingLine();
 
     const Broadcast broadcast_;
+    const Rules rules_;
     const bool terminal_;
     double last_ = 0;
     State state_;
     double nextLine_;  // off a terminal
     std::chrono::steady_clock::time_point drawn_{};
     bool moving_ = false;  // whether the moving line is on the screen
-    double adSeconds_ = 0;
-    double fadedAdSeconds_ = 0;
-    double otherSeconds_ = 0;
-    double fadedOtherSeconds_ = 0;
+    Faded heard_;          // all seconds so far, faded or not
+    Faded faded_;
 };
 
 }  // namespace sordin::demo

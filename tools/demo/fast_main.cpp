@@ -35,13 +35,14 @@ void noteEvent(demo::Commentary& commentary, double time, double& adStart, const
     }
 }
 
-void demonstrate(const std::string& program, const std::string& recording, const std::string& labels) {
+void demonstrate(demo::Rules rules, const std::string& program, const std::string& recording,
+                 const std::string& labels) {
     const auto broadcast = demo::readBroadcast(recording, labels);
-    demo::Commentary commentary(broadcast);
+    demo::Commentary commentary(broadcast, rules);
     commentary.introduce(
         "Sordin's detector hears it as fast as it can, by sordin-replay. Times are those of the "
         "broadcast, and\nthe volume is what Sordin would make of it.");
-    ChildProcess replay({program, "--hops", recording}, {.readOutput = true});
+    ChildProcess replay({program, "--rules", nameOf(rules), "--hops", recording}, {.readOutput = true});
     demo::Commentary::State state;
     double adStart = 0;
     while (!demo::Interruption::came()) {
@@ -66,19 +67,23 @@ void demonstrate(const std::string& program, const std::string& recording, const
         throw std::runtime_error("the replay failed");  // which has said why
     }
     commentary.at(broadcast.duration, state);
-    commentary.summarize();
+    if (const auto other = demo::replayed(program, otherThan(rules), recording, broadcast)) {
+        commentary.summarize(*other);
+    }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: sordin-demo-fast SORDIN-REPLAY BROADCAST LABELS\n");
+    const auto arguments = demo::readArguments(argc, argv, 3);
+    if (!arguments) {
+        std::fprintf(stderr, "usage: sordin-demo-fast [--tuned] SORDIN-REPLAY BROADCAST LABELS\n");
         return misused;
     }
     const demo::Interruption interruption;
     try {
-        demonstrate(argv[1], argv[2], argv[3]);
+        const auto& [rules, rest] = *arguments;
+        demonstrate(rules, rest[0], rest[1], rest[2]);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "sordin-demo-fast: %s\n", error.what());
         return failed;

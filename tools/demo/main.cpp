@@ -151,9 +151,10 @@ private:
     bool moving_ = false;
 };
 
-void demonstrate(const std::string& program, const std::string& recording, const std::string& labels) {
+void demonstrate(demo::Rules rules, const std::string& program, const std::string& replay,
+                 const std::string& recording, const std::string& labels) {
     const auto broadcast = demo::readBroadcast(recording, labels);
-    demo::Commentary commentary(broadcast);
+    demo::Commentary commentary(broadcast, rules);
     commentary.introduce(
         "Sordin hears it as it plays, from a sound server of its own, so your loudspeakers stay "
         "silent. Ctrl+C ends it.");
@@ -164,7 +165,8 @@ void demonstrate(const std::string& program, const std::string& recording, const
     // As if the first-run guide had been finished; settings and history end with the demonstration.
     const std::filesystem::path home = server.folder() / "home";
     std::filesystem::create_directories(home / "config/Sordin");
-    writeText(home / "config/Sordin/defaults.json", R"({"onboarded": true})");
+    writeText(home / "config/Sordin/defaults.json", std::string(R"({"onboarded": true, "tunedDetection": )") +
+                                                        (rules == demo::Rules::tuned ? "true}" : "false}"));
     const std::filesystem::path log = home / "log";
     writeText(log, "");
     ChildProcess sordin(
@@ -204,7 +206,11 @@ void demonstrate(const std::string& program, const std::string& recording, const
     if (demo::Interruption::came()) {
         throw Interrupted();
     }
-    commentary.summarize();
+    const auto other = demo::replayed(replay, otherThan(rules), recording, broadcast);
+    if (!other) {
+        throw Interrupted();
+    }
+    commentary.summarize(*other);
     if (status != 0) {
         throw std::runtime_error("Sordin did not end well: " + contentsOf(log));
     }
@@ -213,15 +219,17 @@ void demonstrate(const std::string& program, const std::string& recording, const
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: sordin-demo SORDIN BROADCAST LABELS\n");
+    const auto arguments = demo::readArguments(argc, argv, 4);
+    if (!arguments) {
+        std::fprintf(stderr, "usage: sordin-demo [--tuned] SORDIN SORDIN-REPLAY BROADCAST LABELS\n");
         return misused;
     }
     const demo::Interruption interruption;
     setenv("LC_ALL", "C.UTF-8", 1);  // for whatever is started too: all that is shown is in English
     const QCoreApplication qt(argc, argv);
     try {
-        demonstrate(argv[1], argv[2], argv[3]);
+        const auto& [rules, rest] = *arguments;
+        demonstrate(rules, rest[0], rest[1], rest[2], rest[3]);
     } catch (const Interrupted&) {
         return failed;
     } catch (const std::exception& error) {
