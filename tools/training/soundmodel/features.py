@@ -35,7 +35,7 @@ CODECS = [
 ]
 #: Voices go through a telephone more often: what GSM leaves of one sounds like music.
 VOICE_CODECS = [*CODECS, *[("libgsm", 8000, 0)] * 4, *[("pcm_mulaw", 8000, 0)] * 2]
-MIXED, MIXED_SECONDS = 150, 24  # scenes put together as sound in each of the jobs of mixed_jobs(), and their length
+MIXED, MIXED_SECONDS = 120, 24  # scenes put together as sound in each of the jobs of mixed_jobs(), and their length
 CODED, CODED_VOICES = 0.35, 0.5  # share of the minutes that go through a codec, which takes longer than all the rest
 PAUSE = 160  # frames: a voice that pauses for less is still talking
 ENERGY_FLOOR = 1e-6  # under the magnitudes of the quietest sound that 16 bits hold
@@ -134,6 +134,73 @@ def bank_of(job):
         part = target.with_name(target.name + ".part.npz")
         np.savez(part, mels=np.concatenate(mels), active=np.concatenate(active), lengths=lengths)
         part.rename(target)
+
+
+TELEPHONES = [("libgsm", 8000, 0), ("libgsm", 8000, 0), ("pcm_mulaw", 8000, 0)]
+AFTER_TELEPHONES = [
+    ("libopus", 48000, 24),
+    ("libmp3lame", 32000, 64),
+    ("libopus", 48000, 16),
+    ("libmp3lame", 22050, 32),
+    ("aac", 22050, 32),
+]
+CODED_MINUTES = {"speech": 3, "music": 1.5}
+STRETCH = 30 * RATE
+
+
+def coded_bank(job):
+    """FOLDER/train-KIND-GROUP-coded.npz: some minutes of a group, spread over its files, through codecs; and
+    train-speech-GROUP-gsm.npz: half of that through a telephone and, most times, a broadcaster's codec after it. What GSM
+    leaves of a voice sounds like music otherwise."""
+    folder, kind, group, paths, suffix = job
+    target = folder / f"train-{kind}-{group}-{suffix}.npz"
+    if target.exists():
+        return
+    torch.set_num_threads(1)
+    rng = np.random.default_rng(int.from_bytes(f"{suffix}{kind}{group}".encode(), "big") % 2**32)
+    if suffix == "gsm":
+        sounds, count = [np.concatenate([read(path) for path in paths[:8]])], 4
+    else:
+        sounds = [read(paths[i]) for i in rng.permutation(len(paths))[:6]]
+        count = max(1, int(CODED_MINUTES[kind] * 60 * RATE / len(sounds)) // STRETCH)
+    mels, active, lengths = [], [], []
+    for sound in sounds:
+        for _ in range(count):
+            begin = int(rng.integers(0, max(1, len(sound) - STRETCH)))
+            samples = sound[begin : begin + STRETCH]
+            if len(samples) < 3 * RATE:
+                continue
+            if suffix == "gsm":
+                if rng.random() < 0.4:
+                    samples = room(rng, samples)
+                samples = through_codec(samples, *TELEPHONES[rng.integers(len(TELEPHONES))])
+                if rng.random() < 0.6:
+                    codec = AFTER_TELEPHONES[rng.integers(len(AFTER_TELEPHONES))]
+                    samples = through_codec(samples, *codec)
+            else:
+                codec = CODECS[rng.integers(len(CODECS))]
+                if kind == "speech" and rng.random() < 0.4:
+                    codec = [*TELEPHONES, ("libmp3lame", 16000, 16)][rng.integers(len(TELEPHONES) + 1)]
+                if rng.random() < 0.3:
+                    samples = room(rng, samples)
+                samples = through_codec(samples, *codec)
+            made = features(np.nan_to_num(samples), kind)
+            if made:
+                mels.append(made[0])
+                active.append(made[1])
+                lengths.append(len(made[1]))
+    if lengths:
+        part = target.with_name(target.name + ".part.npz")
+        np.savez(part, mels=np.concatenate(mels), active=np.concatenate(active), lengths=lengths)
+        part.rename(target)
+
+
+def coded_jobs(folder, groups):
+    for (kind, group), paths in groups.items():
+        if kind in CODED_MINUTES:
+            yield folder, kind, group, paths, "coded"
+        if kind == "speech":
+            yield folder, kind, group, paths, "gsm"
 
 
 def loudness(samples, kind):
@@ -261,7 +328,8 @@ def make_banks(work, share=1.0):
     jobs.sort(key=lambda job: (not made_here(job[2]), -sum(p.stat().st_size for p in job[3])))
     with concurrent.futures.ProcessPoolExecutor(2) as pool:
         done = [pool.submit(bank_of, job) for job in jobs]
-        done += [pool.submit(mixed_scenes, job) for job in mixed_jobs(work, folder, round(MIXED * share))]
+        done += [pool.submit(coded_bank, job) for job in coded_jobs(folder, groups)]
+        done += [pool.submit(mixed_scenes, job) for job in mixed_jobs(work, folder, MIXED)]
         for one in done:
             one.result()
 

@@ -149,6 +149,7 @@ class Mixer:
                     "c-mycroft": 2,
                     "c-fsdd": 0.5,
                     "klettres": 0.5,
+                    "c-": 1.5,
                 }
             ),
         )

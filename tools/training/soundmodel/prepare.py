@@ -10,7 +10,9 @@ from soundmodel.audio import RATE, decode, decode_raw
 from soundmodel.sources import SOURCES, collection_split, files_of
 
 LOUDEST = 0.9
-RAW = {".g722": ["-f", "g722"], ".gsm": ["-f", "gsm"], ".u8": ["-f", "u8", "-ar", "11025", "-ac", "1"]}
+LOOPED = 20  # seconds to which short loops are repeated
+_BYTES = ["-f", "u8", "-ar", "11025", "-ac", "1"]
+RAW = {".g722": ["-f", "g722"], ".gsm": ["-f", "gsm"], ".u8": _BYTES, ".ALS": _BYTES}
 
 
 def write(path, samples):
@@ -69,6 +71,8 @@ def prepare_source(job):
         else:
             samples = decode(path, source.seconds)
         samples = levelled(samples)
+        if source.loops and RATE < len(samples) < LOOPED * RATE:
+            samples = np.resize(samples, -(-LOOPED * RATE // len(samples)) * len(samples))
         if source.kind == "music" and len(samples) >= 5 * RATE:
             write(folder / f"{source.name}__{path.stem.replace('__', '_')}.s16", samples)
         elif source.kind != "music" and len(samples) > RATE // 10:

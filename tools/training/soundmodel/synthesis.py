@@ -27,7 +27,7 @@ FESTIVAL = [
     "voice_suo_fi_lj_diphone",
 ]
 #: Voices that are not learned from; the other synthesizers have too few.
-OTHER_ESPEAK = {"tune": ["ro+m6", "en-us+f4"], "held": ["en-gb-scotland+m7", "tr+f1", "hu+m8"]}
+OTHER_ESPEAK = {"tune": ["ro+m6", "en-us+f4"]}
 HOP = 80  # samples of the vocoder's frames
 
 

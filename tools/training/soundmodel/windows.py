@@ -16,21 +16,18 @@ MIDDLE = (8, 10, 12, 15)  # the levels of the figures by kind
 
 #: Kinds of held-out music by name; the first that fits.
 BEDS = {
-    "drums and percussion": r"spi_loop_(amen|breakbeat|compus|perc|tabla|mehackit)|spi_arovane|808|tabla_|boom_boom",
-    "guitar and folk": r"spi_guit|stk_(farm|west|hacienda|celtic)",
-    "techno and lofi loops": r"spi_loop|lofi_|stk_xeon|vibeace|digabi",
-    "horns and winds": r"trombone|trumpet|flute|whistling",
-    "harp, bass and ambient": r"harp|spi_(bass|ambi)",
-    "synthesizers": r"stk_(alien|sky|subsea|snowy|menu|jumping)|pathological",
-    "bands and orchestras": r".",
+    "drums": r"lmms__.*(beat|break|kick|hihat|snare|jungle|house)|batterie",
+    "guitar, bass and brass alone": r"lmms__(latin|.*bass)|plee-the-bear__(guitar|bass)",
+    "techno and synthesizers": r"lmms|noiz2sa|mu-cade|torus|tuxtype|btanks",
+    "game and film music": r"enigma|flare|plee|blobwars|amoebax|scorched3d",
+    "bands": r".",
 }
 VOICES = {
-    "telephone, radio, 8 kHz": r"aws|codec2|osr",
-    "single words": r"wwb|tuxpaint|rhasspy|cml_kids",
-    "acted": r"fillets|horizons",
-    "far microphones": r"ami",
-    "synthetic": r"tts",
-    "read and spoken": r".",
+    "radio effects": r"nexuiz-(?!tutorial|announcer)",
+    "single words": r"gcin|rally",
+    "announcers": r"announcer|rott",
+    "acted, 11 kHz": r"drascula",
+    "spoken": r".",
 }
 
 
