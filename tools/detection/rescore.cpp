@@ -8,12 +8,14 @@
 // Prints first a JSON array with the length and the ads of each recording in seconds, then for each line of
 // the input, {"rules": {NAME: NUMBER, ...}, "sensitivities": [NUMBER, ...]}, a line with an array for each
 // recording; in it one for words off and one for words on; in these for each sensitivity the seconds of ads
-// and of programme in which the volume would have been down, and how often it would have gone down. Rules
-// that are not named are standard.
+// and of programme in which the volume would have been down, and how often it would have gone down. With
+// "delays": true follow the median and the 90th percentile of the reaction to breaks and of the release after
+// them, in seconds or null. Rules that are not named are standard.
 #include "detection/ad_segmenter.h"
 #include "detection/heuristic_ad_scorer.h"
 #include "detection/keyword_memory.h"
 #include "detection/sensitivity.h"
+#include "replay/evaluation.h"
 #include "replay/labels.h"
 
 #include <nlohmann/json.hpp>
@@ -48,6 +50,7 @@ struct Hop {
 
 struct Recording {
     std::vector<Hop> hops;
+    std::vector<replay::Interval> ads;
     double seconds = 0;
     double adSeconds = 0;
 };
@@ -56,7 +59,7 @@ struct Recording {
 struct Faded {
     double ads = 0;        // seconds
     double programme = 0;  // seconds
-    int times = 0;
+    std::vector<replay::Interval> stretches;
 };
 
 Hop hopFrom(const json& line, bool transcribing) {
@@ -84,6 +87,7 @@ Recording readRecording(const std::string& hops, const std::string& labels) {
     const auto truth = replay::readAdLabels(std::filesystem::path(labels));
     std::ifstream input(hops);
     Recording recording;
+    recording.ads = truth;
     bool transcribing = false;
     try {
         for (std::string text; std::getline(input, text);) {
@@ -163,7 +167,12 @@ Faded faded(const Recording& recording, const DetectorRules& rules, double sensi
     bool before = false;
     score(recording, rules, detectionThreshold(sensitivity), words,
           [&](const Hop& hop, float /*confidence*/, bool inAd) {
-              sum.times += inAd && !before ? 1 : 0;
+              if (inAd && !before) {
+                  sum.stretches.push_back({hop.time, hop.time});
+              }
+              if (inAd || before) {
+                  sum.stretches.back().end = hop.time;
+              }
               before = inAd;
               if (inAd) {
                   sum.ads += hop.adSeconds;
@@ -204,8 +213,14 @@ DetectorRules rulesFrom(const json& named) {
     return rules;
 }
 
+void addDelays(json& figures, const std::optional<replay::Delays>& delays) {
+    figures.push_back(delays ? json(delays->median) : json());
+    figures.push_back(delays ? json(delays->percentile90) : json());
+}
+
 json answer(const json& request, const std::vector<Recording>& recordings) {
     const DetectorRules rules = rulesFrom(request.at("rules"));
+    const bool delays = request.value("delays", false);
     json result = json::array();
     for (const Recording& recording : recordings) {
         json ofRecording = json::array();
@@ -213,7 +228,14 @@ json answer(const json& request, const std::vector<Recording>& recordings) {
             json ofWords = json::array();
             for (const double sensitivity : request.at("sensitivities")) {
                 const Faded sum = faded(recording, rules, sensitivity, words);
-                ofWords.push_back({sum.ads, sum.programme, sum.times});
+                json figures{sum.ads, sum.programme, sum.stretches.size()};
+                if (delays) {
+                    const auto breaks =
+                        replay::evaluate(sum.stretches, recording.ads, recording.seconds).breaks;
+                    addDelays(figures, breaks.reaction);
+                    addDelays(figures, breaks.lateRelease);
+                }
+                ofWords.push_back(std::move(figures));
             }
             ofRecording.push_back(std::move(ofWords));
         }

@@ -18,10 +18,10 @@ WARM, LAST = 150, 0.3  # steps in which the rate rises, and share of all steps i
 AVERAGE = 500, 0.1  # steps over which the weights are averaged at most, and share of all steps
 CHECKPOINT = 100  # steps
 
-CONVOLUTIONS = [(16, 2, 2, 0), (32, 2, 2, 0), (80, 2, 2, 0), (80, 1, 1, 1), (192, 2, 2, 0), (192, 1, 1, 1)]
+CONVOLUTIONS = [(16, 2, 2, 0), (32, 2, 2, 0), (64, 2, 2, 0), (64, 1, 1, 1), (128, 2, 2, 0), (128, 1, 1, 1)]
 #: By label: confidence = sigmoid(gain * logit + offset). Chosen at the detector: see docs/detection.md.
 CALIBRATION = dict(gains=(1.0, 1.0, 1.0), offsets=(0.0, 0.0, 0.0))
-SETTINGS = dict(convolutions=CONVOLUTIONS, sections=2, embedding=128, memory=16, hidden=128)
+SETTINGS = dict(convolutions=CONVOLUTIONS, sections=2, embedding=96, memory=16, hidden=96)
 
 
 def loss_of(logits, targets, steadiness):

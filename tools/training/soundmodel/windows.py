@@ -22,12 +22,12 @@ BEDS = {
     "game and film music": r"enigma|flare|plee|blobwars|amoebax|scorched3d",
     "bands": r".",
 }
+#: Kinds of voices. As many as of beds would always pair the same two.
 VOICES = {
-    "radio effects": r"nexuiz-(?!tutorial|announcer)",
+    "over radio, distorted": r"nexuiz-(?!tutorial|announcer)",
     "single words": r"gcin|rally",
-    "announcers": r"announcer|rott",
     "acted, 11 kHz": r"drascula",
-    "spoken": r".",
+    "announcers and others": r".",
 }
 
 
