@@ -326,22 +326,30 @@ TEST_F(CommandLineTest, HopsCanBeScoredAnewByOtherRules) {
         return WEXITSTATUS(std::system(command.c_str()));
     };
     const auto answer = [&](const std::string& rules) {
-        EXPECT_EQ(rescore("radio.hops", R"({"rules": )" + rules + R"(, "sensitivities": [0.5]})"), 0);
+        EXPECT_EQ(
+            rescore("radio.hops", R"({"rules": )" + rules + R"(, "sensitivities": [0.5], "delays": true})"),
+            0);
         const std::string lines = contentsOf(folder() / ".out");
         return json::parse(lines.substr(lines.find('\n'))).at(0);
     };
     const auto seconds = [this](const std::string& options) {
         double ads = 0;
         double all = 0;
-        const auto reports = runJson("--json --cues radio.cues " + options + " radio.wav");
+        const auto reports = runJson("--json --truth radio.txt --cues radio.cues " + options + " radio.wav");
         for (const json& ad : reports[0]["ads"]) {
             all += ad["length"].get<double>();
             ads += std::max(0.0, std::min(40.0, ad["end"].get<double>()) -
                                      std::max(20.0, ad["start"].get<double>()));
         }
-        return json{{ads, all - ads, reports[0]["ads"].size()}};
+        json figures{ads, all - ads, reports[0]["ads"].size()};
+        for (const char* delays : {"reaction", "lateRelease"}) {
+            for (const char* part : {"median", "percentile90"}) {
+                figures.push_back(reports[0]["truth"][delays][part]);
+            }
+        }
+        return json::array({figures});
     };
-    EXPECT_EQ(answer("{}"), (json{seconds("--no-transcription"), seconds("")}));
+    EXPECT_EQ(answer("{}"), json::array({seconds("--no-transcription"), seconds("")}));
     EXPECT_NE(seconds("--no-transcription"), seconds(""));
     const auto tuned = [] {
         constexpr DetectorRules rules = tunedRules();
@@ -363,7 +371,7 @@ TEST_F(CommandLineTest, HopsCanBeScoredAnewByOtherRules) {
                     {"holdSeconds", rules.holdSeconds}};
     }();
     EXPECT_EQ(answer(tuned.dump()),
-              (json{seconds("--rules tuned --no-transcription"), seconds("--rules tuned")}));
+              json::array({seconds("--rules tuned --no-transcription"), seconds("--rules tuned")}));
 
     const auto expectError = [&](const std::string& name, const std::string& request, const char* why) {
         EXPECT_EQ(rescore(name, request), 1);
