@@ -56,21 +56,21 @@ struct DetectorRules {
 [[nodiscard]] constexpr DetectorRules tunedRules() {
     DetectorRules rules;
     rules.keywordsFadeWhenHeard = true;
-    rules.weights.audio = 0.7F;
-    rules.weights.keywords = 0.85F;
+    rules.weights.audio = 0.8F;
+    rules.weights.keywords = 0.95F;
     rules.weights.boundary = 0;
     rules.weights.repetition = 0.8F;
-    rules.weights.timing = 0;
+    rules.weights.timing = 0.15F;
     rules.weights.loudness = 0.2F;
     rules.boundaryMemory = 0.93F;
-    rules.smoothing = 0.4;
-    rules.keywordMemory = 0.945F;
+    rules.smoothing = 0.45;
+    rules.keywordMemory = 0.91F;
     rules.keywordsAfterAd = 0.3F;
-    rules.strongMargin = 0.25F;
+    rules.strongMargin = 0.35F;
     rules.strongRun = 2;
-    rules.weakRun = 6;
-    rules.exitMargin = 0.25F;
-    rules.holdSeconds = 1.5;
+    rules.weakRun = 7;
+    rules.exitMargin = 0.2F;
+    rules.holdSeconds = 3;
     return rules;
 }
 

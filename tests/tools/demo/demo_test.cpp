@@ -7,7 +7,6 @@
 #include <sndfile.h>
 
 #include <algorithm>
-#include <cmath>
 #include <fstream>
 #include <regex>
 
@@ -87,25 +86,19 @@ TEST_F(DemoTest, CountsWhatWasFadedAndCitesTheUsualFiguresOfTheDocumentation) {
               HasSubstr("standard rules, in a replay: 2 of 4 seconds of ads (50 %), 1 of 6 seconds of "
                         "programme (17 %)")));
 
-    // | 0.5 | ..., and in the same group of lines those of the program: of ads, (a column), of programme.
+    // Of each set of rules: of ads | of programme | reaction / ... | release / ...
     const std::string figures = contentsOf(SORDIN_DETECTION_FIGURES);
-    const std::string group = figures.substr(figures.find("\n| 0.5 |") + 1);
-    const auto usual = [&group](const std::string& row) {
-        std::smatch columns;
-        std::regex_search(
-            group, columns,
-            std::regex("\\*\\*Sordin, " + row +
-                       " words\\*\\* \\| (\\d+) % \\| \\d+ % \\| ([0-9.]+) % \\| [0-9.]+ \\| ([0-9.]+) /"));
-        return columns;
-    };
-    const auto with = usual("with");
-    const auto without = usual("without");
-    ASSERT_FALSE(with.empty() || without.empty()) << group;
-    const std::string ofProgramme = std::to_string(std::lround(std::stod(with[2])));
-    EXPECT_THAT(output,
-                AllOf(HasSubstr(with[1].str() + " % of the ads and " + ofProgramme + " % of the programme"),
-                      HasSubstr("within " + with[3].str() + " s"),
-                      HasSubstr(without[1].str() + " % and " + without[2].str() + " %")));
+    const std::string set = R"( (\d+) % \| ([0-9.]+) % \| ([0-9.]+) / [0-9.]+ s \| ([0-9.]+) / [0-9.]+ s \|)";
+    std::smatch usual;
+    ASSERT_TRUE(std::regex_search(
+        figures, usual, std::regex(R"(\| radio \| 0\.5 \| \*\*Sordin, with words\*\* \|)" + set + set)));
+    EXPECT_THAT(output, AllOf(HasSubstr("fade " + usual[1].str() + " % of the ads and " + usual[2].str() +
+                                        " % of the"),
+                              HasSubstr("tuned rules " + usual[5].str() + " % and " + usual[6].str() + " %"),
+                              HasSubstr("fade within " + usual[3].str() +
+                                        " s by the standard rules, within " + usual[7].str() + " s"),
+                              HasSubstr("back after " + usual[4].str() + " s"),
+                              HasSubstr("rules after " + usual[8].str() + " s")));
 
     writeText(replay, "#!/bin/sh\nexit 1\n");
     EXPECT_FALSE(outputOf(command, folder / "log", deadline)) << "whatever the replay said";
