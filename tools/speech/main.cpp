@@ -27,7 +27,7 @@ namespace {
 using namespace sordin;
 
 constexpr auto usage =
-    "Usage: sordin-transcribe RECORDING...\n"
+    "Usage: sordin-transcribe [--mask FILE|none] RECORDING...\n"
     "Transcribes each recording as one session and prints a JSON object with its texts, each with the time "
     "in "
     "seconds\n"
@@ -55,17 +55,16 @@ double highestMegabytes(pid_t process) {
 
 class Transcription {
 public:
-    explicit Transcription(const std::filesystem::path& program)
+    Transcription(const std::filesystem::path& program, const SpeechModelFiles& files)
         : recogniser_(std::make_shared<DecodingRecogniser>(
-              queue_,
-              DecodingRecogniser::Model{[] { return true; },
-                                        [this, program] {
-                                            auto decoder = std::make_unique<DecoderProcess>(
-                                                findHelper(program, "sordin-speech-decoder").value_or(""),
-                                                speechModelFiles(program));
-                                            process_ = decoder->pid();
-                                            return decoder;
-                                        }})),
+              queue_, DecodingRecogniser::Model{
+                          [] { return true; },
+                          [this, program, files] {
+                              auto decoder = std::make_unique<DecoderProcess>(
+                                  findHelper(program, "sordin-speech-decoder").value_or(""), files);
+                              process_ = decoder->pid();
+                              return decoder;
+                          }})),
           transcriber_(recogniser_) {
         transcriber_.begin();
         recogniser_->drain();
@@ -116,14 +115,19 @@ private:
 
 int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    SpeechModelFiles files = speechModelFiles(programPath(argv[0]));
+    if (arguments.size() > 1 && arguments[0] == "--mask") {
+        files.mask = arguments[1] == "none" ? "" : arguments[1];
+        arguments.erase(arguments.begin(), arguments.begin() + 2);
+    }
     if (arguments.empty() || arguments[0].starts_with("-")) {
         const bool asked = !arguments.empty() && arguments[0] == "--help";
         (asked ? std::cout : std::cerr) << usage;
         return asked ? 0 : 2;
     }
     try {
-        Transcription transcription(programPath(argv[0]));
+        Transcription transcription(programPath(argv[0]), files);
         const double loading = processorSeconds(transcription.process());
         for (const std::string& path : arguments) {
             std::cout << transcription.transcribe(path).dump() << '\n';
