@@ -37,8 +37,8 @@ struct SpeechMaskModel {
 
 /// Takes music and noise off a voice: a network gives each frame of the short-time spectrum a gain for each
 /// bin. The gain of a bin is max(least, g^strength), where g from 0 to 1 estimates the share of the voice in
-/// its magnitude. What comes out is what went in one window (32 ms) before, so scaled. For one thread at a
-/// time.
+/// its magnitude. What comes out is half a window behind what went in, and less than another half is held
+/// back: with windows of 32 ms it is up to 32 ms late. For one thread at a time.
 class SpeechMask {
 public:
     explicit SpeechMask(SpeechMaskModel model);
@@ -49,8 +49,8 @@ public:
     /// Forgets everything that was heard.
     void reset();
 
-    /// Takes mono samples, -1 to 1, at the model's rate, and appends as many to `cleaned` as are complete: in
-    /// all, those that came in, less one window at most. Samples that are not finite count as 0.
+    /// Takes mono samples, -1 to 1, at the model's rate. Appends cleaned samples to `cleaned`: in all as many
+    /// as have come in, rounded down to whole halves of a window. Samples that are not finite count as 0.
     void process(std::span<const float> samples, std::vector<float>& cleaned);
 
 private:
