@@ -22,14 +22,17 @@ ColumnLayout {
                 Symbol {
                     objectName: "statusSymbol"
                     anchors.centerIn: parent
-                    size: 30
+                    size: 34
                     name: page.engine.adActive ? "speaker.slash.fill" : "speaker.wave.2.fill"
                     color: status.color
                 }
             }
             ColumnLayout {
                 spacing: 2
+                // As high with a source as without: nothing moves when an ad begins.
+                Layout.minimumHeight: statusText.implicitHeight + 2 + source.implicitHeight
                 Label {
+                    id: statusText
                     objectName: "statusText"
                     text: status.text
                     font: Theme.title
@@ -37,6 +40,7 @@ ColumnLayout {
                     Accessible.role: Accessible.AlertMessage
                 }
                 Label {
+                    id: source
                     objectName: "source"
                     visible: page.engine.adActive
                     text: qsTr("Source: %1").arg(page.engine.currentApp)
@@ -49,24 +53,29 @@ ColumnLayout {
             EnabledSwitch { objectName: "enabled"; engine: page.engine; Layout.alignment: Qt.AlignVCenter }
         }
         RowLayout {
-            objectName: "permissionNotice"
-            visible: !page.engine.screenAccess
+            objectName: "trouble"
+            visible: !page.engine.screenAccess || status.failed
             spacing: 8
             Label {
+                objectName: "permissionNotice"
+                visible: !page.engine.screenAccess
                 text: qsTr("Screen & System Audio Recording permission is required to hear system audio.")
                 font: Theme.callout
                 Layout.fillWidth: true
             }
             Button {
                 objectName: "grant"
+                visible: !page.engine.screenAccess
                 text: qsTr("Grant…")
                 onClicked: {
                     page.engine.requestScreenAccess();
-                    page.engine.openSettings("Privacy_ScreenCapture");
+                    settings.opened(page.engine.openSettings("Privacy_ScreenCapture"));
                 }
             }
+            Item { visible: page.engine.screenAccess; Layout.fillWidth: true }
             Button { objectName: "retry"; text: qsTr("Retry"); onClicked: page.engine.startCapture() }
         }
+        SettingsHint { id: settings; anchor: "Privacy_ScreenCapture"; granted: page.engine.screenAccess }
     }
     Card {
         ConfidenceBar { Layout.fillWidth: true; confidence: page.engine.confidence; threshold: page.engine.threshold }
