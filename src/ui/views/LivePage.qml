@@ -13,6 +13,7 @@ ColumnLayout {
     EngineState { id: status; engine: page.engine }
 
     Card {
+        objectName: "statusCard"
         RowLayout {
             spacing: 14
             Item {
@@ -88,6 +89,19 @@ ColumnLayout {
             }
             Caption { objectName: "threshold"; text: qsTr("Mute threshold %1%").arg(Math.trunc(page.engine.threshold * 100)) }
         }
+        RowLayout {
+            spacing: 6
+            Rectangle { implicitWidth: 18; implicitHeight: 2; color: Theme.accent }
+            Caption { text: qsTr("Confidence"); Layout.rightMargin: 12 }
+            Row {
+                spacing: 3
+                Repeater {
+                    model: 3
+                    Rectangle { width: 4; height: 1; color: chart.rule }
+                }
+            }
+            Caption { text: qsTr("Threshold") }
+        }
         TrailChart {
             id: chart
             objectName: "chart"
@@ -108,7 +122,7 @@ ColumnLayout {
                 readonly property var point: { page.engine.confidence; return chart.point(chart.highlighted); }
                 visible: point.time !== undefined
                 at: Qt.point(point.x ?? 0, point.y ?? 0)
-                text: visible ? qsTr("%1% at %2").arg(Math.trunc(point.confidence * 100)).arg(point.time.toLocaleTimeString(Qt.locale(), "hh:mm:ss")) : ""
+                text: visible ? qsTr("%1% at %2").arg(Math.trunc(point.confidence * 100)).arg(point.time) : ""
             }
         }
     }
@@ -126,14 +140,12 @@ ColumnLayout {
         objectName: "transcriptCard"
         visible: page.engine.transcribing
         title: qsTr("On-device transcript (suspicious segment)")
-        Label {
+        LatestWords {
             objectName: "transcript"
             readonly property bool waiting: page.engine.transcript === ""
-            text: waiting ? qsTr("Listening…") : page.engine.transcript
+            words: waiting ? qsTr("Listening…") : page.engine.transcript
             font: waiting ? Theme.callout : Theme.body
             color: waiting ? Theme.secondary : Theme.text
-            maximumLineCount: 4
-            elide: Text.ElideRight
             Layout.fillWidth: true
         }
     }
