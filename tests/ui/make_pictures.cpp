@@ -164,6 +164,10 @@ private:
         }
         window_->resize(780, 540);
         takePage(1, "timeline-smallest");
+        const auto* strip = window_->findChild<QQuickItem*>("strip");
+        QTest::mouseMove(window_.get(),
+                         strip->mapToScene({strip->width() * (1 - 4200.0 / (6 * 3600)), 10}).toPoint());
+        take("timeline-tip");
         takePage(4, "settings-smallest");
         takePage(3, "test-smallest");
         QTest::keyClick(window_.get(), Qt::Key_Tab);

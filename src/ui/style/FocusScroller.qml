@@ -5,14 +5,15 @@ import QtQuick
 QtObject {
     id: scroller
     required property Flickable area
-    readonly property Item focused: area.Window.activeFocusItem
+    property Item beside: null // belongs to it, and moves with its content
+    readonly property Item focused: area ? area.Window.activeFocusItem : null
     readonly property int margin: 12
 
-    onFocusedChanged: if (focused && contains(focused)) show(focused)
+    onFocusedChanged: if (focused && area && contains(focused)) show(focused)
 
     function contains(item: Item): bool {
         for (let each = item; each; each = each.parent) {
-            if (each === area.contentItem) {
+            if (each === area.contentItem || each === beside) {
                 return true;
             }
         }

@@ -20,6 +20,9 @@ T.ApplicationWindow {
     // Whether the desktop shows the program's icon, as last read by who handles `guideTurned`.
     property bool iconIsShown: true
 
+    // While it is shown: it scrolls by itself.
+    readonly property TimelinePage timelinePage: page.item as TimelinePage
+
     signal quit()
     signal guideTurned()
 
@@ -33,8 +36,10 @@ T.ApplicationWindow {
     Shortcut { sequence: "Ctrl+Q"; context: Qt.ApplicationShortcut; onActivated: window.quit() } // over the guide too
     Shortcut { sequence: "Ctrl+W"; onActivated: window.close() }
 
+    HistoryClearing { id: historyClearing; engine: window.engine }
+
     Component { id: live; LivePage { engine: window.engine } }
-    Component { id: timeline; TimelinePage { engine: window.engine } }
+    Component { id: timeline; TimelinePage { engine: window.engine; clearing: historyClearing } }
     Component { id: apps; AppsPage { engine: window.engine } }
     Component { id: test; TestPage { engine: window.engine } }
     Component { id: settings; SettingsPage { engine: window.engine } }
@@ -43,10 +48,13 @@ T.ApplicationWindow {
         anchors.fill: parent
         spacing: 0
         // Not all that a page shows can have the focus, which would bring it into sight.
-        Keys.onPressed: event => event.accepted = scrolling.turn(event.key)
+        Keys.onPressed: event => event.accepted = (window.timelinePage?.scrolling ?? scrolling).turn(event.key)
         Rectangle {
+            id: side
+            objectName: "side"
+            property real wanted: 180
             Layout.fillHeight: true
-            Layout.preferredWidth: 180
+            Layout.preferredWidth: Math.max(160, Math.min(wanted, 220))
             color: Theme.sidebar
             ListView {
                 id: sidebar
@@ -94,7 +102,18 @@ T.ApplicationWindow {
                 }
             }
         }
-        Rectangle { Layout.fillHeight: true; implicitWidth: 1; color: Theme.quaternary }
+        Rectangle {
+            Layout.fillHeight: true
+            implicitWidth: 1
+            z: 1
+            color: Theme.quaternary
+            MouseArea {
+                anchors { fill: parent; leftMargin: -4; rightMargin: -4 }
+                cursorShape: Qt.SplitHCursor
+                preventStealing: true
+                onPositionChanged: event => side.wanted = mapToItem(side, event.x, 0).x
+            }
+        }
         Flickable {
             id: detail
             objectName: "detail"
@@ -103,15 +122,15 @@ T.ApplicationWindow {
             clip: true
             boundsBehavior: Flickable.StopAtBounds
             contentWidth: width
-            contentHeight: page.height + 48
+            contentHeight: window.timelinePage ? height : page.height + 48
             T.ScrollBar.vertical: ScrollBar { }
             Loader {
                 id: page
                 objectName: "page"
                 x: 24
-                y: 24
+                y: window.timelinePage ? 0 : 24
                 width: detail.width - 48
-                height: item ? Math.max(item.implicitHeight, detail.height - 48) : 0
+                height: window.timelinePage ? detail.height : item ? Math.max(item.implicitHeight, detail.height - 48) : 0
                 // Behind the guide nothing can be used, not even by assistive technology, which modality does not stop.
                 active: window.engine.onboardingComplete
                 sourceComponent: window.sections[sidebar.currentIndex].page
