@@ -172,13 +172,12 @@ void demonstrate(const std::string& program, const std::string& recording, const
     writeText(home / "config/Sordin/defaults.json", R"({"onboarded": true})");
     const std::filesystem::path log = home / "log";
     writeText(log, "");
-    std::vector<std::string> environment{
-        "XDG_CONFIG_HOME=" + (home / "config").string(), "XDG_DATA_HOME=" + (home / "data").string(),
-        "QT_LOGGING_RULES=sordin.*.info=true", "QT_FORCE_STDERR_LOGGING=1", "QT_MESSAGE_PATTERN=%{message}"};
-    if (!windows) {
-        environment.insert(environment.end(), {"DISPLAY=", "WAYLAND_DISPLAY="});
-    }
-    ChildProcess sordin({program}, {.environment = environment, .log = log});
+    ChildProcess sordin({program},
+                        {.environment = {"XDG_CONFIG_HOME=" + (home / "config").string(),
+                                         "XDG_DATA_HOME=" + (home / "data").string(), "DISPLAY=" + shownOn,
+                                         "WAYLAND_DISPLAY=", "QT_LOGGING_RULES=sordin.*.info=true",
+                                         "QT_FORCE_STDERR_LOGGING=1", "QT_MESSAGE_PATTERN=%{message}"},
+                         .log = log});
     const auto listens = [&] { return contentsOf(log).find("status: listening") != std::string::npos; };
     if (!waitFor([&] { return listens() || !sordin.running(); }) || !listens()) {
         throw std::runtime_error("Sordin does not listen: " + contentsOf(log));
