@@ -172,7 +172,8 @@ public:
     /// Pretends that an ad of `seconds` begins: the volume is really faded, whatever the switches say. Does
     /// nothing while a simulated or a real ad is under way, or if the time is no time.
     Q_INVOKABLE void simulate(double seconds);
-    /// Brings the volume back in an ad, which goes on: it is not faded again until another begins.
+    /// The user does not take the ad for one: brings the volume back until another ad begins, and forgets
+    /// the fingerprints that were learned since it began. A simulated ad goes on without a fade.
     Q_INVOKABLE void restoreVolume();
     /// Forgets the ads that would be recognised by their sound.
     Q_INVOKABLE void forgetLearnedAds();

@@ -152,6 +152,10 @@ void SordinEngine::simulate(double seconds) {
 
 void SordinEngine::restoreVolume() {
     qCInfo(engineLog, "the volume is asked back");
+    // An ad that has just ended is meant too, while its volume is on the way up.
+    if (adActive_ || (adFaded_ && !simulating_)) {
+        parts_.pipeline->disownAd();
+    }
     bringVolumeBack();
 }
 
