@@ -26,6 +26,9 @@ void SordinEngine::wirePipeline() {
     pipeline.onAdStart = [config = config_, volume = std::weak_ptr(parts_.volume),
                           started =
                               posting([](SordinEngine& engine, bool muted) { engine.adStarted(muted); })] {
+        if (config->inCall()) {  // what was heard before it began
+            return;
+        }
         const bool muted = !config->dryRun();
         if (const auto controller = volume.lock(); controller && muted) {
             controller->duck(config->duck(), duckRamp);
