@@ -4,6 +4,8 @@
 #include "engine/duration_text.h"
 #include "ui/model/date_text.h"
 
+#include <algorithm>
+
 namespace sordin {
 
 void AppStatsModel::setEngine(SordinEngine* engine) {
@@ -12,6 +14,7 @@ void AppStatsModel::setEngine(SordinEngine* engine) {
     }
     if (engine_) {
         connect(engine_.get(), &SordinEngine::historyChanged, this, &AppStatsModel::follow);
+        connect(engine_.get(), &SordinEngine::ignoredApplicationsChanged, this, &AppStatsModel::follow);
     }
     follow();
     Q_EMIT engineChanged();
@@ -30,13 +33,19 @@ QVariant AppStatsModel::data(const QModelIndex& index, int role) const {
     case Qt::DisplayRole:
     case appRole:
         return stat.app;
+    case ignoredRole:
+        return engine_ && engine_->ignoredNames().contains(stat.app);
     case summaryRole:
-        return tr("%1 ads · %2 muted").arg(stat.count).arg(formatDuration(stat.total));
+        return stat.count == 0 ? QString()
+                               : tr("%1 ads · %2 muted").arg(stat.count).arg(formatDuration(stat.total));
     case shareRole: {
         const double first = stats_.front().total;
         return first > 0 ? stat.total / first : 0;
     }
     case detailsRole:
+        if (stat.count == 0) {
+            return QString();
+        }
         return tr("Average %1 · last %2")
             .arg(formatDuration(stat.total / stat.count),
                  relativeDate(localDateTime(stat.last), QDateTime::currentDateTime()));
@@ -46,12 +55,22 @@ QVariant AppStatsModel::data(const QModelIndex& index, int role) const {
 }
 
 QHash<int, QByteArray> AppStatsModel::roleNames() const {
-    return {{appRole, "app"}, {summaryRole, "summary"}, {shareRole, "share"}, {detailsRole, "details"}};
+    return {{appRole, "app"},
+            {summaryRole, "summary"},
+            {shareRole, "share"},
+            {detailsRole, "details"},
+            {ignoredRole, "ignored"}};
 }
 
 void AppStatsModel::follow() {
     beginResetModel();
     stats_ = engine_ ? engine_->appStats() : std::vector<AppStat>();
+    for (const QString& name : engine_ ? engine_->ignoredNames() : QStringList()) {
+        if (std::none_of(stats_.begin(), stats_.end(),
+                         [&name](const AppStat& stat) { return stat.app == name; })) {
+            stats_.push_back({name, 0, 0, 0});
+        }
+    }
     endResetModel();
     Q_EMIT countChanged();
 }

@@ -14,6 +14,7 @@ class StatusLabel : public QObject {
     QML_ELEMENT
     Q_PROPERTY(sordin::SordinEngine* engine READ engine WRITE setEngine NOTIFY engineChanged REQUIRED)
     Q_PROPERTY(QString text READ text NOTIFY changed)
+    Q_PROPERTY(QString callText READ callText NOTIFY changed)
     Q_PROPERTY(Tone tone READ tone NOTIFY changed)
 
 public:
@@ -28,6 +29,8 @@ public:
 
     /// A short line; of a failure, its message. Empty without an engine.
     [[nodiscard]] QString text() const;
+    /// Why nothing is listened to while a call is on; empty if there is none.
+    [[nodiscard]] QString callText() const;
     [[nodiscard]] Tone tone() const;
 
 Q_SIGNALS:
