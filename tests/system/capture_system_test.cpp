@@ -198,12 +198,19 @@ TEST_P(CaptureSystemTest, CallsAreToldFromOtherSound) {
         streams = now;
     });
     const auto become = [&](std::size_t number, const std::optional<std::string>& caller) {
+        std::string seen;
         const auto so = [&] {
             const std::scoped_lock lock(mutex);
             const auto call = callAmong(streams);
+            seen = call ? "a call:" : "no call:";
+            for (const ApplicationStream& stream : streams) {
+                seen += " " + stream.name +
+                        (stream.kind == ApplicationStream::Kind::records ? " records" : " plays");
+            }
             return streams.size() == number && (call ? std::optional(call->name) : std::nullopt) == caller;
         };
-        return waitUntil(so, Ear::deadline);
+        return (waitUntil(so, Ear::deadline) ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << seen;
     };
     const std::string name = onPipeWire ? "tone_player" : "pulse_tone_player";
     {
