@@ -188,11 +188,13 @@ public:
     Q_INVOKABLE void stopCapture();
     /// Asks for what `screenAccess` stands for; does not begin to listen.
     Q_INVOKABLE void requestScreenAccess();
-    Q_INVOKABLE void requestSpeechAccess();
+    /// Asks for what `speechAccess` stands for, or opens the settings where there is no question to ask.
+    /// False if neither is possible.
+    Q_INVOKABLE bool requestSpeechAccess();
     /// Reads both permissions anew.
     Q_INVOKABLE void refreshAccess();
     /// See Permissions.
-    Q_INVOKABLE void openSettings(const QString& anchor);
+    Q_INVOKABLE bool openSettings(const QString& anchor);
     /// Pretends that an ad of `seconds` begins: the volume is really faded, whatever the switches say. Does
     /// nothing while a simulated or a real ad is under way, or if the time is no time.
     Q_INVOKABLE void simulate(double seconds);

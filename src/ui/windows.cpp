@@ -79,6 +79,7 @@ void Windows::showMain(const QString& token) {
         main_ = ui().mainWindow(engine_);
         main_->installEventFilter(this);
         connect(main_.get(), SIGNAL(quit()), this, SIGNAL(quit()));
+        connect(main_.get(), SIGNAL(guideTurned()), this, SLOT(tellOfIcon()));
         connect(
             main_.get(), &QQuickWindow::frameSwapped, this, [] { qCInfo(windowsLog, "the window is drawn"); },
             Qt::SingleShotConnection);
@@ -91,6 +92,10 @@ void Windows::showMain(const QString& token) {
     if (windowsHavePlaces()) {
         surroundings_.bringForward(static_cast<std::uint32_t>(main_->winId()));
     }
+}
+
+void Windows::tellOfIcon() {
+    main_->setProperty("iconIsShown", surroundings_.iconIsShown());
 }
 
 void Windows::togglePanel(QPoint click, const QString& token) {

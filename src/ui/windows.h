@@ -48,6 +48,10 @@ public:  // NOLINT(readability-redundant-access-specifiers): no slots any more
 
     bool eventFilter(QObject* object, QEvent* event) override;
 
+private Q_SLOTS:  // NOLINT(readability-redundant-access-specifiers): now they are slots
+    /// Panels register icons after the first window is shown, so the guide reads this as it goes.
+    void tellOfIcon();
+
 Q_SIGNALS:
     /// The user wants the program to end.
     void quit();

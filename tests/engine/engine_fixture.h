@@ -29,7 +29,11 @@ struct FakePermissions final : Permissions {
 
     [[nodiscard]] bool screenCapturePreflight() const override { return granted; }
     void requestScreenCapture() override { granted = granted || grantedWhenAsked; }
-    void openSettings(const std::string& anchor) override { opened.push_back(anchor); }
+    bool hasSettings = true;
+    bool openSettings(const std::string& anchor) override {
+        opened.push_back(anchor);
+        return hasSettings;
+    }
 };
 
 /// The engine with the real pipeline, volume controller, transcriber and history file, between fakes of what

@@ -4,6 +4,7 @@
 namespace sordin {
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -154,8 +155,10 @@ TEST_F(EngineSettingsTest, PermissionsAreAskedForWhereThatLeadsSomewhere) {
     EXPECT_THAT(permissions->opened, IsEmpty());
     create();
     EXPECT_FALSE(engine->speechRequestPossible());
-    engine->requestSpeechAccess();
-    EXPECT_THAT(permissions->opened, ElementsAre("Privacy_SpeechRecognition"));
+    EXPECT_TRUE(engine->requestSpeechAccess());
+    permissions->hasSettings = false;
+    EXPECT_FALSE(engine->requestSpeechAccess());
+    EXPECT_THAT(permissions->opened, Each("Privacy_SpeechRecognition"));
 }
 
 }  // namespace

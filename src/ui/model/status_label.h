@@ -16,6 +16,8 @@ class StatusLabel : public QObject {
     Q_PROPERTY(QString text READ text NOTIFY changed)
     Q_PROPERTY(QString callText READ callText NOTIFY changed)
     Q_PROPERTY(Tone tone READ tone NOTIFY changed)
+    /// The capture could not be started, or has ended by itself.
+    Q_PROPERTY(bool failed READ failed NOTIFY changed)
 
 public:
     /// The colours of the theme.
@@ -32,6 +34,9 @@ public:
     /// Why nothing is listened to while a call is on; empty if there is none.
     [[nodiscard]] QString callText() const;
     [[nodiscard]] Tone tone() const;
+    [[nodiscard]] bool failed() const {
+        return engine_ && engine_->status().kind() == EngineStatus::Kind::failed;
+    }
 
 Q_SIGNALS:
     void engineChanged();
