@@ -5,6 +5,7 @@
 #include "ui/model/date_text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace sordin {
 
@@ -63,14 +64,19 @@ QHash<int, QByteArray> AppStatsModel::roleNames() const {
 }
 
 void AppStatsModel::follow() {
-    beginResetModel();
-    stats_ = engine_ ? engine_->appStats() : std::vector<AppStat>();
+    auto stats = engine_ ? engine_->appStats() : std::vector<AppStat>();
     for (const QString& name : engine_ ? engine_->ignoredNames() : QStringList()) {
-        if (std::none_of(stats_.begin(), stats_.end(),
+        if (std::none_of(stats.begin(), stats.end(),
                          [&name](const AppStat& stat) { return stat.app == name; })) {
-            stats_.push_back({name, 0, 0, 0});
+            stats.push_back({name, 0, 0, 0});
         }
     }
+    if (!stats.empty() && stats == stats_) {  // the rows stay, and with them the focus
+        Q_EMIT dataChanged(index(0), index(count() - 1), {ignoredRole});
+        return;
+    }
+    beginResetModel();
+    stats_ = std::move(stats);
     endResetModel();
     Q_EMIT countChanged();
 }

@@ -55,6 +55,14 @@ Window {
                 }
                 EnabledSwitch { objectName: "enabled"; engine: panel.engine; labelHidden: true }
             }
+            Caption { objectName: "call"; visible: text !== ""; text: status.callText; Layout.fillWidth: true }
+            Button {
+                objectName: "restore"
+                visible: panel.engine.adFaded
+                text: qsTr("Restore Volume")
+                Layout.fillWidth: true
+                onClicked: panel.engine.restoreVolume()
+            }
             ConfidenceBar { objectName: "level"; Layout.fillWidth: true; confidence: panel.engine.confidence; threshold: panel.engine.threshold }
             ColumnLayout {
                 spacing: 4
