@@ -93,7 +93,9 @@ TEST_F(ViewsTest, TheLivePageSaysWhatIsGoingOn) {
     EXPECT_TRUE(shown("source"));
     EXPECT_EQ(item("statusSymbol")->property("name").toString(), "speaker.slash.fill");
     EXPECT_EQ(textOf("confidence"), "89%") << "0.9 in single precision, truncated";
-    click("restore");
+    item("restore")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_EQ(window->activeFocusItem(), item("enabled")) << "the button hides";
     EXPECT_FALSE(shown("restore"));
     EXPECT_TRUE(engine->adActive());
     streams->changed({{ApplicationStream::Kind::playsCall, "9", {}, "Phone"}});

@@ -64,7 +64,12 @@ ColumnLayout {
                 objectName: "restore"
                 visible: page.engine.adFaded
                 text: qsTr("Restore Volume")
-                onClicked: page.engine.restoreVolume()
+                onClicked: {
+                    if (visualFocus) { // it is about to hide
+                        nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason);
+                    }
+                    page.engine.restoreVolume();
+                }
             }
             EnabledSwitch { objectName: "enabled"; engine: page.engine; Layout.alignment: Qt.AlignVCenter }
         }

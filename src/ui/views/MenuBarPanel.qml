@@ -61,7 +61,12 @@ Window {
                 visible: panel.engine.adFaded
                 text: qsTr("Restore Volume")
                 Layout.fillWidth: true
-                onClicked: panel.engine.restoreVolume()
+                onClicked: {
+                    if (visualFocus) { // it is about to hide
+                        nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason);
+                    }
+                    panel.engine.restoreVolume();
+                }
             }
             ConfidenceBar { objectName: "level"; Layout.fillWidth: true; confidence: panel.engine.confidence; threshold: panel.engine.threshold }
             ColumnLayout {
