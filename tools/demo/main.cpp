@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // sordin-demo: Sordin at work without a desktop. An audio server of its own, a player that plays a broadcast
-// to it, the real program listening; what it does is printed as it happens.
+// to it, the real program listening; what it does is printed as it happens. With --windows the program shows
+// them on the display that there is (tools/demo/make-pictures).
 #include "demo/commentary.h"
 #include "demo/interruption.h"
 #include "platform/linux/pipewire/audio_objects.h"
@@ -25,6 +26,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -151,12 +153,15 @@ private:
     bool moving_ = false;
 };
 
-void demonstrate(const std::string& program, const std::string& recording, const std::string& labels) {
+void demonstrate(const std::string& program, const std::string& recording, const std::string& labels,
+                 bool windows) {
     const auto broadcast = demo::readBroadcast(recording, labels);
     demo::Commentary commentary(broadcast);
     commentary.introduce(
         "Sordin hears it as it plays, from a sound server of its own, so your loudspeakers stay "
         "silent. Ctrl+C ends it.");
+    const char* display = windows ? std::getenv("DISPLAY") : nullptr;
+    const std::string shownOn = display != nullptr ? display : "";  // the server's environment has none
     PrivateAudioServer server({.sinks = {"Loudspeakers"}, .pulse = false});
     server.start();
     const PrivateBus bus;
@@ -167,12 +172,12 @@ void demonstrate(const std::string& program, const std::string& recording, const
     writeText(home / "config/Sordin/defaults.json", R"({"onboarded": true})");
     const std::filesystem::path log = home / "log";
     writeText(log, "");
-    ChildProcess sordin(
-        {program}, {.environment = {"XDG_CONFIG_HOME=" + (home / "config").string(),
-                                    "XDG_DATA_HOME=" + (home / "data").string(),
-                                    "DISPLAY=", "WAYLAND_DISPLAY=", "QT_LOGGING_RULES=sordin.*.info=true",
-                                    "QT_FORCE_STDERR_LOGGING=1", "QT_MESSAGE_PATTERN=%{message}"},
-                    .log = log});
+    ChildProcess sordin({program},
+                        {.environment = {"XDG_CONFIG_HOME=" + (home / "config").string(),
+                                         "XDG_DATA_HOME=" + (home / "data").string(), "DISPLAY=" + shownOn,
+                                         "WAYLAND_DISPLAY=", "QT_LOGGING_RULES=sordin.*.info=true",
+                                         "QT_FORCE_STDERR_LOGGING=1", "QT_MESSAGE_PATTERN=%{message}"},
+                         .log = log});
     const auto listens = [&] { return contentsOf(log).find("status: listening") != std::string::npos; };
     if (!waitFor([&] { return listens() || !sordin.running(); }) || !listens()) {
         throw std::runtime_error("Sordin does not listen: " + contentsOf(log));
@@ -213,15 +218,16 @@ void demonstrate(const std::string& program, const std::string& recording, const
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: sordin-demo SORDIN BROADCAST LABELS\n");
+    const bool windows = argc == 5 && std::string_view(argv[4]) == "--windows";
+    if (argc != 4 && !windows) {
+        std::fprintf(stderr, "usage: sordin-demo SORDIN BROADCAST LABELS [--windows]\n");
         return misused;
     }
     const demo::Interruption interruption;
     setenv("LC_ALL", "C.UTF-8", 1);  // for whatever is started too: all that is shown is in English
     const QCoreApplication qt(argc, argv);
     try {
-        demonstrate(argv[1], argv[2], argv[3]);
+        demonstrate(argv[1], argv[2], argv[3], windows);
     } catch (const Interrupted&) {
         return failed;
     } catch (const std::exception& error) {

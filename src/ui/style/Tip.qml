@@ -24,7 +24,5 @@ Rectangle {
         text: tip.text
         font: Theme.caption
         color: Theme.card
-        elide: Text.ElideRight
-        wrapMode: Text.NoWrap
     }
 }

@@ -18,7 +18,8 @@ public:
 
     [[nodiscard]] bool screenCapturePreflight() const override;
     void requestScreenCapture() override {}
-    /// Asks the first of the programs that are there to show itself; the bus starts it. False if there is none.
+    /// Asks the first of the programs that are there to show itself; the bus starts it. False if there is
+    /// none.
     bool openSettings(const std::string& anchor) override;
 
 private:
