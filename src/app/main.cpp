@@ -11,6 +11,7 @@
 #include "platform/linux/sandbox/private_memory.h"
 #include "platform/linux/session/application_service.h"
 #include "platform/linux/session/running_program.h"
+#include "platform/linux/session/status_report.h"
 #include "platform/linux/storage/pending_restore_lock.h"
 #include "platform/linux/storage/user_folders.h"
 #include "support/own_files.h"
@@ -20,6 +21,7 @@
 #include <QGuiApplication>
 #include <QLocale>
 #include <QLoggingCategory>
+#include <QSocketNotifier>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -28,8 +30,11 @@
 #include <langinfo.h>
 #include <memory>
 #include <optional>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
+#include <variant>
 
 namespace {
 
@@ -102,6 +107,39 @@ int callRunning(int argc, char** argv, const char* method) {
         return failed;
     }
     return 0;
+}
+
+bool print(const QByteArray& line) {
+    return std::puts(line.constData()) >= 0 && std::fflush(stdout) == 0;
+}
+
+int reportStatus(int argc, char** argv, const StatusRequest& request) {
+    const QCoreApplication qt(argc, argv);
+    const auto format = request.json ? ReportFormat::json : ReportFormat::line;
+    const auto bus = QDBusConnection::sessionBus();
+    if (!request.follow || !bus.isConnected()) {
+        const auto state = propertiesOfRunningProgram(bus);
+        if (const auto* problem = std::get_if<QString>(&state)) {
+            std::fprintf(stderr, "sordin: %s\n", qPrintable(*problem));
+            return failed;
+        }
+        return print(statusReport(std::get<QVariantMap>(state), format)) ? 0 : failed;
+    }
+    // A panel that has ended reads no more.
+    QSocketNotifier reader(STDOUT_FILENO, QSocketNotifier::Read);
+    struct stat output {};
+    reader.setEnabled(fstat(STDOUT_FILENO, &output) == 0 && S_ISFIFO(output.st_mode));
+    const auto fail = [] { QCoreApplication::exit(failed); };
+    QObject::connect(&reader, &QSocketNotifier::activated, &qt, fail);
+    const StatusFollower follower(
+        bus, format,
+        [fail](const QByteArray& line) {
+            if (!print(line)) {
+                fail();
+            }
+        },
+        fail);
+    return QCoreApplication::exec();
 }
 
 int run(int argc, char** argv, const Options& options) {
@@ -179,6 +217,9 @@ int main(int argc, char** argv) {
     try {
         if (options->request) {
             return callRunning(argc, argv, options->request);
+        }
+        if (options->status) {
+            return reportStatus(argc, argv, *options->status);
         }
         return run(argc, argv, *options);
     } catch (const std::exception& error) {

@@ -19,7 +19,7 @@ StatusPresenter::StatusPresenter(SordinEngine& engine, StatusItem& item, Actions
 
 void StatusPresenter::present() {
     item_.setSymbol(engine_.menuIcon());
-    item_.setText(label_.text());
+    item_.setText(label_.callText().isEmpty() ? label_.text() : label_.callText());
     item_.setMenu(menu());
 }
 
@@ -27,7 +27,7 @@ std::vector<StatusMenuEntry> StatusPresenter::menu() {
     using Kind = StatusMenuEntry::Kind;
     const StatusMenuEntry line{Kind::separator, {}, true, false, {}};
     const bool atLogin = actions_.startsAtLogin();
-    return {
+    std::vector<StatusMenuEntry> entries{
         {Kind::action, label_.text(), false, false, {}},
         line,
         {Kind::action, tr("Show Panel"), true, false, actions_.showPanel},
@@ -44,6 +44,10 @@ std::vector<StatusMenuEntry> StatusPresenter::menu() {
         line,
         {Kind::action, tr("Quit"), true, false, actions_.quit},
     };
+    if (const QString call = label_.callText(); !call.isEmpty()) {
+        entries.insert(entries.begin() + 1, {Kind::action, call, false, false, {}});
+    }
+    return entries;
 }
 
 }  // namespace sordin

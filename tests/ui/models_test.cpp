@@ -128,6 +128,19 @@ TEST_F(ModelsTest, StatisticsSayHowMuchCameFromWhere) {
     EXPECT_EQ(browser.data(AppStatsModel::detailsRole).toString(), "Average 20s · last yesterday");
     engine->setHistory({adAgo("Radio", 60, 0)});
     EXPECT_EQ(model.index(0).data(AppStatsModel::shareRole).toDouble(), 0) << "no time at all, not a fault";
+
+    engine->setIgnored("Radio", true);
+    engine->setIgnored("Phone", true);
+    EXPECT_THAT(apps(model), ElementsAre("Radio", "Phone"));
+    for (const int row : {0, 1}) {
+        EXPECT_EQ(model.index(row).data(AppStatsModel::ignoredRole), true);
+    }
+    EXPECT_EQ(model.index(1).data(AppStatsModel::summaryRole), "");
+    EXPECT_EQ(model.index(1).data(AppStatsModel::detailsRole), "");
+    engine->setIgnored("Phone", false);
+    engine->setIgnored("Radio", false);
+    EXPECT_THAT(apps(model), ElementsAre("Radio"));
+    EXPECT_EQ(model.index(0).data(AppStatsModel::ignoredRole), false);
 }
 
 TEST_F(ModelsTest, SignalsKeepTheirRows) {

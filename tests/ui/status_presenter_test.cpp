@@ -56,6 +56,16 @@ TEST_F(StatusPresenterTest, TheIconFollowsTheEngine) {
     EXPECT_EQ(item.symbol, "speaker.slash.fill");
     EXPECT_EQ(item.text, "Ad detected, muted");
     hearAdEnd();
+    streams->changed({{ApplicationStream::Kind::playsCall, "9", {}, "Phone"}});
+    settle();
+    pass(1);
+    EXPECT_EQ(item.symbol, "waveform");
+    EXPECT_EQ(item.text, "A call is on: Phone");
+    EXPECT_EQ(item.menu[0].text, "Listening");
+    EXPECT_EQ(item.menu[1].text, item.text);
+    streams->changed({});
+    settle();
+    pass(1);
     engine->setTestMode(true);
     EXPECT_EQ(item.text, "Listening (test mode)");
     engine->setIsEnabled(false);

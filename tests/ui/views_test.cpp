@@ -93,6 +93,22 @@ TEST_F(ViewsTest, TheLivePageSaysWhatIsGoingOn) {
     EXPECT_TRUE(shown("source"));
     EXPECT_EQ(item("statusSymbol")->property("name").toString(), "speaker.slash.fill");
     EXPECT_EQ(textOf("confidence"), "89%") << "0.9 in single precision, truncated";
+    item("restore")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_EQ(window->activeFocusItem(), item("enabled")) << "the button hides";
+    EXPECT_FALSE(shown("restore"));
+    EXPECT_TRUE(engine->adActive());
+    streams->changed({{ApplicationStream::Kind::playsCall, "9", {}, "Phone"}});
+    settle();
+    pass(1);
+    window->grabWindow();
+    EXPECT_EQ(textOf("statusText"), "Listening");
+    EXPECT_EQ(textOf("call"), "A call is on: Phone");
+    EXPECT_EQ(item("statusCard")->height(), height);
+    streams->changed({});
+    settle();
+    pass(1);
+    EXPECT_FALSE(shown("call"));
 
     click("enabled");
     EXPECT_FALSE(engine->isEnabled());
@@ -270,6 +286,8 @@ TEST_F(ViewsTest, SettingsChangeTheEngine) {
     EXPECT_FALSE(engine->transcriptionEnabled());
     click("tunedDetection");
     EXPECT_TRUE(engine->tunedDetection());
+    click("pauseInCalls");
+    EXPECT_FALSE(engine->pauseInCalls());
     EXPECT_FALSE(find("sheet") != nullptr &&
                  window->findChild<QObject*>("sheet")->property("visible").toBool());
     click("onboarding");
@@ -369,8 +387,37 @@ TEST_F(ViewsTest, ThePanelHasTheMostImportantAtHand) {
     EXPECT_EQ(textOf("sensitivityText"), "50%");
     engine->setSensitivity(0.999);
     EXPECT_EQ(textOf("sensitivityText"), "99%");
+    beginListening();
+    hearAdBegin();
+    window->grabWindow();
+    EXPECT_GT(window->height(), last->mapToScene({0, last->height()}).y()) << "with one button more";
+    QAccessible::queryAccessibleInterface(item("restore"))->actionInterface()->doAction("Press");
+    settle();
+    EXPECT_FALSE(shown("restore"));
+    EXPECT_TRUE(engine->adActive());
     click("enabled");
     EXPECT_FALSE(engine->isEnabled());
+}
+
+TEST_F(ViewsTest, AnApplicationIsLeftOutByItsMenu) {
+    engine->setHistory({adAgo("Radio", 60, 6)});
+    openPage(2);
+    item("options")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    press(Qt::Key_Down);
+    EXPECT_EQ(textOf("ignore"), "Do not listen to this application");
+    press(Qt::Key_Return);
+    EXPECT_EQ(engine->ignoredNames(), QStringList{"Radio"});
+    EXPECT_THAT(textOf("appDetails"), testing::EndsWith(" · Not listened to"));
+    EXPECT_EQ(window->activeFocusItem(), item("options")) << "as before";
+    const auto pressed = [this](const char* name) {
+        QAccessible::queryAccessibleInterface(item(name))->actionInterface()->doAction("Press");
+        settle();
+    };
+    pressed("options");
+    EXPECT_EQ(textOf("ignore"), "Listen to this application");
+    pressed("ignore");
+    EXPECT_TRUE(engine->ignoredNames().isEmpty());
 }
 
 TEST_F(ViewsTest, TheKeyboardReachesEverything) {

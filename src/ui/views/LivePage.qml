@@ -50,6 +50,26 @@ ColumnLayout {
                     maximumLineCount: 1
                     elide: Text.ElideRight
                 }
+                Label {
+                    objectName: "call"
+                    visible: text !== "" && !source.visible
+                    text: status.callText
+                    color: Theme.secondary
+                    Layout.fillWidth: true
+                    maximumLineCount: 1
+                    elide: Text.ElideRight
+                }
+            }
+            Button {
+                objectName: "restore"
+                visible: page.engine.adFaded
+                text: qsTr("Restore Volume")
+                onClicked: {
+                    if (visualFocus) { // it is about to hide
+                        nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason);
+                    }
+                    page.engine.restoreVolume();
+                }
             }
             EnabledSwitch { objectName: "enabled"; engine: page.engine; Layout.alignment: Qt.AlignVCenter }
         }

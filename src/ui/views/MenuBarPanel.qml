@@ -55,6 +55,19 @@ Window {
                 }
                 EnabledSwitch { objectName: "enabled"; engine: panel.engine; labelHidden: true }
             }
+            Caption { objectName: "call"; visible: text !== ""; text: status.callText; Layout.fillWidth: true }
+            Button {
+                objectName: "restore"
+                visible: panel.engine.adFaded
+                text: qsTr("Restore Volume")
+                Layout.fillWidth: true
+                onClicked: {
+                    if (visualFocus) { // it is about to hide
+                        nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason);
+                    }
+                    panel.engine.restoreVolume();
+                }
+            }
             ConfidenceBar { objectName: "level"; Layout.fillWidth: true; confidence: panel.engine.confidence; threshold: panel.engine.threshold }
             ColumnLayout {
                 spacing: 4

@@ -76,6 +76,24 @@ ColumnLayout {
         }
     }
     Card {
+        Switch {
+            objectName: "pauseInCalls"
+            text: qsTr("Do nothing during calls")
+            Layout.fillWidth: true
+            checked: page.engine.pauseInCalls
+            onCheckedChanged: {
+                if (checked !== page.engine.pauseInCalls) {
+                    page.engine.pauseInCalls = checked;
+                }
+                checked = Qt.binding(() => page.engine.pauseInCalls);
+            }
+        }
+        Caption {
+            text: qsTr("A call is on while an application plays sound and records from a microphone, or marks what it plays as a call.")
+            Layout.fillWidth: true
+        }
+    }
+    Card {
         PermissionRow {
             objectName: "screen"
             title: qsTr("Screen & System Audio Recording")
