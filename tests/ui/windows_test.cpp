@@ -32,7 +32,9 @@ protected:
         return windows.main()->findChild<QObject*>("sidebar")->property("currentIndex").toInt();
     }
 
-    Windows windows{*engine, {[] { return true; }, [] { return true; }, [](auto) {}}};
+    Windows windows{*engine,
+                    {[] { return true; }, [] { return true; }, [](auto) {}, [](auto) {}, [](auto) {}, [] {},
+                     [](auto&) {}}};
 };
 
 TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {
