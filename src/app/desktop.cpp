@@ -55,7 +55,8 @@ Desktop::Desktop(SordinEngine& engine, const std::filesystem::path& program)
                         qEnvironmentVariableIsSet("WAYLAND_DISPLAY"),
                         qgetenv("XDG_CURRENT_DESKTOP").contains("GNOME")}),
       presenter_(engine, item_,
-                 {[this] { windows_.togglePanel({}); }, [this] { windows_.showMain(); }, leave,
+                 {[this](const QString& token) { windows_.togglePanel({}, token); },
+                  [this](const QString& token) { windows_.showMain(token); }, leave,
                   [this] { return loginEntry_.active(); },
                   [this](bool active) {
                       if (const auto error = loginEntry_.setActive(active)) {

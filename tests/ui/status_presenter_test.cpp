@@ -25,7 +25,7 @@ struct FakeStatusItem final : StatusItem {
     }
     void choose(const QString& name) const {
         const auto triggered = entry(name).triggered;  // the menu is another when it returns
-        triggered();
+        triggered("token");
     }
 
     QString symbol;
@@ -38,12 +38,13 @@ protected:
     FakeStatusItem item;
     bool atLogin = false;
     std::vector<std::string> chosen;
-    StatusPresenter presenter{*engine,
-                              item,
-                              {[this] { chosen.emplace_back("panel"); },
-                               [this] { chosen.emplace_back("main"); },
-                               [this] { chosen.emplace_back("quit"); }, [this] { return atLogin; },
-                               [this](bool active) { atLogin = active; }}};
+    StatusPresenter presenter{
+        *engine,
+        item,
+        {[this](const QString& token) { chosen.push_back("panel " + token.toStdString()); },
+         [this](const QString& token) { chosen.push_back("main " + token.toStdString()); },
+         [this] { chosen.emplace_back("quit"); }, [this] { return atLogin; },
+         [this](bool active) { atLogin = active; }}};
 };
 
 TEST_F(StatusPresenterTest, TheIconFollowsTheEngine) {
@@ -76,7 +77,7 @@ TEST_F(StatusPresenterTest, TheMenuReachesEverything) {
     for (const auto* name : {"Show Panel", "Open Sordin", "Quit"}) {
         item.choose(name);
     }
-    EXPECT_THAT(chosen, ElementsAre("panel", "main", "quit"));
+    EXPECT_THAT(chosen, ElementsAre("panel token", "main token", "quit"));
 
     EXPECT_TRUE(item.entry("Enabled").checked);
     item.choose("Enabled");

@@ -38,7 +38,7 @@ void ask(const QDBusConnection& bus, const QDBusMessage& question, QObject* obje
 StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, QString iconThemePath)
     : bus_(std::move(bus)),
       iconThemePath_(std::move(iconThemePath)),
-      menu_(bus_),
+      menu_(bus_, [this] { return std::exchange(token_, {}); }),
       watcher_(watcherService, bus_, QDBusServiceWatcher::WatchForOwnerChange) {
     registerDbusStructs();
     bus_.registerObject(QLatin1String(path), this,
@@ -102,6 +102,13 @@ void StatusNotifierItem::setText(const QString& text) {
     if (text != text_) {
         text_ = text;
         Q_EMIT NewToolTip();
+        // The interface has no signal for it.
+        auto changed =
+            QDBusMessage::createSignal(QLatin1String(path), QStringLiteral("org.freedesktop.DBus.Properties"),
+                                       QStringLiteral("PropertiesChanged"));
+        changed << QStringLiteral("org.kde.StatusNotifierItem")
+                << QVariantMap{{QStringLiteral("IconAccessibleDesc"), iconDescription()}} << QStringList();
+        bus_.send(changed);
     }
 }
 
