@@ -74,6 +74,19 @@ TEST_F(StatusNotifierItemTest, SaysWhatAPanelShows) {
     EXPECT_EQ(is("IconName"), "org.sordin.Sordin-muting-symbolic");
 }
 
+TEST_F(StatusNotifierItemTest, IsDrawnAnewInTheColoursOfAnotherScheme) {
+    ASSERT_TRUE(desktop.registerService("org.freedesktop.portal.Desktop"));
+    FakePanel panel(desktop);
+    ASSERT_TRUE(comes([&] { return item.isShown(); }));
+    for (const char* key : {"contrast", "color-scheme"}) {
+        desktop.send(QDBusMessage::createSignal("/org/freedesktop/portal/desktop",
+                                                "org.freedesktop.portal.Settings", "SettingChanged")
+                     << "org.freedesktop.appearance" << key << QVariant::fromValue(QDBusVariant(1U)));
+    }
+    ASSERT_TRUE(comes([&] { return panel.iconChanges() > 0; }));
+    EXPECT_EQ(panel.iconChanges(), 1);
+}
+
 TEST_F(StatusNotifierItemTest, TellsWhereItWasClickedWithTheLeaveToComeToTheFront) {
     static_cast<void>(ask(itemPath, itemInterface, "ProvideXdgActivationToken", {"token"}));
     static_cast<void>(ask(itemPath, itemInterface, "Activate", {30, 700}));

@@ -88,8 +88,11 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     void askForHost();
+    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
 private:  // NOLINT(readability-redundant-access-specifiers): no slots any more
+    void listen(const QString& service, const QString& object, const QString& interface, const char* signal,
+                const char* slot);
     void registerWithWatcher();
     void watcherGone();
 
