@@ -96,6 +96,8 @@ std::unique_ptr<QCoreApplication> makeQt(int& argc, char** argv, bool windows) {
         return std::make_unique<QCoreApplication>(argc, argv);
     }
     chooseWindows();
+    // Otherwise Qt looks for a screen reader only when it starts. It costs nothing measurable.
+    qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
     qputenv("QT_IM_MODULE", "none");  // nothing is written into our windows
     QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.wayland.warning=false"));
     auto qt = std::make_unique<QGuiApplication>(argc, argv);
