@@ -25,7 +25,12 @@ protected:
                   "enabled-extensions=['ubuntu-appindicators@ubuntu.com']\n");
         startShell();
     }
-    ~GnomeTest() override { program.reset(); }
+    ~GnomeTest() override {
+        program.reset();
+        if (HasFailure()) {
+            std::fprintf(stderr, "GNOME Shell:\n%s", contentsOf(home / "shell").c_str());
+        }
+    }
 
     void startShell() {
         const bool wayland = GetParam() == Session::wayland;
