@@ -7,6 +7,7 @@
 #include "app/termination_signals.h"
 #include "guard/guard_process.h"
 #include "platform/linux/desktop/display.h"
+#include "platform/linux/desktop/wayland_session.h"
 #include "platform/linux/sandbox/network_filter.h"
 #include "platform/linux/sandbox/private_memory.h"
 #include "platform/linux/session/application_service.h"
@@ -81,14 +82,27 @@ void printThatThereIsNoDisplay(bool onboardingComplete) {
         onboardingComplete ? "" : ". It does not listen before the first-run guide is finished on a display");
 }
 
+/// Settles how Qt shows windows in a Wayland session. Call before Qt's application object exists.
+void chooseWindows() {
+    const auto session = waylandSession();
+    if (session && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM") &&
+        prefersXwayland(*session, x11Monitors())) {
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    } else if (!session || session->drawsTitleBars) {
+        // Nothing is drawn by the graphics card, whose driver would double the size of the program. There is
+        // no integration of this name, of which Qt warns; it draws title bars only with one.
+        qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+    }
+}
+
 /// With windows where there is a display for them.
 std::unique_ptr<QCoreApplication> makeQt(int& argc, char** argv, bool windows) {
     if (!windows) {
         return std::make_unique<QCoreApplication>(argc, argv);
     }
-    // Nothing is drawn by the graphics card, whose driver Wayland would load all the same, and be it of twice
-    // our size. (No such integration is there, which Qt warns of.)
-    qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+    chooseWindows();
+    // Otherwise Qt looks for a screen reader only when it starts. It costs nothing measurable.
+    qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
     qputenv("QT_IM_MODULE", "none");  // nothing is written into our windows
     QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.wayland.warning=false"));
     auto qt = std::make_unique<QGuiApplication>(argc, argv);

@@ -34,15 +34,16 @@ std::vector<StatusMenuEntry> StatusPresenter::menu() {
         {Kind::action, tr("Open Sordin"), true, false, actions_.openMain},
         line,
         {Kind::toggle, tr("Enabled"), true, engine_.isEnabled(),
-         [this] { engine_.setIsEnabled(!engine_.isEnabled()); }},
-        {Kind::action, tr("Restore Volume"), engine_.adFaded(), false, [this] { engine_.restoreVolume(); }},
+         [this](auto&) { engine_.setIsEnabled(!engine_.isEnabled()); }},
+        {Kind::action, tr("Restore Volume"), engine_.adFaded(), false,
+         [this](auto&) { engine_.restoreVolume(); }},
         {Kind::toggle, tr("Start at Login"), true, atLogin,
-         [this, atLogin] {
+         [this, atLogin](auto&) {
              actions_.setStartsAtLogin(!atLogin);
              present();
          }},
         line,
-        {Kind::action, tr("Quit"), true, false, actions_.quit},
+        {Kind::action, tr("Quit"), true, false, [this](auto&) { actions_.quit(); }},
     };
     if (const QString call = label_.callText(); !call.isEmpty()) {
         entries.insert(entries.begin() + 1, {Kind::action, call, false, false, {}});

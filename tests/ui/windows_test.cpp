@@ -33,7 +33,9 @@ protected:
     }
 
     bool iconIsShown = true;
-    Windows windows{*engine, {[this] { return iconIsShown; }, [] { return true; }, [](auto) {}}};
+    Windows windows{*engine,
+                    {[this] { return iconIsShown; }, [] { return true; }, [](auto) {}, [](auto) {},
+                     [](auto) {}, [] {}, [](auto&) {}}};
 };
 
 TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {

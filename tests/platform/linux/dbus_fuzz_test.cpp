@@ -31,7 +31,7 @@ protected:
     DbusFuzzTest() {
         using Kind = StatusMenuEntry::Kind;
         item.setHandlers({[this](QPoint, const QString&) { ++clicks; }, [this] { ++toggles; }});
-        item.setMenu({{Kind::action, "Open", true, false, [this] { ++chosen; }},
+        item.setMenu({{Kind::action, "Open", true, false, [this](auto&) { ++chosen; }},
                       {Kind::separator, {}, true, false, {}},
                       {Kind::toggle, "On", true, true, {}}});
         for (const char* path : {StatusNotifierItem::path, DbusMenu::path, ApplicationService::path}) {
