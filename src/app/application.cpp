@@ -89,7 +89,7 @@ void Application::createEngine(const std::filesystem::path& program, std::shared
                                            audio_->objects(), defaults, std::move(guard));
     engine_ = std::make_unique<SordinEngine>(SordinEngine::Parts{
         mainQueue_, std::move(defaults), std::make_shared<LinuxPermissions>(QDBusConnection::sessionBus()),
-        std::move(transcriber), std::move(pipeline), std::move(capture), std::move(volume),
+        std::move(transcriber), std::move(pipeline), std::move(capture), audio_->streams(), std::move(volume),
         std::make_shared<AudioProcessInspector>(*audio_->objects(), directory_),
         std::make_shared<AdHistoryFile>(dataFolder() / "history.json",
                                         queue("sordin.history", QualityOfService::utility)),

@@ -2,6 +2,7 @@
 #include "app/desktop.h"
 
 #include "platform/linux/desktop/display.h"
+#include "platform/linux/desktop/sway.h"
 #include "platform/linux/storage/user_folders.h"
 #include "support/own_files.h"
 
@@ -48,9 +49,14 @@ QIcon windowIcon(const std::filesystem::path& ours) {
 Desktop::Desktop(SordinEngine& engine, const std::filesystem::path& program)
     : loginEntry_(autostartFolder(), program),
       item_(QDBusConnection::sessionBus(), toText(iconFolder(program))),
-      windows_(engine, {[this] { return item_.isShown(); }, displayMixesWindows, bringForward}),
+      windows_(engine, {[this] { return item_.isShown(); }, displayMixesWindows, bringForward,
+                        hideFromTaskBar, makeTransparent, moveFocusedWindowToPointerInSway,
+                        [](const QString& token) { endStartupNotification(token.toStdString()); },
+                        qEnvironmentVariableIsSet("WAYLAND_DISPLAY"),
+                        qgetenv("XDG_CURRENT_DESKTOP").contains("GNOME")}),
       presenter_(engine, item_,
-                 {[this] { windows_.togglePanel({}); }, [this] { windows_.showMain(); }, leave,
+                 {[this](const QString& token) { windows_.togglePanel({}, token); },
+                  [this](const QString& token) { windows_.showMain(token); }, leave,
                   [this] { return loginEntry_.active(); },
                   [this](bool active) {
                       if (const auto error = loginEntry_.setActive(active)) {

@@ -7,10 +7,12 @@
 #include "app/termination_signals.h"
 #include "guard/guard_process.h"
 #include "platform/linux/desktop/display.h"
+#include "platform/linux/desktop/wayland_session.h"
 #include "platform/linux/sandbox/network_filter.h"
 #include "platform/linux/sandbox/private_memory.h"
 #include "platform/linux/session/application_service.h"
 #include "platform/linux/session/running_program.h"
+#include "platform/linux/session/status_report.h"
 #include "platform/linux/storage/pending_restore_lock.h"
 #include "platform/linux/storage/user_folders.h"
 #include "support/own_files.h"
@@ -20,6 +22,7 @@
 #include <QGuiApplication>
 #include <QLocale>
 #include <QLoggingCategory>
+#include <QSocketNotifier>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -28,8 +31,11 @@
 #include <langinfo.h>
 #include <memory>
 #include <optional>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
 #include <utility>
+#include <variant>
 
 namespace {
 
@@ -76,14 +82,27 @@ void printThatThereIsNoDisplay(bool onboardingComplete) {
         onboardingComplete ? "" : ". It does not listen before the first-run guide is finished on a display");
 }
 
+/// Settles how Qt shows windows in a Wayland session. Call before Qt's application object exists.
+void chooseWindows() {
+    const auto session = waylandSession();
+    if (session && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM") &&
+        prefersXwayland(*session, x11Monitors())) {
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    } else if (!session || session->drawsTitleBars) {
+        // Nothing is drawn by the graphics card, whose driver would double the size of the program. There is
+        // no integration of this name, of which Qt warns; it draws title bars only with one.
+        qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+    }
+}
+
 /// With windows where there is a display for them.
 std::unique_ptr<QCoreApplication> makeQt(int& argc, char** argv, bool windows) {
     if (!windows) {
         return std::make_unique<QCoreApplication>(argc, argv);
     }
-    // Nothing is drawn by the graphics card, whose driver Wayland would load all the same, and be it of twice
-    // our size. (No such integration is there, which Qt warns of.)
-    qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
+    chooseWindows();
+    // Otherwise Qt looks for a screen reader only when it starts. It costs nothing measurable.
+    qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
     qputenv("QT_IM_MODULE", "none");  // nothing is written into our windows
     QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.wayland.warning=false"));
     auto qt = std::make_unique<QGuiApplication>(argc, argv);
@@ -102,6 +121,39 @@ int callRunning(int argc, char** argv, const char* method) {
         return failed;
     }
     return 0;
+}
+
+bool print(const QByteArray& line) {
+    return std::puts(line.constData()) >= 0 && std::fflush(stdout) == 0;
+}
+
+int reportStatus(int argc, char** argv, const StatusRequest& request) {
+    const QCoreApplication qt(argc, argv);
+    const auto format = request.json ? ReportFormat::json : ReportFormat::line;
+    const auto bus = QDBusConnection::sessionBus();
+    if (!request.follow || !bus.isConnected()) {
+        const auto state = propertiesOfRunningProgram(bus);
+        if (const auto* problem = std::get_if<QString>(&state)) {
+            std::fprintf(stderr, "sordin: %s\n", qPrintable(*problem));
+            return failed;
+        }
+        return print(statusReport(std::get<QVariantMap>(state), format)) ? 0 : failed;
+    }
+    // A panel that has ended reads no more.
+    QSocketNotifier reader(STDOUT_FILENO, QSocketNotifier::Read);
+    struct stat output {};
+    reader.setEnabled(fstat(STDOUT_FILENO, &output) == 0 && S_ISFIFO(output.st_mode));
+    const auto fail = [] { QCoreApplication::exit(failed); };
+    QObject::connect(&reader, &QSocketNotifier::activated, &qt, fail);
+    const StatusFollower follower(
+        bus, format,
+        [fail](const QByteArray& line) {
+            if (!print(line)) {
+                fail();
+            }
+        },
+        fail);
+    return QCoreApplication::exec();
 }
 
 int run(int argc, char** argv, const Options& options) {
@@ -179,6 +231,9 @@ int main(int argc, char** argv) {
     try {
         if (options->request) {
             return callRunning(argc, argv, options->request);
+        }
+        if (options->status) {
+            return reportStatus(argc, argv, *options->status);
         }
         return run(argc, argv, *options);
     } catch (const std::exception& error) {

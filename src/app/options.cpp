@@ -9,9 +9,13 @@ namespace {
 
 constexpr auto usage = "usage: sordin [--hidden]\n"
                        "       sordin --restore-volume | --toggle | --version | --help\n"
+                       "       sordin --status [--json] [--follow]\n"
                        "  --hidden          start with the icon alone, without the window\n"
                        "  --restore-volume  have the one that is running bring the volume back in an ad\n"
                        "  --toggle          have it pause or resume\n"
+                       "  --status          print one line about what the running Sordin does\n"
+                       "  --json            print an object instead\n"
+                       "  --follow          print again whenever that changes\n"
                        "  --version         print the version\n"
                        "  --help            print this\n";
 constexpr auto version = "sordin " SORDIN_VERSION "\n";
@@ -20,6 +24,7 @@ constexpr auto version = "sordin " SORDIN_VERSION "\n";
 
 std::optional<Options> parseOptions(const std::vector<std::string_view>& arguments) {
     Options options;
+    StatusRequest status;
     for (const std::string_view argument : arguments) {
         if (argument == "--hidden") {
             options.hidden = true;
@@ -27,6 +32,12 @@ std::optional<Options> parseOptions(const std::vector<std::string_view>& argumen
             options.request = "RestoreNow";
         } else if (argument == "--toggle") {
             options.request = "Toggle";
+        } else if (argument == "--status") {
+            options.status.emplace();
+        } else if (argument == "--json") {
+            status.json = true;
+        } else if (argument == "--follow") {
+            status.follow = true;
         } else if (argument == "--help" || argument == "-h") {
             options.answer = usage;
         } else if (argument == "--version") {
@@ -36,6 +47,13 @@ std::optional<Options> parseOptions(const std::vector<std::string_view>& argumen
                          argument.data(), usage);
             return std::nullopt;
         }
+    }
+    if (!options.status && (status.json || status.follow)) {
+        std::fprintf(stderr, "sordin: --json and --follow need --status\n%s", usage);
+        return std::nullopt;
+    }
+    if (options.status) {
+        options.status = status;
     }
     return options;
 }

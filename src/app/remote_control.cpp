@@ -42,11 +42,17 @@ RemoteControl::RemoteControl(SordinEngine& engine, ApplicationService& service) 
                                                               if (tuned != engine.tunedDetection()) {
                                                                   engine.setTunedDetection(tuned);
                                                               }
+                                                          },
+                                                          [&engine](const QStringList& ids) {
+                                                              if (ids != engine.ignoredApplications()) {
+                                                                  engine.setIgnoredApplications(ids);
+                                                              }
                                                           }});
     QObject::connect(&label_, &StatusLabel::changed, &*interface_, &ControlInterface::stateChanged);
     for (const auto signal : {&SordinEngine::isEnabledChanged, &SordinEngine::onboardingCompleteChanged,
                               &SordinEngine::adActiveChanged, &SordinEngine::adFadedChanged,
-                              &SordinEngine::currentAppChanged, &SordinEngine::tunedDetectionChanged}) {
+                              &SordinEngine::currentAppChanged, &SordinEngine::tunedDetectionChanged,
+                              &SordinEngine::callAppChanged, &SordinEngine::ignoredApplicationsChanged}) {
         QObject::connect(&engine, signal, &*interface_, &ControlInterface::stateChanged);
     }
 }
@@ -56,7 +62,8 @@ ControlInterface::State RemoteControl::state() const {
     return {word(engine_),        label_.text(),
             engine_.isEnabled(),  ad,
             engine_.adFaded(),    ad ? engine_.currentApp() : QString(),
-            engine_.confidence(), engine_.tunedDetection()};
+            engine_.confidence(), engine_.tunedDetection(),
+            engine_.callApp(),    engine_.ignoredApplications()};
 }
 
 }  // namespace sordin

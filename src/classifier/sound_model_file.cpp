@@ -1,128 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "classifier/sound_model_file.h"
 
-#include <algorithm>
-#include <array>
-#include <bit>
-#include <cmath>
-#include <fstream>
-#include <string_view>
-#include <system_error>
+#include "classifier/weights_file.h"
+
 #include <utility>
 
 namespace sordin {
 
 namespace {
 
-constexpr std::string_view magic = "SORDINSM";
-constexpr std::uint32_t knownVersion = 1;
-constexpr std::size_t headerBytes = magic.size() + 3 * sizeof(std::uint32_t);
-
-/// Why a model is refused; the name of the file is added where it is known.
-class Refusal : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-void require(bool condition, const char* otherwise) {
-    if (!condition) {
-        throw Refusal(otherwise);
-    }
-}
-
-std::uint32_t crc32(std::span<const std::byte> bytes) {
-    constexpr auto table = [] {
-        std::array<std::uint32_t, 256> entries{};
-        for (std::uint32_t i = 0; i < entries.size(); ++i) {
-            std::uint32_t value = i;
-            for (int bit = 0; bit < 8; ++bit) {
-                value = (value >> 1U) ^ ((value & 1U) != 0 ? 0xEDB88320U : 0U);
-            }
-            entries[i] = value;
-        }
-        return entries;
-    }();
-    std::uint32_t crc = 0xFFFFFFFFU;
-    for (const std::byte byte : bytes) {
-        crc = (crc >> 8U) ^ table[(crc ^ std::to_integer<std::uint32_t>(byte)) & 0xFFU];
-    }
-    return ~crc;
-}
-
-/// An IEEE binary16 as a float, which can hold every one of them.
-float fromHalf(std::uint32_t half) {
-    const std::uint32_t exponent = (half >> 10U) & 0x1FU;
-    const std::uint32_t fraction = half & 0x3FFU;
-    require(exponent != 0x1FU, "a weight is not finite");
-    // Below the normal numbers the fraction counts steps of 2^-24.
-    const float magnitude = exponent == 0
-                                ? static_cast<float>(fraction) * 0x1p-24F
-                                : std::bit_cast<float>(((exponent + 112U) << 23U) | (fraction << 13U));
-    return (half & 0x8000U) != 0 ? -magnitude : magnitude;
-}
-
-/// Takes one value after the other.
-class Reader {
-public:
-    explicit Reader(std::span<const std::byte> bytes) : bytes_(bytes) {}
-
-    [[nodiscard]] std::span<const std::byte> take(std::uint64_t count) {
-        require(count <= bytes_.size(), "it ends too early");
-        const auto taken = bytes_.first(static_cast<std::size_t>(count));
-        bytes_ = bytes_.subspan(static_cast<std::size_t>(count));
-        return taken;
-    }
-
-    /// A whole number of so many bytes.
-    [[nodiscard]] std::uint32_t integer(std::size_t size = sizeof(std::uint32_t)) {
-        std::uint32_t value = 0;
-        unsigned shift = 0;
-        for (const std::byte byte : take(size)) {
-            value |= std::to_integer<std::uint32_t>(byte) << shift;
-            shift += 8;
-        }
-        return value;
-    }
-
-    /// A size, from 1 to `most`.
-    [[nodiscard]] std::uint32_t size(std::uint32_t most, const char* otherwise) {
-        const std::uint32_t value = integer();
-        require(value >= 1 && value <= most, otherwise);
-        return value;
-    }
-
-    [[nodiscard]] float number() {
-        const auto value = std::bit_cast<float>(integer());
-        require(std::isfinite(value), "a number is not finite");
-        return value;
-    }
-
-    [[nodiscard]] float number(double least, double most, const char* otherwise) {
-        const float value = number();
-        require(static_cast<double>(value) >= least && static_cast<double>(value) <= most, otherwise);
-        return value;
-    }
-
-    [[nodiscard]] std::vector<float> halves(std::uint64_t count) {
-        Reader values(take(2 * count));
-        std::vector<float> result(static_cast<std::size_t>(count));
-        std::generate(result.begin(), result.end(), [&] { return fromHalf(values.integer(2)); });
-        return result;
-    }
-
-    [[nodiscard]] std::vector<float> numbers(std::uint64_t count) {
-        Reader values(take(sizeof(float) * count));
-        std::vector<float> result(static_cast<std::size_t>(count));
-        std::generate(result.begin(), result.end(), [&] { return values.number(); });
-        return result;
-    }
-
-    [[nodiscard]] bool atEnd() const { return bytes_.empty(); }
-    [[nodiscard]] std::span<const std::byte> rest() const { return bytes_; }
-
-private:
-    std::span<const std::byte> bytes_;
-};
+constexpr WeightsFormat soundModelFormat{"SORDINSM", 1, SoundModelLimits::payloadBytes, "sound model"};
 
 /// Reads the payload part by part and keeps account of what the model will cost.
 class ModelReader {
@@ -258,57 +145,27 @@ private:
         }
     }
 
-    Reader reader_;
+    WeightsReader reader_;
     std::uint64_t planeValues_ = 0;
     double work_ = 0;
 };
-
-/// Checks the frame around the payload.
-std::span<const std::byte> payloadOf(std::span<const std::byte> bytes) {
-    const auto known = std::as_bytes(std::span(magic));
-    require(bytes.size() >= headerBytes && std::equal(known.begin(), known.end(), bytes.begin()),
-            "no sound model");
-    Reader header(bytes.subspan(known.size()));
-    require(header.integer() == knownVersion, "a sound model of another version");
-    const std::uint32_t size = header.integer();
-    const std::uint32_t checksum = header.integer();
-    require(size <= SoundModelLimits::payloadBytes, "it is too large");
-    require(header.rest().size() == size, "it has not the size that it says");
-    require(crc32(header.rest()) == checksum, "it is damaged (the checksum differs)");
-    return header.rest();
-}
 
 }  // namespace
 
 SoundModel readSoundModel(std::span<const std::byte> bytes, const std::string& name) {
     try {
-        return ModelReader(payloadOf(bytes)).read();
-    } catch (const Refusal& refusal) {
+        return ModelReader(weightsPayload(bytes, soundModelFormat)).read();
+    } catch (const WeightsRefusal& refusal) {
         throw SoundModelError(name + ": " + refusal.what());
     }
 }
 
 SoundModel loadSoundModel(const std::filesystem::path& path) {
-    const auto fail = [&path](const std::string& why) { throw SoundModelError(path.string() + ": " + why); };
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (error) {
-        fail(error.message());
+    try {
+        return readSoundModel(weightsFileBytes(path, soundModelFormat), path.string());
+    } catch (const WeightsRefusal& refusal) {
+        throw SoundModelError(path.string() + ": " + refusal.what());
     }
-    // Anything but a regular file could keep the reader waiting for ever.
-    if (!std::filesystem::is_regular_file(status)) {
-        fail("not a regular file");
-    }
-    const auto size = std::filesystem::file_size(path, error);
-    if (error || size > headerBytes + SoundModelLimits::payloadBytes) {
-        fail(error ? error.message() : "it is too large");
-    }
-    std::vector<char> bytes(static_cast<std::size_t>(size));
-    std::ifstream input(path, std::ios::binary);
-    if (!input.read(bytes.data(), static_cast<std::streamsize>(size))) {
-        fail("it cannot be read");
-    }
-    return readSoundModel(std::as_bytes(std::span(bytes)), path.string());
 }
 
 }  // namespace sordin

@@ -44,6 +44,10 @@ void DetectionPipeline::forgetLearnedAds() {
     post(&DetectionPipeline::forgetNow);
 }
 
+void DetectionPipeline::disownAd() {
+    post(&DetectionPipeline::disownNow);
+}
+
 void DetectionPipeline::post(void (DetectionPipeline::*action)()) {
     parts_.queue->post([weak = weak_from_this(), action] {
         if (const auto self = weak.lock()) {
@@ -84,6 +88,12 @@ void DetectionPipeline::checkIngest() {
 
 void DetectionPipeline::forgetNow() {
     repetition_.forget();
+    learnedInAd_ = 0;
+}
+
+void DetectionPipeline::disownNow() {
+    repetition_.forgetLast(std::exchange(learnedInAd_, 0));
+    adDisowned_ = true;
 }
 
 void DetectionPipeline::ingest(const PcmBuffer& buffer) {
@@ -200,8 +210,8 @@ float DetectionPipeline::loudnessRise(float db) {
 void DetectionPipeline::learnFromAd() {
     constexpr std::int64_t hopsBetween = 8;  // a fingerprint covers eight hops
     ++adHops_;
-    if (adHops_ % hopsBetween == 0) {
-        repetition_.learnCurrent();
+    if (adHops_ % hopsBetween == 0 && !adDisowned_ && repetition_.learnCurrent()) {
+        ++learnedInAd_;
     }
 }
 
@@ -215,6 +225,8 @@ void DetectionPipeline::announce(const AdSegmenter::Event& event, double now) {
         return;
     }
     adHops_ = 0;
+    learnedInAd_ = 0;
+    adDisowned_ = false;
     if (onAdStart) {
         onAdStart();
     }

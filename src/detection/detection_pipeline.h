@@ -86,6 +86,10 @@ public:
     /// Forgets all learned ads. Happens on the queue, later. Any thread.
     void forgetLearnedAds();
 
+    /// The ad in progress, or the last one if there is none, was no ad: forgets the fingerprints that have
+    /// been learned since it began, and learns no more of it. Happens on the queue, later. Any thread.
+    void disownAd();
+
 private:
     struct Configuration {
         float threshold = 0.575F;
@@ -98,6 +102,7 @@ private:
     void stopNow();
     void checkIngest();
     void forgetNow();
+    void disownNow();
 
     void prepare(const AudioFormat& format);
     void feed(const PcmBuffer& buffer);
@@ -131,7 +136,9 @@ private:
     SoundClassification prevClass_;  // of the last hop that was not silent
     float lastConfidence_ = 0;
     std::optional<double> lastAdEnd_;
-    std::int64_t adHops_ = 0;  // hops inside the current ad that were not silent
+    std::int64_t adHops_ = 0;      // hops inside the current ad that were not silent
+    std::size_t learnedInAd_ = 0;  // fingerprints of the current or last ad
+    bool adDisowned_ = false;      // the same ad was none
 };
 
 }  // namespace sordin

@@ -6,7 +6,7 @@
 
 namespace sordin {
 
-/// Forward Fourier transform of real samples. The one place that knows which library does it.
+/// Fourier transform of real samples and its inverse. The one place that knows which library does it.
 class RealFft {
 public:
     /// Prepares transforms of `length` samples, an even number. Ends the process if it cannot.
@@ -20,6 +20,9 @@ public:
     /// `samples` holds `length` values, `real` and `imag` take half as many. Not re-entrant; allocates
     /// nothing.
     void forward(std::span<const float> samples, std::span<float> real, std::span<float> imag);
+
+    /// Undoes forward(): the same layout, the same sizes and scale. Not re-entrant; allocates nothing.
+    void inverse(std::span<const float> real, std::span<const float> imag, std::span<float> samples);
 
 private:
     struct Plan;

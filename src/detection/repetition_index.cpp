@@ -28,15 +28,20 @@ float RepetitionIndex::push(const Bands& bands) {
     return clampToUnit((best - 0.8F) / 0.18F);
 }
 
-void RepetitionIndex::learnCurrent() {
+bool RepetitionIndex::learnCurrent() {
     const auto current = signature();
     if (!current) {
-        return;
+        return false;
     }
     if (learned_.size() == maxLearned) {
         learned_.erase(learned_.begin());
     }
     learned_.push_back(*current);
+    return true;
+}
+
+void RepetitionIndex::forgetLast(std::size_t count) {
+    learned_.resize(learned_.size() - std::min(count, learned_.size()));
 }
 
 std::optional<RepetitionIndex::Fingerprint> RepetitionIndex::signature() const {

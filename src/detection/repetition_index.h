@@ -19,12 +19,16 @@ public:
     /// similarity of 0.8 or less, 1 for 0.98 or more, linear between; 0 with nothing learned or a flat sound.
     [[nodiscard]] float push(const Bands& bands);
 
-    /// Learns the last eight hops, unless fewer have come or they are flat. Beyond 200 fingerprints the
-    /// oldest is forgotten.
-    void learnCurrent();
+    /// Learns the last eight hops, unless fewer have come or they are flat; returns whether it did. Beyond
+    /// 200 fingerprints the oldest is forgotten.
+    bool learnCurrent();
 
     /// Forgets all fingerprints, keeps the recent hops.
     void forget() { learned_.clear(); }
+
+    /// Forgets the `count` fingerprints that were learned last (all if there are fewer), keeps the recent
+    /// hops.
+    void forgetLast(std::size_t count);
 
     /// Forgets the recent hops, keeps all fingerprints.
     void clearRecent() { ring_.clear(); }

@@ -17,6 +17,10 @@ public:
     [[nodiscard]] float duck() const { return read(duck_); }
     void setDuck(float fraction) { write(duck_, fraction); }
 
+    /// Whether a call is on for which nothing is to be faded.
+    [[nodiscard]] bool inCall() const { return read(inCall_); }
+    void setInCall(bool inCall) { write(inCall_, inCall); }
+
 private:
     template <class Value>
     Value read(const Value& value) const {
@@ -32,6 +36,7 @@ private:
     mutable std::mutex lock_;
     bool dryRun_ = false;  // guarded by lock_, as what follows
     float duck_ = 0;
+    bool inCall_ = false;
 };
 
 }  // namespace sordin

@@ -19,6 +19,8 @@ constexpr auto sensitivityKey = "sensitivity";
 constexpr auto duckPercentKey = "duckPercent";
 constexpr auto transcriptionKey = "transcription";
 constexpr auto tunedDetectionKey = "tunedDetection";
+constexpr auto pauseInCallsKey = "pauseInCalls";
+constexpr auto ignoredApplicationsKey = "ignoredApplications";
 constexpr auto onboardedKey = "onboarded";
 
 const char* name(EngineStatus::Kind kind) {
@@ -53,6 +55,7 @@ SordinEngine::SordinEngine(Parts parts) : parts_(std::move(parts)) {
     parts_.volume->recoverFromCrash();
     wirePipeline();
     pushConfig();
+    watchStreams();
     watchCapture();
     if (!onboardingComplete_) {
         setStatus(isEnabled_ ? EngineStatus::Kind::starting : EngineStatus::Kind::disabled);
@@ -64,6 +67,7 @@ SordinEngine::SordinEngine(Parts parts) : parts_(std::move(parts)) {
 }
 
 SordinEngine::~SordinEngine() {
+    parts_.streams->onChange({});
     parts_.capture->onStop({});
     parts_.capture->onReady({});
     parts_.capture->stop([] {});
@@ -77,6 +81,13 @@ void SordinEngine::readSettings() {
     duckPercent_ = defaults.number(duckPercentKey).value_or(duckPercent_);
     transcriptionEnabled_ = defaults.boolean(transcriptionKey).value_or(transcriptionEnabled_);
     tunedDetection_ = defaults.boolean(tunedDetectionKey).value_or(tunedDetection_);
+    pauseInCalls_ = defaults.boolean(pauseInCallsKey).value_or(pauseInCalls_);
+    QStringList ignored;
+    for (const std::string& id :
+         defaults.texts(ignoredApplicationsKey).value_or(std::vector<std::string>())) {
+        ignored.append(QString::fromStdString(id));
+    }
+    keepIgnoredApplications(ignored);
     onboardingComplete_ = defaults.boolean(onboardedKey).value_or(onboardingComplete_);
 }
 
@@ -92,6 +103,7 @@ void SordinEngine::pushConfig() {
 void SordinEngine::setIsEnabled(bool enabled) {
     publish(isEnabled_, enabled, &SordinEngine::isEnabledChanged);
     parts_.defaults->set(enabledKey, enabled);
+    publishCall();
     if (enabled) {
         startCapture();
     } else {
@@ -129,6 +141,23 @@ void SordinEngine::setTunedDetection(bool tuned) {
     publish(tunedDetection_, tuned, &SordinEngine::tunedDetectionChanged);
     parts_.defaults->set(tunedDetectionKey, tuned);
     pushConfig();
+}
+
+void SordinEngine::setPauseInCalls(bool pause) {
+    publish(pauseInCalls_, pause, &SordinEngine::pauseInCallsChanged);
+    parts_.defaults->set(pauseInCallsKey, pause);
+    pushLeftOut();
+}
+
+void SordinEngine::setIgnoredApplications(const QStringList& ids) {
+    keepIgnoredApplications(ids);
+    std::vector<std::string> kept;
+    for (const QString& id : ignoredApplications_) {
+        kept.push_back(id.toStdString());
+    }
+    parts_.defaults->set(ignoredApplicationsKey, std::move(kept));
+    pushLeftOut();
+    Q_EMIT ignoredApplicationsChanged();
 }
 
 void SordinEngine::setOnboardingComplete(bool complete) {

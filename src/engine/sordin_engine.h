@@ -8,7 +8,9 @@
 #include "engine/engine_status.h"
 #include "engine/live_readings.h"
 #include "engine/runtime_config.h"
+#include "platform/application_streams.h"
 #include "platform/audio_process_inspector.h"
+#include "platform/call_detector.h"
 #include "platform/on_device_transcriber.h"
 #include "platform/permissions.h"
 #include "platform/system_audio_capture.h"
@@ -19,6 +21,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -42,12 +45,16 @@ class SordinEngine final : public QObject {
     Q_PROPERTY(bool transcriptionEnabled READ transcriptionEnabled WRITE setTranscriptionEnabled NOTIFY
                    transcriptionEnabledChanged)
     Q_PROPERTY(bool tunedDetection READ tunedDetection WRITE setTunedDetection NOTIFY tunedDetectionChanged)
+    Q_PROPERTY(bool pauseInCalls READ pauseInCalls WRITE setPauseInCalls NOTIFY pauseInCallsChanged)
+    Q_PROPERTY(QStringList ignoredApplications READ ignoredApplications WRITE setIgnoredApplications NOTIFY
+                   ignoredApplicationsChanged)
     Q_PROPERTY(bool onboardingComplete READ onboardingComplete WRITE setOnboardingComplete NOTIFY
                    onboardingCompleteChanged)
     Q_PROPERTY(double confidence READ confidence NOTIFY confidenceChanged)
     Q_PROPERTY(double threshold READ threshold NOTIFY thresholdChanged)
     Q_PROPERTY(bool adActive READ adActive NOTIFY adActiveChanged)
     Q_PROPERTY(bool adFaded READ adFaded NOTIFY adFadedChanged)
+    Q_PROPERTY(QString callApp READ callApp NOTIFY callAppChanged)
     Q_PROPERTY(QString currentApp READ currentApp NOTIFY currentAppChanged)
     Q_PROPERTY(QString transcript READ transcript NOTIFY transcriptChanged)
     Q_PROPERTY(bool transcribing READ transcribing NOTIFY transcribingChanged)
@@ -66,6 +73,7 @@ public:
         std::shared_ptr<OnDeviceTranscriber> transcriber;  ///< the pipeline's
         std::shared_ptr<DetectionPipeline> pipeline;
         std::shared_ptr<SystemAudioCapture> capture;
+        std::shared_ptr<ApplicationStreams> streams;
         std::shared_ptr<VolumeController> volume;
         std::shared_ptr<const AudioProcessInspector> inspector;
         std::shared_ptr<AdHistoryFile> historyFile;
@@ -107,6 +115,20 @@ public:
     [[nodiscard]] bool tunedDetection() const { return tunedDetection_; }
     void setTunedDetection(bool tuned);
 
+    /// Whether nothing is listened to, and nothing faded, while a call is on. The status stays what it would
+    /// be otherwise.
+    [[nodiscard]] bool pauseInCalls() const { return pauseInCalls_; }
+    void setPauseInCalls(bool pause);
+
+    /// The identifiers of applications that are never listened to, also of those that are not known here.
+    /// Assigning drops empty, repeated and overlong (255 bytes) ones, and those beyond 256.
+    [[nodiscard]] const QStringList& ignoredApplications() const { return ignoredApplications_; }
+    void setIgnoredApplications(const QStringList& ids);
+    /// The names by which these are shown, each once.
+    [[nodiscard]] const QStringList& ignoredNames() const { return ignoredNames_; }
+    /// The same for all applications that are shown by a name.
+    Q_INVOKABLE void setIgnored(const QString& name, bool ignored);
+
     /// Whether the first-run guide has been finished.
     [[nodiscard]] bool onboardingComplete() const { return onboardingComplete_; }
     void setOnboardingComplete(bool complete);
@@ -122,6 +144,8 @@ public:
     /// A device is lower than it was, or muted, for an ad, real or simulated; as the volume controller has
     /// it.
     [[nodiscard]] bool adFaded() const { return adFaded_; }
+    /// The application whose call is the reason why nothing is listened to; empty if there is none.
+    [[nodiscard]] const QString& callApp() const { return callApp_; }
     /// The application taken as the source of the current or the last ad.
     [[nodiscard]] const QString& currentApp() const { return currentApp_; }
     /// The detector's signals, in its order.
@@ -164,15 +188,18 @@ public:
     Q_INVOKABLE void stopCapture();
     /// Asks for what `screenAccess` stands for; does not begin to listen.
     Q_INVOKABLE void requestScreenAccess();
-    Q_INVOKABLE void requestSpeechAccess();
+    /// Asks for what `speechAccess` stands for, or opens the settings where there is no question to ask.
+    /// False if neither is possible.
+    Q_INVOKABLE bool requestSpeechAccess();
     /// Reads both permissions anew.
     Q_INVOKABLE void refreshAccess();
     /// See Permissions.
-    Q_INVOKABLE void openSettings(const QString& anchor);
+    Q_INVOKABLE bool openSettings(const QString& anchor);
     /// Pretends that an ad of `seconds` begins: the volume is really faded, whatever the switches say. Does
     /// nothing while a simulated or a real ad is under way, or if the time is no time.
     Q_INVOKABLE void simulate(double seconds);
-    /// Brings the volume back in an ad, which goes on: it is not faded again until another begins.
+    /// The user does not take the ad for one: brings the volume back until another ad begins, and forgets
+    /// the fingerprints that were learned since it began. A simulated ad goes on without a fade.
     Q_INVOKABLE void restoreVolume();
     /// Forgets the ads that would be recognised by their sound.
     Q_INVOKABLE void forgetLearnedAds();
@@ -186,12 +213,15 @@ Q_SIGNALS:
     void testModeChanged();
     void transcriptionEnabledChanged();
     void tunedDetectionChanged();
+    void pauseInCallsChanged();
+    void ignoredApplicationsChanged();
     void onboardingCompleteChanged();
     void statusChanged();
     void confidenceChanged();
     void thresholdChanged();
     void adActiveChanged();
     void adFadedChanged();
+    void callAppChanged();
     void currentAppChanged();
     void signalReadingsChanged();
     void transcriptChanged();
@@ -220,6 +250,11 @@ private:
     void wirePipeline();
     void pushConfig();
     void watchCapture();
+    void watchStreams();
+    void callChanged(const std::optional<Call>& call);
+    void keepIgnoredApplications(const QStringList& ids);
+    void pushLeftOut();
+    void publishCall();
 
     void handle(const PipelineTick& tick);
     void adStarted(bool muted);
@@ -243,12 +278,16 @@ private:
     bool testMode_ = false;
     bool transcriptionEnabled_ = true;
     bool tunedDetection_ = false;
+    bool pauseInCalls_ = true;
+    QStringList ignoredApplications_;
+    QStringList ignoredNames_;
     bool onboardingComplete_ = false;
     EngineStatus status_ = EngineStatus::Kind::disabled;
     double confidence_ = 0;
     double threshold_ = 0.575;
     bool adActive_ = false;
     bool adFaded_ = false;
+    QString callApp_;
     QString currentApp_;
     std::vector<SignalReading> signals_;
     QString transcript_;
@@ -267,6 +306,8 @@ private:
     };
     [[nodiscard]] Moment now() const { return {parts_.wallClock(), parts_.clock->now()}; }
 
+    CallDetector calls_{parts_.mainQueue, [this](const std::optional<Call>& call) { callChanged(call); }};
+    std::optional<Call> call_;
     std::optional<Moment> adStart_;
     bool adWasMuted_ = false;
     bool capturing_ = false;                  // a start has succeeded and the capture has not ended since

@@ -26,6 +26,9 @@ void SordinEngine::wirePipeline() {
     pipeline.onAdStart = [config = config_, volume = std::weak_ptr(parts_.volume),
                           started =
                               posting([](SordinEngine& engine, bool muted) { engine.adStarted(muted); })] {
+        if (config->inCall()) {  // what was heard before it began
+            return;
+        }
         const bool muted = !config->dryRun();
         if (const auto controller = volume.lock(); controller && muted) {
             controller->duck(config->duck(), duckRamp);
@@ -152,6 +155,10 @@ void SordinEngine::simulate(double seconds) {
 
 void SordinEngine::restoreVolume() {
     qCInfo(engineLog, "the volume is asked back");
+    // An ad that has just ended is meant too, while its volume is on the way up.
+    if (adActive_ || (adFaded_ && !simulating_)) {
+        parts_.pipeline->disownAd();
+    }
     bringVolumeBack();
 }
 

@@ -124,19 +124,21 @@ void SordinEngine::requestScreenAccess() {
     refreshAccess();
 }
 
-void SordinEngine::requestSpeechAccess() {
+bool SordinEngine::requestSpeechAccess() {
     if (!speechRequestPossible_) {
-        openSettings(QStringLiteral("Privacy_SpeechRecognition"));
-    } else if (parts_.transcriber->canRequestAuthorization()) {
+        return openSettings(QStringLiteral("Privacy_SpeechRecognition"));
+    }
+    if (parts_.transcriber->canRequestAuthorization()) {
         parts_.transcriber->requestAuthorization(
             posting([](SordinEngine& engine) { engine.refreshAccess(); }));
     } else {
         refreshAccess();
     }
+    return true;
 }
 
-void SordinEngine::openSettings(const QString& anchor) {
-    parts_.permissions->openSettings(anchor.toStdString());
+bool SordinEngine::openSettings(const QString& anchor) {
+    return parts_.permissions->openSettings(anchor.toStdString());
 }
 
 }  // namespace sordin

@@ -25,6 +25,14 @@ public:
     /// Empty where the audio system does not tell.
     [[nodiscard]] std::vector<std::string> activeOutputApps() const;
 
+    /// See ProcessDirectory.
+    [[nodiscard]] std::vector<std::string> applicationIds(const std::string& name) const {
+        return directory_.applicationIds(name);
+    }
+    [[nodiscard]] std::string applicationName(const std::string& id) const {
+        return directory_.applicationName(id);
+    }
+
     /// The one to name: the frontmost application if it is playing, else the first that plays, else the
     /// frontmost, else "Unknown". Never empty.
     [[nodiscard]] std::string likelySource() const;

@@ -3,6 +3,7 @@
 
 #include "platform/spoken_text.h"
 #include "support/resampler.h"
+#include "support/sample_conversion.h"
 
 #include <algorithm>
 #include <atomic>
@@ -25,10 +26,6 @@ constexpr Nanoseconds longestLag = 2'000'000'000;
 Nanoseconds lengthOf(const PcmBuffer& buffer) {
     const double seconds = static_cast<double>(buffer.frameLength()) / buffer.format().sampleRate;
     return seconds > 0 && seconds < 3600 ? std::llround(1e9 * seconds) : 0;
-}
-
-std::int16_t integer(float sample) {
-    return static_cast<std::int16_t>(std::lround(std::clamp(sample, -1.0F, 1.0F) * 32767.0F));
 }
 
 }  // namespace
@@ -130,7 +127,7 @@ private:
         resampled_.clear();
         resampler_->process(samples, resampled_);
         integers_.resize(resampled_.size());
-        std::transform(resampled_.begin(), resampled_.end(), integers_.begin(), integer);
+        std::transform(resampled_.begin(), resampled_.end(), integers_.begin(), toInteger);
         // Pieces of half a second: a long buffer must not come as one text.
         const std::size_t interval = wanted / 2;
         for (std::span<const std::int16_t> rest = integers_; !rest.empty();) {

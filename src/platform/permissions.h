@@ -19,8 +19,8 @@ public:
     virtual void requestScreenCapture() = 0;
 
     /// Opens the system's settings at the place named by `anchor`, "Privacy_ScreenCapture" or
-    /// "Privacy_SpeechRecognition". Does nothing where there is no such place.
-    virtual void openSettings(const std::string& anchor) = 0;
+    /// "Privacy_SpeechRecognition". False where there is no such place, and nothing was opened.
+    virtual bool openSettings(const std::string& anchor) = 0;
 };
 
 }  // namespace sordin

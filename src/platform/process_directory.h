@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace sordin {
 
@@ -24,6 +25,13 @@ public:
 
     /// The application that the user is looking at.
     [[nodiscard]] virtual std::optional<ApplicationInfo> frontmostApplication() const = 0;
+
+    /// The identifiers of all applications that are shown by this name, running or not; the name itself where
+    /// there is no better one. Reads many files.
+    [[nodiscard]] virtual std::vector<std::string> applicationIds(const std::string& name) const = 0;
+
+    /// The name that an application is shown by; its identifier where it is not known.
+    [[nodiscard]] virtual std::string applicationName(const std::string& id) const = 0;
 
     /// This program's own process identifier.
     [[nodiscard]] virtual std::int32_t ownProcessId() const = 0;

@@ -15,8 +15,10 @@ struct StatusMenuEntry {
     Kind kind = Kind::action;
     QString text;  ///< none in a separator
     bool enabled = true;
-    bool checked = false;             ///< of a toggle
-    std::function<void()> triggered;  ///< may be empty; on the main thread
+    bool checked = false;  ///< of a toggle
+    /// May be empty. Called on the main thread, with the token (or none) by which the desktop lets a window
+    /// of ours come to the front.
+    std::function<void(const QString& token)> triggered;
 
     /// Whether it looks the same.
     [[nodiscard]] bool operator==(const StatusMenuEntry& other) const {

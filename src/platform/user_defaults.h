@@ -12,7 +12,7 @@ namespace sordin {
 /// The user's settings, by key. All operations may be called from any thread.
 class UserDefaults {
 public:
-    using Value = std::variant<bool, double, std::string>;  // texts are UTF-8
+    using Value = std::variant<bool, double, std::string, std::vector<std::string>>;  // texts are UTF-8
     /// Keys with their new values, none to remove a key.
     using Changes = std::vector<std::pair<std::string, std::optional<Value>>>;
 
@@ -22,6 +22,7 @@ public:
     [[nodiscard]] virtual std::optional<bool> boolean(const std::string& key) const = 0;
     [[nodiscard]] virtual std::optional<double> number(const std::string& key) const = 0;
     [[nodiscard]] virtual std::optional<std::string> text(const std::string& key) const = 0;
+    [[nodiscard]] virtual std::optional<std::vector<std::string>> texts(const std::string& key) const = 0;
 
     /// Makes changes that belong together, all at once. Readers see them when it returns. A number that is
     /// not finite changes nothing.

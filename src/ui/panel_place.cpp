@@ -5,6 +5,24 @@
 
 namespace sordin {
 
+QPoint iconPlace(QPoint told, std::optional<QPoint> pointer, QRect screen, QRect free) {
+    constexpr int near = 100;
+    constexpr int widestBar = 48;  // that hides itself, and so takes no room
+    const QRect middle = free & screen.marginsRemoved({widestBar, widestBar, widestBar, widestBar});
+    const auto inBar = [&](QPoint place) { return screen.contains(place) && !middle.contains(place); };
+    if (!pointer) {
+        // Icons are mostly at the right end of a bar at the top or at the bottom.
+        const bool atBottom = free.bottom() < screen.bottom();
+        return told.isNull() ? (atBottom ? screen.bottomRight() : screen.topRight()) : told;
+    }
+    if (told.isNull()) {
+        return *pointer;
+    }
+    // Chosen with the keyboard, the icon is not where the pointer is.
+    const bool byPointer = (told - *pointer).manhattanLength() > near && (inBar(*pointer) || !inBar(told));
+    return byPointer ? *pointer : told;
+}
+
 QPoint panelPlace(QPoint click, QSize size, QRect free) {
     constexpr int gap = 6;        // to the edges
     constexpr int halfIcon = 14;  // from the click to where the icon ends

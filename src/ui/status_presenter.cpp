@@ -19,7 +19,7 @@ StatusPresenter::StatusPresenter(SordinEngine& engine, StatusItem& item, Actions
 
 void StatusPresenter::present() {
     item_.setSymbol(engine_.menuIcon());
-    item_.setText(label_.text());
+    item_.setText(label_.callText().isEmpty() ? label_.text() : label_.callText());
     item_.setMenu(menu());
 }
 
@@ -27,23 +27,28 @@ std::vector<StatusMenuEntry> StatusPresenter::menu() {
     using Kind = StatusMenuEntry::Kind;
     const StatusMenuEntry line{Kind::separator, {}, true, false, {}};
     const bool atLogin = actions_.startsAtLogin();
-    return {
+    std::vector<StatusMenuEntry> entries{
         {Kind::action, label_.text(), false, false, {}},
         line,
         {Kind::action, tr("Show Panel"), true, false, actions_.showPanel},
         {Kind::action, tr("Open Sordin"), true, false, actions_.openMain},
         line,
         {Kind::toggle, tr("Enabled"), true, engine_.isEnabled(),
-         [this] { engine_.setIsEnabled(!engine_.isEnabled()); }},
-        {Kind::action, tr("Restore Volume"), engine_.adFaded(), false, [this] { engine_.restoreVolume(); }},
+         [this](auto&) { engine_.setIsEnabled(!engine_.isEnabled()); }},
+        {Kind::action, tr("Restore Volume"), engine_.adFaded(), false,
+         [this](auto&) { engine_.restoreVolume(); }},
         {Kind::toggle, tr("Start at Login"), true, atLogin,
-         [this, atLogin] {
+         [this, atLogin](auto&) {
              actions_.setStartsAtLogin(!atLogin);
              present();
          }},
         line,
-        {Kind::action, tr("Quit"), true, false, actions_.quit},
+        {Kind::action, tr("Quit"), true, false, [this](auto&) { actions_.quit(); }},
     };
+    if (const QString call = label_.callText(); !call.isEmpty()) {
+        entries.insert(entries.begin() + 1, {Kind::action, call, false, false, {}});
+    }
+    return entries;
 }
 
 }  // namespace sordin

@@ -15,10 +15,11 @@ class StatusPresenter : public QObject {
     Q_OBJECT
 
 public:
-    /// What the menu does beside what the engine does. None may be empty.
+    /// What the menu does beside what the engine does. None may be empty. The token (or none) is the one by
+    /// which the desktop lets a window of ours come to the front.
     struct Actions {
-        std::function<void()> showPanel;
-        std::function<void()> openMain;
+        std::function<void(const QString& token)> showPanel;
+        std::function<void(const QString& token)> openMain;
         std::function<void()> quit;
         std::function<bool()> startsAtLogin;
         std::function<void(bool)> setStartsAtLogin;

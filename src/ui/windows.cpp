@@ -19,15 +19,13 @@ namespace {
 
 Q_LOGGING_CATEGORY(windowsLog, "sordin.windows", QtWarningMsg)
 
-/// Whether windows say themselves where they are. On Wayland the compositor does.
-bool windowsHavePlaces() {
+/// Whether windows choose their places. On Wayland the compositor does.
+bool isX11() {
     return QGuiApplication::platformName() == QLatin1String("xcb");
 }
 
-void use(const QString& token) {
-    if (!token.isEmpty() && QGuiApplication::platformName().startsWith(QLatin1String("wayland"))) {
-        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());  // where Qt looks for it, and takes it from
-    }
+bool isWayland() {
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
 }
 
 void bringToFront(QQuickWindow& window) {
@@ -37,23 +35,25 @@ void bringToFront(QQuickWindow& window) {
     window.requestActivate();
 }
 
-/// The place of a click, by the screens as they are laid out; where none was told, the pointer's.
-QPoint placeOf(QPoint click) {
-    if (click.isNull()) {
-        return QCursor::pos();
-    }
+/// From pixels of the screens to the coordinates of windows.
+QPoint toLogical(QPoint pixel) {
     for (const QScreen* screen : QGuiApplication::screens()) {
         const QRect logical = screen->geometry();
         const double scale = screen->devicePixelRatio();
         const QRect pixels(logical.topLeft(), (QSizeF(logical.size()) * scale).toSize());
-        if (pixels.contains(click)) {
-            return logical.topLeft() + (QPointF(click - logical.topLeft()) / scale).toPoint();
+        if (pixels.contains(pixel)) {
+            return logical.topLeft() + (QPointF(pixel - logical.topLeft()) / scale).toPoint();
         }
     }
-    return click;
+    return pixel;
 }
 
-/// Gives it round corners where there is nobody to mix transparent ones.
+const QScreen& screenAt(QPoint place) {
+    const QScreen* screen = QGuiApplication::screenAt(place);
+    return screen != nullptr ? *screen : *QGuiApplication::primaryScreen();
+}
+
+/// Gives a window round corners where transparent ones would be black.
 void cutCorners(QWindow& window) {
     constexpr double radius = 12;
     QPainterPath path;
@@ -79,6 +79,7 @@ void Windows::showMain(const QString& token) {
         main_ = ui().mainWindow(engine_);
         main_->installEventFilter(this);
         connect(main_.get(), SIGNAL(quit()), this, SIGNAL(quit()));
+        connect(main_.get(), SIGNAL(guideTurned()), this, SLOT(tellOfIcon()));
         connect(
             main_.get(), &QQuickWindow::frameSwapped, this, [] { qCInfo(windowsLog, "the window is drawn"); },
             Qt::SingleShotConnection);
@@ -88,8 +89,24 @@ void Windows::showMain(const QString& token) {
     }
     use(token);
     bringToFront(*main_);
-    if (windowsHavePlaces()) {
+    if (isX11()) {
         surroundings_.bringForward(static_cast<std::uint32_t>(main_->winId()));
+    }
+}
+
+void Windows::tellOfIcon() {
+    main_->setProperty("iconIsShown", surroundings_.iconIsShown());
+}
+
+/// Shows the desktop that a window answers what the user did.
+void Windows::use(const QString& token) {
+    if (token.isEmpty()) {
+        return;
+    }
+    if (isX11()) {
+        surroundings_.endStartupNotification(token);
+    } else if (isWayland()) {
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());  // Qt uses it for the next window, and removes it
     }
 }
 
@@ -114,22 +131,66 @@ void Windows::openPanel(QPoint click) {
     connect(panel_.get(), &QWindow::activeChanged, this, [this] {
         if (panel_ && !panel_->isActive()) {
             closePanel();
+        } else if (panel_ && isWayland()) {
+            surroundings_.moveFocusedToPointer();
         }
     });
-    if (windowsHavePlaces()) {
-        // Its own master, so that no window manager puts it elsewhere or keeps the focus from it.
-        panel_->setFlags(Qt::Popup | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
-        const QPoint place = placeOf(click);
-        const QScreen* screen = QGuiApplication::screenAt(place);
-        screen = screen != nullptr ? screen : QGuiApplication::primaryScreen();
-        panel_->setPosition(panelPlace(place, panel_->size(), screen->availableGeometry()));
-        if (!surroundings_.mixesWindows()) {
-            cutCorners(*panel_);
+    if (!isX11()) {
+        panel_->setFlags(Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        bringToFront(*panel_);
+        return;
+    }
+    if (surroundings_.isXwayland) {
+        // No grab hears clicks on other programs' windows, and compositors give the keyboard only to windows
+        // that they manage.
+        panel_->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        surroundings_.hideFromTaskBar(static_cast<std::uint32_t>(panel_->winId()));
+        if (surroundings_.desktopTakesNoFocus) {
+            catchClicks();
         }
     } else {
-        panel_->setFlags(Qt::Dialog | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+        // Not managed, so that no window manager puts it elsewhere or keeps the focus from it.
+        panel_->setFlags(Qt::Popup | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
     }
+    placePanel(click);
     bringToFront(*panel_);
+    if (surroundings_.isXwayland) {
+        surroundings_.bringForward(static_cast<std::uint32_t>(panel_->winId()));
+    }
+}
+
+void Windows::placePanel(QPoint click) {
+    std::optional<QPoint> pointer;
+    if (!surroundings_.isXwayland) {  // which knows it only over its own windows
+        pointer = QCursor::pos();
+    }
+    const QPoint told = click.isNull() ? click : toLogical(click);
+    const QScreen& likely = screenAt(pointer.value_or(told));
+    const QPoint icon = iconPlace(told, pointer, likely.geometry(), likely.availableGeometry());
+    panel_->setPosition(panelPlace(icon, panel_->size(), screenAt(icon).availableGeometry()));
+    if (!surroundings_.mixesWindows()) {
+        cutCorners(*panel_);
+    }
+}
+
+/// Lays windows that cannot be seen over the desktop, below the panel.
+void Windows::catchClicks() {
+    for (QScreen* screen : QGuiApplication::screens()) {
+        auto catcher = std::make_unique<QWindow>(screen);
+        catcher->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowDoesNotAcceptFocus |
+                          Qt::WindowStaysOnTopHint);
+        QSurfaceFormat format = catcher->requestedFormat();
+        format.setAlphaBufferSize(8);
+        catcher->setFormat(format);
+        catcher->setGeometry(screen->availableGeometry());
+        catcher->installEventFilter(this);
+        const auto window = static_cast<std::uint32_t>(catcher->winId());
+        surroundings_.hideFromTaskBar(window);
+        surroundings_.makeTransparent(window);
+        catcher->show();
+        clickCatchers_.push_back(std::move(catcher));
+    }
+    panel_->setTransientParent(clickCatchers_.front().get());
 }
 
 void Windows::closePanel() {
@@ -139,6 +200,12 @@ void Windows::closePanel() {
         panel_->disconnect(this);
         panel_->hide();
         panel_.release()->deleteLater();  // it may be what is calling
+        for (auto& catcher : clickCatchers_) {
+            catcher->removeEventFilter(this);
+            catcher->hide();
+            catcher.release()->deleteLater();
+        }
+        clickCatchers_.clear();
     }
 }
 
@@ -152,8 +219,8 @@ bool Windows::eventFilter(QObject* object, QEvent* event) {
             closePanel();
             return true;
         case QEvent::Expose:
-            if (windowsHavePlaces() && panel_->isExposed()) {
-                panel_->setMouseGrabEnabled(true);  // clicks elsewhere are to be told
+            if (isX11() && !surroundings_.isXwayland && panel_->isExposed()) {
+                panel_->setMouseGrabEnabled(true);  // to hear of clicks elsewhere
             }
             break;
         case QEvent::MouseButtonPress:
@@ -166,6 +233,10 @@ bool Windows::eventFilter(QObject* object, QEvent* event) {
         default:
             break;
         }
+    }
+    if (event->type() == QEvent::MouseButtonPress && !clickCatchers_.empty()) {
+        closePanel();
+        return true;
     }
     return QObject::eventFilter(object, event);
 }

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace sordin {
 
@@ -24,11 +25,26 @@ public:
         std::function<bool()> iconIsShown;
         /// Whether windows may have transparent parts.
         std::function<bool()> mixesWindows;
-        /// Asks the window manager to bring a window to the front, where windows have numbers.
-        std::function<void(std::uint32_t)> bringForward;
+        /// Asks the window manager to bring a window to the front.
+        std::function<void(std::uint32_t window)> bringForward;
+        /// Keeps a window that is not shown yet out of the list of windows.
+        std::function<void(std::uint32_t window)> hideFromTaskBar;
+        /// Prepares a window that is not shown yet for being seen through.
+        std::function<void(std::uint32_t window)> makeTransparent;
+        /// Has a Wayland compositor that can do so move our window that floats and has the focus to the
+        /// pointer.
+        std::function<void()> moveFocusedToPointer;
+        /// Tells the desktop that what the user started with this token is there.
+        std::function<void(const QString& token)> endStartupNotification;
+        /// The X11 display belongs to a Wayland compositor, which keeps what happens over other windows to
+        /// itself.
+        bool isXwayland = false;
+        /// A click on the desktop itself does not take the focus from a window (GNOME).
+        bool desktopTakesNoFocus = false;
     };
 
-    /// `engine` must outlive it. None of the functions may be empty.
+    /// `engine` must outlive it. None of the functions may be empty. Those with the number of a window and
+    /// endStartupNotification are called on X11 alone, moveFocusedToPointer on Wayland alone.
     Windows(SordinEngine& engine, Surroundings surroundings);
     ~Windows() override;
     Q_DISABLE_COPY_MOVE(Windows)
@@ -38,8 +54,8 @@ public Q_SLOTS:  // NOLINT(readability-redundant-access-specifiers): now they ar
     void showMain(const QString& token = {});
 
 public:  // NOLINT(readability-redundant-access-specifiers): no slots any more
-    /// Shows the panel beside the icon that was clicked at `click`, in pixels of the screens; where that is
-    /// (0, 0), beside the pointer. Closes it if it is open.
+    /// Shows the panel beside the icon that was clicked at `click`, in pixels of the screens; (0, 0) where
+    /// the desktop did not say. Closes it if it is open.
     void togglePanel(QPoint click, const QString& token = {});
 
     /// Null while there is none.
@@ -48,6 +64,10 @@ public:  // NOLINT(readability-redundant-access-specifiers): no slots any more
 
     bool eventFilter(QObject* object, QEvent* event) override;
 
+private Q_SLOTS:  // NOLINT(readability-redundant-access-specifiers): now they are slots
+    /// Panels register icons after the first window is shown, so the guide reads this as it goes.
+    void tellOfIcon();
+
 Q_SIGNALS:
     /// The user wants the program to end.
     void quit();
@@ -55,6 +75,9 @@ Q_SIGNALS:
 private:
     [[nodiscard]] UiEngine& ui();
     void openPanel(QPoint click);
+    void placePanel(QPoint click);
+    void catchClicks();
+    void use(const QString& token);
     void closePanel();
     bool closing(QEvent& event);
 
@@ -62,6 +85,7 @@ private:
     const Surroundings surroundings_;
     std::optional<UiEngine> ui_;  // since the first window
     std::unique_ptr<QQuickWindow> main_;
+    std::vector<std::unique_ptr<QWindow>> clickCatchers_;  // behind the panel
     std::unique_ptr<QQuickWindow> panel_;
     QSize mainSize_;                // the user's, from the last time
     QElapsedTimer panelWasClosed_;  // not valid before

@@ -19,7 +19,7 @@ protected:
     void call(const char* method) const {
         EXPECT_EQ(ask(ApplicationService::path, ControlInterface::name, method).errorName(), "");
     }
-    void set(const char* name, bool value) const {
+    void set(const char* name, const QVariant& value) const {
         static_cast<void>(ask(ApplicationService::path, "org.freedesktop.DBus.Properties", "Set",
                               {ControlInterface::name, name, QVariant::fromValue(QDBusVariant(value))}));
     }
@@ -59,6 +59,11 @@ TEST_F(RemoteControlTest, SaysWhatTheEngineDoes) {
     EXPECT_THAT(ear.changes, SizeIs(2)) << "and nothing with every hop";
     EXPECT_EQ(is("Source"), "") << "there is no ad that is playing";
     EXPECT_EQ(is("Faded"), false);
+    streams->changed({{ApplicationStream::Kind::playsCall, "9", {}, "Phone"}});
+    pass(2);
+    EXPECT_EQ(is("Status"), "listening");
+    ASSERT_TRUE(comes([&] { return ear.changes.size() > 2; }));
+    EXPECT_EQ(ear.changes.back(), (QVariantMap{{"Call", "Phone"}}));
 
     engine->stopCapture();
     EXPECT_EQ(is("Status"), "off");
@@ -102,6 +107,9 @@ TEST_F(RemoteControlTest, SwitchesOnAndOff) {
     EXPECT_TRUE(engine->tunedDetection());
     ASSERT_TRUE(comes([&] { return !ear.changes.empty(); }));
     EXPECT_EQ(ear.changes.back().value("TunedDetection"), true);
+    set("IgnoredApplications", QStringList{"b", "a", "b"});
+    EXPECT_EQ(is("IgnoredApplications"), QStringList({"b", "a"}));
+    EXPECT_EQ(streams->leftOut.applications, (std::set<std::string>{"a", "b"}));
     remote.reset();
     EXPECT_FALSE(is("Status").isValid()) << "before the engine goes";
 }

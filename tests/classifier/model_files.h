@@ -90,9 +90,9 @@ inline std::uint32_t slowCrc32(std::span<const std::byte> bytes) {
 }
 
 /// The file with this payload.
-inline Bytes fileOf(const Bytes& payload) {
+inline Bytes fileOf(const Bytes& payload, std::string_view magic = "SORDINSM") {
     Bytes bytes;
-    for (const char c : std::string_view("SORDINSM")) {
+    for (const char c : magic) {
         bytes.push_back(std::byte(c));
     }
     append(bytes, 1U);

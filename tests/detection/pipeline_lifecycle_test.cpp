@@ -82,6 +82,41 @@ TEST_F(PipelineLifecycleTest, LearnsAnAdEveryEightSoundingHopsAndKnowsItAgain) {
     }
 }
 
+TEST_F(PipelineLifecycleTest, ForgetsWhatItLearnedOfAnAdThatWasNone) {
+    const auto ad = variedHops(8);
+    const auto song = variedHops(24);
+    const auto playInAd = [&](const auto& sound, std::size_t disownedAt) {
+        startAd();
+        for (std::size_t i = 0; i < sound.size(); ++i) {
+            if (i == disownedAt) {
+                pipeline->disownAd();
+                queue->runPending();
+            }
+            play(sound[i]);
+        }
+        playHops(6, 0, 0);
+    };
+    const auto isKnown = [&](const auto& sound) {
+        stop();
+        float best = 0;
+        for (const auto& hop : sound) {
+            play(hop);
+            best = std::max(best, hops.back().signals.repetition);
+        }
+        return best > 0.99F;
+    };
+    playInAd(ad, ad.size());
+    playInAd(song, 10);  // between the first fingerprint and the second
+    EXPECT_FALSE(isKnown(song));
+    EXPECT_TRUE(isKnown(ad)) << "those of other ads stay";
+    playInAd(song, song.size());
+    EXPECT_TRUE(isKnown(song)) << "the next one is learned";
+    pipeline->disownAd();  // by somebody who was not quick enough
+    queue->runPending();
+    EXPECT_FALSE(isKnown(song));
+    EXPECT_TRUE(isKnown(ad));
+}
+
 TEST_F(PipelineLifecycleTest, CountsTheHopsOfEachAdAnew) {
     const auto ad = variedHops(7);
     for (int round = 0; round < 3; ++round) {

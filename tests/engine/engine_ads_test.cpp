@@ -214,6 +214,34 @@ TEST_F(EngineAdsTest, TheVolumeCanBeAskedBackInAnAdWhichGoesOn) {
     EXPECT_FALSE(engine->adFaded()) << "watched only";
 }
 
+TEST_F(EngineAdsTest, AskingTheVolumeBackForgetsTheSoundOfTheAd) {
+    listen();
+    const auto hearAdThatIsKnownAgain = [this](bool asked) {
+        hearAdBegin();
+        float best = 0;
+        std::vector<std::byte> hop(8'000 * 2, std::byte{0});
+        for (int i = 0; i < 9; ++i) {
+            // A square wave, every other hop louder.
+            for (std::size_t sample = 0; sample < hop.size(); sample += 4) {
+                hop[sample + 1] = std::byte{static_cast<unsigned char>(i % 2 == 0 ? 0x20 : 0x08)};
+            }
+            capture->handler({StreamDescription{16'000, 1, SampleType::int16, true}, 8'000, hop});
+            settle();
+            best = std::max(best, scorer->last.repetition);
+        }
+        if (asked) {
+            engine->restoreVolume();
+            settle();
+        }
+        return best > 0.99F;
+    };
+    EXPECT_FALSE(hearAdThatIsKnownAgain(true));
+    hearAdEnd();
+    EXPECT_FALSE(hearAdThatIsKnownAgain(false));
+    hearAdEnd();
+    EXPECT_TRUE(hearAdThatIsKnownAgain(false));
+}
+
 TEST_F(EngineAdsTest, SimulatedAndRealAdsDoNotStack) {
     listen();
     hearAdBegin();

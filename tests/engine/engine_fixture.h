@@ -4,6 +4,7 @@
 #include "detection/keyword_transcript_scorer.h"
 #include "engine/sordin_engine.h"
 #include "fakes/detection_fakes.h"
+#include "fakes/fake_application_streams.h"
 #include "fakes/fake_audio_objects.h"
 #include "fakes/fake_capture.h"
 #include "fakes/fake_process_directory.h"
@@ -28,7 +29,11 @@ struct FakePermissions final : Permissions {
 
     [[nodiscard]] bool screenCapturePreflight() const override { return granted; }
     void requestScreenCapture() override { granted = granted || grantedWhenAsked; }
-    void openSettings(const std::string& anchor) override { opened.push_back(anchor); }
+    bool hasSettings = true;
+    bool openSettings(const std::string& anchor) override {
+        opened.push_back(anchor);
+        return hasSettings;
+    }
 };
 
 /// The engine with the real pipeline, volume controller, transcriber and history file, between fakes of what
@@ -54,8 +59,8 @@ protected:
                                      std::make_shared<KeywordTranscriptScorer>(), scorer});
         volume = std::make_shared<VolumeController>(volumeQueue, objects, defaults);
         engine = std::make_unique<SordinEngine>(
-            SordinEngine::Parts{mainQueue, defaults, permissions, transcriber, pipeline, capture, volume,
-                                std::make_shared<AudioProcessInspector>(*objects, directory),
+            SordinEngine::Parts{mainQueue, defaults, permissions, transcriber, pipeline, capture, streams,
+                                volume, std::make_shared<AudioProcessInspector>(*objects, directory),
                                 std::make_shared<AdHistoryFile>(folder / "Sordin/history.json", historyQueue),
                                 clock, [this] { return wallClock; }});
         settle();
@@ -148,6 +153,7 @@ protected:
     std::shared_ptr<FakeSpeechRecogniser> recogniser = std::make_shared<FakeSpeechRecogniser>();
     std::shared_ptr<FakeScorer> scorer = std::make_shared<FakeScorer>();
     std::shared_ptr<FakeCapture> capture = std::make_shared<FakeCapture>();
+    std::shared_ptr<FakeApplicationStreams> streams = std::make_shared<FakeApplicationStreams>();
     std::shared_ptr<OnDeviceTranscriber> transcriber;
     std::shared_ptr<DetectionPipeline> pipeline;
     std::shared_ptr<VolumeController> volume;

@@ -4,6 +4,7 @@
 namespace sordin {
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -19,6 +20,7 @@ TEST_F(EngineSettingsTest, AFirstLaunchHasTheStandardSettingsAndWaitsForTheGuide
     EXPECT_FALSE(engine->testMode());
     EXPECT_TRUE(engine->transcriptionEnabled());
     EXPECT_FALSE(engine->tunedDetection());
+    EXPECT_TRUE(engine->pauseInCalls());
     EXPECT_FALSE(engine->onboardingComplete());
     EXPECT_EQ(engine->status(), Kind::starting);
     EXPECT_EQ(capture->starts, 0);
@@ -39,6 +41,7 @@ TEST_F(EngineSettingsTest, EveryAssignmentIsKeptButForTestMode) {
     engine->setDuckPercent(20);
     engine->setTranscriptionEnabled(false);
     engine->setTunedDetection(true);
+    engine->setPauseInCalls(false);
     engine->setTestMode(true);
     engine->setIsEnabled(false);
     EXPECT_EQ(defaults->values, (std::map<std::string, UserDefaults::Value>{{"enabled", false},
@@ -46,6 +49,7 @@ TEST_F(EngineSettingsTest, EveryAssignmentIsKeptButForTestMode) {
                                                                             {"duckPercent", 20.0},
                                                                             {"transcription", false},
                                                                             {"tunedDetection", true},
+                                                                            {"pauseInCalls", false},
                                                                             {"onboarded", true}}));
     EXPECT_EQ(recogniser->rests, 1);  // its memory comes back
 
@@ -55,6 +59,7 @@ TEST_F(EngineSettingsTest, EveryAssignmentIsKeptButForTestMode) {
     EXPECT_EQ(engine->duckPercent(), 20);
     EXPECT_FALSE(engine->transcriptionEnabled());
     EXPECT_TRUE(engine->tunedDetection());
+    EXPECT_FALSE(engine->pauseInCalls());
     EXPECT_FALSE(engine->testMode());
 }
 
@@ -150,8 +155,10 @@ TEST_F(EngineSettingsTest, PermissionsAreAskedForWhereThatLeadsSomewhere) {
     EXPECT_THAT(permissions->opened, IsEmpty());
     create();
     EXPECT_FALSE(engine->speechRequestPossible());
-    engine->requestSpeechAccess();
-    EXPECT_THAT(permissions->opened, ElementsAre("Privacy_SpeechRecognition"));
+    EXPECT_TRUE(engine->requestSpeechAccess());
+    permissions->hasSettings = false;
+    EXPECT_FALSE(engine->requestSpeechAccess());
+    EXPECT_THAT(permissions->opened, Each("Privacy_SpeechRecognition"));
 }
 
 }  // namespace

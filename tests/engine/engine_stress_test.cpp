@@ -51,6 +51,10 @@ public:
         const std::scoped_lock held(lock_);
         return defaults_.text(key);
     }
+    [[nodiscard]] std::optional<std::vector<std::string>> texts(const std::string& key) const override {
+        const std::scoped_lock held(lock_);
+        return defaults_.texts(key);
+    }
     void apply(const Changes& changes) override {
         const std::scoped_lock held(lock_);
         defaults_.apply(changes);
@@ -117,6 +121,7 @@ TEST(EngineStress, WhateverIsAskedForTheVolumeIsBackInTheEnd) {
                 transcriber, std::make_shared<KeywordTranscriptScorer>(),
                 std::make_shared<ChangingScorer>()}),
             std::make_shared<LoopbackCapture>(queue("sordin.capture"), std::make_unique<BusySource>()),
+            std::make_shared<FakeApplicationStreams>(),
             std::make_shared<VolumeController>(queue("sordin.volume"), objects, defaults),
             std::make_shared<AudioProcessInspector>(*objects, directory),
             std::make_shared<AdHistoryFile>(folder / "history.json", queue("sordin.history")),

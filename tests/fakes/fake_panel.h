@@ -31,6 +31,8 @@ public:
         const char* item = "org.kde.StatusNotifierItem";
         bus_.connect({}, "/StatusNotifierItem", item, "NewIcon", this, SLOT(noteIcon()));
         bus_.connect({}, "/StatusNotifierItem", item, "NewToolTip", this, SLOT(noteTip()));
+        bus_.connect({}, "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "PropertiesChanged", this,
+                     SLOT(noteProperties(QString, QVariantMap, QStringList)));
     }
     ~FakePanel() override { leave(); }
     Q_DISABLE_COPY_MOVE(FakePanel)
@@ -53,6 +55,8 @@ public:
     [[nodiscard]] const std::vector<QString>& items() const { return items_; }
     [[nodiscard]] int iconChanges() const { return iconChanges_; }
     [[nodiscard]] int tipChanges() const { return tipChanges_; }
+    /// The last one of the icon for screen readers that it was told of.
+    [[nodiscard]] const QString& description() const { return description_; }
 
     [[nodiscard]] bool shows() const { return shows_; }
     [[nodiscard]] QStringList registered() const { return {items_.begin(), items_.end()}; }
@@ -63,6 +67,10 @@ public Q_SLOTS:
     void RegisterStatusNotifierHost(const QString& /*service*/) {}
     void noteIcon() { ++iconChanges_; }
     void noteTip() { ++tipChanges_; }
+    void noteProperties(const QString& /*interface*/, const QVariantMap& changed,
+                        const QStringList& /*unknown*/) {
+        description_ = changed.value("IconAccessibleDesc").toString();
+    }
 
 Q_SIGNALS:
     void StatusNotifierItemRegistered(const QString& item);
@@ -76,6 +84,7 @@ private:
     std::vector<QString> items_;
     int iconChanges_ = 0;
     int tipChanges_ = 0;
+    QString description_;
 };
 
 /// Hears what a menu tells of its changes.

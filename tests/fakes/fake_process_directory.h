@@ -17,6 +17,12 @@ struct FakeProcessDirectory final : ProcessDirectory {
         return found == applications.end() ? std::nullopt : std::optional(found->second);
     }
     [[nodiscard]] std::optional<ApplicationInfo> frontmostApplication() const override { return frontmost; }
+    [[nodiscard]] std::vector<std::string> applicationIds(const std::string& name) const override {
+        return {"id of " + name};
+    }
+    [[nodiscard]] std::string applicationName(const std::string& id) const override {
+        return id.starts_with("id of ") ? id.substr(6) : id;
+    }
     [[nodiscard]] std::int32_t ownProcessId() const override { return 1; }
 };
 

@@ -23,6 +23,9 @@ public:
     [[nodiscard]] std::optional<std::string> text(const std::string& key) const override {
         return typed<std::string>(key);
     }
+    [[nodiscard]] std::optional<std::vector<std::string>> texts(const std::string& key) const override {
+        return typed<std::vector<std::string>>(key);
+    }
 
     void apply(const Changes& changes) override {
         for (const auto& [key, value] : changes) {

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Any bytes as a sound model: refused, or a model that hears something and says what it may.
-#include "classifier/model_files.h"
+// Any bytes as a sound model or a speech mask: refused, or one that works and gives what it may.
+#include "classifier/mask_files.h"
 #include "classifier/network_sound_tagger.h"
 #include "classifier/sound_model_file.h"
+#include "classifier/speech_mask_file.h"
 #include "fuzz/require.h"
 
 #include <cmath>
@@ -43,15 +44,40 @@ void hear(const SoundModel& model) {
     require(results == 2);
 }
 
+void clean(const SpeechMaskModel& model) {
+    SpeechMask mask(model);
+    std::vector<float> samples(std::size_t{3} * model.window + 1);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i] = static_cast<float>(i * i % 257) / 257.0F - 0.5F;
+    }
+    std::vector<float> cleaned;
+    mask.process(samples, cleaned);
+    require(cleaned.size() == std::size_t{3} * model.window);
+}
+
+/// `rest` as a whole file, or as what is to be put into one.
+void useMask(bool whole, const Bytes& rest) {
+    try {
+        clean(readSpeechMask(whole ? rest : fileOf(rest, "SORDINVM"), "fuzz"));
+    } catch (const SpeechMaskError& error) {
+        require(std::string(error.what()).find('\n') == std::string::npos);
+    }
+}
+
 }  // namespace
 
-// The first byte says whether the rest is a whole file or what is to be put into one.
+// The first byte says whether the rest is a sound model (or, from 254 on, a speech mask), and a whole file (0
+// and 254) or what is to be put into one.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     if (size == 0) {
         return 0;
     }
     const auto given = std::as_bytes(std::span(bytes + 1, size - 1));
     const Bytes rest(given.begin(), given.end());
+    if (bytes[0] >= 254) {
+        useMask(bytes[0] == 254, rest);
+        return 0;
+    }
     try {
         const SoundModel model = readSoundModel(bytes[0] == 0 ? rest : fileOf(rest), "fuzz");
         if (quick(model)) {

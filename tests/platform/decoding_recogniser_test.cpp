@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "classifier/mask_files.h"
 #include "fakes/fake_speech.h"
 #include "platform/decoding_recogniser.h"
+#include "platform/masked_speech_decoder.h"
 #include "platform/on_device_transcriber.h"
+#include "random_seed.h"
 #include "sounds.h"
 #include "support/asio_serial_queue.h"
 #include "support/manual_serial_queue.h"
@@ -243,6 +246,25 @@ TEST_F(DecodingRecogniserTest, EndsThoughItsDecoderHangs) {
     hung.reset();
     EXPECT_TRUE(inTime);
     EXPECT_EQ(decoder->alive, 0);
+}
+
+TEST(MaskedSpeechDecoder, GivesTheDecoderAllSamplesThroughTheMaskForEachText) {
+    auto random = seededRandom();
+    SpeechMaskModel mask = smallMask(random);
+    mask.strength = 0;  // it only delays, by half a window
+    const auto script = std::make_shared<FakeSpeechDecoder::Script>();
+    MaskedSpeechDecoder decoder(std::make_unique<FakeSpeechDecoder>(script), mask);
+    for (const std::int16_t level : {std::int16_t{1'000}, std::int16_t{-32'767}}) {
+        const std::vector<std::int16_t> samples(333, level);
+        decoder.begin();
+        decoder.process(samples);
+        decoder.end();
+        ASSERT_GE(script->heard.size(), 365U);
+        for (std::size_t i = 0; i < 365; ++i) {
+            EXPECT_NEAR(script->heard[i], i < 32 ? 0 : level, 1) << i;
+        }
+    }
+    EXPECT_EQ(script->ended, 2);
 }
 
 }  // namespace

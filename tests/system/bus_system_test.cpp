@@ -47,6 +47,68 @@ TEST_F(BusSystemTest, ASecondStartAsksTheFirst) {
     EXPECT_EQ(secondStart({"--toggle"}), 1) << contentsOf(home / "second");
 }
 
+TEST_F(BusSystemTest, ItsStatusIsPrintedForPanels) {
+    EXPECT_EQ(secondStart({"--status"}), 1);
+    EXPECT_EQ(contentsOf(home / "second"), "sordin: is not running\n");
+    EXPECT_EQ(secondStart({"--json"}), 2);
+    std::vector<std::string> command{"/usr/bin/env"};
+    for (const std::string& variable : environment()) {
+        command.push_back(variable);
+    }
+    command.insert(command.end(), {SORDIN_PROGRAM, "--status", "--follow"});
+    ChildProcess follower(command, {.readOutput = true});
+    EXPECT_EQ(follower.readLine(deadline), "Not running");
+    enterAd();
+    std::vector<std::string> lines;
+    while (lines.empty() || !lines.back().starts_with("Ad detected, muted: ")) {
+        const auto line = follower.readLine(deadline);
+        ASSERT_TRUE(line) << "after " << lines.size();
+        lines.push_back(*line);
+    }
+    EXPECT_THAT(lines, testing::Contains(testing::StartsWith("Listening, ")));
+    EXPECT_EQ(secondStart({"--status", "--json"}), 0);
+    EXPECT_THAT(contentsOf(home / "second"), testing::HasSubstr(R"("text":"Ad detected, muted")"));
+    program.reset();
+    do {
+        lines.push_back(follower.readLine(deadline).value_or("Not running"));
+    } while (lines.back() != "Not running");
+    EXPECT_TRUE(follower.running()) << "it may be started again";
+    bus.reset();
+    EXPECT_EQ(follower.wait(deadline), 1);
+
+    bus.emplace();
+    std::string shell = "{";
+    for (const auto& word : command) {
+        shell += " '" + word + "'";
+    }
+    ChildProcess pipe({"sh", "-c", shell + "; echo ended >&2; } | head -n 1"}, {.log = home / "pipe"});
+    EXPECT_TRUE(comes([&] { return contentsOf(home / "pipe") == "Not running\nended\n"; }))
+        << contentsOf(home / "pipe");
+}
+
+TEST_F(BusSystemTest, CallsAndChosenApplicationsAreLeftAlone) {
+    enterAd();
+    {
+        const ChildProcess call({SORDIN_TONE_PLAYER, "440", "0.1", "role=Communication"},
+                                {.writeInput = true});
+        EXPECT_TRUE(becomes(1));
+        EXPECT_TRUE(comes([&] { return is("Call") == "tone_player"; }));
+        EXPECT_EQ(is("Status"), "listening");
+        EXPECT_EQ(is("AdActive"), false);
+    }
+    EXPECT_TRUE(becomes(0)) << "when it is over";
+    EXPECT_EQ(is("Call"), "");
+    const auto set = [this](const QVariant& ids) {
+        return call(id, path, "org.freedesktop.DBus.Properties", "Set",
+                    {ControlInterface::name, "IgnoredApplications", QVariant::fromValue(QDBusVariant(ids))})
+            .errorName();
+    };
+    EXPECT_EQ(set(QStringList{"pw-cat", "org.unknown"}), "");
+    EXPECT_TRUE(becomesSetting("ignoredApplications", {"pw-cat", "org.unknown"}));
+    EXPECT_TRUE(becomes(1));
+    EXPECT_TRUE(comes([&] { return is("AdActive") == false; }));
+}
+
 TEST_F(BusSystemTest, AnActionOfTheDesktopStartsTheProgram) {
     std::string exec = "/usr/bin/env";
     for (const std::string& variable : environment()) {

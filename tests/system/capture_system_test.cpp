@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/audio_process_inspector.h"
+#include "platform/call_detector.h"
 #include "platform/linux/desktop/linux_process_directory.h"
 #include "system/ear.h"
 #include "system/server_kind.h"
@@ -180,6 +181,106 @@ TEST_P(CaptureSystemTest, LoopbacksAndRemappedSinksAreHeardOnce) {
         const Player player = play({target});
         EXPECT_TRUE(ear->hears(fullLevel)) << target;
         EXPECT_TRUE(ear->keepsHearing(fullLevel, 1.5)) << target;
+    }
+}
+
+TEST_P(CaptureSystemTest, CallsAreToldFromOtherSound) {
+    begin();
+    const bool onPipeWire = GetParam() == ServerKind::pipeWire;
+    ASSERT_TRUE(onPipeWire
+                    ? outputOf({"pactl", "load-module", "module-null-sink", "sink_name=microphone",
+                                "media.class=Audio/Source/Virtual", "channel_map=mono"})
+                    : outputOf({"pactl", "load-module", "module-null-source", "source_name=microphone"}));
+    std::mutex mutex;
+    std::vector<ApplicationStream> streams;
+    audio->streams()->onChange([&](const auto& now) {
+        const std::scoped_lock lock(mutex);
+        streams = now;
+    });
+    const auto become = [&](std::size_t number, const std::optional<std::string>& caller) {
+        std::string seen;
+        const auto so = [&] {
+            const std::scoped_lock lock(mutex);
+            const auto call = callAmong(streams);
+            seen = call ? "a call:" : "no call:";
+            for (const ApplicationStream& stream : streams) {
+                seen += " " + stream.name +
+                        (stream.kind == ApplicationStream::Kind::records ? " records" : " plays");
+            }
+            return streams.size() == number && (call ? std::optional(call->name) : std::nullopt) == caller;
+        };
+        return (waitUntil(so, Ear::deadline) ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << seen;
+    };
+    const std::string name = onPipeWire ? "tone_player" : "pulse_tone_player";
+    {
+        const Player player = play();
+        EXPECT_TRUE(become(1, {}));
+        const ChildProcess recorder({"parec", "--device=microphone", "/dev/null"});
+        EXPECT_TRUE(become(2, {})) << "of another program";
+    }
+    {
+        Player player = play({"record=microphone"});
+        EXPECT_TRUE(become(2, name));
+        player.pause();
+        EXPECT_TRUE(become(1, {})) << "it only records";
+    }
+    {
+        const Player player = play({onPipeWire ? "role=Communication" : "role=phone"});
+        EXPECT_TRUE(become(1, name));
+    }
+    // What PulseAudio's protocol says holds on both servers.
+    for (const auto& [argument, number, caller] : {std::tuple("role=phone", 1U, true),
+                                                   {"record=microphone", 2U, true},
+                                                   {"record=test-sink-A.monitor", 1U, false}}) {
+        const Player player(ServerKind::pulseAudio, {argument});
+        EXPECT_TRUE(become(number, caller ? std::optional("pulse_tone_player") : std::nullopt)) << argument;
+    }
+    ASSERT_TRUE(
+        outputOf({"pactl", "load-module", "module-loopback", "source=microphone", "sink=test-sink-A"}));
+    std::optional<ChildProcess> effects;
+    if (onPipeWire) {
+        effects.emplace(std::vector<std::string>{"pw-loopback", "-C", "microphone", "-P", "test-sink-A"});
+    }
+    ear.emplace(*audio);
+    ASSERT_EQ(ear->start(), "");
+    const Player player = play();  // and heard, by which this program records
+    EXPECT_TRUE(ear->hears(fullLevel));
+    EXPECT_TRUE(become(1, {})) << "filters and this program are none";
+    audio->streams()->onChange({});
+}
+
+TEST_P(CaptureSystemTest, AnApplicationThatIsLeftOutIsNotRecorded) {
+    begin();
+    ASSERT_EQ(ear->start(), "");
+    const LinuxProcessDirectory directory;
+    const AudioProcessInspector inspector(*audio->objects(), directory);
+    const std::string name = GetParam() == ServerKind::pipeWire ? "tone_player" : "pulse_tone_player";
+    const auto recorded = [] {  // by this program
+        const auto recordings = GetParam() == ServerKind::pipeWire
+                                    ? outputOf({"pw-link", "--links"}).value_or("sordin:")
+                                    : outputOf({"pactl", "list", "source-outputs"}).value_or("Sordin");
+        return recordings.find("sordin:") != std::string::npos ||
+               recordings.find("Sordin") != std::string::npos;
+    };
+    const Player player = play();
+    EXPECT_TRUE(ear->hears(fullLevel));
+    EXPECT_TRUE(recorded());
+    for (const LeftOut& what : {LeftOut{false, {"something-else", name}}, LeftOut{true, {}}}) {
+        audio->streams()->leaveOut(what);
+        EXPECT_TRUE(ear->hears(0));
+        EXPECT_TRUE(waitUntil([&] { return !recorded(); }, Ear::deadline));
+        EXPECT_THAT(inspector.activeOutputApps(), IsEmpty());
+        ear->stop();
+        ear->forget();
+        ASSERT_EQ(ear->start(), "");
+        {
+            const Player later = play();
+            EXPECT_TRUE(ear->keepsHearing(0, 1.5)) << "nor one that comes later";
+            EXPECT_FALSE(recorded());
+        }
+        audio->streams()->leaveOut({false, {"something-else"}});
+        EXPECT_TRUE(ear->hears(fullLevel));
     }
 }
 

@@ -266,9 +266,15 @@ TEST_F(DesktopTest, ADisplayThatIsNotThereIsSaidAndLosingTheCompositorLeavesNoVo
 
 TEST_F(DesktopTest, AssistiveTechnologyReachesAndHearsEverything) {
     bus->offer("/usr/share/dbus-1/services/org.a11y.Bus.service");
-    display.emplace_back("QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1");
+    const auto readerRuns = [this](bool runs) {
+        return call("org.a11y.Bus", "/org/a11y/bus", "org.freedesktop.DBus.Properties", "Set",
+                    {"org.a11y.Status", "ScreenReaderEnabled", QVariant::fromValue(QDBusVariant(runs))})
+            .errorMessage();
+    };
+    ASSERT_EQ(readerRuns(false), "");
     listen();
     ASSERT_TRUE(mainComes());
+    ASSERT_EQ(readerRuns(true), "") << "it is started after the program";
     ChildProcess user({"/usr/bin/python3", SORDIN_USER}, {.log = home / "user"});
     ASSERT_TRUE(comes([&] { return !user.running(); }, 120s));
     EXPECT_EQ(user.wait(0s), 0) << contentsOf(home / "user");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// pulse_tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [target=SINK]
+// pulse_tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [target=SINK] [role=ROLE] [record=SOURCE]
 // Does through PulseAudio what tone_player does through PipeWire.
 #include "system/tone.h"
 
@@ -42,7 +42,17 @@ private:
 
     void play() {
         const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, Tone::rate, tone_.channels};
-        stream_ = pa_stream_new(context_, "tone", &format, nullptr);
+        pa_proplist* properties = pa_proplist_new();
+        if (!tone_.role.empty()) {
+            pa_proplist_sets(properties, PA_PROP_MEDIA_ROLE, tone_.role.c_str());
+        }
+        stream_ = pa_stream_new_with_proplist(context_, "tone", &format, nullptr, properties);
+        pa_proplist_free(properties);
+        if (!tone_.source.empty()) {
+            pa_stream* recorder = pa_stream_new(context_, "recording", &format, nullptr);
+            pa_stream_set_read_callback(recorder, onRecorded, nullptr);
+            pa_stream_connect_record(recorder, tone_.source.c_str(), nullptr, PA_STREAM_NOFLAGS);
+        }
         pa_stream_set_write_callback(stream_, onWrite, this);
         pa_stream_set_state_callback(
             stream_,
@@ -65,6 +75,14 @@ private:
         std::vector<float> samples(bytes / sizeof(float));
         of(data).tone_.fill(samples);
         pa_stream_write(stream, samples.data(), samples.size() * sizeof(float), nullptr, 0, PA_SEEK_RELATIVE);
+    }
+
+    static void onRecorded(pa_stream* stream, std::size_t /*bytes*/, void* /*data*/) {
+        const void* samples = nullptr;
+        std::size_t bytes = 0;
+        while (pa_stream_peek(stream, &samples, &bytes) >= 0 && bytes > 0) {
+            pa_stream_drop(stream);
+        }
     }
 
     static void onInput(pa_mainloop_api* /*api*/, pa_io_event* /*event*/, int descriptor,

@@ -11,7 +11,7 @@
 namespace sordin {
 
 /// A sine, 48 kHz, as the arguments of a player say: FREQUENCY AMPLITUDE [left-only] [channels=1]
-/// [target=SINK].
+/// [target=SINK] [role=ROLE] [record=SOURCE].
 class Tone {
 public:
     static constexpr std::uint32_t rate = 48'000;
@@ -26,6 +26,10 @@ public:
                 channels = 1;
             } else if (argument.starts_with("target=")) {
                 target = argument.substr(7);
+            } else if (argument.starts_with("role=")) {
+                role = argument.substr(5);
+            } else if (argument.starts_with("record=")) {
+                source = argument.substr(7);
             }
         }
     }
@@ -43,6 +47,8 @@ public:
 
     std::uint8_t channels = 2;
     std::string target;  ///< empty: where the server sends it
+    std::string role;    ///< of the stream; empty for none
+    std::string source;  ///< what the player records all the while; empty for nothing
 
 private:
     const double step_;

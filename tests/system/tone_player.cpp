@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [target=SINK]
+// tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [target=SINK] [role=ROLE] [record=SOURCE]
 // Plays a sine through PipeWire until its stdin ends. Lines "pause" and "play" on stdin do that. Says
 // "streaming" whenever it plays.
 #include "system/input_lines.h"
@@ -21,10 +21,22 @@ struct TonePlayer {
         if (!tone.target.empty()) {
             pw_properties_set(properties, PW_KEY_TARGET_OBJECT, tone.target.c_str());
         }
+        if (!tone.role.empty()) {
+            pw_properties_set(properties, PW_KEY_MEDIA_ROLE, tone.role.c_str());
+        }
         events.version = PW_VERSION_STREAM_EVENTS;
         events.state_changed = stateChanged;
         events.process = process;
         stream = pw_stream_new_simple(pw_main_loop_get_loop(loop), "tone", properties, &events, this);
+        if (!tone.source.empty()) {
+            recorderEvents.version = PW_VERSION_STREAM_EVENTS;
+            recorderEvents.process = drop;
+            recorder = pw_stream_new_simple(
+                pw_main_loop_get_loop(loop), "recording",
+                pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Capture",
+                                  PW_KEY_TARGET_OBJECT, tone.source.c_str(), nullptr),
+                &recorderEvents, this);
+        }
     }
 
     [[nodiscard]] bool connect() const {
@@ -40,8 +52,17 @@ struct TonePlayer {
         const spa_pod* parameter = spa_format_audio_raw_build(&builder, SPA_PARAM_EnumFormat, &format);
         const auto flags = static_cast<pw_stream_flags>(
             PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_MAP_BUFFERS | PW_STREAM_FLAG_RT_PROCESS);
-        return stream != nullptr &&
+        return (recorder == nullptr ||
+                pw_stream_connect(recorder, PW_DIRECTION_INPUT, PW_ID_ANY, flags, &parameter, 1) == 0) &&
+               stream != nullptr &&
                pw_stream_connect(stream, PW_DIRECTION_OUTPUT, PW_ID_ANY, flags, &parameter, 1) == 0;
+    }
+
+    static void drop(void* data) {
+        pw_stream* recorder = static_cast<TonePlayer*>(data)->recorder;
+        while (pw_buffer* buffer = pw_stream_dequeue_buffer(recorder)) {
+            pw_stream_queue_buffer(recorder, buffer);
+        }
     }
 
     static void stateChanged(void* data, pw_stream_state /*old*/, pw_stream_state state, const char* error) {
@@ -73,7 +94,9 @@ struct TonePlayer {
     Tone tone;  // once it plays only the thread of process() uses it
     pw_main_loop* loop = pw_main_loop_new(nullptr);
     pw_stream* stream = nullptr;
+    pw_stream* recorder = nullptr;  // while it records too
     pw_stream_events events{};
+    pw_stream_events recorderEvents{};
 };
 
 }  // namespace

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-// ui_pictures FOLDER: pictures of every view in every state that looks different, in both looks. For people
-// to look at; QT_SCALE_FACTOR=2 makes them of twice the size.
+// ui_pictures FOLDER: pictures of every view in every state that looks different, light and dark; then of the
+// views that are short of room, in all the usual font sizes, with the longer texts of another language, and
+// in other locales. For people to look at; QT_SCALE_FACTOR=2 doubles their size.
 #include "ui/ui_engine.h"
+#include "ui/wording/wording_catalogue.h"
 #include "ui_fixture.h"
 
 #include <QGuiApplication>
@@ -12,6 +14,22 @@
 namespace sordin {
 namespace {
 
+/// Doubles every vowel: texts a third longer, as in German or Finnish, which can still be read.
+class LongerTexts : public QTranslator {
+public:
+    LongerTexts() { static_cast<void>(wording_.read(":/wording/linux.ts")); }
+    [[nodiscard]] bool isEmpty() const override { return false; }
+    [[nodiscard]] QString translate(const char* context, const char* sourceText,
+                                    const char* /*disambiguation*/, int /*n*/) const override {
+        const QString replaced = wording_.translate(context, sourceText, nullptr, -1);
+        QString text = replaced.isNull() ? QString::fromUtf8(sourceText) : replaced;
+        return text.replace(QRegularExpression("([aeiou])"), "\\1\\1");
+    }
+
+private:
+    WordingCatalogue wording_;
+};
+
 class Pictures : public UiTest {
 public:
     explicit Pictures(QString pictures) : pictures_(std::move(pictures)) {}
@@ -20,18 +38,43 @@ public:
     void make() {
         wallClock = currentReferenceDate() - 600;  // the test's time moves on while it listens
         for (const bool dark : {false, true}) {
-            ui_.appearance().force(dark);
-            look_ = dark ? "dark" : "light";
+            use(10, dark, "");
             listening();
             empty();
             full();
             inAd();
             troubles();
             onboarding();
+            for (const int points : {11, 12, 13, 15}) {
+                use(points, dark, QString("-%1pt").arg(points));
+                crowded();
+            }
+        }
+        LongerTexts longer;
+        QCoreApplication::installTranslator(&longer);
+        for (const int points : {10, 13}) {
+            use(points, false, QString("-%1pt-long").arg(points));
+            crowded();
+        }
+        QCoreApplication::removeTranslator(&longer);
+        for (const char* locale : {"fi_FI", "ja_JP", "hu_HU", "ar_EG"}) {
+            QLocale::setDefault(QLocale(QLatin1String(locale)));
+            use(10, false, QString("-") + locale);
+            listening();
+            full();
         }
     }
 
 private:
+    void use(int points, bool dark, const QString& name) {
+        window_.reset();
+        ui_.reset();
+        QFont font = QGuiApplication::font();
+        font.setPointSize(points);
+        QGuiApplication::setFont(font);
+        ui_.emplace().appearance().force(dark);
+        look_ = (dark ? "dark" : "light") + name;
+    }
     void take(const QString& name) {
         QTest::qWait(400);  // what moves has come to rest
         window_->grabWindow().save(pictures_ + "/" + look_ + "-" + name + ".png");
@@ -40,9 +83,9 @@ private:
         window_ = std::move(window);
         window_->show();
     }
-    void openMain() { open(ui_.mainWindow(*engine)); }
+    void openMain() { open(ui_->mainWindow(*engine)); }
     void takePanel(const QString& name) {
-        open(ui_.panel(*engine));
+        open(ui_->panel(*engine));
         take(name);
     }
     void takePage(int index, const QString& name) {
@@ -97,7 +140,7 @@ private:
         takePage(1, "timeline-empty");
         takePage(2, "apps-empty");
     }
-    void full() {
+    void fillHistory() {
         using EventKind = AdEvent::Kind;
         AdHistory history;
         const std::array apps{"Web Browser", "Music", "Podcasts",
@@ -109,7 +152,11 @@ private:
                                                  : EventKind::muted));
         }
         history[3].reasons.clear();
+        history[4].app = QString::fromUtf8("راديو (1)");
         engine->setHistory(history);
+    }
+    void full() {
+        fillHistory();
         openMain();
         const std::array names{"live", "timeline", "apps", "test", "settings"};
         for (int index = 1; index < 5; ++index) {
@@ -117,6 +164,10 @@ private:
         }
         window_->resize(780, 540);
         takePage(1, "timeline-smallest");
+        const auto* strip = window_->findChild<QQuickItem*>("strip");
+        QTest::mouseMove(window_.get(),
+                         strip->mapToScene({strip->width() * (1 - 4200.0 / (6 * 3600)), 10}).toPoint());
+        take("timeline-tip");
         takePage(4, "settings-smallest");
         takePage(3, "test-smallest");
         QTest::keyClick(window_.get(), Qt::Key_Tab);
@@ -153,18 +204,38 @@ private:
         openMain();
         for (const bool granted : {false, true}) {
             grant(granted);
-            engine->setOnboardingComplete(false);
-            for (int step = 0; step < 4; ++step) {
-                window_->findChild<QObject*>("sheet")->setProperty("step", step);
-                take(QString("onboarding-%1%2").arg(step).arg(granted ? "" : "-missing"));
-            }
-            engine->setOnboardingComplete(true);
+            takeGuide(granted ? "" : "-missing");
         }
+    }
+    void takeGuide(const QString& name) {
+        engine->setOnboardingComplete(false);
+        for (int step = 0; step < 4; ++step) {
+            window_->findChild<QObject*>("sheet")->setProperty("step", step);
+            take(QString("onboarding-%1%2").arg(step).arg(name));
+        }
+        engine->setOnboardingComplete(true);
+    }
+    /// The smallest window with as much in it as there can be.
+    void crowded() {
+        start();
+        fillHistory();
+        grant(false);
+        openMain();
+        window_->resize(780, 540);
+        for (int index = 0; index < 5; ++index) {
+            takePage(index, QString("page-%1").arg(index));
+        }
+        takeGuide("");
+        grant(true);
+        start();
+        hearSignals(6, 0.9F);
+        takePage(0, "ad");
+        takePanel("panel");
     }
 
     QString pictures_;
     QString look_;
-    UiEngine ui_;
+    std::optional<UiEngine> ui_;
     std::unique_ptr<QQuickWindow> window_;
 };
 

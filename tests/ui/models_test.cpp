@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ui/model/ad_history_model.h"
 #include "ui/model/app_stats_model.h"
+#include "ui/model/history_clearing.h"
 #include "ui/model/signals_model.h"
 #include "ui_fixture.h"
 
@@ -74,42 +75,41 @@ TEST_F(ModelsTest, HistoryListsTestsOnlyIfWanted) {
     EXPECT_FALSE(simulated.data(AdHistoryModel::realRole).toBool());
     EXPECT_EQ(real.data(AdHistoryModel::confidenceRole).toInt(), 85) << "truncated";
     EXPECT_EQ(simulated.data(AdHistoryModel::durationRole).toString(), "6s");
-    EXPECT_TRUE(real.data(AdHistoryModel::detailsRole).toString().endsWith(" · Audio, Keywords"));
-    AdEvent plain = adAgo("Plain", 0, 1);
+    const QString details = real.data(AdHistoryModel::detailsRole).toString();
+    EXPECT_TRUE(details.endsWith(" · Audio, Keywords"));
+    EXPECT_EQ(model.summary(0),
+              "Another, 1s, " + details.section(" · ", 0, 0) + " · Audio, Keywords, Muted, 85% conf.");
+    EXPECT_EQ(model.summary(-1), "");
+    AdEvent plain = adAgo(QString::fromUtf8("راديو"), 0, 1);
     plain.reasons.clear();
     add(plain);
     EXPECT_TRUE(model.index(0).data(AdHistoryModel::detailsRole).toString().endsWith(" · –"));
+    EXPECT_FALSE(model.summary(0).isRightToLeft()) << "the order of its parts stays";
 }
 
-TEST_F(ModelsTest, AClearedHistoryComesBackForAsLongAsNothingIsNew) {
-    AdHistoryModel model;
-    const QAbstractItemModelTester tester(&model, Mode::Fatal);
-    model.setEngine(engine.get());
-    EXPECT_FALSE(model.canClear());
-    model.clear();
-    EXPECT_FALSE(model.canUndo()) << "there was nothing";
+TEST_F(ModelsTest, AClearedHistoryComesBackBehindWhatIsNew) {
+    HistoryClearing clearing;
+    clearing.setEngine(engine.get());
+    EXPECT_FALSE(clearing.canClear());
+    clearing.clear();
+    EXPECT_FALSE(clearing.canUndo()) << "there was nothing";
 
     const auto kept = [this] { return AdHistoryFile(folder / "Sordin/history.json", historyQueue).load(); };
     const AdHistory before{adAgo("B", 60, 10), adAgo("A", 120, 10, EventKind::testOnly)};
     engine->setHistory(before);
-    model.setShowTests(false);
-    model.clear();
+    clearing.clear();
     settle();
-    EXPECT_TRUE(engine->history().empty()) << "those that are not listed too";
+    EXPECT_TRUE(engine->history().empty());
     EXPECT_TRUE(kept().empty());
-    EXPECT_TRUE(model.canUndo());
-    EXPECT_FALSE(model.canClear());
-    model.undoClear();
+    EXPECT_TRUE(clearing.canUndo());
+    EXPECT_FALSE(clearing.canClear());
+    const AdEvent recent = adAgo("New", 1, 1);
+    add(recent);
+    clearing.undo();
     settle();
-    EXPECT_EQ(engine->history(), before);
-    EXPECT_EQ(kept(), before);
-    EXPECT_FALSE(model.canUndo());
-
-    model.clear();
-    add(adAgo("New", 1, 1));
-    EXPECT_FALSE(model.canUndo());
-    model.undoClear();
-    EXPECT_THAT(apps(model), ElementsAre("New"));
+    EXPECT_EQ(engine->history(), (AdHistory{recent, before[0], before[1]}));
+    EXPECT_EQ(kept(), engine->history());
+    EXPECT_FALSE(clearing.canUndo());
 }
 
 TEST_F(ModelsTest, StatisticsSayHowMuchCameFromWhere) {
@@ -128,6 +128,19 @@ TEST_F(ModelsTest, StatisticsSayHowMuchCameFromWhere) {
     EXPECT_EQ(browser.data(AppStatsModel::detailsRole).toString(), "Average 20s · last yesterday");
     engine->setHistory({adAgo("Radio", 60, 0)});
     EXPECT_EQ(model.index(0).data(AppStatsModel::shareRole).toDouble(), 0) << "no time at all, not a fault";
+
+    engine->setIgnored("Radio", true);
+    engine->setIgnored("Phone", true);
+    EXPECT_THAT(apps(model), ElementsAre("Radio", "Phone"));
+    for (const int row : {0, 1}) {
+        EXPECT_EQ(model.index(row).data(AppStatsModel::ignoredRole), true);
+    }
+    EXPECT_EQ(model.index(1).data(AppStatsModel::summaryRole), "");
+    EXPECT_EQ(model.index(1).data(AppStatsModel::detailsRole), "");
+    engine->setIgnored("Phone", false);
+    engine->setIgnored("Radio", false);
+    EXPECT_THAT(apps(model), ElementsAre("Radio"));
+    EXPECT_EQ(model.index(0).data(AppStatsModel::ignoredRole), false);
 }
 
 TEST_F(ModelsTest, SignalsKeepTheirRows) {

@@ -25,7 +25,7 @@ struct FakeStatusItem final : StatusItem {
     }
     void choose(const QString& name) const {
         const auto triggered = entry(name).triggered;  // the menu is another when it returns
-        triggered();
+        triggered("token");
     }
 
     QString symbol;
@@ -38,12 +38,13 @@ protected:
     FakeStatusItem item;
     bool atLogin = false;
     std::vector<std::string> chosen;
-    StatusPresenter presenter{*engine,
-                              item,
-                              {[this] { chosen.emplace_back("panel"); },
-                               [this] { chosen.emplace_back("main"); },
-                               [this] { chosen.emplace_back("quit"); }, [this] { return atLogin; },
-                               [this](bool active) { atLogin = active; }}};
+    StatusPresenter presenter{
+        *engine,
+        item,
+        {[this](const QString& token) { chosen.push_back("panel " + token.toStdString()); },
+         [this](const QString& token) { chosen.push_back("main " + token.toStdString()); },
+         [this] { chosen.emplace_back("quit"); }, [this] { return atLogin; },
+         [this](bool active) { atLogin = active; }}};
 };
 
 TEST_F(StatusPresenterTest, TheIconFollowsTheEngine) {
@@ -56,6 +57,16 @@ TEST_F(StatusPresenterTest, TheIconFollowsTheEngine) {
     EXPECT_EQ(item.symbol, "speaker.slash.fill");
     EXPECT_EQ(item.text, "Ad detected, muted");
     hearAdEnd();
+    streams->changed({{ApplicationStream::Kind::playsCall, "9", {}, "Phone"}});
+    settle();
+    pass(1);
+    EXPECT_EQ(item.symbol, "waveform");
+    EXPECT_EQ(item.text, "A call is on: Phone");
+    EXPECT_EQ(item.menu[0].text, "Listening");
+    EXPECT_EQ(item.menu[1].text, item.text);
+    streams->changed({});
+    settle();
+    pass(1);
     engine->setTestMode(true);
     EXPECT_EQ(item.text, "Listening (test mode)");
     engine->setIsEnabled(false);
@@ -76,7 +87,7 @@ TEST_F(StatusPresenterTest, TheMenuReachesEverything) {
     for (const auto* name : {"Show Panel", "Open Sordin", "Quit"}) {
         item.choose(name);
     }
-    EXPECT_THAT(chosen, ElementsAre("panel", "main", "quit"));
+    EXPECT_THAT(chosen, ElementsAre("panel token", "main token", "quit"));
 
     EXPECT_TRUE(item.entry("Enabled").checked);
     item.choose("Enabled");
@@ -100,6 +111,30 @@ TEST_F(StatusPresenterTest, TheMenuReachesEverything) {
     EXPECT_TRUE(item.entry("Start at Login").checked);
     item.choose("Start at Login");
     EXPECT_FALSE(atLogin);
+}
+
+TEST(PanelPlace, TheIconIsWhereADesktopSaysUnlessThePointerKnowsBetter) {
+    const QRect screen(0, 0, 1280, 800);
+    const QRect free = screen.adjusted(0, 60, 0, 0);
+    struct Case {
+        QPoint told;
+        std::optional<QPoint> pointer;
+        QPoint icon;
+    };
+    for (const auto& [told, pointer, icon] : {
+             Case{{640, 10}, QPoint(650, 12), {640, 10}},
+             Case{{640, 55}, QPoint(300, 500), {640, 55}},    // chosen with the keyboard
+             Case{{640, 790}, QPoint(300, 500), {640, 790}},  // in a bar that takes no room
+             Case{{0, 27}, QPoint(1100, 14), {1100, 14}},     // the left end of the bar
+             Case{{550, 5}, QPoint(1100, 14), {1100, 14}},    // in units of something else
+             Case{{550, 400}, QPoint(600, 790), {600, 790}},
+             Case{{}, QPoint(600, 790), {600, 790}},
+             Case{{640, 10}, std::nullopt, {640, 10}},
+             Case{{}, std::nullopt, {1279, 0}},
+         }) {
+        EXPECT_EQ(iconPlace(told, pointer, screen, free), icon) << told.x() << ' ' << told.y();
+    }
+    EXPECT_EQ(iconPlace({}, std::nullopt, screen, screen.adjusted(0, 0, 0, -30)), QPoint(1279, 799));
 }
 
 TEST(PanelPlace, IsWholeBesideTheIconWhereverTheBarIs) {

@@ -3,6 +3,7 @@
 #include "ui/ui_engine.h"
 #include "ui_fixture.h"
 
+#include <QAccessible>
 #include <QQuickItem>
 #include <QTest>
 
@@ -59,6 +60,7 @@ protected:
         return found != nullptr && found->isVisible();
     }
     void click(QQuickItem* target) {
+        window->grabWindow();  // puts everything where it belongs
         const QPointF centre = target->mapToScene({target->width() / 2, target->height() / 2});
         QTest::mouseClick(window.get(), Qt::LeftButton, {}, centre.toPoint());
         settle();
@@ -81,12 +83,32 @@ TEST_F(ViewsTest, TheLivePageSaysWhatIsGoingOn) {
     EXPECT_FALSE(shown("permissionNotice"));
     EXPECT_FALSE(shown("transcriptCard"));
     EXPECT_EQ(textOf("threshold"), "Mute threshold 57%") << "truncated";
+    window->grabWindow();
+    const double height = item("statusCard")->height();
     hearAdBegin();
+    window->grabWindow();
+    EXPECT_EQ(item("statusCard")->height(), height) << "nothing moves when an ad begins";
     EXPECT_EQ(textOf("statusText"), "Ad detected, muted");
     EXPECT_EQ(textOf("source"), "Source: Radio");
     EXPECT_TRUE(shown("source"));
     EXPECT_EQ(item("statusSymbol")->property("name").toString(), "speaker.slash.fill");
     EXPECT_EQ(textOf("confidence"), "89%") << "0.9 in single precision, truncated";
+    item("restore")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    EXPECT_EQ(window->activeFocusItem(), item("enabled")) << "the button hides";
+    EXPECT_FALSE(shown("restore"));
+    EXPECT_TRUE(engine->adActive());
+    streams->changed({{ApplicationStream::Kind::playsCall, "9", {}, "Phone"}});
+    settle();
+    pass(1);
+    window->grabWindow();
+    EXPECT_EQ(textOf("statusText"), "Listening");
+    EXPECT_EQ(textOf("call"), "A call is on: Phone");
+    EXPECT_EQ(item("statusCard")->height(), height);
+    streams->changed({});
+    settle();
+    pass(1);
+    EXPECT_FALSE(shown("call"));
 
     click("enabled");
     EXPECT_FALSE(engine->isEnabled());
@@ -95,8 +117,13 @@ TEST_F(ViewsTest, TheLivePageSaysWhatIsGoingOn) {
     EXPECT_TRUE(item("enabled")->property("checked").toBool()) << "it still follows";
 
     item("sensitivity")->forceActiveFocus();
+    engine->setSensitivity(0.573);
     press(Qt::Key_Right);
-    EXPECT_NEAR(engine->sensitivity(), 0.55, 1e-9);
+    EXPECT_EQ(engine->sensitivity(), 0.6) << "whole percents, from wherever the pointer left it";
+    for (int i = 0; i < 5; ++i) {
+        press(Qt::Key_Left);
+    }
+    EXPECT_EQ(engine->sensitivity(), 0.35) << "what is shown is truncated: no error adds up";
     press(Qt::Key_Home);
     EXPECT_EQ(engine->sensitivity(), 0);
     press(Qt::Key_Left);
@@ -105,25 +132,28 @@ TEST_F(ViewsTest, TheLivePageSaysWhatIsGoingOn) {
     EXPECT_EQ(item("sensitivity")->property("value").toDouble(), 0.7);
 }
 
-TEST_F(ViewsTest, AMissingPermissionCanBeAskedForWhereItIsMissed) {
-    permissions->granted = false;
-    engine->refreshAccess();
+TEST_F(ViewsTest, TroubleOffersWhatHelps) {
     openWindow();
-    ASSERT_TRUE(shown("permissionNotice"));
+    capture->completion(SystemAudioCapture::Failure(SystemAudioCapture::Error::unreachable));
+    settle();
+    EXPECT_FALSE(shown("permissionNotice") || shown("grant"));
     const int starts = capture->starts;
-    permissions->grantedWhenAsked = true;
+    click("retry");
+    EXPECT_EQ(capture->starts, starts + 1);
+    beginListening();
+    EXPECT_FALSE(shown("retry"));
+
+    permissions->granted = false;
+    permissions->hasSettings = false;
+    engine->refreshAccess();
+    EXPECT_TRUE(shown("permissionNotice") && shown("retry"));
+    EXPECT_FALSE(shown("settingsHint"));
     click("grant");
     EXPECT_EQ(permissions->opened, std::vector<std::string>{"Privacy_ScreenCapture"});
-    EXPECT_FALSE(shown("permissionNotice"));
-    engine->setIsEnabled(false);
-    settle();
-    permissions->granted = false;
-    engine->refreshAccess();
-    engine->setIsEnabled(true);
-    settle();
-    permissions->granted = true;
-    click("retry");
-    EXPECT_GT(capture->starts, starts);
+    EXPECT_TRUE(shown("settingsHint")) << "nothing was opened";
+    permissions->grantedWhenAsked = true;
+    click("grant");
+    EXPECT_FALSE(shown("permissionNotice") || shown("settingsHint"));
 
     item("sidebar")->setProperty("currentIndex", 4);
     permissions->granted = false;
@@ -131,9 +161,10 @@ TEST_F(ViewsTest, AMissingPermissionCanBeAskedForWhereItIsMissed) {
     click("refresh");
     QQuickItem* speech = find("grant", item("speech"));
     ASSERT_TRUE(speech->isVisible() && find("grant", item("screen"))->isVisible());
+    click(find("grant", item("screen")));
     recogniser->permitted = true;
     click(speech);
-    EXPECT_TRUE(engine->speechAccess());
+    EXPECT_TRUE(engine->screenAccess() && engine->speechAccess());
     EXPECT_FALSE(find("grant", item("speech"))->isVisible());
 }
 
@@ -144,16 +175,15 @@ TEST_F(ViewsTest, TheHistoryIsListedFilteredClearedAndBroughtBack) {
     engine->setHistory({adAgo("Radio", 60, 6, EventKind::simulated), adAgo("Radio", 120, 30)});
     EXPECT_FALSE(shown("noAds"));
     EXPECT_EQ(item("list")->property("count").toInt(), 2);
-    QTest::qWait(50);  // the rows are made when they are drawn
-    window->grabWindow();
     click("showTests");
     EXPECT_EQ(item("list")->property("count").toInt(), 1);
     click("clear");
     EXPECT_TRUE(engine->history().empty());
     EXPECT_TRUE(shown("noAds"));
-    ASSERT_TRUE(shown("undoBar"));
     EXPECT_TRUE(item("undo")->hasActiveFocus()) << "for the keyboard";
-    window->grabWindow();
+    item("sidebar")->setProperty("currentIndex", 0);
+    item("sidebar")->setProperty("currentIndex", 1);
+    ASSERT_TRUE(shown("undoBar")) << "also after a look at another page";
     click("undo");
     EXPECT_EQ(engine->history().size(), 2U);
     EXPECT_FALSE(shown("undoBar"));
@@ -165,13 +195,20 @@ TEST_F(ViewsTest, TheHistoryIsListedFilteredClearedAndBroughtBack) {
     EXPECT_EQ(textOf("ago"), "1 h ago");
     press(Qt::Key_Right);
     EXPECT_EQ(textOf("ago"), "6 h ago") << "by keys";
+
+    QQuickItem* strip = item("strip");
+    window->grabWindow();
+    QTest::mouseMove(window.get(), strip->mapToScene({strip->width() - 2, 5}).toPoint());
+    ASSERT_TRUE(QTest::qWaitFor([this] { return shown("tip"); }));
+    EXPECT_THAT(textOf("tip"), testing::MatchesRegex("Radio, 30s, .* · Audio, Keywords, Muted, 85% conf\\."));
+    EXPECT_GE(item("tip")->y(), strip->height()) << "not over the marks";
     item("sidebar")->setProperty("currentIndex", 2);
     EXPECT_FALSE(shown("noStatistics"));
     item("sidebar")->setProperty("currentIndex", 1);
     EXPECT_TRUE(item("showTests")->property("checked").toBool()) << "each visit starts anew";
 }
 
-TEST_F(ViewsTest, FiveHundredAdsAreNotFiveHundredRows) {
+TEST_F(ViewsTest, FiveHundredAdsAreOneListThatScrollsWithItsPage) {
     AdHistory history;
     for (int i = 0; i < 500; ++i) {
         history.push_back(adAgo("Radio", 60.0 * i, 10));
@@ -179,11 +216,19 @@ TEST_F(ViewsTest, FiveHundredAdsAreNotFiveHundredRows) {
     engine->setHistory(history);
     openPage(1);
     window->grabWindow();
-    EXPECT_LT(find("list")->findChildren<QQuickItem*>().size(), 600) << "a row has a dozen parts";
+    QQuickItem* list = item("list");
+    EXPECT_LT(list->findChildren<QQuickItem*>().size(), 600) << "a row has a dozen parts";
+    const auto topOf = [this](const char* name) { return item(name)->mapToScene({}).y(); };
+    const double strip = topOf("strip");
+    EXPECT_GT(strip, 100) << "the list begins with what is above it";
+    const double clear = topOf("clear");
     press(Qt::Key_PageDown);
-    EXPECT_GT(item("detail")->property("contentY").toDouble(), 0) << "the end of the page";
-    press(Qt::Key_PageUp);
-    EXPECT_EQ(item("detail")->property("contentY").toDouble(), 0);
+    EXPECT_LT(topOf("strip"), strip - 200);
+    EXPECT_EQ(topOf("clear"), clear) << "stays within reach";
+    EXPECT_EQ(item("detail")->property("contentY").toDouble(), 0) << "one scroller";
+    press(Qt::Key_Tab);
+    EXPECT_GT(topOf("range"), 0) << "what has the focus is in sight";
+    EXPECT_EQ(list->width(), item("strip")->width() + 32) << "rows end where the strip does";
 }
 
 TEST_F(ViewsTest, TheTestPageTriesAndForgets) {
@@ -208,6 +253,16 @@ TEST_F(ViewsTest, TheTestPageTriesAndForgets) {
     recogniser->permitted = false;
     engine->refreshAccess();
     EXPECT_TRUE(shown("noSpeech"));
+    EXPECT_FALSE(shown("forgotten"));
+    click("forget");
+    EXPECT_TRUE(shown("forgotten"));
+
+    QQuickItem* transcript = item("testTranscript");
+    transcript->setProperty("words", QString("some words ").repeated(100) + "and the last");
+    EXPECT_EQ(transcript->property("lineCount").toInt(), 4);
+    EXPECT_THAT(textOf("testTranscript"), testing::MatchesRegex("… .* words and the last"));
+    transcript->setProperty("words", "a few");
+    EXPECT_EQ(textOf("testTranscript"), "a few");
 }
 
 TEST_F(ViewsTest, SettingsChangeTheEngine) {
@@ -224,10 +279,15 @@ TEST_F(ViewsTest, SettingsChangeTheEngine) {
     QTest::mouseClick(window.get(), Qt::LeftButton, {},
                       duck->mapToScene({duck->width() * 0.33, duck->height() / 2}).toPoint());
     EXPECT_EQ(engine->duckPercent(), 15) << "in steps";
+    const auto* range = QAccessible::queryAccessibleInterface(duck)->valueInterface();
+    EXPECT_EQ(range->minimumValue().toDouble(), 0);
+    EXPECT_EQ(range->maximumValue().toDouble(), 50);
     click("transcription");
     EXPECT_FALSE(engine->transcriptionEnabled());
     click("tunedDetection");
     EXPECT_TRUE(engine->tunedDetection());
+    click("pauseInCalls");
+    EXPECT_FALSE(engine->pauseInCalls());
     EXPECT_FALSE(find("sheet") != nullptr &&
                  window->findChild<QObject*>("sheet")->property("visible").toBool());
     click("onboarding");
@@ -245,16 +305,21 @@ TEST_F(ViewsTest, TheGuideIsFinishedByItsLastButtonAlone) {
     QTest::mouseClick(window.get(), Qt::LeftButton, {}, QPoint(5, 5));
     EXPECT_FALSE(engine->onboardingComplete());
     EXPECT_TRUE(sheet->property("visible").toBool());
+    EXPECT_FALSE(shown("enabled") || item("sidebar")->isEnabled())
+        << "behind it nothing can be used by any means";
     EXPECT_EQ(textOf("sheetTitle"), "Welcome to Sordin");
     EXPECT_FALSE(shown("back"));
     click("primary");
     EXPECT_EQ(textOf("sheetTitle"), "System audio permission");
     EXPECT_EQ(textOf("permission"), "Permission granted");
+    EXPECT_FALSE(shown("reopen"));
     permissions->granted = false;
+    permissions->hasSettings = false;
     click("recheck");
     EXPECT_EQ(textOf("permission"), "Not granted yet");
+    EXPECT_TRUE(shown("reopen"));
     click("openSettings");
-    EXPECT_EQ(permissions->opened.size(), 1U);
+    EXPECT_TRUE(shown("settingsHint"));
     permissions->grantedWhenAsked = true;
     click("request");
     EXPECT_EQ(textOf("permission"), "Permission granted");
@@ -263,7 +328,7 @@ TEST_F(ViewsTest, TheGuideIsFinishedByItsLastButtonAlone) {
     press(Qt::Key_Return);
     press(Qt::Key_Return);
     EXPECT_EQ(textOf("sheetTitle"), "Speech recognition (optional)");
-    EXPECT_FALSE(shown("noPrompt"));
+    EXPECT_FALSE(shown("noPrompt") || shown("skip"));
     click("primary");
     EXPECT_EQ(textOf("primary"), "Start listening");
     EXPECT_FALSE(engine->onboardingComplete());
@@ -275,6 +340,39 @@ TEST_F(ViewsTest, TheGuideIsFinishedByItsLastButtonAlone) {
     EXPECT_EQ(sheet->property("step").toInt(), 0) << "from the beginning again";
     engine->setIsEnabled(true);
     settle();
+}
+
+TEST_F(ViewsTest, NothingOfTheGuideOrThePanelIsOutOfReachInLargeType) {
+    const QFont usual = QGuiApplication::font();
+    QFont large = usual;
+    large.setPointSize(15);
+    QGuiApplication::setFont(large);
+    UiEngine largeUi;
+    wallClock = currentReferenceDate();
+    engine->setHistory({adAgo("Radio", 0, 10'000)});
+    beginListening();
+    hearAdBegin();
+    window = largeUi.panel(*engine);
+    open(*window);
+    window->grabWindow();
+    const auto bottom = [this](const QString& name) {
+        return item(name)->mapToScene({0, item(name)->height()}).y();
+    };
+    EXPECT_LE(bottom("statusText"), item("level")->mapToScene({}).y());
+    EXPECT_LT(bottom("open"), window->height());
+
+    engine->setOnboardingComplete(false);
+    window = largeUi.mainWindow(*engine);
+    window->resize(780, 540);
+    open(*window);
+    window->findChild<QObject*>("sheet")->setProperty("step", 3);
+    window->grabWindow();
+    EXPECT_LT(bottom("primary"), window->height());
+    EXPECT_GT(bottom("lastWords"), item("primary")->mapToScene({}).y()) << "too much for the smallest window";
+    press(Qt::Key_PageDown);
+    EXPECT_LE(bottom("lastWords"), item("primary")->mapToScene({}).y());
+    window.reset();
+    QGuiApplication::setFont(usual);
 }
 
 TEST_F(ViewsTest, ThePanelHasTheMostImportantAtHand) {
@@ -289,8 +387,37 @@ TEST_F(ViewsTest, ThePanelHasTheMostImportantAtHand) {
     EXPECT_EQ(textOf("sensitivityText"), "50%");
     engine->setSensitivity(0.999);
     EXPECT_EQ(textOf("sensitivityText"), "99%");
+    beginListening();
+    hearAdBegin();
+    window->grabWindow();
+    EXPECT_GT(window->height(), last->mapToScene({0, last->height()}).y()) << "with one button more";
+    QAccessible::queryAccessibleInterface(item("restore"))->actionInterface()->doAction("Press");
+    settle();
+    EXPECT_FALSE(shown("restore"));
+    EXPECT_TRUE(engine->adActive());
     click("enabled");
     EXPECT_FALSE(engine->isEnabled());
+}
+
+TEST_F(ViewsTest, AnApplicationIsLeftOutByItsMenu) {
+    engine->setHistory({adAgo("Radio", 60, 6)});
+    openPage(2);
+    item("options")->forceActiveFocus(Qt::TabFocusReason);
+    press(Qt::Key_Return);
+    press(Qt::Key_Down);
+    EXPECT_EQ(textOf("ignore"), "Do not listen to this application");
+    press(Qt::Key_Return);
+    EXPECT_EQ(engine->ignoredNames(), QStringList{"Radio"});
+    EXPECT_THAT(textOf("appDetails"), testing::EndsWith(" · Not listened to"));
+    EXPECT_EQ(window->activeFocusItem(), item("options")) << "as before";
+    const auto pressed = [this](const char* name) {
+        QAccessible::queryAccessibleInterface(item(name))->actionInterface()->doAction("Press");
+        settle();
+    };
+    pressed("options");
+    EXPECT_EQ(textOf("ignore"), "Listen to this application");
+    pressed("ignore");
+    EXPECT_TRUE(engine->ignoredNames().isEmpty());
 }
 
 TEST_F(ViewsTest, TheKeyboardReachesEverything) {
@@ -316,6 +443,34 @@ TEST_F(ViewsTest, TheKeyboardReachesEverything) {
     EXPECT_TRUE(window->activeFocusItem()->property("visualFocus").toBool()) << "to be seen";
     press(Qt::Key_Space);
     EXPECT_TRUE(engine->testMode());
+
+    engine->setHistory({adAgo("Radio", 60, 6)});
+    item("sidebar")->setProperty("currentIndex", 1);
+    item("sidebar")->forceActiveFocus(Qt::TabFocusReason);
+    reached.clear();
+    for (int i = 0; i < 5; ++i) {
+        press(Qt::Key_Tab);
+        reached.push_back(focused());
+        if (i == 0) {
+            EXPECT_EQ(window->activeFocusItem()->property("text").toString(), "6 h")
+                << "the one that is chosen";
+        }
+    }
+    EXPECT_EQ(reached, (std::vector<QString>{"range", "list", "showTests", "clear", "sidebar"}));
+}
+
+TEST_F(ViewsTest, TheSidebarCanBeDraggedWithinItsBounds) {
+    openWindow();
+    window->grabWindow();
+    QPoint edge(180, 300);
+    for (const int x : {400, 20}) {
+        QTest::mousePress(window.get(), Qt::LeftButton, {}, edge);
+        QTest::mouseMove(window.get(), {x, 300});
+        QTest::mouseRelease(window.get(), Qt::LeftButton, {}, {x, 300});
+        window->grabWindow();
+        edge.setX(static_cast<int>(item("side")->width()));
+        EXPECT_EQ(edge.x(), x == 400 ? 220 : 160);
+    }
 }
 
 TEST_F(ViewsTest, TextsCanBeReadInBothLooks) {

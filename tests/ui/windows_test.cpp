@@ -32,7 +32,10 @@ protected:
         return windows.main()->findChild<QObject*>("sidebar")->property("currentIndex").toInt();
     }
 
-    Windows windows{*engine, {[] { return true; }, [] { return true; }, [](auto) {}}};
+    bool iconIsShown = true;
+    Windows windows{*engine,
+                    {[this] { return iconIsShown; }, [] { return true; }, [](auto) {}, [](auto) {},
+                     [](auto) {}, [] {}, [](auto&) {}}};
 };
 
 TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {
@@ -51,6 +54,19 @@ TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {
     EXPECT_EQ(windows.main()->size(), QSize(1000, 700));
     QTest::keyClick(windows.main(), Qt::Key_W, Qt::ControlModifier);
     EXPECT_EQ(windows.main(), nullptr);
+}
+
+TEST_F(WindowsTest, TheGuideSaysWhereTheProgramIsOnceTheWindowIsClosed) {
+    engine->setOnboardingComplete(false);
+    openMain();
+    for (const bool shown : {false, true}) {
+        iconIsShown = shown;  // panels register icons after the first window is there
+        for (const int step : {2, 3}) {
+            windows.main()->findChild<QObject*>("sheet")->setProperty("step", step);
+        }
+        const auto text = windows.main()->findChild<QObject*>("whereItIs")->property("text").toString();
+        EXPECT_EQ(text.contains("no icon"), !shown) << text.toStdString();
+    }
 }
 
 TEST_F(WindowsTest, ThePanelGoesWhenItIsLeft) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // sordin-demo: Sordin at work without a desktop. An audio server of its own, a player that plays a broadcast
-// to it, the real program listening; what it does is printed as it happens.
+// to it, the real program listening; what it does is printed as it happens. With --windows the program shows
+// them on the display that there is (tools/demo/make-pictures).
 #include "demo/commentary.h"
 #include "demo/interruption.h"
 #include "platform/linux/pipewire/audio_objects.h"
@@ -25,6 +26,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -152,12 +154,14 @@ private:
 };
 
 void demonstrate(demo::Rules rules, const std::string& program, const std::string& replay,
-                 const std::string& recording, const std::string& labels) {
+                 const std::string& recording, const std::string& labels, bool windows) {
     const auto broadcast = demo::readBroadcast(recording, labels);
     demo::Commentary commentary(broadcast, rules);
     commentary.introduce(
         "Sordin hears it as it plays, from a sound server of its own, so your loudspeakers stay "
         "silent. Ctrl+C ends it.");
+    const char* display = windows ? std::getenv("DISPLAY") : nullptr;
+    const std::string shownOn = display != nullptr ? display : "";  // the server's environment has none
     PrivateAudioServer server({.sinks = {"Loudspeakers"}, .pulse = false});
     server.start();
     const PrivateBus bus;
@@ -169,12 +173,12 @@ void demonstrate(demo::Rules rules, const std::string& program, const std::strin
                                                         (rules == demo::Rules::tuned ? "true}" : "false}"));
     const std::filesystem::path log = home / "log";
     writeText(log, "");
-    ChildProcess sordin(
-        {program}, {.environment = {"XDG_CONFIG_HOME=" + (home / "config").string(),
-                                    "XDG_DATA_HOME=" + (home / "data").string(),
-                                    "DISPLAY=", "WAYLAND_DISPLAY=", "QT_LOGGING_RULES=sordin.*.info=true",
-                                    "QT_FORCE_STDERR_LOGGING=1", "QT_MESSAGE_PATTERN=%{message}"},
-                    .log = log});
+    ChildProcess sordin({program},
+                        {.environment = {"XDG_CONFIG_HOME=" + (home / "config").string(),
+                                         "XDG_DATA_HOME=" + (home / "data").string(), "DISPLAY=" + shownOn,
+                                         "WAYLAND_DISPLAY=", "QT_LOGGING_RULES=sordin.*.info=true",
+                                         "QT_FORCE_STDERR_LOGGING=1", "QT_MESSAGE_PATTERN=%{message}"},
+                         .log = log});
     const auto listens = [&] { return contentsOf(log).find("status: listening") != std::string::npos; };
     if (!waitFor([&] { return listens() || !sordin.running(); }) || !listens()) {
         throw std::runtime_error("Sordin does not listen: " + contentsOf(log));
@@ -219,9 +223,11 @@ void demonstrate(demo::Rules rules, const std::string& program, const std::strin
 }  // namespace
 
 int main(int argc, char** argv) {
-    const auto arguments = demo::readArguments(argc, argv, 4);
+    const bool windows = argc > 1 && std::string_view(argv[argc - 1]) == "--windows";
+    const auto arguments = demo::readArguments(windows ? argc - 1 : argc, argv, 4);
     if (!arguments) {
-        std::fprintf(stderr, "usage: sordin-demo [--tuned] SORDIN SORDIN-REPLAY BROADCAST LABELS\n");
+        std::fprintf(stderr,
+                     "usage: sordin-demo [--tuned] SORDIN SORDIN-REPLAY BROADCAST LABELS [--windows]\n");
         return misused;
     }
     const demo::Interruption interruption;
@@ -229,7 +235,7 @@ int main(int argc, char** argv) {
     const QCoreApplication qt(argc, argv);
     try {
         const auto& [rules, rest] = *arguments;
-        demonstrate(rules, rest[0], rest[1], rest[2], rest[3]);
+        demonstrate(rules, rest[0], rest[1], rest[2], rest[3], windows);
     } catch (const Interrupted&) {
         return failed;
     } catch (const std::exception& error) {

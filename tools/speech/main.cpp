@@ -18,8 +18,11 @@
 #include <exception>
 #include <fstream>
 #include <iostream>
+#include <memory>
+#include <span>
 #include <string>
 #include <sys/types.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -27,12 +30,14 @@ namespace {
 using namespace sordin;
 
 constexpr auto usage =
-    "Usage: sordin-transcribe RECORDING...\n"
+    "Usage: sordin-transcribe [--mask FILE|none] RECORDING...\n"
     "Transcribes each recording as one session and prints a JSON object with its texts, each with the time "
     "in "
     "seconds\n"
-    "at which it was there, the highest keyword score of a text, the duration, and the processor time that "
-    "was spent.\n"
+    "at which it was there, the words of the last one, each with its length in seconds and how well it fits "
+    "its\n"
+    "sounds, the highest keyword score of a text, the duration, and the processor time that was spent.\n"
+    "--mask hears through another speech mask than the installed one, or through none.\n"
     "The last line has the time that loading took and the highest use of memory in MB.\n";
 
 double processorSeconds(pid_t process) {
@@ -53,19 +58,40 @@ double highestMegabytes(pid_t process) {
     return 0;
 }
 
+/// A decoder whose last words are kept, before anything is left out of them.
+class KeepingDecoder final : public SpeechDecoder {
+public:
+    using Words = std::vector<HeardWord>;
+
+    KeepingDecoder(std::unique_ptr<SpeechDecoder> decoder, std::shared_ptr<Words> kept)
+        : decoder_(std::move(decoder)), kept_(std::move(kept)) {}
+
+    [[nodiscard]] unsigned sampleRate() const override { return decoder_->sampleRate(); }
+    void begin() override {
+        kept_->clear();
+        decoder_->begin();
+    }
+    void process(std::span<const std::int16_t> samples) override { decoder_->process(samples); }
+    void end() override { decoder_->end(); }
+    [[nodiscard]] Words words() override { return *kept_ = decoder_->words(); }
+
+private:
+    const std::unique_ptr<SpeechDecoder> decoder_;
+    const std::shared_ptr<Words> kept_;
+};
+
 class Transcription {
 public:
-    explicit Transcription(const std::filesystem::path& program)
+    Transcription(const std::filesystem::path& program, const SpeechModelFiles& files)
         : recogniser_(std::make_shared<DecodingRecogniser>(
-              queue_,
-              DecodingRecogniser::Model{[] { return true; },
-                                        [this, program] {
-                                            auto decoder = std::make_unique<DecoderProcess>(
-                                                findHelper(program, "sordin-speech-decoder").value_or(""),
-                                                speechModelFiles(program));
-                                            process_ = decoder->pid();
-                                            return decoder;
-                                        }})),
+              queue_, DecodingRecogniser::Model{
+                          [] { return true; },
+                          [this, program, files] {
+                              auto decoder = std::make_unique<DecoderProcess>(
+                                  findHelper(program, "sordin-speech-decoder").value_or(""), files);
+                              process_ = decoder->pid();
+                              return std::make_unique<KeepingDecoder>(std::move(decoder), words_);
+                          }})),
           transcriber_(recogniser_) {
         transcriber_.begin();
         recogniser_->drain();
@@ -98,8 +124,14 @@ public:
         });
         const double spent = processorSeconds(process_) - begun;
         transcriber_.end();
+        recogniser_->drain();
+        auto words = nlohmann::ordered_json::array();
+        for (const HeardWord& word : *words_) {
+            words.push_back({word.word, word.length, word.match});
+        }
         return {{"file", path},
                 {"texts", std::move(texts)},
+                {"words", std::move(words)},
                 {"score", score},
                 {"duration", static_cast<double>(frames) / replay::replayRate},
                 {"cpu", spent}};
@@ -107,6 +139,7 @@ public:
 
 private:
     pid_t process_ = -1;
+    std::shared_ptr<KeepingDecoder::Words> words_ = std::make_shared<KeepingDecoder::Words>();
     std::shared_ptr<SerialQueue> queue_ = std::make_shared<ManualSerialQueue>("sordin.speech");
     std::shared_ptr<DecodingRecogniser> recogniser_;
     OnDeviceTranscriber transcriber_;
@@ -116,14 +149,19 @@ private:
 
 int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    SpeechModelFiles files = speechModelFiles(programPath(argv[0]));
+    if (arguments.size() > 1 && arguments[0] == "--mask") {
+        files.mask = arguments[1] == "none" ? "" : arguments[1];
+        arguments.erase(arguments.begin(), arguments.begin() + 2);
+    }
     if (arguments.empty() || arguments[0].starts_with("-")) {
         const bool asked = !arguments.empty() && arguments[0] == "--help";
         (asked ? std::cout : std::cerr) << usage;
         return asked ? 0 : 2;
     }
     try {
-        Transcription transcription(programPath(argv[0]));
+        Transcription transcription(programPath(argv[0]), files);
         const double loading = processorSeconds(transcription.process());
         for (const std::string& path : arguments) {
             std::cout << transcription.transcribe(path).dump() << '\n';

@@ -10,23 +10,15 @@
 
 namespace sordin {
 
-AdHistoryModel::AdHistoryModel(QObject* parent) : QAbstractListModel(parent) {
-    undoTimer_.setSingleShot(true);
-    undoTimer_.setInterval(undoTime);
-    connect(&undoTimer_, &QTimer::timeout, this, &AdHistoryModel::forgetCleared);
-}
-
 void AdHistoryModel::setEngine(SordinEngine* engine) {
     if (!engine_.change(engine, this)) {
         return;
     }
     if (engine_) {
-        connect(engine_.get(), &SordinEngine::historyChanged, this, &AdHistoryModel::historyChanged);
+        connect(engine_.get(), &SordinEngine::historyChanged, this, &AdHistoryModel::follow);
     }
-    forgetCleared();
     follow();
     Q_EMIT engineChanged();
-    Q_EMIT canClearChanged();
 }
 
 void AdHistoryModel::setShowTests(bool show) {
@@ -58,41 +50,31 @@ QVariant AdHistoryModel::data(const QModelIndex& index, int role) const {
     case detailsRole: {
         const QString reasons =
             event.reasons.isEmpty() ? QStringLiteral("–") : event.reasons.join(QStringLiteral(", "));
-        return QString(dateAndTime(localDateTime(event.start)) + QStringLiteral(" · ") + reasons);
+        return QString(isolated(dateAndTime(localDateTime(event.start))) + QStringLiteral(" · ") + reasons);
     }
     case durationRole:
         return formatDuration(event.duration);
     case confidenceRole:
         return static_cast<int>(std::clamp(event.peakConfidence, 0.0, 1.0) * 100);
+    case summaryRole:
+        return QString(QStringList{isolated(event.app), index.data(durationRole).toString(),
+                                   index.data(detailsRole).toString(),
+                                   event.kind == AdEvent::Kind::muted ? tr("Muted") : tr("Test"),
+                                   tr("%1% conf.").arg(index.data(confidenceRole).toInt())}
+                           .join(QStringLiteral(", ")));
     default:
         return {};
     }
 }
 
+QString AdHistoryModel::summary(int row) const {
+    return index(row).data(summaryRole).toString();
+}
+
 QHash<int, QByteArray> AdHistoryModel::roleNames() const {
     return {{appRole, "app"},         {realRole, "real"},         {startRole, "start"},
-            {detailsRole, "details"}, {durationRole, "duration"}, {confidenceRole, "confidence"}};
-}
-
-void AdHistoryModel::clear() {
-    if (!canClear()) {
-        return;
-    }
-    AdHistory before = engine_->history();
-    engine_->setHistory({});
-    engine_->saveHistory();
-    cleared_ = std::move(before);
-    undoTimer_.start();
-    canUndo_ = true;
-    Q_EMIT canUndoChanged();
-}
-
-void AdHistoryModel::undoClear() {
-    if (!canUndo() || !engine_) {
-        return;
-    }
-    engine_->setHistory(std::exchange(cleared_, {}));  // which ends the undoing
-    engine_->saveHistory();
+            {detailsRole, "details"}, {durationRole, "duration"}, {confidenceRole, "confidence"},
+            {summaryRole, "summary"}};
 }
 
 AdHistory AdHistoryModel::wanted() const {
@@ -103,12 +85,6 @@ AdHistory AdHistoryModel::wanted() const {
             [this](const AdEvent& event) { return showTests_ || event.kind == AdEvent::Kind::muted; });
     }
     return events;
-}
-
-void AdHistoryModel::historyChanged() {
-    forgetCleared();
-    follow();
-    Q_EMIT canClearChanged();
 }
 
 /// A new event at the front, and perhaps the loss of the last, moves no other row: a view keeps its place.
@@ -135,14 +111,6 @@ void AdHistoryModel::follow() {
     }
     Q_EMIT countChanged();
     Q_EMIT eventsChanged();
-}
-
-void AdHistoryModel::forgetCleared() {
-    undoTimer_.stop();
-    cleared_.clear();
-    if (std::exchange(canUndo_, false)) {
-        Q_EMIT canUndoChanged();
-    }
 }
 
 }  // namespace sordin

@@ -5,20 +5,16 @@
 
 #include <QAbstractListModel>
 #include <QQmlEngine>
-#include <QTimer>
-#include <chrono>
 
 namespace sordin {
 
-/// The remembered ads as a list, newest first; also clears the history, and for a few seconds brings it back.
+/// The remembered ads as a list, newest first.
 class AdHistoryModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(sordin::SordinEngine* engine READ engine WRITE setEngine NOTIFY engineChanged REQUIRED)
     Q_PROPERTY(bool showTests READ showTests WRITE setShowTests NOTIFY showTestsChanged)
     Q_PROPERTY(int count READ count NOTIFY countChanged)
-    Q_PROPERTY(bool canClear READ canClear NOTIFY canClearChanged)
-    Q_PROPERTY(bool canUndo READ canUndo NOTIFY canUndoChanged)
 
 public:
     enum Role {
@@ -28,12 +24,10 @@ public:
         detailsRole,     ///< start and reasons
         durationRole,    ///< text
         confidenceRole,  ///< whole percents, truncated
+        summaryRole,     ///< all of it in one text
     };
 
-    /// How long a cleared history can be brought back.
-    static constexpr std::chrono::seconds undoTime{8};
-
-    explicit AdHistoryModel(QObject* parent = nullptr);
+    using QAbstractListModel::QAbstractListModel;
 
     [[nodiscard]] SordinEngine* engine() const { return engine_.get(); }
     void setEngine(SordinEngine* engine);
@@ -43,10 +37,6 @@ public:
     void setShowTests(bool show);
 
     [[nodiscard]] int count() const { return static_cast<int>(shown_.size()); }
-    /// Whether anything is remembered, listed or not.
-    [[nodiscard]] bool canClear() const { return engine_ && !engine_->history().empty(); }
-    /// Shortly after clear(), while nothing new has come.
-    [[nodiscard]] bool canUndo() const { return canUndo_; }
 
     /// What is listed, newest first.
     [[nodiscard]] const AdHistory& events() const { return shown_; }
@@ -55,32 +45,23 @@ public:
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
-    /// Forgets everything, listed or not, at once and on the disk.
-    Q_INVOKABLE void clear();
-    /// Brings back what clear() has forgotten, if canUndo.
-    Q_INVOKABLE void undoClear();
+    /// summaryRole of a row; empty for a row that is not there.
+    Q_INVOKABLE [[nodiscard]] QString summary(int row) const;
 
 Q_SIGNALS:
     void engineChanged();
     void showTestsChanged();
     void countChanged();
-    void canClearChanged();
-    void canUndoChanged();
     /// What is listed is another.
     void eventsChanged();
 
 private:
     [[nodiscard]] AdHistory wanted() const;
-    void historyChanged();
     void follow();
-    void forgetCleared();
 
     FollowedEngine engine_;
     bool showTests_ = true;
     AdHistory shown_;
-    AdHistory cleared_;  // while canUndo_
-    bool canUndo_ = false;
-    QTimer undoTimer_;
 };
 
 }  // namespace sordin

@@ -8,8 +8,9 @@
 
 namespace sordin {
 
-/// What came from each application, the one with the longest time first. Changes with the history; what is
-/// said relative to now is as of then.
+/// What came from each application, the one with the longest time first, and then the applications that are
+/// not listened to and had no ads. Changes with the history and with these; what is said relative to now is
+/// as of then.
 class AppStatsModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -22,6 +23,7 @@ public:
         summaryRole,  ///< how many and how long
         shareRole,    ///< of the time of the first application, 0 to 1
         detailsRole,  ///< average and last
+        ignoredRole,  ///< whether it is not listened to
     };
 
     using QAbstractListModel::QAbstractListModel;
@@ -42,7 +44,7 @@ private:
     void follow();
 
     FollowedEngine engine_;
-    std::vector<AppStat> stats_;
+    std::vector<AppStat> stats_;  // those without ads have a count of 0
 };
 
 }  // namespace sordin

@@ -3,6 +3,8 @@
 
 #include <QCoreApplication>
 #include <QLocale>
+#include <QRegularExpression>
+#include <algorithm>
 
 namespace sordin {
 
@@ -56,18 +58,42 @@ QString relativeDate(const QDateTime& date, const QDateTime& now) {
     return text(months / 12, Texts::tr("last year"), Texts::tr("%1 years ago"));
 }
 
-QString dateAndTime(const QDateTime& date) {
+QString timeText(const QTime& time) {
     const QLocale locale;
-    // The short time with seconds put in: the long one names the time zone too.
-    QString time = locale.timeFormat(QLocale::ShortFormat);
-    if (!time.contains(QLatin1String("ss"))) {
-        time.replace(QLatin1String("mm"), QLatin1String("mm:ss"));
+    QString format = locale.timeFormat(QLocale::ShortFormat);
+    if (!format.contains(QLatin1String("ss"))) {
+        static const QRegularExpression plain(QStringLiteral("([hH]+)([:.])(m+)"));
+        if (plain.match(format).hasMatch()) {
+            format.replace(plain, QStringLiteral("\\1\\2\\3\\2ss"));
+        } else {  // words between the numbers: the long form has those of the seconds, and a time zone
+            static const QRegularExpression zone(QStringLiteral("[,\\s]*[(\\[]?t[)\\]]?\\s*"));
+            format = locale.timeFormat(QLocale::LongFormat).remove(zone);
+        }
     }
+    // Qt 6.4 does not know CLDR's code for periods of the day, which Taiwan's form has.
+    format.replace(QLatin1Char('B'), QLatin1String("AP"));
+    return locale.toString(time, format);
+}
+
+QString dateAndTime(const QDateTime& date) {
+    // Qt has no medium form: the long one without its weekday, and with what belongs to that alone.
+    static const QRegularExpression weekdayFirst(QStringLiteral("^dddd(?:'[^']*'|[^dMy'])*"));
+    static const QRegularExpression weekdayLast(QStringLiteral("(?:[\\s,،-]|'de')*dddd.*$"));
+    const QLocale locale;
     QString day = locale.dateFormat(QLocale::LongFormat);
-    day.remove(QLatin1String("dddd, ")).remove(QLatin1String("dddd "));
+    day.remove(weekdayFirst).remove(weekdayLast);
     day.replace(QLatin1String("MMMM"), QLatin1String("MMM"));
     return Texts::tr("%1, %2", "date, time of day")
-        .arg(locale.toString(date.date(), day.trimmed()), locale.toString(date.time(), time));
+        .arg(locale.toString(date.date(), day), timeText(date.time()));
+}
+
+QString isolated(const QString& text) {
+    const bool rightToLeft = std::any_of(text.begin(), text.end(), [](QChar c) {
+        return c.direction() == QChar::DirR || c.direction() == QChar::DirAL || c.direction() == QChar::DirAN;
+    });
+    constexpr char16_t firstStrongIsolate = 0x2068;
+    constexpr char16_t popDirectionalIsolate = 0x2069;
+    return rightToLeft ? QChar(firstStrongIsolate) + text + QChar(popDirectionalIsolate) : text;
 }
 
 }  // namespace sordin

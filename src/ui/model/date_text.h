@@ -10,7 +10,14 @@ namespace sordin {
 /// lies ahead, after a clock was set back, is "now".
 [[nodiscard]] QString relativeDate(const QDateTime& date, const QDateTime& now);
 
-/// A date with its time of day to the second, the month abbreviated, as the user's language writes it.
+/// A time of day to the second, in the short form of the user's locale.
+[[nodiscard]] QString timeText(const QTime& time);
+
+/// A date with its time of day to the second, the month abbreviated, in the form of the user's locale.
 [[nodiscard]] QString dateAndTime(const QDateTime& date);
+
+/// Text that may be of any language as a part of a longer one. Text written from right to left gets isolating
+/// characters (Unicode Standard Annex 9), so that it does not turn the order of the parts around.
+[[nodiscard]] QString isolated(const QString& text);
 
 }  // namespace sordin

@@ -12,6 +12,7 @@ void StatusLabel::setEngine(SordinEngine* engine) {
     if (engine_) {
         connect(engine_.get(), &SordinEngine::statusChanged, this, &StatusLabel::changed);
         connect(engine_.get(), &SordinEngine::testModeChanged, this, &StatusLabel::changed);
+        connect(engine_.get(), &SordinEngine::callAppChanged, this, &StatusLabel::changed);
     }
     Q_EMIT engineChanged();
     Q_EMIT changed();
@@ -38,6 +39,11 @@ QString StatusLabel::text() const {
         break;
     }
     return status.message();
+}
+
+QString StatusLabel::callText() const {
+    return engine_ && !engine_->callApp().isEmpty() ? tr("A call is on: %1").arg(engine_->callApp())
+                                                    : QString();
 }
 
 StatusLabel::Tone StatusLabel::tone() const {

@@ -14,7 +14,10 @@ class StatusLabel : public QObject {
     QML_ELEMENT
     Q_PROPERTY(sordin::SordinEngine* engine READ engine WRITE setEngine NOTIFY engineChanged REQUIRED)
     Q_PROPERTY(QString text READ text NOTIFY changed)
+    Q_PROPERTY(QString callText READ callText NOTIFY changed)
     Q_PROPERTY(Tone tone READ tone NOTIFY changed)
+    /// The capture could not be started, or has ended by itself.
+    Q_PROPERTY(bool failed READ failed NOTIFY changed)
 
 public:
     /// The colours of the theme.
@@ -28,7 +31,12 @@ public:
 
     /// A short line; of a failure, its message. Empty without an engine.
     [[nodiscard]] QString text() const;
+    /// Why nothing is listened to while a call is on; empty if there is none.
+    [[nodiscard]] QString callText() const;
     [[nodiscard]] Tone tone() const;
+    [[nodiscard]] bool failed() const {
+        return engine_ && engine_->status().kind() == EngineStatus::Kind::failed;
+    }
 
 Q_SIGNALS:
     void engineChanged();

@@ -2,6 +2,7 @@
 #include "ui/model/trail_chart.h"
 
 #include "engine/reference_date.h"
+#include "ui/model/date_text.h"
 
 #include <QFontMetricsF>
 #include <QPainter>
@@ -77,8 +78,13 @@ void TrailChart::paintAxes(QPainter& painter) const {
         }
     }
     painter.setPen(label_);
-    painter.drawText(QRectF(area.left(), height() - lineHeight, area.width(), lineHeight), Qt::AlignHCenter,
-                     tr("Time"));
+    const QRectF below(area.left(), height() - lineHeight, area.width(), lineHeight);
+    painter.drawText(below, Qt::AlignHCenter, tr("Time"));
+    if (engine_ && !engine_->trail().empty()) {
+        const auto text = [](const TrailPoint& point) { return timeText(localDateTime(point.time).time()); };
+        painter.drawText(below, Qt::AlignLeft | Qt::AlignAbsolute, text(engine_->trail().front()));
+        painter.drawText(below, Qt::AlignRight | Qt::AlignAbsolute, text(engine_->trail().back()));
+    }
 }
 
 void TrailChart::paintLine(QPainter& painter) const {
@@ -132,7 +138,7 @@ QVariantMap TrailChart::point(int row) const {
     return {{QStringLiteral("x"), at.x()},
             {QStringLiteral("y"), at.y()},
             {QStringLiteral("confidence"), point.confidence},
-            {QStringLiteral("time"), localDateTime(point.time)}};
+            {QStringLiteral("time"), timeText(localDateTime(point.time).time())}};
 }
 
 }  // namespace sordin

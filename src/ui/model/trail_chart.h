@@ -35,7 +35,7 @@ public:
 
     /// The row of the point nearest to a place; -1 if there is none.
     Q_INVOKABLE [[nodiscard]] int rowAt(double x) const;
-    /// "x" and "y" in the item's coordinates, "confidence", "time" (a date); empty for a row that is not
+    /// "x" and "y" in the item's coordinates, "confidence", "time" (a text); empty for a row that is not
     /// there.
     Q_INVOKABLE [[nodiscard]] QVariantMap point(int row) const;
 

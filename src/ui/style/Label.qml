@@ -6,6 +6,7 @@ Text {
     font: Theme.body
     color: Theme.text
     wrapMode: Text.Wrap
+    horizontalAlignment: Text.AlignLeft // names in Arabic or Hebrew too
     textFormat: Text.PlainText
     renderType: Text.NativeRendering
     Accessible.role: Accessible.StaticText

@@ -12,7 +12,7 @@ Rectangle {
     signal picked(var value)
 
     implicitWidth: 220
-    implicitHeight: 28
+    implicitHeight: Math.round(28 * Theme.scale)
     radius: 8
     color: Theme.quaternary
     Accessible.role: Accessible.Grouping
@@ -33,6 +33,7 @@ Rectangle {
                 text: modelData.text
                 font: Theme.callout
                 checked: picker.value === modelData.value
+                focusPolicy: checked ? Qt.StrongFocus : Qt.ClickFocus // one stop for the Tab key
                 Accessible.name: picker.label + ": " + text
                 Accessible.onPressAction: picker.picked(modelData.value)
                 Accessible.onToggleAction: picker.picked(modelData.value)

@@ -9,16 +9,25 @@ T.Slider {
     implicitWidth: 160
     implicitHeight: 24
     opacity: enabled ? 1 : 0.45
-    Accessible.onIncreaseAction: increase()
-    Accessible.onDecreaseAction: decrease()
-    // Steps, not assignments, which would end what the value is bound to.
+    // The range, by the names that assistive technology reads.
+    readonly property real minimumValue: from
+    readonly property real maximumValue: to
+    Accessible.onIncreaseAction: move(1)
+    Accessible.onDecreaseAction: move(-1)
     Keys.onPressed: event => {
-        const [steps, by] = {
-            [Qt.Key_PageUp]: [4, 1], [Qt.Key_PageDown]: [4, -1], [Qt.Key_Home]: [1000, -1], [Qt.Key_End]: [1000, 1],
-        }[event.key] ?? [0, 0];
-        event.accepted = steps > 0;
-        for (let i = 0; i < steps && value !== (by > 0 ? to : from); ++i) {
-            if (by > 0) {
+        const steps = {
+            [Qt.Key_Left]: -1, [Qt.Key_Down]: -1, [Qt.Key_Right]: 1, [Qt.Key_Up]: 1,
+            [Qt.Key_PageDown]: -4, [Qt.Key_PageUp]: 4, [Qt.Key_Home]: -1000, [Qt.Key_End]: 1000,
+        }[event.key];
+        event.accepted = steps !== undefined;
+        if (event.accepted) {
+            move(steps);
+        }
+    }
+    // Steps, not an assignment, which would end what the value is bound to.
+    function move(steps: int) {
+        for (let i = 0; i < Math.abs(steps) && value !== (steps > 0 ? to : from); ++i) {
+            if (steps > 0) {
                 increase();
             } else {
                 decrease();

@@ -29,6 +29,8 @@ QtObject {
     readonly property color gray: dark ? "#9a9ea7" : "#747983"
 
     readonly property real points: Qt.application.font.pointSize > 0 ? Qt.application.font.pointSize : 10
+    // For lengths that have to hold text: 1 at 10 points and below.
+    readonly property real scale: Math.max(1, points / 10)
     readonly property font caption: sized(0.92, Font.Normal)
     readonly property font callout: sized(0.97, Font.Normal)
     readonly property font body: sized(1, Font.Normal)

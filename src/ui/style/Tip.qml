@@ -2,25 +2,27 @@
 import QtQuick
 import Sordin.Style
 
-// A few words beside a place in its parent, within it.
+// A few words beside a place in its parent, no wider than that: above the place where there is room, or `below` it.
 Rectangle {
     id: tip
     required property point at
     required property string text
+    property bool below: at.y - height - 8 < 0
 
     x: Math.max(0, Math.min(parent.width - width, at.x - width / 2))
-    y: at.y - height - 8 >= 0 ? at.y - height - 8 : at.y + 12
+    y: below ? at.y + 6 : at.y - height - 8
     z: 1
-    width: words.implicitWidth + 16
+    width: Math.min(words.implicitWidth + 16, parent.width)
     height: words.implicitHeight + 8
     radius: 6
     color: Theme.text
     Label {
         id: words
-        anchors.centerIn: parent
+        x: 8
+        y: 4
+        width: tip.width - 16
         text: tip.text
         font: Theme.caption
         color: Theme.card
-        wrapMode: Text.NoWrap
     }
 }

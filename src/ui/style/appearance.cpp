@@ -8,12 +8,17 @@
 #include <QDBusPendingReply>
 #include <QEvent>
 #include <QGuiApplication>
+#include <QLoggingCategory>
+#include <QMetaType>
 #include <QPalette>
 #include <array>
+#include <utility>
 
 namespace sordin {
 
 namespace {
+
+Q_LOGGING_CATEGORY(appearanceLog, "sordin.appearance", QtWarningMsg)
 
 const QString service = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
@@ -50,10 +55,15 @@ QColor colourIn(const QVariant& value) {
 
 }  // namespace
 
-Appearance::Appearance(QObject* parent) : QObject(parent) {
+Appearance::Appearance(QObject* parent, QDBusConnection bus) : QObject(parent), bus_(std::move(bus)) {
     qApp->installEventFilter(this);
-    QDBusConnection::sessionBus().connect(service, path, interface, QStringLiteral("SettingChanged"), this,
-                                          SLOT(settingChanged(QString, QString, QDBusVariant)));
+    // Qt finds the types of a slot by their names, and not all that it has itself are known by then.
+    qRegisterMetaType<QDBusVariant>("QDBusVariant");
+    if (bus_.isConnected() && !bus_.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+                                            SLOT(settingChanged(QString, QString, QDBusVariant)))) {
+        qCWarning(appearanceLog, "changes of the desktop's look are not followed: %s",
+                  qPrintable(bus_.lastError().message()));
+    }
     ask(appearanceGroup, colourSchemeKey);
     ask(appearanceGroup, accentKey);
     ask(gnomeGroup, animationsKey);
@@ -75,8 +85,7 @@ void Appearance::ask(const QString& group, const QString& key) {
     auto question = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
     question << group << key;
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): this owns it until it is done
-    auto* call =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(question, patience), this);
+    auto* call = new QDBusPendingCallWatcher(bus_.asyncCall(question, patience), this);
     connect(call, &QDBusPendingCallWatcher::finished, this, [this, call, group, key] {
         call->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *call;

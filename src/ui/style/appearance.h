@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QColor>
+#include <QDBusConnection>
 #include <QDBusVariant>
 #include <QObject>
 #include <QQmlEngine>
@@ -23,7 +24,7 @@ class Appearance : public QObject {
 
 public:
     // Not constructible without an argument: QML would make an instance of its own.
-    explicit Appearance(QObject* parent);
+    explicit Appearance(QObject* parent, QDBusConnection bus = QDBusConnection::sessionBus());
 
     /// The one that views use; the application makes it and keeps it.
     static void use(Appearance* appearance) { used() = appearance; }
@@ -48,6 +49,7 @@ private:  // NOLINT(readability-redundant-access-specifiers): no slots any more
     void ask(const QString& group, const QString& key);
 
     static Appearance*& used();
+    QDBusConnection bus_;
     std::optional<bool> forced_;
     unsigned colourScheme_ = 0;  // of the portal: 1 prefers dark, 2 light
     QColor portalAccent_;

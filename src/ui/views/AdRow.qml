@@ -12,22 +12,23 @@ Item {
     required property string details
     required property string duration
     required property int confidence
+    required property string summary
 
     implicitHeight: content.implicitHeight + 20
     Accessible.role: Accessible.ListItem
-    Accessible.name: [app, duration, details, real ? qsTr("Muted") : qsTr("Test"), qsTr("%1% conf.").arg(confidence)].join(", ")
+    Accessible.name: summary
 
     Rectangle { // where the keyboard is
-        anchors { fill: parent; leftMargin: -2 }
+        anchors { fill: parent; leftMargin: 8; rightMargin: 8 }
         visible: row.ListView.isCurrentItem && row.ListView.view.activeFocus
         radius: 8
         color: "transparent"
         border { width: 2; color: Theme.accent }
     }
-    Divider { visible: row.index > 0; width: parent.width; height: 1 }
+    Divider { visible: row.index > 0; x: 16; width: parent.width - 32; height: 1 }
     RowLayout {
         id: content
-        anchors { left: parent.left; right: parent.right; verticalCenter: parent.verticalCenter }
+        anchors { left: parent.left; right: parent.right; margins: 16; verticalCenter: parent.verticalCenter }
         spacing: 10
         Item {
             implicitWidth: 22

@@ -24,19 +24,45 @@ ColumnLayout {
             objectName: "apps"
             model: stats
             ColumnLayout {
+                id: row
                 required property int index
                 required property string app
                 required property string summary
                 required property real share
                 required property string details
+                required property bool ignored
                 spacing: 4
-                Divider { visible: index > 0; Layout.bottomMargin: 6 }
+                TapHandler { acceptedButtons: Qt.RightButton; onTapped: options.popup() }
+                Divider { visible: row.index > 0; Layout.bottomMargin: 6 }
                 RowLayout {
-                    Label { text: app; font: Theme.headline; Layout.fillWidth: true; maximumLineCount: 1; elide: Text.ElideRight }
-                    Label { text: summary; wrapMode: Text.NoWrap }
+                    Label { text: row.app; font: Theme.headline; Layout.fillWidth: true; maximumLineCount: 1; elide: Text.ElideRight }
+                    Label { text: row.summary; wrapMode: Text.NoWrap }
+                    Button {
+                        id: more
+                        objectName: "options"
+                        text: "…"
+                        leftPadding: 4
+                        rightPadding: 4
+                        implicitWidth: 36
+                        Accessible.role: Accessible.ButtonMenu
+                        Accessible.name: qsTr("Options for %1").arg(row.app)
+                        onClicked: options.popup(more, more.width - options.implicitWidth, more.height + 2)
+                    }
                 }
-                Gauge { value: share; label: app; Layout.fillWidth: true }
-                Caption { text: details }
+                Gauge { visible: row.summary !== ""; value: row.share; label: row.app; Layout.fillWidth: true }
+                Caption {
+                    objectName: "appDetails"
+                    text: [row.details, row.ignored ? qsTr("Not listened to") : ""].filter(each => each !== "").join(" · ")
+                    Layout.fillWidth: true
+                }
+                Menu {
+                    id: options
+                    MenuItem {
+                        objectName: "ignore"
+                        text: row.ignored ? qsTr("Listen to this application") : qsTr("Do not listen to this application")
+                        onTriggered: page.engine.setIgnored(row.app, !row.ignored)
+                    }
+                }
             }
         }
     }

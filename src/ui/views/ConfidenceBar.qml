@@ -16,5 +16,5 @@ ConfidenceLevel {
     duration: Theme.gentle
     Accessible.role: Accessible.ProgressBar
     Accessible.name: qsTr("Ad confidence")
-    Accessible.description: qsTr("%1% of the %2% that mute").arg(Math.trunc(confidence * 100)).arg(Math.trunc(threshold * 100))
+    Accessible.description: qsTr("%1%, mutes from %2%").arg(Math.trunc(confidence * 100)).arg(Math.trunc(threshold * 100))
 }

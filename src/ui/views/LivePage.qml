@@ -13,6 +13,7 @@ ColumnLayout {
     EngineState { id: status; engine: page.engine }
 
     Card {
+        objectName: "statusCard"
         RowLayout {
             spacing: 14
             Item {
@@ -22,14 +23,17 @@ ColumnLayout {
                 Symbol {
                     objectName: "statusSymbol"
                     anchors.centerIn: parent
-                    size: 30
+                    size: 34
                     name: page.engine.adActive ? "speaker.slash.fill" : "speaker.wave.2.fill"
                     color: status.color
                 }
             }
             ColumnLayout {
                 spacing: 2
+                // As high with a source as without: nothing moves when an ad begins.
+                Layout.minimumHeight: statusText.implicitHeight + 2 + source.implicitHeight
                 Label {
+                    id: statusText
                     objectName: "statusText"
                     text: status.text
                     font: Theme.title
@@ -37,6 +41,7 @@ ColumnLayout {
                     Accessible.role: Accessible.AlertMessage
                 }
                 Label {
+                    id: source
                     objectName: "source"
                     visible: page.engine.adActive
                     text: qsTr("Source: %1").arg(page.engine.currentApp)
@@ -45,28 +50,53 @@ ColumnLayout {
                     maximumLineCount: 1
                     elide: Text.ElideRight
                 }
+                Label {
+                    objectName: "call"
+                    visible: text !== "" && !source.visible
+                    text: status.callText
+                    color: Theme.secondary
+                    Layout.fillWidth: true
+                    maximumLineCount: 1
+                    elide: Text.ElideRight
+                }
+            }
+            Button {
+                objectName: "restore"
+                visible: page.engine.adFaded
+                text: qsTr("Restore Volume")
+                onClicked: {
+                    if (visualFocus) { // it is about to hide
+                        nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason);
+                    }
+                    page.engine.restoreVolume();
+                }
             }
             EnabledSwitch { objectName: "enabled"; engine: page.engine; Layout.alignment: Qt.AlignVCenter }
         }
         RowLayout {
-            objectName: "permissionNotice"
-            visible: !page.engine.screenAccess
+            objectName: "trouble"
+            visible: !page.engine.screenAccess || status.failed
             spacing: 8
             Label {
+                objectName: "permissionNotice"
+                visible: !page.engine.screenAccess
                 text: qsTr("Screen & System Audio Recording permission is required to hear system audio.")
                 font: Theme.callout
                 Layout.fillWidth: true
             }
             Button {
                 objectName: "grant"
+                visible: !page.engine.screenAccess
                 text: qsTr("Grant…")
                 onClicked: {
                     page.engine.requestScreenAccess();
-                    page.engine.openSettings("Privacy_ScreenCapture");
+                    settings.opened(page.engine.openSettings("Privacy_ScreenCapture"));
                 }
             }
+            Item { visible: page.engine.screenAccess; Layout.fillWidth: true }
             Button { objectName: "retry"; text: qsTr("Retry"); onClicked: page.engine.startCapture() }
         }
+        SettingsHint { id: settings; anchor: "Privacy_ScreenCapture"; granted: page.engine.screenAccess }
     }
     Card {
         ConfidenceBar { Layout.fillWidth: true; confidence: page.engine.confidence; threshold: page.engine.threshold }
@@ -78,6 +108,19 @@ ColumnLayout {
                 Layout.fillWidth: true
             }
             Caption { objectName: "threshold"; text: qsTr("Mute threshold %1%").arg(Math.trunc(page.engine.threshold * 100)) }
+        }
+        RowLayout {
+            spacing: 6
+            Rectangle { implicitWidth: 18; implicitHeight: 2; color: Theme.accent }
+            Caption { text: qsTr("Confidence"); Layout.rightMargin: 12 }
+            Row {
+                spacing: 3
+                Repeater {
+                    model: 3
+                    Rectangle { width: 4; height: 1; color: chart.rule }
+                }
+            }
+            Caption { text: qsTr("Threshold") }
         }
         TrailChart {
             id: chart
@@ -99,7 +142,7 @@ ColumnLayout {
                 readonly property var point: { page.engine.confidence; return chart.point(chart.highlighted); }
                 visible: point.time !== undefined
                 at: Qt.point(point.x ?? 0, point.y ?? 0)
-                text: visible ? qsTr("%1% at %2").arg(Math.trunc(point.confidence * 100)).arg(point.time.toLocaleTimeString(Qt.locale(), "hh:mm:ss")) : ""
+                text: visible ? qsTr("%1% at %2").arg(Math.trunc(point.confidence * 100)).arg(point.time) : ""
             }
         }
     }
@@ -117,14 +160,12 @@ ColumnLayout {
         objectName: "transcriptCard"
         visible: page.engine.transcribing
         title: qsTr("On-device transcript (suspicious segment)")
-        Label {
+        LatestWords {
             objectName: "transcript"
             readonly property bool waiting: page.engine.transcript === ""
-            text: waiting ? qsTr("Listening…") : page.engine.transcript
+            words: waiting ? qsTr("Listening…") : page.engine.transcript
             font: waiting ? Theme.callout : Theme.body
             color: waiting ? Theme.secondary : Theme.text
-            maximumLineCount: 4
-            elide: Text.ElideRight
             Layout.fillWidth: true
         }
     }

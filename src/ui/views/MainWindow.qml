@@ -17,7 +17,14 @@ T.ApplicationWindow {
         { key: "settings", title: qsTr("Settings"), symbol: "gearshape", page: settings },
     ]
 
+    // Whether the desktop shows the program's icon, as last read by who handles `guideTurned`.
+    property bool iconIsShown: true
+
+    // While it is shown: it scrolls by itself.
+    readonly property TimelinePage timelinePage: page.item as TimelinePage
+
     signal quit()
+    signal guideTurned()
 
     title: qsTr("Sordin")
     width: 860
@@ -29,8 +36,10 @@ T.ApplicationWindow {
     Shortcut { sequence: "Ctrl+Q"; context: Qt.ApplicationShortcut; onActivated: window.quit() } // over the guide too
     Shortcut { sequence: "Ctrl+W"; onActivated: window.close() }
 
+    HistoryClearing { id: historyClearing; engine: window.engine }
+
     Component { id: live; LivePage { engine: window.engine } }
-    Component { id: timeline; TimelinePage { engine: window.engine } }
+    Component { id: timeline; TimelinePage { engine: window.engine; clearing: historyClearing } }
     Component { id: apps; AppsPage { engine: window.engine } }
     Component { id: test; TestPage { engine: window.engine } }
     Component { id: settings; SettingsPage { engine: window.engine } }
@@ -39,14 +48,13 @@ T.ApplicationWindow {
         anchors.fill: parent
         spacing: 0
         // Not all that a page shows can have the focus, which would bring it into sight.
-        Keys.onPressed: event => {
-            const pages = event.key === Qt.Key_PageDown ? 1 : event.key === Qt.Key_PageUp ? -1 : 0;
-            detail.contentY = Math.max(0, Math.min(detail.contentY + pages * (detail.height - 48), detail.contentHeight - detail.height));
-            event.accepted = pages !== 0;
-        }
+        Keys.onPressed: event => event.accepted = (window.timelinePage?.scrolling ?? scrolling).turn(event.key)
         Rectangle {
+            id: side
+            objectName: "side"
+            property real wanted: 180
             Layout.fillHeight: true
-            Layout.preferredWidth: 180
+            Layout.preferredWidth: Math.max(160, Math.min(wanted, 220))
             color: Theme.sidebar
             ListView {
                 id: sidebar
@@ -55,6 +63,7 @@ T.ApplicationWindow {
                 spacing: 2
                 interactive: false
                 focus: true
+                enabled: window.engine.onboardingComplete
                 activeFocusOnTab: true
                 keyNavigationEnabled: true
                 model: window.sections
@@ -73,7 +82,7 @@ T.ApplicationWindow {
                     Accessible.role: Accessible.ListItem
                     Accessible.name: text
                     Accessible.selected: highlighted
-                    Accessible.onPressAction: clicked()
+                    Accessible.onPressAction: if (enabled) clicked()
                     background: Rectangle {
                         radius: 8
                         color: row.highlighted ? Qt.alpha(Theme.accent, Theme.dark ? 0.28 : 0.16) : row.hovered ? Theme.hover : "transparent"
@@ -93,7 +102,18 @@ T.ApplicationWindow {
                 }
             }
         }
-        Rectangle { Layout.fillHeight: true; implicitWidth: 1; color: Theme.quaternary }
+        Rectangle {
+            Layout.fillHeight: true
+            implicitWidth: 1
+            z: 1
+            color: Theme.quaternary
+            MouseArea {
+                anchors { fill: parent; leftMargin: -4; rightMargin: -4 }
+                cursorShape: Qt.SplitHCursor
+                preventStealing: true
+                onPositionChanged: event => side.wanted = mapToItem(side, event.x, 0).x
+            }
+        }
         Flickable {
             id: detail
             objectName: "detail"
@@ -102,46 +122,31 @@ T.ApplicationWindow {
             clip: true
             boundsBehavior: Flickable.StopAtBounds
             contentWidth: width
-            contentHeight: page.height + 48
+            contentHeight: window.timelinePage ? height : page.height + 48
             T.ScrollBar.vertical: ScrollBar { }
             Loader {
                 id: page
                 objectName: "page"
                 x: 24
-                y: 24
+                y: window.timelinePage ? 0 : 24
                 width: detail.width - 48
-                height: item ? Math.max(item.implicitHeight, detail.height - 48) : 0
+                height: window.timelinePage ? detail.height : item ? Math.max(item.implicitHeight, detail.height - 48) : 0
+                // Behind the guide nothing can be used, not even by assistive technology, which modality does not stop.
+                active: window.engine.onboardingComplete
                 sourceComponent: window.sections[sidebar.currentIndex].page
                 onSourceComponentChanged: detail.contentY = 0
             }
-            // What the keyboard reaches comes into sight.
-            Connections {
-                target: window
-                function onActiveFocusItemChanged() {
-                    const item = window.activeFocusItem;
-                    if (item && page.item && window.isWithin(item, page.item)) {
-                        const top = item.mapToItem(detail.contentItem, 0, 0).y;
-                        if (top < detail.contentY + 12) {
-                            detail.contentY = Math.max(0, top - 12);
-                        } else if (top + item.height > detail.contentY + detail.height - 12) {
-                            detail.contentY = Math.min(detail.contentHeight - detail.height, top + item.height + 12 - detail.height);
-                        }
-                    }
-                }
-            }
+            FocusScroller { id: scrolling; area: detail }
         }
     }
     // Whether the focus was last moved by keys, so that it is to be seen.
     readonly property bool byKeyboard: activeFocusItem !== null && (activeFocusItem.focusReason === Qt.TabFocusReason || activeFocusItem.focusReason === Qt.BacktabFocusReason)
 
-    function isWithin(item: Item, ancestor: Item): bool {
-        for (let each = item; each; each = each.parent) {
-            if (each === ancestor) {
-                return true;
-            }
-        }
-        return false;
+    OnboardingSheet {
+        objectName: "sheet"
+        engine: window.engine
+        iconIsShown: window.iconIsShown
+        lastStep: 3
+        onStepChanged: window.guideTurned()
     }
-
-    OnboardingSheet { objectName: "sheet"; engine: window.engine; lastStep: 3 }
 }

@@ -39,7 +39,9 @@ Window {
 
         ColumnLayout {
             id: column
-            anchors { left: parent.left; right: parent.right; top: parent.top; margins: 12 }
+            x: 12
+            y: 12
+            width: 266 // known before the texts wrap
             spacing: 10
             RowLayout {
                 spacing: 8
@@ -53,7 +55,20 @@ Window {
                 }
                 EnabledSwitch { objectName: "enabled"; engine: panel.engine; labelHidden: true }
             }
-            ConfidenceBar { Layout.fillWidth: true; confidence: panel.engine.confidence; threshold: panel.engine.threshold }
+            Caption { objectName: "call"; visible: text !== ""; text: status.callText; Layout.fillWidth: true }
+            Button {
+                objectName: "restore"
+                visible: panel.engine.adFaded
+                text: qsTr("Restore Volume")
+                Layout.fillWidth: true
+                onClicked: {
+                    if (visualFocus) { // it is about to hide
+                        nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason);
+                    }
+                    panel.engine.restoreVolume();
+                }
+            }
+            ConfidenceBar { objectName: "level"; Layout.fillWidth: true; confidence: panel.engine.confidence; threshold: panel.engine.threshold }
             ColumnLayout {
                 spacing: 4
                 RowLayout {

@@ -10,12 +10,13 @@ T.Popup {
     id: sheet
     required property SordinEngine engine
     required property int lastStep
+    property bool iconIsShown: true // in the desktop's panel
     property int step: 0
 
     parent: T.Overlay.overlay
     anchors.centerIn: parent
-    width: 560
-    height: 420
+    width: Math.min(560 * Theme.scale, parent.width - 32)
+    height: Math.min(Math.max(420 * Theme.scale, page.height + 14 + bar.height + 2 * padding), parent.height - 32)
     padding: 28
     modal: true
     focus: true
@@ -51,14 +52,30 @@ T.Popup {
         Accessible.name: qsTr("Welcome to Sordin")
         Keys.onReturnPressed: primary.clicked()
         Keys.onEnterPressed: primary.clicked()
+        Keys.onPressed: event => event.accepted = focusScroller.turn(event.key)
 
-        Loader {
-            id: page
+        Flickable {
+            id: scroller
+            objectName: "guideScroller"
             Layout.fillWidth: true
             Layout.fillHeight: true
-            sourceComponent: sheet.step === 0 ? welcome : sheet.step === 1 ? systemAudio : sheet.step === 2 ? speech : muting
+            Layout.rightMargin: -20 // where the bar is
+            clip: true
+            boundsBehavior: Flickable.StopAtBounds
+            contentWidth: width
+            contentHeight: page.height
+            T.ScrollBar.vertical: ScrollBar { }
+            Loader {
+                id: page
+                x: 2 // for the frame of what has the focus
+                width: scroller.width - 24
+                sourceComponent: sheet.step === 0 ? welcome : sheet.step === 1 ? systemAudio : sheet.step === 2 ? speech : muting
+                onSourceComponentChanged: scroller.contentY = 0
+            }
+            FocusScroller { id: focusScroller; area: scroller }
         }
         RowLayout {
+            id: bar
             spacing: 10
             Row {
                 spacing: 6
@@ -101,7 +118,7 @@ T.Popup {
         required property string body
         default property alias content: rest.data
         spacing: 14
-        Symbol { name: frame.symbol; size: 34; color: Theme.accent }
+        Symbol { name: frame.symbol; size: 32; color: Theme.accent }
         Label {
             objectName: "sheetTitle"
             text: frame.title
@@ -111,18 +128,6 @@ T.Popup {
         }
         Label { text: frame.body; lineHeight: 1.15; Layout.fillWidth: true }
         ColumnLayout { id: rest; spacing: 12; Layout.fillWidth: true }
-        Item { Layout.fillHeight: true }
-    }
-
-    component StatusRow: RowLayout {
-        id: statusRow
-        required property bool granted
-        required property string missing
-        default property alias actions: buttons.data
-        spacing: 8
-        Symbol { name: statusRow.granted ? "checkmark.circle.fill" : "exclamationmark.circle"; color: statusRow.granted ? Theme.green : Theme.orange }
-        Label { objectName: "permission"; text: statusRow.granted ? qsTr("Permission granted") : statusRow.missing; wrapMode: Text.NoWrap }
-        RowLayout { id: buttons; visible: !statusRow.granted; spacing: 8 }
     }
 
     Component {
@@ -146,6 +151,31 @@ T.Popup {
             }
         }
     }
+    component StatusRow: Flow {
+        id: statusRow
+        required property bool granted
+        required property string missing
+        property bool optional: false
+        spacing: 8
+        Layout.fillWidth: true
+        RowLayout {
+            spacing: 8
+            height: permission.implicitHeight + 12 // that of a button
+            Symbol {
+                visible: statusRow.granted || !statusRow.optional
+                name: statusRow.granted ? "checkmark.circle.fill" : "exclamationmark.circle"
+                color: statusRow.granted ? Theme.green : Theme.orange
+            }
+            Label {
+                id: permission
+                objectName: "permission"
+                text: statusRow.granted ? qsTr("Permission granted") : statusRow.missing
+                color: statusRow.granted || !statusRow.optional ? Theme.text : Theme.secondary
+                wrapMode: Text.NoWrap
+            }
+        }
+    }
+
     Component {
         id: systemAudio
         Page {
@@ -155,10 +185,18 @@ T.Popup {
             StatusRow {
                 granted: sheet.engine.screenAccess
                 missing: qsTr("Not granted yet")
-                Button { objectName: "request"; text: qsTr("Request"); onClicked: sheet.engine.requestScreenAccess() }
-                Button { objectName: "openSettings"; text: qsTr("Open System Settings"); onClicked: sheet.engine.openSettings("Privacy_ScreenCapture") }
+                Button { objectName: "request"; visible: !sheet.engine.screenAccess; text: qsTr("Request"); onClicked: sheet.engine.requestScreenAccess() }
+                Button {
+                    objectName: "openSettings"
+                    visible: !sheet.engine.screenAccess
+                    text: qsTr("Open System Settings")
+                    onClicked: settings.opened(sheet.engine.openSettings("Privacy_ScreenCapture"))
+                }
             }
+            SettingsHint { id: settings; anchor: "Privacy_ScreenCapture"; granted: sheet.engine.screenAccess }
             Caption {
+                objectName: "reopen"
+                visible: !sheet.engine.screenAccess
                 text: qsTr("After enabling Sordin in Privacy & Security → Screen & System Audio Recording, you may need to quit and reopen the app.")
                 Layout.fillWidth: true
             }
@@ -171,16 +209,18 @@ T.Popup {
             symbol: "text.bubble"
             title: qsTr("Speech recognition (optional)")
             body: qsTr("When a segment looks suspicious, Sordin transcribes a few seconds with Apple's on-device speech recognizer and looks for phrases like “promo code” or “sponsored by”. Recognition is forced on-device, with no server fallback.")
-            RowLayout {
-                spacing: 8
-                Symbol { visible: sheet.engine.speechAccess; name: "checkmark.circle.fill"; color: Theme.green }
-                Label {
-                    objectName: "permission"
-                    text: sheet.engine.speechAccess ? qsTr("Permission granted") : qsTr("Not granted")
-                    color: sheet.engine.speechAccess ? Theme.text : Theme.secondary
+            StatusRow {
+                granted: sheet.engine.speechAccess
+                missing: qsTr("Not granted")
+                optional: true
+                Button {
+                    objectName: "allow"
+                    visible: !sheet.engine.speechAccess
+                    text: qsTr("Allow")
+                    onClicked: software.opened(sheet.engine.requestSpeechAccess())
                 }
-                Button { objectName: "allow"; visible: !sheet.engine.speechAccess; text: qsTr("Allow"); onClicked: sheet.engine.requestSpeechAccess() }
             }
+            SettingsHint { id: software; anchor: "Privacy_SpeechRecognition"; granted: sheet.engine.speechAccess }
             Caption {
                 objectName: "noPrompt"
                 visible: !sheet.engine.speechRequestPossible
@@ -188,7 +228,7 @@ T.Popup {
                 color: Theme.orangeText
                 Layout.fillWidth: true
             }
-            Caption { text: qsTr("You can skip this step."); Layout.fillWidth: true }
+            Caption { objectName: "skip"; visible: !sheet.engine.speechAccess; text: qsTr("You can skip this step."); Layout.fillWidth: true }
         }
     }
     Component {
@@ -198,11 +238,23 @@ T.Popup {
             title: qsTr("How muting works")
             body: qsTr("When ad confidence passes your sensitivity threshold, Sordin fades your output device's volume to zero (or a level you choose) and restores it smoothly when the ad ends. Your original volume is saved and always put back, even after a crash.")
             Label {
-                text: qsTr("Use the menu bar icon to pause Sordin or change sensitivity. Test Mode lets you watch detection without any muting.")
+                objectName: "whereItIs"
+                text: sheet.iconIsShown
+                      ? qsTr("Use the menu bar icon to pause Sordin or change sensitivity. Test Mode lets you watch detection without any muting.")
+                      : qsTr("This desktop shows no icon for Sordin: its window, which opening Sordin again brings back, has everything. Test Mode lets you watch detection without any muting.")
+                lineHeight: 1.15
+                Layout.fillWidth: true
+            }
+            Label {
+                objectName: "goesOn"
+                text: sheet.iconIsShown
+                      ? qsTr("Closing the window leaves Sordin running. Quit it from its icon, or with Ctrl+Q.")
+                      : qsTr("Closing the window leaves Sordin running, minimized. Quit it with Ctrl+Q.")
                 lineHeight: 1.15
                 Layout.fillWidth: true
             }
             Caption {
+                objectName: "lastWords"
                 text: qsTr("Sordin can't be perfect. If it mutes too often or misses ads, adjust the sensitivity slider.")
                 Layout.fillWidth: true
             }

@@ -29,7 +29,7 @@ ColumnLayout {
                 id: duckText
                 objectName: "duckText"
                 text: page.engine.duckPercent === 0 ? qsTr("Mute") : qsTr("Duck to %1%").arg(Math.trunc(page.engine.duckPercent))
-                Layout.preferredWidth: 100
+                Layout.preferredWidth: 100 * Theme.scale
                 horizontalAlignment: Text.AlignRight
                 wrapMode: Text.NoWrap
             }
@@ -76,21 +76,41 @@ ColumnLayout {
         }
     }
     Card {
+        Switch {
+            objectName: "pauseInCalls"
+            text: qsTr("Do nothing during calls")
+            Layout.fillWidth: true
+            checked: page.engine.pauseInCalls
+            onCheckedChanged: {
+                if (checked !== page.engine.pauseInCalls) {
+                    page.engine.pauseInCalls = checked;
+                }
+                checked = Qt.binding(() => page.engine.pauseInCalls);
+            }
+        }
+        Caption {
+            text: qsTr("A call is on while an application plays sound and records from a microphone, or marks what it plays as a call.")
+            Layout.fillWidth: true
+        }
+    }
+    Card {
         PermissionRow {
             objectName: "screen"
             title: qsTr("Screen & System Audio Recording")
             granted: page.engine.screenAccess
             onWanted: {
                 page.engine.requestScreenAccess();
-                page.engine.openSettings("Privacy_ScreenCapture");
+                settings.opened(page.engine.openSettings("Privacy_ScreenCapture"));
             }
         }
+        SettingsHint { id: settings; anchor: "Privacy_ScreenCapture"; granted: page.engine.screenAccess }
         PermissionRow {
             objectName: "speech"
             title: qsTr("Speech Recognition (optional)")
             granted: page.engine.speechAccess
-            onWanted: page.engine.requestSpeechAccess()
+            onWanted: software.opened(page.engine.requestSpeechAccess())
         }
+        SettingsHint { id: software; anchor: "Privacy_SpeechRecognition"; granted: page.engine.speechAccess }
         Button { objectName: "refresh"; text: qsTr("Refresh"); onClicked: page.engine.refreshAccess() }
     }
     Button {

@@ -55,9 +55,9 @@ ColumnLayout {
                 required property real level
                 required property string value
                 spacing: 10
-                Label { text: name; Layout.preferredWidth: 90; wrapMode: Text.NoWrap; elide: Text.ElideRight }
+                Label { text: name; Layout.preferredWidth: 90 * Theme.scale; wrapMode: Text.NoWrap; elide: Text.ElideRight }
                 Gauge { value: level; label: name; Layout.fillWidth: true }
-                Label { text: value; Layout.preferredWidth: 40; horizontalAlignment: Text.AlignRight; wrapMode: Text.NoWrap }
+                Label { text: value; Layout.preferredWidth: 40 * Theme.scale; horizontalAlignment: Text.AlignRight; wrapMode: Text.NoWrap }
             }
         }
         RowLayout {
@@ -65,14 +65,12 @@ ColumnLayout {
             Caption { objectName: "combined"; text: qsTr("Combined %1%").arg(Math.trunc(page.engine.confidence * 100)) }
             Caption { text: qsTr("Threshold %1%").arg(Math.trunc(page.engine.threshold * 100)) }
         }
-        Label {
+        LatestWords {
             objectName: "testTranscript"
             readonly property bool nothing: page.engine.transcript === ""
-            text: nothing ? qsTr("Transcription runs only on suspicious speech segments.") : page.engine.transcript
+            words: nothing ? qsTr("Transcription runs only on suspicious speech segments.") : page.engine.transcript
             color: nothing ? Theme.secondary : Theme.text
             Layout.fillWidth: true
-            maximumLineCount: 4
-            elide: Text.ElideRight
         }
         Caption {
             objectName: "noSpeech"
@@ -82,10 +80,23 @@ ColumnLayout {
             Layout.fillWidth: true
         }
     }
-    Button {
-        objectName: "forget"
-        text: qsTr("Forget learned ad fingerprints")
-        onClicked: page.engine.forgetLearnedAds()
+    RowLayout {
+        spacing: 10
+        Button {
+            objectName: "forget"
+            text: qsTr("Forget learned ad fingerprints")
+            onClicked: {
+                page.engine.forgetLearnedAds();
+                forgotten.restart();
+            }
+        }
+        Caption {
+            objectName: "forgotten"
+            visible: forgotten.running
+            text: qsTr("Forgotten.")
+            Accessible.role: Accessible.AlertMessage
+        }
+        Timer { id: forgotten; interval: 5000 }
     }
     Item { Layout.fillHeight: true }
 }

@@ -51,9 +51,12 @@ TEST_F(ApplicationServiceTest, TheDesktopAsksInAnyOfItsWays) {
     EXPECT_EQ(ask(path, interface, "Activate", {data}).type(), QDBusMessage::ReplyMessage);
     EXPECT_EQ(ask(path, interface, "Open", {QStringList("file:///a"), data}).type(),
               QDBusMessage::ReplyMessage);
-    EXPECT_EQ(ask(path, interface, "Activate", {QVariantMap{{"activation-token", 7}}}).type(),
-              QDBusMessage::ReplyMessage);
-    EXPECT_THAT(tokens, ElementsAre("t", "t", "7"));
+    for (const QVariantMap& other : {QVariantMap{{"activation-token", 7}},
+                                     {{"desktop-startup-id", "old"}},
+                                     {{"desktop-startup-id", "old"}, {"activation-token", "new"}}}) {
+        EXPECT_EQ(ask(path, interface, "Activate", {other}).type(), QDBusMessage::ReplyMessage);
+    }
+    EXPECT_THAT(tokens, ElementsAre("t", "t", "7", "old", "new"));
     EXPECT_EQ(ask(path, interface, "Activate", {"not a map"}).type(), QDBusMessage::ErrorMessage);
 }
 

@@ -3,6 +3,7 @@
 #include "bus_fixture.h"
 #include "platform/linux/session/control_interface.h"
 #include "platform/linux/session/running_program.h"
+#include "platform/linux/session/status_report.h"
 #include "property_ear.h"
 
 #include <QDBusMetaType>
@@ -75,20 +76,21 @@ protected:
             .toString();
     }
 
-    ControlInterface::State state{"listening", "Listening", true, false, false, {}, 0.25};
+    ControlInterface::State state{"listening", "Listening", true, false, false, {}, 0.25, false, {}, {}};
     int restores = 0;
     std::vector<bool> writes;
     ApplicationService service{program, [](const QString&) {}, true};
-    const ControlInterface::Program parts{[this] { return state; },
-                                          [this](bool enabled) {
-                                              writes.push_back(enabled);
-                                              state.enabled = enabled;
-                                              if (control) {
-                                                  control->stateChanged();
-                                              }
-                                          },
-                                          [this] { ++restores; },
-                                          [this](bool tuned) { state.tunedDetection = tuned; }};
+    const ControlInterface::Program parts{
+        [this] { return state; },
+        [this](bool enabled) {
+            writes.push_back(enabled);
+            state.enabled = enabled;
+            if (control) {
+                control->stateChanged();
+            }
+        },
+        [this] { ++restores; }, [this](bool tuned) { state.tunedDetection = tuned; },
+        [this](const QStringList& ids) { state.ignoredApplications = ids; }};
     std::optional<ControlInterface> control{std::in_place, service, parts, std::chrono::milliseconds(1)};
 };
 
@@ -96,7 +98,7 @@ TEST_F(ControlInterfaceTest, IsWhatItsDescriptionSays) {
     QFile file(SORDIN_INTERFACE);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const auto described = membersIn(QString::fromUtf8(file.readAll()));
-    ASSERT_THAT(described, SizeIs(10));
+    ASSERT_THAT(described, SizeIs(12));
     EXPECT_EQ(membersIn(introspection()), described);
 
     // And does as it says.
@@ -138,6 +140,8 @@ TEST_F(ControlInterfaceTest, IsDrivenByScripts) {
     EXPECT_THAT(writes, ElementsAre(false, true, false, true)) << "the last word holds";
     EXPECT_EQ(write("TunedDetection", true), "");
     EXPECT_EQ(is("TunedDetection"), true);
+    EXPECT_EQ(write("IgnoredApplications", QStringList{"a", "b"}), "");
+    EXPECT_EQ(is("IgnoredApplications"), QStringList({"a", "b"}));
     EXPECT_EQ(call("RestoreNow"), "");
     EXPECT_EQ(restores, 1);
     state.confidence = 0.75;
@@ -160,6 +164,50 @@ TEST_F(ControlInterfaceTest, IsDrivenByScripts) {
     program.unregisterService(ApplicationService::id);
     EXPECT_EQ(callRunning(), "is not running");
     EXPECT_TRUE(callRunningProgram(QDBusConnection("none"), "RestoreNow").has_value());
+}
+
+TEST_F(ControlInterfaceTest, IsReportedToPanelsAndScripts) {
+    std::vector<std::string> lines;
+    const StatusFollower follower(
+        desktop, ReportFormat::line, [&](const QByteArray& line) { lines.push_back(line.toStdString()); },
+        [] {});
+    const auto reported = [&](const std::string& wanted) {
+        const bool so = comes([&] { return !lines.empty(); }) && lines == std::vector{wanted};
+        return (so ? testing::AssertionSuccess() : testing::AssertionFailure())
+               << testing::PrintToString(std::exchange(lines, {}));
+    };
+    EXPECT_TRUE(reported("Listening, 25 %"));
+    state.confidence = 0.875;
+    control->stateChanged();
+    state.tunedDetection = true;  // says nothing to a panel
+    control->stateChanged();
+    static_cast<void>(is("Status"));
+    state.statusText = "Ad detected, muted";
+    state.status = "ad";
+    state.adActive = state.faded = true;
+    state.source = "Radio & \"Co\"";
+    control->stateChanged();
+    EXPECT_TRUE(reported("Ad detected, muted: Radio & \"Co\", 87 %"));
+    const auto all = [this] {
+        return qdbus_cast<QVariantMap>(
+            ask(objectPath, properties, "GetAll", {controlName}).arguments().value(0));
+    };
+    EXPECT_EQ(
+        statusReport(all(), ReportFormat::json).toStdString(),
+        R"({"ad":true,"alt":"ad","application":"Radio & \"Co\"","call":"","class":"ad","confidence":0.875,)"
+        R"("faded":true,"percentage":87,"status":"ad","text":"Ad detected, muted",)"
+        R"("tooltip":"Ad detected, muted: Radio & \"Co\", 87 %"})");
+    state = {"listening", "Listening", true, false, false, {}, 0, false, "Phone", {}};
+    control->stateChanged();
+    EXPECT_TRUE(reported("Listening. A call is on: Phone"));
+    EXPECT_THAT(statusReport(all(), ReportFormat::json).toStdString(),
+                testing::AllOf(testing::HasSubstr(R"("call":"Phone")"),
+                               testing::HasSubstr(R"("class":"call")"),
+                               testing::HasSubstr(R"("status":"listening")")));
+    program.unregisterService(ApplicationService::id);
+    EXPECT_TRUE(reported("Not running"));
+    program.registerService(ApplicationService::id);
+    EXPECT_TRUE(reported("Listening. A call is on: Phone"));
 }
 
 TEST_F(ControlInterfaceTest, TheDesktopsActionsAreDone) {

@@ -31,7 +31,7 @@ protected:
     DbusFuzzTest() {
         using Kind = StatusMenuEntry::Kind;
         item.setHandlers({[this](QPoint, const QString&) { ++clicks; }, [this] { ++toggles; }});
-        item.setMenu({{Kind::action, "Open", true, false, [this] { ++chosen; }},
+        item.setMenu({{Kind::action, "Open", true, false, [this](auto&) { ++chosen; }},
                       {Kind::separator, {}, true, false, {}},
                       {Kind::toggle, "On", true, true, {}}});
         for (const char* path : {StatusNotifierItem::path, DbusMenu::path, ApplicationService::path}) {
@@ -234,15 +234,18 @@ protected:
     bool enabled = true;
     StatusNotifierItem item{program, "/icons"};
     ApplicationService service{program, [this](const QString&) { ++activations; }};
-    ControlInterface control{
-        service,
-        {[this] { return ControlInterface::State{"ad", "Ad", enabled, true, true, "Radio", 0.5}; },
-         [this](bool value) {
-             enabled = value;
-             ++writes;
-             control.stateChanged();
-         },
-         [this] { ++restores; }, [this](bool /*tuned*/) { ++writes; }}};
+    ControlInterface control{service,
+                             {[this] {
+                                  return ControlInterface::State{"ad",    "Ad", enabled, true,    true,
+                                                                 "Radio", 0.5,  false,   "Phone", {"a"}};
+                              },
+                              [this](bool value) {
+                                  enabled = value;
+                                  ++writes;
+                                  control.stateChanged();
+                              },
+                              [this] { ++restores; }, [this](bool /*tuned*/) { ++writes; },
+                              [this](const QStringList& /*ids*/) { ++writes; }}};
     std::vector<Member> methods;
     std::vector<Member> properties;
     QStringList words;

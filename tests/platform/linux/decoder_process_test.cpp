@@ -120,6 +120,9 @@ TEST(DecoderProcess, DamagedModelsHarmNobody) {
     };
     for (const double share : {0.0, 0.5}) {
         SpeechModelFiles files = whole;
+        files.mask = cut(whole.mask, share);
+        EXPECT_FALSE(refused(files)) << "it works without the mask";
+        files = whole;
         files.advertisingLanguage = cut(whole.advertisingLanguage, share);
         EXPECT_TRUE(refused(files)) << share;
         files = whole;

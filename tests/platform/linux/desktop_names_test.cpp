@@ -3,6 +3,7 @@
 #include "platform/linux/desktop/application_id.h"
 #include "platform/linux/desktop/desktop_entry.h"
 #include "platform/linux/desktop/linux_process_directory.h"
+#include "platform/linux/desktop/process_application.h"
 #include "platform/linux/desktop/shown_name.h"
 #include "rig/temporary_folder.h"
 
@@ -16,6 +17,8 @@ namespace sordin {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 std::string ofUnit(const std::string& unit) {
     const std::string user = "0::/user.slice/user-1000.slice/user@1000.service/app.slice/";
@@ -124,6 +127,9 @@ protected:
         return application ? application->localisedName : "(none)";
     }
 
+    [[nodiscard]] const fs::path& base() const { return base_.path(); }
+    [[nodiscard]] const LinuxProcessDirectory& directory() const { return directory_; }
+
     std::map<std::int32_t, std::string> sandboxed;  // what the portal knows
 
 private:
@@ -156,6 +162,15 @@ TEST_F(LinuxProcessDirectoryTest, NamesProcessesByWhatIsKnownOfThem) {
     EXPECT_EQ(name(-1), "(none)");
     entry("first", "mpv", "My player");
     EXPECT_EQ(name(12), "My player") << "the user's own entries come first";
+
+    EXPECT_THAT(applicationIdsOf(12, base() / "proc"), ElementsAre("org.unknown", "mpv"));
+    EXPECT_THAT(applicationIdsOf(99, base() / "proc"), IsEmpty());
+    entry("second", "org.radio", "Radio");
+    EXPECT_THAT(directory().applicationIds("Radio"), ElementsAre("com.example.Radio", "org.radio"));
+    EXPECT_THAT(directory().applicationIds("mpv Media Player"), ElementsAre("mpv Media Player"))
+        << "is hidden";
+    EXPECT_EQ(directory().applicationName("org.radio"), "Radio");
+    EXPECT_EQ(directory().applicationName("../radio"), "../radio");
 }
 
 TEST_F(LinuxProcessDirectoryTest, IsNotLedAstray) {

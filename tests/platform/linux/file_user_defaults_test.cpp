@@ -56,6 +56,8 @@ TEST_F(FileUserDefaultsTest, KeepsTypedValuesAcrossStarts) {
     defaults->set("enabled", false);
     defaults->set("sensitivity", 0.1);
     defaults->set("name", std::string("caf\xC3\xA9 \"x\""));
+    const std::vector<std::string> list{"caf\xC3\xA9", ""};
+    defaults->set("list", list);
     defaults->set("whole", 3.0);
     defaults->set("nothing", std::nan(""));
     open();
@@ -63,6 +65,8 @@ TEST_F(FileUserDefaultsTest, KeepsTypedValuesAcrossStarts) {
     EXPECT_EQ(defaults->number("sensitivity"), 0.1);
     EXPECT_EQ(defaults->number("whole"), 3.0);
     EXPECT_EQ(defaults->text("name"), "caf\xC3\xA9 \"x\"");
+    EXPECT_EQ(defaults->texts("list"), list);
+    EXPECT_FALSE(defaults->text("list") || defaults->texts("name"));
     EXPECT_FALSE(defaults->number("enabled") || defaults->text("sensitivity") || defaults->boolean("name"));
     EXPECT_FALSE(settings().contains("nothing"));
     defaults->remove("name");
@@ -100,13 +104,17 @@ TEST_F(FileUserDefaultsTest, WritesThePendingRestoreAtOnceAndApart) {
 
 TEST_F(FileUserDefaultsTest, KeepsWhatItDoesNotKnow) {
     fs::create_directories(folder());
-    writeText(file(), R"({"future": {"a": [1, null]}, "enabled": "yes", "sensitivity": 0.25})");
+    writeText(file(),
+              R"({"future": {"a": [1, null]}, "mixed": ["a", 1], "enabled": "yes", "sensitivity": 0.25})");
     open();
     EXPECT_FALSE(defaults->boolean("enabled"));
+    EXPECT_FALSE(defaults->texts("mixed"));
     EXPECT_EQ(defaults->number("sensitivity"), 0.25);
     defaults->set("duckPercent", 5.0);
     defaults->flush();
-    EXPECT_EQ(settings(), json::parse(R"({"future": {"a": [1, null]}, "enabled": "yes", "sensitivity": 0.25,
+    EXPECT_EQ(
+        settings(),
+        json::parse(R"({"future": {"a": [1, null]}, "mixed": ["a", 1], "enabled": "yes", "sensitivity": 0.25,
                                           "duckPercent": 5.0})"));
 }
 

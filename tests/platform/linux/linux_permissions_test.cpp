@@ -67,27 +67,26 @@ TEST_F(LinuxPermissionsTest, OnlyASandboxWithoutTheServersSocketLacksThem) {
 
 TEST_F(LinuxPermissionsTest, OpensTheBestOfTheDesktopsProgramsThatHelp) {
     LinuxPermissions permissions(program);
-    permissions.openSettings("Privacy_ScreenCapture");  // nobody is there
-    permissions.openSettings("Privacy_SpeechRecognition");
+    EXPECT_FALSE(permissions.openSettings("Privacy_ScreenCapture"));  // nobody is there
     {
         Helper settings(desktop, "org.gnome.Settings");
-        permissions.openSettings("Privacy_ScreenCapture");
+        EXPECT_TRUE(permissions.openSettings("Privacy_ScreenCapture"));
         ASSERT_TRUE(comes([&] { return settings.calls.size() == 1; }));
         EXPECT_EQ(settings.calls[0], "/org/gnome/Settings ActivateAction");
         EXPECT_EQ(settings.last.signature(), "sava{sv}");
-        permissions.openSettings("no such page");
-        permissions.openSettings("Privacy_SpeechRecognition");
+        EXPECT_FALSE(permissions.openSettings("no such page"));
+        EXPECT_FALSE(permissions.openSettings("Privacy_SpeechRecognition"));
         static_cast<void>(ask("/", "org.freedesktop.DBus.Peer", "Ping"));  // what was sent has come by now
         EXPECT_EQ(settings.calls.size(), 1U);
     }
     const Helper software(desktop, "org.gnome.Software");
     const Helper installer(program, "org.freedesktop.PackageKit");
-    permissions.openSettings("Privacy_SpeechRecognition");
+    EXPECT_TRUE(permissions.openSettings("Privacy_SpeechRecognition"));
     ASSERT_TRUE(comes([&] { return installer.calls.size() == 1; }));
     EXPECT_THAT(installer.calls, ElementsAre("/org/freedesktop/PackageKit InstallPackageNames"));
     EXPECT_EQ(installer.last.arguments().value(0).toStringList(), QStringList("pocketsphinx-en-us"));
     EXPECT_THAT(software.calls, IsEmpty());
-    LinuxPermissions(QDBusConnection("there is none")).openSettings("Privacy_ScreenCapture");
+    EXPECT_FALSE(LinuxPermissions(QDBusConnection("there is none")).openSettings("Privacy_ScreenCapture"));
 }
 
 }  // namespace

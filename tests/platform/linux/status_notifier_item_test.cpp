@@ -55,6 +55,7 @@ TEST_F(StatusNotifierItemTest, SaysWhatAPanelShows) {
     EXPECT_EQ(is("Status"), "Active");
     EXPECT_EQ(is("IconName"), "org.sordin.Sordin-listening-symbolic");
     EXPECT_EQ(is("IconThemePath"), "/icons");
+    EXPECT_EQ(is("IconAccessibleDesc"), "Sordin: Listening");
     EXPECT_EQ(is("ItemIsMenu"), false);
     EXPECT_EQ(is("Menu").value<QDBusObjectPath>().path(), menuPath);
     const auto tip = qdbus_cast<StatusToolTip>(is("ToolTip"));
@@ -66,11 +67,24 @@ TEST_F(StatusNotifierItemTest, SaysWhatAPanelShows) {
     item.setSymbol("speaker.zzz");
     EXPECT_TRUE(comes([&] { return panel.iconChanges() == 1; }));
     item.setText("Paused");
-    EXPECT_TRUE(comes([&] { return panel.tipChanges() == 1; }));
+    EXPECT_TRUE(comes([&] { return panel.tipChanges() == 1 && panel.description() == "Sordin: Paused"; }));
     item.setSymbol("speaker.zzz");
     item.setSymbol("speaker.slash.fill");
     EXPECT_TRUE(comes([&] { return panel.iconChanges() == 2; })) << "once a change";
     EXPECT_EQ(is("IconName"), "org.sordin.Sordin-muting-symbolic");
+}
+
+TEST_F(StatusNotifierItemTest, IsDrawnAnewInTheColoursOfAnotherScheme) {
+    ASSERT_TRUE(desktop.registerService("org.freedesktop.portal.Desktop"));
+    FakePanel panel(desktop);
+    ASSERT_TRUE(comes([&] { return item.isShown(); }));
+    for (const char* key : {"contrast", "color-scheme"}) {
+        desktop.send(QDBusMessage::createSignal("/org/freedesktop/portal/desktop",
+                                                "org.freedesktop.portal.Settings", "SettingChanged")
+                     << "org.freedesktop.appearance" << key << QVariant::fromValue(QDBusVariant(1U)));
+    }
+    ASSERT_TRUE(comes([&] { return panel.iconChanges() > 0; }));
+    EXPECT_EQ(panel.iconChanges(), 1);
 }
 
 TEST_F(StatusNotifierItemTest, TellsWhereItWasClickedWithTheLeaveToComeToTheFront) {
@@ -103,7 +117,11 @@ TEST_F(StatusNotifierItemTest, IsShownByPanelsThatComeAndGo) {
 TEST_F(StatusNotifierItemTest, TheMenuSaysWhatCanBeDoneAndDoesIt) {
     using Kind = StatusMenuEntry::Kind;
     int done = 0;
-    const auto doIt = [&done] { ++done; };
+    std::vector<QString> tokens;
+    const auto doIt = [&](const QString& token) {
+        ++done;
+        tokens.push_back(token);
+    };
     const std::vector<StatusMenuEntry> entries{{Kind::action, "a_b", false, false, doIt},
                                                {Kind::separator, {}, true, false, {}},
                                                {Kind::toggle, "On", true, true, doIt},
@@ -122,6 +140,7 @@ TEST_F(StatusNotifierItemTest, TheMenuSaysWhatCanBeDoneAndDoesIt) {
     EXPECT_EQ(layout(3).properties.value("label"), "On");
     EXPECT_THAT(layout(17).properties, IsEmpty());
 
+    static_cast<void>(ask(itemPath, itemInterface, "ProvideXdgActivationToken", {"token"}));
     click(3);
     EXPECT_EQ(done, 1);
     click(3, "hovered");
@@ -134,6 +153,7 @@ TEST_F(StatusNotifierItemTest, TheMenuSaysWhatCanBeDoneAndDoesIt) {
                            {QVariant::fromValue(QList<MenuEvent>{{3, "clicked", QDBusVariant(0), 0},
                                                                  {9, "clicked", QDBusVariant(0), 0}})});
     EXPECT_EQ(done, 2);
+    EXPECT_THAT(tokens, ElementsAre("token", "")) << "a token is for one click";
     EXPECT_THAT(qdbus_cast<QList<int>>(group.arguments().value(0)), ElementsAre(9));
     const auto group3 = ask(menuPath, menuInterface, "GetGroupProperties",
                             {QVariant::fromValue(QList<int>{3, 9}), QStringList()});

@@ -3,6 +3,7 @@
 
 #include "platform/linux/audio/chosen_audio_objects.h"
 #include "platform/linux/audio/chosen_loopback_source.h"
+#include "platform/linux/audio/linux_application_streams.h"
 #include "platform/linux/pipewire/audio_objects.h"
 #include "platform/linux/pipewire/loopback_source.h"
 #include "platform/linux/pulse/audio_objects.h"
@@ -16,7 +17,8 @@ LinuxAudio::LinuxAudio()
       choice_(std::make_shared<ServerChoice>(pipeWire_, pulse_)),
       objects_(std::make_shared<ChosenAudioObjects>(
           choice_, std::make_shared<pipewire::PipeWireAudioObjects>(pipeWire_),
-          std::make_shared<pulse::PulseAudioObjects>(pulse_))) {}
+          std::make_shared<pulse::PulseAudioObjects>(pulse_))),
+      streams_(std::make_shared<LinuxApplicationStreams>(pipeWire_, pulse_)) {}
 
 std::unique_ptr<LoopbackSource> LinuxAudio::loopbackSource() const {
     return std::make_unique<ChosenLoopbackSource>(

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/application_streams.h"
 #include "platform/audio_objects.h"
 #include "platform/linux/audio/server_choice.h"
 #include "platform/loopback_source.h"
@@ -21,6 +22,7 @@ public:
 
     /// Outlive this if they are held.
     [[nodiscard]] const std::shared_ptr<AudioObjects>& objects() const { return objects_; }
+    [[nodiscard]] const std::shared_ptr<ApplicationStreams>& streams() const { return streams_; }
     [[nodiscard]] std::unique_ptr<LoopbackSource> loopbackSource() const;
 
     /// See ServerChoice.
@@ -36,6 +38,7 @@ private:
     const std::shared_ptr<pulse::Session> pulse_;
     const std::shared_ptr<ServerChoice> choice_;  // before all who observe the sessions
     const std::shared_ptr<AudioObjects> objects_;
+    const std::shared_ptr<ApplicationStreams> streams_;
 };
 
 }  // namespace sordin

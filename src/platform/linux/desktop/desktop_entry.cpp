@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <set>
+#include <system_error>
 
 namespace sordin {
 
@@ -125,6 +127,20 @@ std::optional<std::string> DesktopEntries::name(const std::string& id) const {
         }
     }
     return std::nullopt;
+}
+
+std::vector<std::string> DesktopEntries::ids() const {
+    std::set<std::string> ids;
+    for (const fs::path& applications : folders_) {
+        std::error_code error;
+        for (fs::directory_iterator entry(applications, error), end; !error && entry != end;
+             entry.increment(error)) {
+            if (entry->path().extension() == ".desktop") {
+                ids.insert(entry->path().stem().string());
+            }
+        }
+    }
+    return {ids.begin(), ids.end()};
 }
 
 }  // namespace sordin

@@ -28,6 +28,9 @@ public:
     /// entry.
     [[nodiscard]] std::optional<std::string> name(const std::string& id) const;
 
+    /// The identifiers of all entries in the folders, each once. Entries in subfolders are not among them.
+    [[nodiscard]] std::vector<std::string> ids() const;
+
 private:
     std::vector<std::filesystem::path> folders_;
     std::string locale_;

@@ -3,7 +3,9 @@
 
 #include "platform/linux/desktop/xcb_handles.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <string>
 
 namespace sordin {
@@ -70,6 +72,67 @@ void bringForward(std::uint32_t window) {
                        reinterpret_cast<const char*>(&message));
     }
     xcb_flush(connection.get());
+}
+
+void hideFromTaskBar(std::uint32_t window) {
+    const XcbConnection connection(xcb_connect(nullptr, nullptr));
+    if (xcb_connection_has_error(connection.get()) != 0) {
+        return;
+    }
+    const auto states = {atom(connection, "_NET_WM_STATE_SKIP_TASKBAR"),
+                         atom(connection, "_NET_WM_STATE_SKIP_PAGER")};
+    const auto done = xcb_change_property_checked(connection.get(), XCB_PROP_MODE_APPEND, window,
+                                                  atom(connection, "_NET_WM_STATE"), XCB_ATOM_ATOM, 32,
+                                                  static_cast<std::uint32_t>(states.size()), states.begin());
+    const XcbReply<xcb_generic_error_t> error(xcb_request_check(connection.get(), done));  // waits for it
+}
+
+void makeTransparent(std::uint32_t window) {
+    const XcbConnection connection(xcb_connect(nullptr, nullptr));
+    if (xcb_connection_has_error(connection.get()) != 0) {
+        return;
+    }
+    constexpr std::uint32_t transparent = 0;
+    const auto done =
+        xcb_change_window_attributes_checked(connection.get(), window, XCB_CW_BACK_PIXEL, &transparent);
+    const XcbReply<xcb_generic_error_t> error(xcb_request_check(connection.get(), done));  // waits for it
+}
+
+void endStartupNotification(std::string_view token) {
+    const XcbConnection connection(xcb_connect(nullptr, nullptr));
+    if (xcb_connection_has_error(connection.get()) != 0 || token.find('\0') != std::string_view::npos) {
+        return;
+    }
+    std::string text = "remove: ID=\"";
+    for (const char each : token) {
+        if (each == '"' || each == '\\') {
+            text += '\\';
+        }
+        text += each;
+    }
+    text += '"';
+    // In pieces, with the zero at its end; the window only marks which pieces belong together.
+    const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
+    const auto marker = xcb_generate_id(connection.get());
+    xcb_create_window(connection.get(), XCB_COPY_FROM_PARENT, marker, root, -1, -1, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_client_message_event_t piece{};
+    piece.response_type = XCB_CLIENT_MESSAGE;
+    piece.format = 8;
+    piece.window = marker;
+    piece.type = atom(connection, "_NET_STARTUP_INFO_BEGIN");
+    const auto next = atom(connection, "_NET_STARTUP_INFO");
+    constexpr std::size_t room = sizeof(piece.data.data8);
+    for (std::size_t sent = 0; sent <= text.size(); sent += room) {
+        std::fill(std::begin(piece.data.data8), std::end(piece.data.data8), std::uint8_t{0});
+        std::copy_n(text.begin() + static_cast<std::ptrdiff_t>(sent), std::min(room, text.size() - sent),
+                    std::begin(piece.data.data8));
+        xcb_send_event(connection.get(), 0, root, XCB_EVENT_MASK_PROPERTY_CHANGE,
+                       reinterpret_cast<const char*>(&piece));
+        piece.type = next;
+    }
+    // The server would drop nothing that was sent before the connection ends, once it has answered.
+    atom(connection, "_NET_STARTUP_INFO");
 }
 
 }  // namespace sordin

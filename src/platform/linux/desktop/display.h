@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace sordin {
 
@@ -23,5 +24,17 @@ enum class DisplayState {
 /// Asks the window manager of an X11 display to bring a window to the front because the user wants it there.
 /// Toolkits ask in the name of the program, which managers may refuse one that nobody has clicked at lately.
 void bringForward(std::uint32_t window);
+
+/// Keeps a window of an X11 display, which is not shown yet, out of lists of windows.
+void hideFromTaskBar(std::uint32_t window);
+
+/// Has an X11 display show what is below a window wherever the window is not drawn. To be called before the
+/// window, whose pixels can be transparent, is shown.
+void makeTransparent(std::uint32_t window);
+
+/// Says on an X11 display that what the user started with this token is there, so that the desktop no longer
+/// shows that something starts (Startup Notification Protocol 0.1). Desktops ignore tokens that they do not
+/// know.
+void endStartupNotification(std::string_view token);
 
 }  // namespace sordin

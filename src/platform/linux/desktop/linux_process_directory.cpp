@@ -1,40 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/desktop/linux_process_directory.h"
 
-#include "platform/linux/desktop/application_id.h"
 #include "platform/linux/desktop/frontmost_window.h"
+#include "platform/linux/desktop/process_application.h"
 #include "platform/linux/desktop/shown_name.h"
-#include "platform/linux/desktop/small_file.h"
 
 #include <unistd.h>
 
 namespace sordin {
 
 namespace {
-
-namespace fs = std::filesystem;
-
-std::optional<std::string> applicationId(const fs::path& process) {
-    if (auto id = applicationIdFromFlatpakInfo(readSmallFile(process / "root/.flatpak-info"))) {
-        return id;
-    }
-    return applicationIdFromCgroup(readSmallFile(process / "cgroup"));
-}
-
-/// The name of the file that a process runs; of a process of somebody else, what it calls itself.
-std::string executableName(const fs::path& process) {
-    std::error_code error;
-    std::string name = fs::read_symlink(process / "exe", error).filename().string();
-    constexpr std::string_view replaced = " (deleted)";  // by an update while it runs
-    if (name.ends_with(replaced)) {
-        name.erase(name.size() - replaced.size());
-    }
-    if (name.empty()) {
-        name = readSmallFile(process / "comm");
-        name.erase(std::min(name.find('\n'), name.size()));
-    }
-    return name;
-}
 
 /// Whoever is named may have chosen any name.
 ApplicationInfo named(const std::string& name) {
@@ -47,24 +22,31 @@ std::optional<ApplicationInfo> LinuxProcessDirectory::runningApplication(std::in
     if (const auto id = portal_ ? portal_(processId) : std::nullopt) {
         return named(entries_.name(*id).value_or(*id));
     }
-    const fs::path process = proc_ / std::to_string(processId);
-    std::error_code error;
-    if (processId <= 0 || !fs::exists(process, error)) {
-        return std::nullopt;
-    }
-    const auto id = applicationId(process);
-    const std::string executable = executableName(process);
-    for (const auto& candidate : {id.value_or(""), executable}) {
-        if (const auto name = entries_.name(candidate)) {
+    const auto ids = applicationIdsOf(processId, proc_);
+    for (const auto& id : ids) {
+        if (const auto name = entries_.name(id)) {
             return named(*name);
         }
     }
-    return named(id.value_or(executable));
+    return ids.empty() ? std::nullopt : std::optional(named(ids.front()));
 }
 
 std::optional<ApplicationInfo> LinuxProcessDirectory::frontmostApplication() const {
     const auto process = frontmostWindowProcess();
     return process ? runningApplication(*process) : std::nullopt;
+}
+
+std::vector<std::string> LinuxProcessDirectory::applicationIds(const std::string& name) const {
+    auto ids = entries_.ids();
+    std::erase_if(ids, [&](const std::string& id) { return applicationName(id) != name; });
+    if (ids.empty()) {
+        ids.push_back(name);
+    }
+    return ids;
+}
+
+std::string LinuxProcessDirectory::applicationName(const std::string& id) const {
+    return shownName(entries_.name(id).value_or(id));
 }
 
 std::int32_t LinuxProcessDirectory::ownProcessId() const {

@@ -27,6 +27,8 @@ public:
 
     [[nodiscard]] std::optional<ApplicationInfo> runningApplication(std::int32_t processId) const override;
     [[nodiscard]] std::optional<ApplicationInfo> frontmostApplication() const override;
+    [[nodiscard]] std::vector<std::string> applicationIds(const std::string& name) const override;
+    [[nodiscard]] std::string applicationName(const std::string& id) const override;
     [[nodiscard]] std::int32_t ownProcessId() const override;
 
 private:

@@ -174,6 +174,10 @@ void Connection::onGlobal(GlobalId id, const char* type, const spa_dict* propert
                             text(properties, PW_KEY_PORT_DIRECTION) == "out",
                             isTrue(properties, PW_KEY_PORT_MONITOR), text(properties, PW_KEY_AUDIO_CHANNEL)};
         events_.changed();
+    } else if (kind == PW_TYPE_INTERFACE_Link) {
+        graph_.links[id] = {number<GlobalId>(properties, PW_KEY_LINK_OUTPUT_PORT).value_or(PW_ID_ANY),
+                            number<GlobalId>(properties, PW_KEY_LINK_INPUT_NODE).value_or(PW_ID_ANY)};
+        events_.changed();
     } else if (kind == PW_TYPE_INTERFACE_Client) {
         addClient(id);
     } else if (kind == PW_TYPE_INTERFACE_Device && text(properties, PW_KEY_MEDIA_CLASS) == "Audio/Device") {
@@ -290,8 +294,8 @@ bool Connection::listenToMetadata(GlobalId id) {
 
 void Connection::onGlobalRemoved(GlobalId id) {
     bound_.erase(id);
-    bool known = graph_.nodes.erase(id) + graph_.ports.erase(id) + graph_.clients.erase(id) +
-                     graph_.devices.erase(id) >
+    bool known = graph_.nodes.erase(id) + graph_.ports.erase(id) + graph_.links.erase(id) +
+                     graph_.clients.erase(id) + graph_.devices.erase(id) >
                  0;
     if (metadata_ == id) {
         metadata_.reset();
@@ -308,6 +312,8 @@ void Connection::onNodeInfo(GlobalId id, const pw_node_info& info) {
     node.running = info.state == PW_NODE_STATE_RUNNING;
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0 && info.props != nullptr) {
         node.linkGroup = text(info.props, PW_KEY_NODE_LINK_GROUP);
+        node.role = text(info.props, PW_KEY_MEDIA_ROLE);
+        node.metersPeaks = isTrue(info.props, PW_KEY_STREAM_MONITOR);
         node.capturesSink = isTrue(info.props, PW_KEY_STREAM_CAPTURE_SINK);
         node.device = number<GlobalId>(info.props, PW_KEY_DEVICE_ID);
         node.profileDevice = number<int>(info.props, "card.profile.device");
@@ -329,6 +335,9 @@ void Connection::onClientInfo(GlobalId id, const pw_client_info& info) {
     client.throughPulse = text(info.props, PW_KEY_CLIENT_API) == "pipewire-pulse";
     client.processId = client.throughPulse ? number<std::int32_t>(info.props, PW_KEY_APP_PROCESS_ID)
                                            : client.connectedProcessId;
+    client.applicationIds.reset();
+    client.name = text(info.props, PW_KEY_APP_NAME);
+    client.claimedId = text(info.props, PW_KEY_APP_ID);
     client.portalApplication = text(info.props, "pipewire.access.portal.app_id");
     client.described = true;
     events_.changed();

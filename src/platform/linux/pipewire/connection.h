@@ -32,6 +32,10 @@ public:
     Connection& operator=(const Connection&) = delete;
 
     [[nodiscard]] const Graph& graph() const { return graph_; }
+
+    /// See Graph.
+    void leaveOut(const LeftOut& what) { graph_.leaveOut(what); }
+
     [[nodiscard]] pw_core* core() const { return core_.get(); }
 
     /// Asks the server to answer; the number that `synchronised` will tell.

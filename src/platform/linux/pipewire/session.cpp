@@ -158,10 +158,18 @@ void Session::onSynchronised(int sequence) {
     pw_thread_loop_signal(loop_.get(), false);
 }
 
+void Session::leaveOut(LeftOut what) {
+    leftOut_ = std::move(what);
+    refresh_->signal();
+}
+
 void Session::onRefresh() {
     if (lost_) {
         disconnect();
         connectTimer_->runAfter(reconnectInterval);
+    }
+    if (connection_) {
+        connection_->leaveOut(leftOut_);
     }
     for (Observer* observer : observers_) {
         observer->graphChanged();

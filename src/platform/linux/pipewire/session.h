@@ -54,6 +54,13 @@ public:
 
     [[nodiscard]] bool hasSink() const { return connected() && connection_->graph().hasSink(); }
 
+    [[nodiscard]] std::vector<ApplicationStream> applicationStreams() const {
+        return connected() ? connection_->graph().applicationStreams() : std::vector<ApplicationStream>();
+    }
+
+    /// Leaves out these from the next graphChanged() on, which comes soon. See ApplicationStreams.
+    void leaveOut(LeftOut what);
+
     /// Whether the session manager had named a default sink by then, so that it had long been running.
     [[nodiscard]] bool settledWhenListed() const { return settledWhenListed_; }
 
@@ -86,6 +93,7 @@ private:
     std::unique_ptr<LoopTimer> refreshTimer_;  // the same, later
     std::unique_ptr<LoopTimer> connectTimer_;
     std::vector<Observer*> observers_;
+    LeftOut leftOut_;
 
     std::unique_ptr<Connection> connection_;
     bool lost_ = false;  // the connection is to be closed once its events are done

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/pulse/catalogue.h"
 
+#include "platform/linux/desktop/process_application.h"
+#include "platform/linux/desktop/shown_name.h"
+
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
@@ -14,12 +17,21 @@ std::optional<std::int32_t> Catalogue::processOf(const Player& player) const {
     return client != clients.end() ? client->second.processId : std::nullopt;
 }
 
-bool Catalogue::isAudible(const Player& player) const {
-    if (processOf(player) == getpid()) {
-        return false;
+void Catalogue::leaveOut(const LeftOut& what) {
+    allLeftOut = what.everything;
+    for (auto& [index, client] : clients) {
+        if (!what.applications.empty() && !client.applicationIds) {
+            client.applicationIds = client.processId ? applicationIdsOf(*client.processId)
+                                                     : std::vector<std::string>{client.claimedId};
+        }
+        client.leftOut = !what.applications.empty() && what.holdsAny(*client.applicationIds);
     }
-    if (player.client && clients.count(*player.client) == 0) {
-        return false;  // not known yet; it may be ours
+}
+
+bool Catalogue::isAudible(const Player& player) const {
+    const Client* client = otherClient(player.client);
+    if (allLeftOut || (player.client && (client == nullptr || client->leftOut))) {
+        return false;
     }
     if (player.client || !player.module) {
         return true;
@@ -32,8 +44,41 @@ bool Catalogue::isAudible(const Player& player) const {
 }
 
 bool Catalogue::plays(const Player& player) const {
+    return takesSound(player) && isAudible(player);
+}
+
+std::vector<ApplicationStream> Catalogue::applicationStreams() const {
+    using Kind = ApplicationStream::Kind;
+    std::vector<ApplicationStream> streams;
+    const auto add = [&](const std::optional<Index>& index, Kind kind) {
+        if (const Client* client = otherClient(index)) {
+            const std::string known =
+                client->processId ? std::to_string(*client->processId) : client->claimedProcess;
+            streams.push_back({kind, known.empty() ? "client " + std::to_string(*index) : known,
+                               client->processId, shownName(client->name)});
+        }
+    };
+    for (const auto& [index, player] : players) {
+        if (takesSound(player)) {
+            add(player.client, player.call ? Kind::playsCall : Kind::plays);
+        }
+    }
+    for (const auto& [index, recorder] : recorders) {
+        if (!recorder.paused && !recorder.metersPeaks && !isMonitor(recorder.source)) {
+            add(recorder.client, Kind::records);
+        }
+    }
+    return streams;
+}
+
+const Client* Catalogue::otherClient(const std::optional<Index>& client) const {
+    const auto found = client ? clients.find(*client) : clients.end();
+    return found == clients.end() || found->second.processId == getpid() ? nullptr : &found->second;
+}
+
+bool Catalogue::takesSound(const Player& player) const {
     const auto sink = sinks.find(player.sink);
-    return !player.paused && sink != sinks.end() && sink->second.running && isAudible(player);
+    return !player.paused && sink != sinks.end() && sink->second.running;
 }
 
 bool Catalogue::isMonitor(Index source) const {

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/application_streams.h"
 #include "platform/linux/server/volume_props.h"
 
 #include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace sordin::pulse {
 
@@ -28,17 +30,27 @@ struct Player {
     std::optional<Index> client;
     std::optional<Index> module;  ///< that made it, of one that no program made
     bool paused = false;
+    bool call = false;  ///< marked by the program as the sound of a call
 };
 
 /// What records from a source ("source output").
 struct Recorder {
     Index source = 0;
     std::optional<Index> module;
+    std::optional<Index> client{};
+    bool paused = false;
+    bool metersPeaks = false;  ///< gets levels alone, as mixers do
 };
 
 /// A program's connection to the server.
 struct Client {
     std::optional<std::int32_t> processId;
+    std::string
+        claimedProcess{};     ///< number and file of the process as the program says them, maybe in a sandbox
+    std::string claimedId{};  ///< the application's identifier, as the program says it
+    std::string name{};       ///< what the program calls itself
+    bool leftOut = false;     ///< not to be listened to
+    std::optional<std::vector<std::string>> applicationIds{};  ///< once they have been needed
 };
 
 /// What the server has, as far as it matters here. Filled by the connection, under the loop's lock.
@@ -48,18 +60,28 @@ struct Catalogue {
     std::map<Index, Player> players;
     std::map<Index, Recorder> recorders;
     std::map<Index, Client> clients;
+    bool allLeftOut = false;  ///< nothing is to be listened to
+
+    /// Marks what is not to be listened to among the clients.
+    void leaveOut(const LeftOut& what);
 
     /// The process of the program that plays; none if the server does not know it.
     [[nodiscard]] std::optional<std::int32_t> processOf(const Player& player) const;
 
-    /// Whether it is an application's sound, not this program's and not a copy of other sound: what a module
-    /// passes on from a sink of its own or from the monitor of one.
+    /// Whether it is an application's sound to be listened to, not this program's and not a copy of other
+    /// sound: what a module passes on from a sink of its own or from the monitor of one.
     [[nodiscard]] bool isAudible(const Player& player) const;
 
     /// Whether sound comes from it now.
     [[nodiscard]] bool plays(const Player& player) const;
 
+    /// What applications play and record now, this program not among them.
+    [[nodiscard]] std::vector<ApplicationStream> applicationStreams() const;
+
 private:
+    /// None where it is not known, or is this program.
+    [[nodiscard]] const Client* otherClient(const std::optional<Index>& client) const;
+    [[nodiscard]] bool takesSound(const Player& player) const;
     [[nodiscard]] bool isMonitor(Index source) const;
 };
 

@@ -44,17 +44,21 @@ Sink entryOf(const pa_sink_info& info) {
 }
 
 Player entryOf(const pa_sink_input_info& info) {
-    return {info.sink, valid(info.client), valid(info.owner_module), info.corked != 0};
+    const bool call = text(pa_proplist_gets(info.proplist, PA_PROP_MEDIA_ROLE)) == "phone";
+    return {info.sink, valid(info.client), valid(info.owner_module), info.corked != 0, call};
 }
 
 Recorder entryOf(const pa_source_output_info& info) {
-    return {info.source, valid(info.owner_module)};
+    const bool metersPeaks = text(info.resample_method) == "peaks";
+    return {info.source, valid(info.owner_module), valid(info.client), info.corked != 0, metersPeaks};
 }
 
 Client entryOf(const pa_client_info& info) {
     const auto property = [&info](const char* key) { return text(pa_proplist_gets(info.proplist, key)); };
-    return {
-        processHere(property(PA_PROP_APPLICATION_PROCESS_ID), property(PA_PROP_APPLICATION_PROCESS_BINARY))};
+    const std::string process = property(PA_PROP_APPLICATION_PROCESS_ID);
+    const std::string binary = property(PA_PROP_APPLICATION_PROCESS_BINARY);
+    return {processHere(process, binary), process.empty() ? process : process + ' ' + binary,
+            property(PA_PROP_APPLICATION_ID), text(info.name)};
 }
 
 }  // namespace

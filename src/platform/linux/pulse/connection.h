@@ -36,6 +36,9 @@ public:
     [[nodiscard]] pa_context* context() const { return context_.get(); }
     [[nodiscard]] const Catalogue& catalogue() const { return catalogue_; }
 
+    /// See Catalogue.
+    void leaveOut(const LeftOut& what) { catalogue_.leaveOut(what); }
+
     /// Whether the server is PulseAudio itself, not PipeWire in its place; none while that is not known.
     [[nodiscard]] std::optional<bool> isPulseAudio() const { return isPulseAudio_; }
 

@@ -153,11 +153,19 @@ void Session::onLook() {
     }
 }
 
+void Session::leaveOut(LeftOut what) {
+    leftOut_ = std::move(what);
+    refresh_.signal();
+}
+
 void Session::onRefresh() {
     if (over_) {
         disconnect();
         attempted_ = Clock::now();
         onLook();
+    }
+    if (connected()) {
+        connection_->leaveOut(leftOut_);
     }
     for (Observer* observer : observers_) {
         observer->graphChanged();

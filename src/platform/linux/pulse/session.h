@@ -54,6 +54,13 @@ public:
     [[nodiscard]] Connection& connection() const { return *connection_; }
     [[nodiscard]] const Catalogue& catalogue() const { return connection_->catalogue(); }
 
+    [[nodiscard]] std::vector<ApplicationStream> applicationStreams() const {
+        return connected() ? catalogue().applicationStreams() : std::vector<ApplicationStream>();
+    }
+
+    /// Leaves out these from the next graphChanged() on, which comes soon. See ApplicationStreams.
+    void leaveOut(LeftOut what);
+
     /// Has graphChanged() called after `delay`, or sooner.
     void refreshAfter(std::chrono::milliseconds delay);
 
@@ -91,6 +98,7 @@ private:
     LoopTimer decideTimer_;  // until the connection counts as one that does not answer
     std::atomic<bool> looking_ = false;
     std::vector<Observer*> observers_;
+    LeftOut leftOut_;
 
     std::unique_ptr<Connection> connection_;
     bool over_ = false;              // the connection is to be closed once its events are done

@@ -112,7 +112,10 @@ DbusObject::Interface ApplicationService::interface() {
     // There are no files to open.
     const auto activate = [this](const QDBusMessage& call) {
         const auto platformData = qdbus_cast<QVariantMap>(call.arguments().constLast());
-        activated_(platformData.value(QStringLiteral("activation-token")).toString());
+        // Launchers built with GLib before 2.76 pass the token by the older name alone.
+        const QVariant token = platformData.value(QStringLiteral("activation-token"),
+                                                  platformData.value(QStringLiteral("desktop-startup-id")));
+        activated_(token.toString());
         return call.createReply();
     };
     return {

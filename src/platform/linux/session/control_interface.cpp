@@ -45,7 +45,9 @@ ControlInterface::ControlInterface(ApplicationService& service, Program program,
          [this] { return properties(); },
          {{QStringLiteral("Enabled"), [this](const QVariant& value) { setEnabled(value.toBool()); }},
           {QStringLiteral("TunedDetection"),
-           [this](const QVariant& value) { program_.setTunedDetection(value.toBool()); }}}});
+           [this](const QVariant& value) { program_.setTunedDetection(value.toBool()); }},
+          {QStringLiteral("IgnoredApplications"),
+           [this](const QVariant& value) { program_.setIgnoredApplications(value.toStringList()); }}}});
     service_.setActions(
         {{QStringLiteral("RestoreVolume"), [this](bool /*starts*/) { program_.restoreVolume(); }},
          {QStringLiteral("ToggleEnabled"), [this](bool starts) {
@@ -78,11 +80,16 @@ void ControlInterface::switchNow() {
 
 QVariantMap ControlInterface::properties() const {
     const State state = program_.state();
-    return {
-        {QStringLiteral("Status"), state.status}, {QStringLiteral("StatusText"), state.statusText},
-        {QStringLiteral("Enabled"), enabled()},   {QStringLiteral("AdActive"), state.adActive},
-        {QStringLiteral("Faded"), state.faded},   {QStringLiteral("Source"), state.source},
-        {confidenceProperty, state.confidence},   {QStringLiteral("TunedDetection"), state.tunedDetection}};
+    return {{QStringLiteral("Status"), state.status},
+            {QStringLiteral("StatusText"), state.statusText},
+            {QStringLiteral("Enabled"), enabled()},
+            {QStringLiteral("AdActive"), state.adActive},
+            {QStringLiteral("Faded"), state.faded},
+            {QStringLiteral("Source"), state.source},
+            {confidenceProperty, state.confidence},
+            {QStringLiteral("TunedDetection"), state.tunedDetection},
+            {QStringLiteral("Call"), state.call},
+            {QStringLiteral("IgnoredApplications"), state.ignoredApplications}};
 }
 
 void ControlInterface::stateChanged() {

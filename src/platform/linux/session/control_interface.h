@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 #include <QVariantMap>
 #include <chrono>
@@ -31,6 +32,8 @@ public:
         QString source;
         double confidence = 0;
         bool tunedDetection = false;
+        QString call;
+        QStringList ignoredApplications;
     };
     /// None may be empty.
     struct Program {
@@ -38,6 +41,7 @@ public:
         std::function<void(bool)> setEnabled;
         std::function<void()> restoreVolume;
         std::function<void(bool)> setTunedDetection;
+        std::function<void(const QStringList&)> setIgnoredApplications;
     };
 
     /// Is there for its life; `service` must outlive it. Of the desktop's actions it takes those that it can

@@ -46,7 +46,8 @@ const QVariantMap& rootProperties() {
 
 }  // namespace
 
-DbusMenu::DbusMenu(QDBusConnection bus) : bus_(std::move(bus)) {
+DbusMenu::DbusMenu(QDBusConnection bus, std::function<QString()> takeToken)
+    : bus_(std::move(bus)), takeToken_(std::move(takeToken)) {
     registerDbusStructs();
     bus_.registerObject(QLatin1String(path), this,
                         QDBusConnection::ExportAllSlots | QDBusConnection::ExportAllSignals |
@@ -117,7 +118,7 @@ void DbusMenu::Event(int id, const QString& type, const QDBusVariant& /*data*/, 
     const StatusMenuEntry* const found = entry(id);
     if (type == QLatin1String("clicked") && found != nullptr && found->enabled && found->triggered) {
         const auto triggered = found->triggered;  // which may replace the entries
-        triggered();
+        triggered(takeToken_());
     }
 }
 

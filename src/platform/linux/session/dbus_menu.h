@@ -6,6 +6,7 @@
 
 #include <QDBusConnection>
 #include <QObject>
+#include <functional>
 #include <vector>
 
 namespace sordin {
@@ -25,8 +26,9 @@ public:
     /// Where it is on the bus.
     static constexpr auto path = "/MenuBar";
 
-    /// Puts itself on the bus, for its life.
-    explicit DbusMenu(QDBusConnection bus);
+    /// Puts itself on the bus, for its life. `takeToken` returns the token (or none) that the desktop gave
+    /// for the entry that is chosen.
+    DbusMenu(QDBusConnection bus, std::function<QString()> takeToken);
     ~DbusMenu() override;
     Q_DISABLE_COPY_MOVE(DbusMenu)
 
@@ -62,6 +64,7 @@ private:
     [[nodiscard]] MenuLayout layoutOf(int id, const QStringList& names) const;
 
     QDBusConnection bus_;
+    const std::function<QString()> takeToken_;
     std::vector<StatusMenuEntry> entries_;
     unsigned revision_ = 1;
 };

@@ -116,17 +116,17 @@ bool LinuxPermissions::screenCapturePreflight() const {
     return !fs::exists(sandboxMark_, ignored) || reachable(pipeWireSocket()) || reachable(pulseSocket());
 }
 
-void LinuxPermissions::openSettings(const std::string& anchor) {
+bool LinuxPermissions::openSettings(const std::string& anchor) {
     if (!bus_.isConnected()) {
-        return;
+        return false;
     }
     const QStringList names = reachableNames(bus_);
     for (const QDBusMessage& call : helpFor(anchor)) {
         if (names.contains(call.service())) {
-            bus_.send(call);
-            return;
+            return bus_.send(call);
         }
     }
+    return false;
 }
 
 }  // namespace sordin

@@ -18,8 +18,9 @@ public:
 
     [[nodiscard]] bool screenCapturePreflight() const override;
     void requestScreenCapture() override {}
-    /// Asks the first of the programs that are there to show itself; the bus starts it.
-    void openSettings(const std::string& anchor) override;
+    /// Asks the first of the programs that are there to show itself; the bus starts it. False if there is
+    /// none.
+    bool openSettings(const std::string& anchor) override;
 
 private:
     QDBusConnection bus_;

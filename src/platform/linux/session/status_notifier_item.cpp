@@ -4,11 +4,14 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QLoggingCategory>
 #include <utility>
 
 namespace sordin {
 
 namespace {
+
+Q_LOGGING_CATEGORY(itemLog, "sordin.icon", QtWarningMsg)
 
 const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
@@ -38,7 +41,7 @@ void ask(const QDBusConnection& bus, const QDBusMessage& question, QObject* obje
 StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, QString iconThemePath)
     : bus_(std::move(bus)),
       iconThemePath_(std::move(iconThemePath)),
-      menu_(bus_),
+      menu_(bus_, [this] { return std::exchange(token_, {}); }),
       watcher_(watcherService, bus_, QDBusServiceWatcher::WatchForOwnerChange) {
     registerDbusStructs();
     bus_.registerObject(QLatin1String(path), this,
@@ -48,10 +51,30 @@ StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, QString iconThemePat
             &StatusNotifierItem::registerWithWatcher);
     connect(&watcher_, &QDBusServiceWatcher::serviceUnregistered, this, &StatusNotifierItem::watcherGone);
     for (const char* signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
-        bus_.connect(watcherService, watcherPath, watcherService, QLatin1String(signal), this,
-                     SLOT(askForHost()));
+        listen(watcherService, watcherPath, watcherService, signal, SLOT(askForHost()));
     }
+    qRegisterMetaType<QDBusVariant>("QDBusVariant");  // by which connect() looks for it
+    listen(QStringLiteral("org.freedesktop.portal.Desktop"),
+           QStringLiteral("/org/freedesktop/portal/desktop"),
+           QStringLiteral("org.freedesktop.portal.Settings"), "SettingChanged",
+           SLOT(settingChanged(QString, QString, QDBusVariant)));
     registerWithWatcher();
+}
+
+void StatusNotifierItem::listen(const QString& service, const QString& object, const QString& interface,
+                                const char* signal, const char* slot) {
+    if (bus_.isConnected() && !bus_.connect(service, object, interface, QLatin1String(signal), this, slot)) {
+        qCWarning(itemLog, "%s of the desktop is not heard: %s", signal,
+                  qPrintable(bus_.lastError().message()));
+    }
+}
+
+/// Plasma keeps an icon in the colours of the scheme in which it was drawn.
+void StatusNotifierItem::settingChanged(const QString& group, const QString& key,
+                                        const QDBusVariant& /*value*/) {
+    if (group == QLatin1String("org.freedesktop.appearance") && key == QLatin1String("color-scheme")) {
+        Q_EMIT NewIcon();
+    }
 }
 
 StatusNotifierItem::~StatusNotifierItem() {
@@ -102,6 +125,13 @@ void StatusNotifierItem::setText(const QString& text) {
     if (text != text_) {
         text_ = text;
         Q_EMIT NewToolTip();
+        // The interface has no signal for it.
+        auto changed =
+            QDBusMessage::createSignal(QLatin1String(path), QStringLiteral("org.freedesktop.DBus.Properties"),
+                                       QStringLiteral("PropertiesChanged"));
+        changed << QStringLiteral("org.kde.StatusNotifierItem")
+                << QVariantMap{{QStringLiteral("IconAccessibleDesc"), iconDescription()}} << QStringList();
+        bus_.send(changed);
     }
 }
 

@@ -23,6 +23,7 @@ class StatusNotifierItem final : public QObject, public StatusItem {
     Q_PROPERTY(int WindowId READ windowId CONSTANT)
     Q_PROPERTY(QString IconName READ iconName NOTIFY NewIcon)
     Q_PROPERTY(QString IconThemePath READ iconThemePath CONSTANT)
+    Q_PROPERTY(QString IconAccessibleDesc READ iconDescription NOTIFY NewToolTip)
     Q_PROPERTY(QList<sordin::StatusPixmap> IconPixmap READ pixmaps CONSTANT)
     Q_PROPERTY(QString OverlayIconName READ none CONSTANT)
     Q_PROPERTY(QList<sordin::StatusPixmap> OverlayIconPixmap READ pixmaps CONSTANT)
@@ -54,6 +55,8 @@ public:
     [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
     [[nodiscard]] int windowId() const { return 0; }
     [[nodiscard]] QString iconName() const { return icon_; }
+    /// What screen readers read.
+    [[nodiscard]] QString iconDescription() const { return title() + QStringLiteral(": ") + text_; }
     [[nodiscard]] QString iconThemePath() const { return iconThemePath_; }
     [[nodiscard]] QList<StatusPixmap> pixmaps() const { return {}; }
     [[nodiscard]] QString none() const { return {}; }
@@ -71,7 +74,7 @@ public Q_SLOTS:
     void XAyatanaSecondaryActivate(unsigned timestamp);
     void ContextMenu(int x, int y);
     void Scroll(int delta, const QString& orientation);
-    /// For what follows.
+    /// For the click, here or in the menu, that follows.
     void ProvideXdgActivationToken(const QString& token);
 
 Q_SIGNALS:
@@ -85,8 +88,11 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     void askForHost();
+    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
 private:  // NOLINT(readability-redundant-access-specifiers): no slots any more
+    void listen(const QString& service, const QString& object, const QString& interface, const char* signal,
+                const char* slot);
     void registerWithWatcher();
     void watcherGone();
 

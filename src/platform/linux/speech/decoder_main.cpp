@@ -1,16 +1,21 @@
 // SPDX-License-Identifier: MIT
 // sordin-speech-decoder: the speech decoder's process. Started by the program alone, which talks to it over
 // what is its standard input.
+#include "classifier/speech_mask_file.h"
 #include "platform/linux/speech/decoder_messages.h"
 #include "platform/linux/speech/pocketsphinx_decoder.h"
+#include "platform/masked_speech_decoder.h"
 
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <filesystem>
 #include <iostream>
+#include <memory>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -20,7 +25,7 @@ using namespace sordin;
 constexpr int socketToProgram = STDIN_FILENO;
 constexpr int niceness = 5;  // what plays goes first
 
-void serve(PocketSphinxDecoder& decoder) {
+void serve(SpeechDecoder& decoder) {
     std::vector<std::int16_t> samples;
     while (const auto message = receiveMessage(socketToProgram)) {
         switch (message->kind) {
@@ -46,6 +51,24 @@ void serve(PocketSphinxDecoder& decoder) {
     }
 }
 
+/// A mask that cannot be used leaves the decoder as it is without one.
+std::unique_ptr<SpeechDecoder> masked(std::unique_ptr<SpeechDecoder> decoder,
+                                      const std::filesystem::path& mask) {
+    if (mask.empty()) {
+        return decoder;
+    }
+    try {
+        SpeechMaskModel model = loadSpeechMask(mask);
+        if (model.rate == decoder->sampleRate()) {
+            return std::make_unique<MaskedSpeechDecoder>(std::move(decoder), std::move(model));
+        }
+        std::cerr << mask.string() << ": it is for another sample rate\n";
+    } catch (const SpeechMaskError& error) {
+        std::cerr << error.what() << '\n';
+    }
+    return decoder;
+}
+
 bool calledByProgram() {
     struct stat input {};
     return fstat(socketToProgram, &input) == 0 && S_ISSOCK(input.st_mode);
@@ -54,15 +77,16 @@ bool calledByProgram() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 5 || !calledByProgram()) {
+    if (argc != 6 || !calledByProgram()) {
         std::cerr << "sordin-speech-decoder is a part of Sordin and is started by it\n";
         return 2;
     }
     try {
         [[maybe_unused]] const int priority = nice(niceness);
-        PocketSphinxDecoder decoder({argv[1], argv[2], argv[3], argv[4]});
+        const SpeechModelFiles files{argv[1], argv[2], argv[3], argv[4], argv[5]};
+        const auto decoder = masked(std::make_unique<PocketSphinxDecoder>(files), files.mask);
         if (sendMessage(socketToProgram, DecoderMessage::ready)) {
-            serve(decoder);
+            serve(*decoder);
         }
     } catch (const std::exception& error) {
         return sendMessage(socketToProgram, DecoderMessage::failed, error.what()) ? 1 : 2;

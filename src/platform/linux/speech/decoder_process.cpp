@@ -102,7 +102,7 @@ DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const Speech
     }
     waitAtMost(patienceForLoading, socket_.get());
     pid_ = spawned({helper.string(), files.acousticModel.string(), files.generalLanguage.string(),
-                    files.dictionary.string(), files.advertisingLanguage.string()},
+                    files.dictionary.string(), files.advertisingLanguage.string(), files.mask.string()},
                    theirs.get());
     theirs.close();
     const auto answer = pid_ < 0 ? std::nullopt : receiveMessage(socket_.get());

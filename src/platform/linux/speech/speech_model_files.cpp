@@ -24,7 +24,8 @@ SpeechModelFiles speechModelFiles(const fs::path& program) {
     const fs::path general = SORDIN_SPEECH_MODELS "/en-us";
     return {general / "en-us", general / "en-us.lm.bin",
             findDataFile(program, "speech/english.dict").value_or(fs::path()),
-            findDataFile(program, "speech/advertising.arpa").value_or(fs::path())};
+            findDataFile(program, "speech/advertising.arpa").value_or(fs::path()),
+            findDataFile(program, "speech-mask.bin").value_or(fs::path())};
 }
 
 }  // namespace sordin

@@ -11,8 +11,10 @@ struct SpeechModelFiles {
     std::filesystem::path generalLanguage;      ///< n-grams of everyday English
     std::filesystem::path dictionary;           ///< the words it knows and how they sound
     std::filesystem::path advertisingLanguage;  ///< n-grams of advertisements
+    std::filesystem::path mask;                 ///< takes music off the voice; empty where there is none
 
-    /// Whether all of them are there; looks at the file system each time.
+    /// Whether all that the decoder needs are there, which the mask is not; looks at the file system each
+    /// time.
     [[nodiscard]] bool installed() const;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/storage/file_user_defaults.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -117,6 +118,14 @@ std::optional<double> FileUserDefaults::number(const std::string& key) const {
 
 std::optional<std::string> FileUserDefaults::text(const std::string& key) const {
     return typed<std::string>(key, &json::is_string);
+}
+
+std::optional<std::vector<std::string>> FileUserDefaults::texts(const std::string& key) const {
+    const auto value = storeOf(key).find(key);
+    const bool isList =
+        value && value->is_array() &&
+        std::all_of(value->begin(), value->end(), [](const json& each) { return each.is_string(); });
+    return isList ? std::optional(value->get<std::vector<std::string>>()) : std::nullopt;
 }
 
 void FileUserDefaults::apply(const Changes& changes) {

@@ -36,6 +36,7 @@ public:
     [[nodiscard]] std::optional<bool> boolean(const std::string& key) const override;
     [[nodiscard]] std::optional<double> number(const std::string& key) const override;
     [[nodiscard]] std::optional<std::string> text(const std::string& key) const override;
+    [[nodiscard]] std::optional<std::vector<std::string>> texts(const std::string& key) const override;
     void apply(const Changes& changes) override;
 
     /// Where settings that could not be read lie now; empty if they could, or there were none.

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "ui/model/followed_engine.h"
+
+#include <QQmlEngine>
+#include <QTimer>
+#include <chrono>
+
+namespace sordin {
+
+/// Clears the history of ads, and for a while can undo that, whatever page is open and whatever ads come
+/// meanwhile. Lives on the main thread.
+class HistoryClearing : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    Q_PROPERTY(sordin::SordinEngine* engine READ engine WRITE setEngine NOTIFY engineChanged REQUIRED)
+    /// Whether anything is remembered.
+    Q_PROPERTY(bool canClear READ canClear NOTIFY canClearChanged)
+    Q_PROPERTY(bool canUndo READ canUndo NOTIFY canUndoChanged)
+
+public:
+    /// How long clear() can be undone.
+    static constexpr std::chrono::seconds undoTime{20};
+
+    explicit HistoryClearing(QObject* parent = nullptr);
+
+    [[nodiscard]] SordinEngine* engine() const { return engine_.get(); }
+    void setEngine(SordinEngine* engine);
+    [[nodiscard]] bool canClear() const { return engine_ && !engine_->history().empty(); }
+    [[nodiscard]] bool canUndo() const { return !cleared_.empty(); }
+
+    /// Forgets everything at once, and on the disk.
+    Q_INVOKABLE void clear();
+    /// Brings back what the last clear() has forgotten, behind what has come since. Nothing if there is none.
+    Q_INVOKABLE void undo();
+
+Q_SIGNALS:
+    void engineChanged();
+    void canClearChanged();
+    void canUndoChanged();
+
+private:
+    void forget();
+
+    FollowedEngine engine_;
+    AdHistory cleared_;
+    QTimer undoTimer_;
+};
+
+}  // namespace sordin
