@@ -52,7 +52,8 @@ void LinuxApplicationStreams::leaveOut(LeftOut what) {
 
 void LinuxApplicationStreams::update(Streams& ofServer, Streams now) {
     const std::scoped_lock lock(lock_);
-    if (std::exchange(ofServer, now) != now) {
+    if (ofServer != now) {
+        ofServer = std::move(now);
         tell();
     }
 }

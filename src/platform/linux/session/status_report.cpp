@@ -81,9 +81,10 @@ StatusFollower::StatusFollower(QDBusConnection bus, ReportFormat format,
                                std::function<void(const QByteArray&)> report, std::function<void()> lost)
     : bus_(std::move(bus)), format_(format), report_(std::move(report)), lost_(std::move(lost)) {
     const QString service = QLatin1String(ApplicationService::id);
-    auto* const watcher =
-        new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForOwnerChange, this);
-    connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, &StatusFollower::ask);
+    watcher_.setConnection(bus_);
+    watcher_.addWatchedService(service);
+    watcher_.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    connect(&watcher_, &QDBusServiceWatcher::serviceOwnerChanged, this, &StatusFollower::ask);
     bus_.connect(service, QLatin1String(ApplicationService::path), QLatin1String(propertiesInterface),
                  QStringLiteral("PropertiesChanged"), this, SLOT(ask()));
     bus_.connect({}, QStringLiteral("/org/freedesktop/DBus/Local"),

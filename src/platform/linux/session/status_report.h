@@ -3,6 +3,7 @@
 
 #include <QByteArray>
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 #include <QObject>
 #include <QString>
 #include <QStringList>
@@ -39,6 +40,7 @@ private:
     void answered(const QVariantMap& properties);
 
     QDBusConnection bus_;
+    QDBusServiceWatcher watcher_;
     const ReportFormat format_;
     const std::function<void(const QByteArray&)> report_;
     const std::function<void()> lost_;
