@@ -22,8 +22,10 @@ public:
         impossible  ///< the folder can hold no lock, for example a home that cannot be written to
     };
 
-    /// What a start of the program waits at most for the guard of the run before, which holds it for less.
-    static constexpr std::chrono::milliseconds patienceAtStart{4'000};
+    /// How long a start of the program waits at most for the guard of the run before. That holds the lock
+    /// while it starts, waits 2 s for the device and 1 s each for its volume and for the server's
+    /// confirmation; a busy machine adds to it.
+    static constexpr std::chrono::milliseconds patienceAtStart{8'000};
 
     /// Waits up to `patience` while another process holds it. Creates the folder if it is missing.
     explicit PendingRestoreLock(const std::filesystem::path& folder,
