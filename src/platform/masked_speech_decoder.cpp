@@ -4,27 +4,69 @@
 #include "support/sample_conversion.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace sordin {
 
+namespace {
+
+// Energy that the mask lets through over what it takes off, dB. Up to the first the mask is applied whole,
+// from the second on not at all. Synthetic voices alone have 25 to 35, at 15 dB over music 5 to 24.
+constexpr float wholeMaskUpTo = 26;
+constexpr float noMaskFrom = 32;
+constexpr float memory = 0.8F;    // seconds in which an energy fades to 1/e
+constexpr float silence = 1e-9F;  // energy that is too little to tell
+
+}  // namespace
+
 MaskedSpeechDecoder::MaskedSpeechDecoder(std::unique_ptr<SpeechDecoder> decoder, SpeechMaskModel mask)
-    : decoder_(std::move(decoder)), window_(mask.window), mask_(std::move(mask)) {}
+    : decoder_(std::move(decoder)),
+      window_(mask.window),
+      kept_(std::exp(-static_cast<float>(mask.window / 2) / (memory * static_cast<float>(mask.rate)))),
+      mask_(std::move(mask)) {}
 
 void MaskedSpeechDecoder::begin() {
     decoder_->begin();
     mask_.reset();
+    input_.assign(window_ / 2, 0.0F);
+    energyLeft_ = energyTaken_ = 0;
     hearing_ = true;
 }
 
 void MaskedSpeechDecoder::process(std::span<const std::int16_t> samples) {
-    input_.resize(samples.size());
-    std::transform(samples.begin(), samples.end(), input_.begin(), fromInteger);
+    const std::size_t known = input_.size();
+    input_.resize(known + samples.size());
+    const auto fresh = std::span(input_).subspan(known);
+    std::transform(samples.begin(), samples.end(), fresh.begin(), fromInteger);
     cleaned_.clear();
-    mask_.process(input_, cleaned_);
+    mask_.process(fresh, cleaned_);
+    restoreCleanVoice();
     integers_.resize(cleaned_.size());
     std::transform(cleaned_.begin(), cleaned_.end(), integers_.begin(), toInteger);
     decoder_->process(integers_);
+}
+
+void MaskedSpeechDecoder::restoreCleanVoice() {
+    // The mask's output comes in whole halves of a window, half a window behind its input.
+    const std::size_t half = window_ / 2;
+    for (std::size_t begin = 0; begin < cleaned_.size(); begin += half) {
+        const auto cleaned = std::span(cleaned_).subspan(begin, half);
+        const auto heard = std::span<const float>(input_).subspan(begin, half);
+        float left = 0;
+        float taken = 0;
+        for (std::size_t i = 0; i < half; ++i) {
+            left += cleaned[i] * cleaned[i];
+            taken += (heard[i] - cleaned[i]) * (heard[i] - cleaned[i]);
+        }
+        energyLeft_ = kept_ * energyLeft_ + (1 - kept_) * left;
+        energyTaken_ = kept_ * energyTaken_ + (1 - kept_) * taken;
+        const float ratio = 10 * std::log10((energyLeft_ + silence) / (energyTaken_ + silence));
+        const float share = std::clamp((noMaskFrom - ratio) / (noMaskFrom - wholeMaskUpTo), 0.0F, 1.0F);
+        std::transform(heard.begin(), heard.end(), cleaned.begin(), cleaned.begin(),
+                       [share](float whole, float masked) { return whole + share * (masked - whole); });
+    }
+    input_.erase(input_.begin(), input_.begin() + static_cast<std::ptrdiff_t>(cleaned_.size()));
 }
 
 void MaskedSpeechDecoder::end() {
