@@ -154,7 +154,8 @@ public:
                           [] { return true; },
                           [this, program, files] {
                               auto decoder = std::make_unique<DecoderProcess>(
-                                  findHelper(program, "sordin-speech-decoder").value_or(""), files);
+                                  findHelper(program, "sordin-speech-decoder").value_or(""), files,
+                                  std::make_shared<DecoderInterruption>(), patienceForRecordings);
                               process_ = decoder->pid();
                               return std::make_unique<KeepingDecoder>(std::move(decoder), heard_);
                           }})),

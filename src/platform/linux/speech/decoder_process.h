@@ -5,6 +5,7 @@
 #include "platform/speech_decoder.h"
 #include "support/file_descriptor.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -33,6 +34,16 @@ private:
     int socket_ = -1;
 };
 
+/// How long a decoder process may take before it counts as broken. A healthy one loads in a quarter of a
+/// second, from a slow disk in a few seconds, and answers in less than half of one.
+struct DecoderPatience {
+    std::chrono::seconds loading{20};
+    std::chrono::seconds answers{5};
+};
+
+/// For recordings: what is heard must not depend on how busy the machine is.
+constexpr DecoderPatience patienceForRecordings{std::chrono::minutes(10), std::chrono::minutes(10)};
+
 /// A PocketSphinxDecoder in a process of its own: damaged models make the library end the process that it is
 /// in, and all its memory is back when that process goes. The process ends with this object, and with the
 /// program however that ends.
@@ -41,7 +52,8 @@ public:
     /// Starts `helper` and waits until it has loaded the model. Throws SpeechDecoderError.
     DecoderProcess(
         const std::filesystem::path& helper, const SpeechModelFiles& files,
-        std::shared_ptr<DecoderInterruption> interruption = std::make_shared<DecoderInterruption>());
+        std::shared_ptr<DecoderInterruption> interruption = std::make_shared<DecoderInterruption>(),
+        DecoderPatience patience = {});
     ~DecoderProcess() override;
     DecoderProcess(const DecoderProcess&) = delete;
     DecoderProcess& operator=(const DecoderProcess&) = delete;
