@@ -39,8 +39,8 @@ public:
     void add(Observer& observer);
     void remove(Observer& observer);
 
-    /// Required for everything below, except for keepLooking(), look() and functions that wait, which must be
-    /// called without it.
+    /// Required for everything below except keepLooking(). look() and the functions that wait must be called
+    /// without it.
     [[nodiscard]] LoopLock lock() const { return loop_.lock(); }
 
     [[nodiscard]] Loop& loop() { return loop_; }
