@@ -18,7 +18,7 @@ namespace {
 
 Q_LOGGING_CATEGORY(desktopLog, "sordin.desktop", QtWarningMsg)
 
-/// Ends the program. quit() does not work: it first closes the windows, which ignore that.
+/// Ends the program. QGuiApplication::quit() would fail, because the windows ignore its close events.
 void leave() {
     QCoreApplication::exit();
 }
