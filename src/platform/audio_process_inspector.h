@@ -18,7 +18,7 @@ public:
         : objects_(objects), directory_(directory) {}
 
     /// Returns the name of a process's application: its outermost bundle, so that a helper process counts as
-    /// the application that contains it, otherwise its localised name. None if unknown.
+    /// the application that contains it, otherwise its localized name. None if unknown.
     [[nodiscard]] std::optional<std::string> appName(std::int32_t processId) const;
 
     /// Returns the applications other than this one that currently play, without duplicates, in the audio

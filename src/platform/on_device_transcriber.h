@@ -11,7 +11,7 @@
 
 namespace sordin {
 
-/// Transcribes a few seconds at a time with an on-device recogniser and keeps the text. Errors are not
+/// Transcribes a few seconds at a time with an on-device recognizer and keeps the text. Errors are not
 /// reported; the session then has no text. Call `begin`, `end` and `append` from one thread at a time; the
 /// rest from any thread.
 class OnDeviceTranscriber final : public SpeechTranscribing {
@@ -22,7 +22,7 @@ public:
     OnDeviceTranscriber(const OnDeviceTranscriber&) = delete;
     OnDeviceTranscriber& operator=(const OnDeviceTranscriber&) = delete;
 
-    /// Whether the user and the system permit use of the recogniser. Never prompts the user.
+    /// Whether the user and the system permit use of the recognizer. Never prompts the user.
     [[nodiscard]] bool authorised() const;
 
     /// Whether a request can succeed. If false, do not call requestAuthorization().
@@ -38,12 +38,12 @@ public:
 
     [[nodiscard]] bool available() const override;
 
-    /// Ends the running session first, if any. Does nothing if the recogniser is not available.
+    /// Ends the running session first, if any. Does nothing if the recognizer is not available.
     void begin() override;
     void end() override;
     void append(const PcmBuffer& buffer) override;
 
-    /// Ends the session and lets the recogniser release its resources, because transcription was switched
+    /// Ends the session and lets the recognizer release its resources, because transcription was switched
     /// off.
     void rest();
 

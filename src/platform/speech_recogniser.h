@@ -25,7 +25,7 @@ public:
     virtual void finish() = 0;
 };
 
-/// Turns speech into text on this machine only: the platform's recogniser or an installed one.
+/// Turns speech into text on this machine only: the platform's recognizer or an installed one.
 class SpeechRecogniser {
 public:
     /// Receives the whole text so far, UTF-8, which replaces the previous one.
@@ -35,14 +35,14 @@ public:
 
     virtual ~SpeechRecogniser() = default;
 
-    /// Whether the recogniser is permitted, and installed if it does not come with the platform. Checks anew
+    /// Whether the recognizer is permitted, and installed if it does not come with the platform. Checks anew
     /// each time and never prompts the user. Any thread.
     [[nodiscard]] virtual bool authorised() const = 0;
 
     /// Whether requestAuthorisation() can succeed. Any thread.
     [[nodiscard]] virtual bool canRequestAuthorisation() const = 0;
 
-    /// Requests authorisation. Calls `done` once, on any thread, after any answer.
+    /// Requests authorization. Calls `done` once, on any thread, after any answer.
     virtual void requestAuthorisation(std::function<void()> done) = 0;
 
     /// Whether a session that starts now can work. Any thread.

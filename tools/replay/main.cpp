@@ -75,7 +75,7 @@ private:
     std::shared_ptr<const sordin::SoundModel> model_;
 };
 
-/// Creates a recogniser for each recording, in the same state as in a newly started program.
+/// Creates a recognizer for each recording, in the same state as in a newly started program.
 class Recognisers {
 public:
     explicit Recognisers(const char* calledBy) : program_(sordin::programPath(calledBy)) {}

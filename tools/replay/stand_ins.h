@@ -44,7 +44,7 @@ private:
     std::string text_;
 };
 
-/// Forwards to another recogniser and records whether a session failed. The program continues silently after
+/// Forwards to another recognizer and records whether a session failed. The program continues silently after
 /// such a failure, but an incomplete replay has to be reported.
 class WatchedRecogniser final : public SpeechRecogniser {
 public:

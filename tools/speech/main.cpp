@@ -55,7 +55,7 @@ double highestMegabytes(pid_t process) {
     return 0;
 }
 
-/// Keeps the decoder's last words before the recogniser filters them.
+/// Keeps the decoder's last words before the recognizer filters them.
 class KeepingDecoder final : public SpeechDecoder {
 public:
     using Words = std::vector<HeardWord>;

@@ -9,7 +9,7 @@
 
 namespace sordin {
 
-/// Creates the speech recogniser of this platform. `queue` is its exclusive queue; `program` is the path of
+/// Creates the speech recognizer of this platform. `queue` is its exclusive queue; `program` is the path of
 /// the running program. A model does not have to be installed.
 [[nodiscard]] std::shared_ptr<DecodingRecogniser> linuxSpeechRecogniser(std::shared_ptr<SerialQueue> queue,
                                                                         const std::filesystem::path& program);
