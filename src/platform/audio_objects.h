@@ -92,8 +92,8 @@ public:
     [[nodiscard]] virtual bool has(AudioObjectId object, const AudioProperty& property) const = 0;
     [[nodiscard]] virtual bool settable(AudioObjectId object, const AudioProperty& property) const = 0;
 
-    /// Waits until the audio system has processed all writes so far. Returns true, at once if no write is
-    /// pending, or false if this takes longer than `deadline`.
+    /// Waits until the audio system has processed all writes so far, and returns true; at once if no write is
+    /// pending. Returns false if this takes longer than `deadline`.
     virtual bool flush(std::chrono::milliseconds deadline) = 0;
 
     /// Returns the properties to store with a pending restore; none if the device is unknown.

@@ -12,10 +12,10 @@
 
 namespace sordin {
 
-/// Finds application names on Linux. The identifier of a process's application comes from the first of these
-/// that has one: the portal, Flatpak's own record, the systemd unit or snap scope, the name of the
-/// executable. The name comes from the desktop entry of that identifier; without an entry, the identifier is
-/// the name.
+/// Finds application names on Linux. An identifier from the portal takes precedence. Without one, the
+/// candidates are the identifier that the process was started as (Flatpak's own record, else its systemd unit
+/// or snap scope), and then the name of its executable. The name comes from the desktop entry of the first
+/// candidate that has one; if none has an entry, the first candidate is the name.
 class LinuxProcessDirectory final : public ProcessDirectory {
 public:
     /// Returns the identifier of the sandboxed application that a process belongs to, as the portal reported

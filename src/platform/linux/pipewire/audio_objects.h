@@ -17,7 +17,7 @@ namespace sordin::pipewire {
 /// stored volume. Otherwise the program could read or write a volume that is about to be overwritten.
 class PipeWireAudioObjects final : public ServerAudioObjects<Session>, private Session::Observer {
 public:
-    /// Must not be null.
+    /// `session` must not be null.
     explicit PipeWireAudioObjects(std::shared_ptr<Session> session);
     ~PipeWireAudioObjects() override;
     PipeWireAudioObjects(const PipeWireAudioObjects&) = delete;

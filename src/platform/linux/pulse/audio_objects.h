@@ -14,7 +14,7 @@ namespace sordin::pulse {
 /// The server stores every volume that it is set to, including the steps of a fade, within ten seconds.
 class PulseAudioObjects final : public ServerAudioObjects<Session>, private Session::Observer {
 public:
-    /// Must not be null.
+    /// `session` must not be null.
     explicit PulseAudioObjects(std::shared_ptr<Session> session);
     ~PulseAudioObjects() override;
     PulseAudioObjects(const PulseAudioObjects&) = delete;

@@ -13,7 +13,7 @@
 
 namespace sordin::pulse {
 
-/// Records each application that plays before the volume of its sink applies, and mixes the recordings. The
+/// Records each playing application before its sink's volume is applied, and mixes the recordings. The
 /// monitor of a sink is no alternative: it becomes silent when the sink is faded.
 ///
 /// Use it on the loop's thread, under its lock, and only while the session is connected. It must not be
