@@ -14,8 +14,8 @@ namespace sordin {
 [[nodiscard]] QPoint iconPlace(QPoint told, std::optional<QPoint> pointer, QRect screen, QRect free);
 
 /// Returns the top left corner for a panel of this size beside the clicked icon: below or above it, whichever
-/// has room, or beside it if the icons are at the side of the screen. The panel is always completely within
-/// `free`, the area of the screen without bars.
+/// has room, or beside it if the icons are at the side of the screen. If it fits, the panel is completely
+/// within `free`, the area of the screen without bars.
 [[nodiscard]] QPoint panelPlace(QPoint click, QSize size, QRect free);
 
 }  // namespace sordin
