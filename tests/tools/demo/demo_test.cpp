@@ -140,7 +140,7 @@ TEST_F(DemoTest, LeavesNothingBehindHoweverItEnds) {
         EXPECT_THAT(processesWith(variable), IsEmpty());
     }
     EXPECT_THAT(contentsOf(folder / "log"),
-                testing::MatchesRegex("sordin-demo: Sordin does not listen[^\n]*\n"))
+                testing::MatchesRegex("sordin-demo: Sordin failed to start listening[^\n]*\n"))
         << "and nothing of the others";
 }
 
