@@ -24,8 +24,7 @@ enum class Durability {
                                           Durability durability);
 
 /// The contents of a regular file. Returns nothing if the file cannot be read to its end or is longer than
-/// `longest` bytes. Never blocks on a named pipe and never throws, even on
-/// an I/O error.
+/// `longest` bytes. Never blocks on a named pipe and never throws, even on an I/O error.
 [[nodiscard]] std::optional<std::string> readWholeFile(const std::filesystem::path& path,
                                                        std::size_t longest);
 
