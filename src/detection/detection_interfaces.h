@@ -54,7 +54,7 @@ public:
     /// is installed. Must be cheap: the pipeline calls it up to twice per hop.
     [[nodiscard]] virtual bool available() const = 0;
 
-    /// Begins a session with an empty text. Reports no failure: `active` stays false.
+    /// Begins a session with an empty text. On failure `active` stays false.
     virtual void begin() = 0;
 
     /// Ends the running session, if any.

@@ -22,8 +22,8 @@
 
 namespace sordin {
 
-/// Detects ads in the stream of captured audio: cuts it into hops of 0.5 s, collects the evidence of each
-/// hop, has it scored and segmented, and reports through callbacks. Also decides when speech is transcribed.
+/// Detects ads in the stream of captured audio: cuts it into hops of 0.5 s, scores the evidence of each hop,
+/// derives where ads start and end, and reports through callbacks. Also decides when speech is transcribed.
 ///
 /// All work runs on one serial queue. Hold the pipeline by a shared pointer: posted work refers to it weakly
 /// and does nothing after its destruction.

@@ -52,8 +52,8 @@ struct DetectorRules {
 }
 
 /// The rules that tools/detection/tune fitted to labeled broadcasts. Compared with the standard rules, they
-/// restore the volume sooner after an ad and mute less of the program. docs/detection.md describes the method
-/// and the figures. Fit them again when the sound model or the speech decoder changes.
+/// restore the volume sooner after an ad and mute less content that is not an ad. docs/detection.md has the
+/// method and the figures. Fit them again when the sound model or the speech decoder changes.
 [[nodiscard]] constexpr DetectorRules tunedRules() {
     DetectorRules rules;
     rules.keywordsFadeWhenHeard = true;

@@ -27,7 +27,6 @@ public:
     /// Forgets all fingerprints. Keeps the recent hops.
     void forget() { learned_.clear(); }
 
-    /// hops.
     /// Forgets the `count` newest fingerprints, or all if there are fewer. Keeps the recent hops.
     void forgetLast(std::size_t count);
 

@@ -29,7 +29,7 @@ struct AdEvent {
     bool operator==(const AdEvent&) const = default;
 };
 
-/// Newest first.
+/// The recorded ads, newest first.
 using AdHistory = std::vector<AdEvent>;
 
 }  // namespace sordin

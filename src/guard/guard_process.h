@@ -31,8 +31,7 @@ namespace sordin {
 /// device stays muted. Without pidfd_open (Linux before 5.3) there is no guard.
 class GuardProcess final : public VolumeGuard {
 public:
-    /// Starts the executable `helper`. `folder` is the folder of the record. Reports no failure: pid() is
-    /// then -1.
+    /// Starts the executable `helper`. `folder` is the folder of the record. On failure pid() is -1.
     GuardProcess(const std::filesystem::path& helper, const std::filesystem::path& folder);
 
     /// Closes the connection. The guard then ends, or, during a duck, waits for the end of the program.

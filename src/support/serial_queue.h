@@ -37,7 +37,7 @@ private:
     std::function<void()> cancel_;
 };
 
-/// Runs work one piece at a time, in the order in which it was posted.
+/// Runs work items one at a time, in the order in which they were posted.
 ///
 /// Destroying the queue on another thread first runs all work posted so far. If the queue's own work destroys
 /// it, the pending work is dropped. Work posted after the destruction has begun is dropped, and timers no

@@ -40,7 +40,8 @@ public:
     /// the default. Does nothing without a duck. Asynchronous; callable from any thread.
     void restore(double ramp);
 
-    /// Restores the volume without a ramp and waits until that is done. For the end of the program.
+    /// Restores the volume without a ramp and blocks until that is done. For the end of the program. Callable
+    /// from any thread.
     void restoreImmediately();
 
     /// Ignores all later calls of duck(). At the end of the program, call it before restoreImmediately(),
@@ -48,7 +49,7 @@ public:
     void refuseDucks();
 
     /// Restores a volume that an earlier run of the program left faded, as soon as there is an output device.
-    /// Only raises the volume. Call once, before the first duck.
+    /// Only raises the volume. Call once, before the first duck. Asynchronous; callable from any thread.
     void recoverFromCrash();
 
 private:
