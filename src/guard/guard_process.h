@@ -25,6 +25,8 @@ namespace sordin {
 /// - if it has died since the duck was reported, because the program replaces it only at the next duck;
 /// - while the program hangs, is stopped or dumps core, because it has not ended;
 /// - if the audio server hangs or the device does not return within ten seconds;
+/// - if SIGTERM, SIGHUP or SIGINT arrives after it has waited 2 s for an absent device, because it no longer
+///   ignores them then;
 /// - if a new run of the program holds the PendingRestoreLock, because that run recovers the volume.
 ///
 /// In these cases the record remains, and the next start of the program restores a faded volume. A muted
