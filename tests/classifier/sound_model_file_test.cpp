@@ -80,10 +80,10 @@ TEST_F(SoundModelFile, RefusesWhateverIsCutOrDamaged) {
     }
     Bytes longer = whole;
     longer.push_back({});
-    EXPECT_THAT(refusal(longer), testing::Optional(HasSubstr("has not the size")));
+    EXPECT_THAT(refusal(longer), testing::Optional(HasSubstr("differs from its header")));
     longer = payload;
     longer.push_back({});
-    EXPECT_THAT(refusal(fileOf(longer)), testing::Optional(HasSubstr("something follows")));
+    EXPECT_THAT(refusal(fileOf(longer)), testing::Optional(HasSubstr("unexpected data after")));
 }
 
 TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
@@ -99,7 +99,7 @@ TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
         {"do not fit together", [](auto& m) { m.frontEnd.hop = 101; }},
         {"do not fit together", [](auto& m) { m.frontEnd.transform = 131; }},
         {"do not fit together", [](auto& m) { m.frontEnd.transform = huge; }},
-        {"no whole number of its hops", [](auto& m) { m.frontEnd.hop = 70; }},
+        {"not a whole number of hops", [](auto& m) { m.frontEnd.hop = 70; }},
         {"bands", [](auto& m) { m.frontEnd.mels = 0; }},
         {"bands", [](auto& m) { m.frontEnd.mels = huge; }},
         {"bands", [](auto& m) { m.frontEnd.low = -1; }},
@@ -111,8 +111,8 @@ TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
         {"range", [](auto& m) { m.frontEnd.range = -1; }},
         {"scale", [](auto& m) { m.frontEnd.scale = 0; }},
         {"too long", [](auto& m) { m.frontEnd.frames = huge; }},
-        {"whole pool", [](auto& m) { m.frontEnd.pool = 0; }},
-        {"whole pool", [](auto& m) { m.frontEnd.pool = 120; }},
+        {"pooled frames", [](auto& m) { m.frontEnd.pool = 0; }},
+        {"pooled frames", [](auto& m) { m.frontEnd.pool = 120; }},
         {"number of convolutions", [](auto& m) { m.convolutions.clear(); }},
         {"number of convolutions", [](auto& m) { m.convolutions.resize(33); }},
         {"convolution does not fit", [](auto& m) { m.convolutions[1].in = 6; }},
@@ -135,9 +135,9 @@ TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
         {"number of dense layers", [](auto& m) { m.dense.clear(); }},
         {"dense layer does not fit", [](auto& m) { m.dense[1].in = 0; }},
         {"number of labels", [](auto& m) { m.labels.clear(); }},
-        {"not one label", [](auto& m) { m.labels.pop_back(); }},
+        {"number of labels differs", [](auto& m) { m.labels.pop_back(); }},
         {"label is empty", [](auto& m) { m.labels[0].identifier.clear(); }},
-        {"no printable ASCII", [](auto& m) { m.labels[0].identifier = "caf\xC3\xA9"; }},
+        {"not printable ASCII", [](auto& m) { m.labels[0].identifier = "caf\xC3\xA9"; }},
         {"not finite", [](auto& m) { m.labels[0].gain = notFinite; }},
     };
     for (const auto& [expected, make] : flaws) {
@@ -184,7 +184,7 @@ TEST_F(SoundModelFile, SaysWhyAFileCannotBeRead) {
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_THAT(why(folder / "pipe"), HasSubstr("not a regular file"));
     writeText(folder / "empty", "");
-    EXPECT_THAT(why(folder / "empty"), HasSubstr("no sound model"));
+    EXPECT_THAT(why(folder / "empty"), HasSubstr("not a sound model"));
     writeText(folder / "large", "");
     fs::resize_file(folder / "large", 1ULL << 34U);
     EXPECT_THAT(why(folder / "large"), HasSubstr("too large"));

@@ -163,8 +163,8 @@ TEST(SpeechMaskFile, GivesBackWhatWasWrittenAndRefusesWhatCannotBeMeant) {
     }
     Bytes longer = payloadOf(model);
     longer.push_back({});
-    EXPECT_THAT(refusal(fileOf(longer, "SORDINVM")), HasSubstr("something follows"));
-    EXPECT_THAT(refusal(fileOf(payloadOf(model))), HasSubstr("no speech mask"));
+    EXPECT_THAT(refusal(fileOf(longer, "SORDINVM")), HasSubstr("unexpected data after"));
+    EXPECT_THAT(refusal(fileOf(payloadOf(model))), HasSubstr("not a speech mask"));
     constexpr float notFinite = std::numeric_limits<float>::infinity();
     const std::vector<std::pair<std::string, std::function<void(SpeechMaskModel&)>>> flaws{
         {"sample rate", [](auto& m) { m.rate = 0; }},
@@ -180,7 +180,7 @@ TEST(SpeechMaskFile, GivesBackWhatWasWrittenAndRefusesWhatCannotBeMeant) {
         {"does not fit", [](auto& m) { m.first.input.in = 6; }},
         {"too many units", [](auto& m) { m.first.recurrent.in = 0; }},
         {"does not fit", [](auto& m) { m.second.recurrent.in = 4; }},
-        {"not one gain", [](auto& m) { m.gains.out = 32; }},
+        {"number of gains differs", [](auto& m) { m.gains.out = 32; }},
         {"not finite", [](auto& m) { m.second.input.weights[3] = notFinite; }},
     };
     for (const auto& [expected, make] : flaws) {

@@ -210,9 +210,9 @@ TEST_F(ModelFaultsTest, WithoutModelsTheProgramSaysSoAndListens) {
     beginServer();
     const std::vector<std::pair<std::optional<std::string>, std::string>> models{
         {std::nullopt, "no sound model found"},
-        {whole.substr(0, whole.size() / 2), "has not the size that it says"},
-        {flipped, "the checksum differs"},
-        {newer, "of another version"}};
+        {whole.substr(0, whole.size() / 2), "differs from its header"},
+        {flipped, "wrong checksum"},
+        {newer, "unsupported version"}};
     for (const auto& [model, warning] : models) {
         fs::remove(usr / "share/sordin/sound-model.bin");
         if (model) {

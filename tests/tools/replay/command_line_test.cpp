@@ -483,7 +483,7 @@ TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
     expectError(1, "--cues bad.cues good.wav", "bad.cues:2: not a JSON object");
     expectError(1, "--cues nowhere.cues good.wav", "nowhere.cues: No such file or directory");
     expectError(1, "--truth nowhere.txt good.wav", "nowhere.txt: No such file or directory");
-    expectError(1, "--model bad.bin good.wav", "bad.bin: no sound model");
+    expectError(1, "--model bad.bin good.wav", "bad.bin: not a sound model");
     expectError(1, "--model nowhere.bin good.wav", "nowhere.bin: No such file or directory");
     expectError(2, "--model bad.bin --no-model good.wav", "exclude each other");
     expectError(2, "", "no recording given");
