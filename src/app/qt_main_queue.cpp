@@ -96,7 +96,7 @@ Timer QtMainQueue::after(Duration delay, Work work) {
 
 Timer QtMainQueue::every(Duration interval, Work work) {
     if (interval <= Duration::zero()) {
-        fatal("a repeating timer needs an interval");
+        fatal("a repeating timer needs an interval above 0");
     }
     return start(interval, interval, std::move(work));
 }
