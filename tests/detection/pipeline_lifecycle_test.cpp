@@ -111,7 +111,7 @@ TEST_F(PipelineLifecycleTest, ForgetsWhatItLearnedOfAnAdThatWasNone) {
     EXPECT_TRUE(isKnown(ad)) << "fingerprints of other ads stay";
     playInAd(song, song.size());
     EXPECT_TRUE(isKnown(song)) << "the next ad is learned";
-    pipeline->disownAd();  // too late: the ad has ended
+    pipeline->disownAd();  // a late user, after the end of the ad
     queue->runPending();
     EXPECT_FALSE(isKnown(song));
     EXPECT_TRUE(isKnown(ad));
