@@ -133,7 +133,7 @@ TEST_F(NetworkSoundTaggerTest, HopsOfTheFirstStreamCountFromItsStart) {
     ASSERT_EQ(expected.front().position, 8'000);
     expectSame(play(samples, 3'123), expected);
 
-    begin();  // a later stream, which begins in silence: 3'123 frames that are not analysed
+    begin();  // a later stream, which begins in silence: 3'123 frames that are not analyzed
     tagger.countHopsFrom(3 * half);
     expectAlike(play(samples, 3 * half + 3'123), expected);
 }
