@@ -15,8 +15,8 @@ std::size_t sordin::allocationCount() {
     return allocations.load();
 }
 
-// The array and nothrow forms call these. Not inlined: where GCC 14 sees one side's malloc() or free() beside
-// the other side's operator, it takes the two for mismatched.
+// The array and nothrow forms call these. Inlining them would make GCC 14 report mismatched malloc() and
+// operator delete.
 
 [[gnu::noinline]] void* operator new(std::size_t size) {
     ++allocations;
