@@ -119,7 +119,7 @@ TEST_F(ViewsTest, TheLivePageSaysWhatIsGoingOn) {
     item("sensitivity")->forceActiveFocus();
     engine->setSensitivity(0.573);
     press(Qt::Key_Right);
-    EXPECT_EQ(engine->sensitivity(), 0.6) << "keys step by whole percents from any position";
+    EXPECT_EQ(engine->sensitivity(), 0.6) << "keys move to multiples of 5 %, from any position";
     for (int i = 0; i < 5; ++i) {
         press(Qt::Key_Left);
     }
@@ -194,7 +194,7 @@ TEST_F(ViewsTest, TheHistoryIsListedFilteredClearedAndBroughtBack) {
     QTest::mouseClick(window.get(), Qt::LeftButton, {}, first.toPoint());
     EXPECT_EQ(textOf("ago"), "1 h ago");
     press(Qt::Key_Right);
-    EXPECT_EQ(textOf("ago"), "6 h ago") << "arrow keys move through the marks";
+    EXPECT_EQ(textOf("ago"), "6 h ago") << "arrow keys change the range";
 
     QQuickItem* strip = item("strip");
     window->grabWindow();
