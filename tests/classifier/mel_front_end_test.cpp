@@ -52,7 +52,7 @@ TEST(MelFrontEnd, PatchesHaveALevelOfTheirOwn) {
         value += 3;
     }
     const auto actual = frontEnd.normalise(patch);
-    ASSERT_EQ(actual.size(), expected.size()) << "three groups of two; the seventh frame makes none";
+    ASSERT_EQ(actual.size(), expected.size()) << "three pairs; the seventh frame is dropped";
     const auto alike = frontEnd.normalise(louder);
     for (std::size_t i = 0; i < expected.size(); ++i) {
         EXPECT_NEAR(actual[i], expected[i], 1e-5) << i;

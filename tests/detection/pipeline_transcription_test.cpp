@@ -200,13 +200,13 @@ TEST_F(PipelineTranscriptionTest, AStopKeepsTheLastConfidenceTheTimesOfSessionsA
     stop();
     classifier->scores.speech = 0.9F;
     playHops(1);
-    ASSERT_TRUE(transcriber->running) << "by the confidence before the stop";
+    ASSERT_TRUE(transcriber->running) << "uses the confidence from before the stop";
     playHops(8, 0.1F, 0.1F);  // seven of them follow a low hop
     stop();
     classifier->scores.speech = 0.9F;
     playHops(1, 0.1F, 0.3F);
     playHops(1, 0.1F, 0.1F);
-    ASSERT_TRUE(transcriber->running) << "by the confidence of the hop before";
+    ASSERT_TRUE(transcriber->running) << "uses the confidence of the previous hop";
     playHops(1);
     EXPECT_FALSE(transcriber->running) << "the eighth low hop ends the session";
     playHops(2, 0.1F, 0.3F);

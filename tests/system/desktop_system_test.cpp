@@ -273,7 +273,7 @@ TEST_F(DesktopTest, AssistiveTechnologyReachesAndHearsEverything) {
     ASSERT_EQ(readerRuns(false), "");
     listen();
     ASSERT_TRUE(mainComes());
-    ASSERT_EQ(readerRuns(true), "") << "it is started after the program";
+    ASSERT_EQ(readerRuns(true), "") << "the screen reader starts after the program";
     ChildProcess user({"/usr/bin/python3", SORDIN_USER}, {.log = home / "user"});
     ASSERT_TRUE(comes([&] { return !user.running(); }, 120s));
     EXPECT_EQ(user.wait(0s), 0) << contentsOf(home / "user");

@@ -49,7 +49,7 @@ protected:
     }
     void stayDown() {
         ASSERT_NO_FATAL_FAILURE(beDown());
-        ASSERT_TRUE(comesToBeRemembered({0, 0})) << "so that a new server is born silent";
+        ASSERT_TRUE(comesToBeRemembered({0, 0})) << "a new server must start with the faded volume";
     }
     void fadeUp() {
         ASSERT_NO_FATAL_FAILURE(beDown());

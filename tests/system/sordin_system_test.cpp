@@ -155,7 +155,7 @@ TEST_P(SordinServerTest, AKilledProgramLeavesNoVolumeDown) {
         play(pieces() / "ads.wav");
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds(random)));  // a random moment
         ASSERT_TRUE(endsBy(SIGKILL));
-        ASSERT_TRUE(comesBackWhole()) << "by the guard";
+        ASSERT_TRUE(comesBackWhole()) << "the guard must restore";
         player.reset();
     }
     // Without a guard, the next start restores.

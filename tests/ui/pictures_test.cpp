@@ -73,7 +73,7 @@ TEST_F(PicturesTest, MarksAreWhereTheAdsWere) {
     engine->setHistory({adAgo("now", 600, 60, EventKind::simulated), adAgo("short", 1800, 0.5),
                         adAgo("edge", 3900, 600), adAgo("over", 5400, 60)});
     const auto marks = strip.marks(now);
-    ASSERT_EQ(marks.size(), 3U) << "what was over before the bar begins is not there";
+    ASSERT_EQ(marks.size(), 3U) << "ads that ended before the range have no mark";
     EXPECT_NEAR(marks[0].place.left(), 300, 0.2);
     EXPECT_NEAR(marks[0].place.width(), 6, 0.01);
     EXPECT_FALSE(marks[0].real);

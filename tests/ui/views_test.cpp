@@ -183,7 +183,7 @@ TEST_F(ViewsTest, TheHistoryIsListedFilteredClearedAndBroughtBack) {
     EXPECT_TRUE(item("undo")->hasActiveFocus()) << "the keyboard focus moves to Undo";
     item("sidebar")->setProperty("currentIndex", 0);
     item("sidebar")->setProperty("currentIndex", 1);
-    ASSERT_TRUE(shown("undoBar")) << "also after a look at another page";
+    ASSERT_TRUE(shown("undoBar")) << "the bar must survive a change of pages";
     click("undo");
     EXPECT_EQ(engine->history().size(), 2U);
     EXPECT_FALSE(shown("undoBar"));

@@ -82,7 +82,7 @@ TEST_F(VolumeGuardTest, IsClearedOnlyWhenTheAudioSystemHasAnswered) {
         objects->answers = false;
         atOnce ? controller->restoreImmediately() : restore();
         pass(3'000);
-        ASSERT_TRUE(toldVolume()) << "nobody knows whether the volume has arrived";
+        ASSERT_TRUE(toldVolume()) << "the volume is not confirmed yet";
         EXPECT_TRUE(pending());
         objects->answers = true;
         pass(1'000);
@@ -143,7 +143,7 @@ TEST_F(VolumeGuardTest, IsToldOfWhatAnEarlierRunLeftDown) {
 TEST_F(VolumeGuardTest, ADeviceThatIsAwayIsNotForgottenForAMutedOne) {
     makeSwitch(headphones);
     leaveSpeakersUnrestored();
-    ASSERT_TRUE(toldVolume()) << "the speakers have yet to take their volume";
+    ASSERT_TRUE(toldVolume()) << "the speakers' restore is pending";
     duck();
     EXPECT_EQ(toldMuted(), "headphones");
     restore();

@@ -51,7 +51,7 @@ TEST_F(VolumeRecoveryTest, NeverLowers) {
     objects->devices[speakers].readable = false;
     defaults->set(PendingRestore::key, 0.9);
     recover();
-    EXPECT_FLOAT_EQ(volumeOf(speakers), 0.7F) << "an unreadable record counts as full volume";
+    EXPECT_FLOAT_EQ(volumeOf(speakers), 0.7F) << "an unreadable volume counts as full";
     EXPECT_TRUE(defaults->values.empty());
 }
 
