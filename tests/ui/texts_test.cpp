@@ -112,7 +112,7 @@ TEST(DateText, DatesAreWrittenAsTheUsersLocaleDoes) {
         EXPECT_EQ(written.find(locale.dayName(2).toStdString()), std::string::npos)
             << "contains a weekday: " << written;
         EXPECT_NE(written.find(locale.toString(9).toStdString()), std::string::npos)
-            << "contains seconds: " << written;
+            << "lacks seconds: " << written;
     }
     QLocale::setDefault(QLocale::c());
 }
