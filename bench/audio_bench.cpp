@@ -28,7 +28,7 @@ std::string serverProcess(const std::string& command) {
             return entry.path().filename();
         }
     }
-    throw std::runtime_error("the audio server does not answer");
+    throw std::runtime_error("the audio server is not running");
 }
 
 template <class Work>
