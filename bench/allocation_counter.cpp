@@ -15,8 +15,7 @@ std::size_t sordin::allocationCount() {
     return allocations.load();
 }
 
-// The array and nothrow forms call these. Inlining them would make GCC 14 report mismatched malloc() and
-// operator delete.
+// The array and nothrow forms call these. If inlined, GCC 14 reports mismatched malloc() and operator delete.
 
 [[gnu::noinline]] void* operator new(std::size_t size) {
     ++allocations;

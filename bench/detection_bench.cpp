@@ -111,8 +111,7 @@ void keywords(benchmark::State& state) {
 }
 BENCHMARK(keywords);
 
-/// The complete cost of a hop during an ad, with 200 fingerprints, from buffers of 20 ms like those of a
-/// capture.
+/// The complete cost of a hop during an ad, with 200 fingerprints, from a capture's buffers of 20 ms.
 void wholeHop(benchmark::State& state) {
     constexpr std::size_t pieces = 25;
     constexpr std::size_t hops = 64;

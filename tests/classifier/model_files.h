@@ -28,8 +28,7 @@ inline void append(Bytes& bytes, float value) {
     append(bytes, std::bit_cast<std::uint32_t>(value));
 }
 
-/// Appends a float as binary16. It must be exactly representable: an infinity, 0 or a normal number with 11
-/// bits.
+/// Appends a float as binary16. It must be exactly representable: infinity, 0 or normal with 11 bits.
 inline void appendHalf(Bytes& bytes, float value) {
     const auto bits = std::bit_cast<std::uint32_t>(value);
     const std::uint32_t sign = (bits >> 16U) & 0x8000U;

@@ -56,8 +56,7 @@ protected:
         tagger.analyze(PcmBuffer(format, {samples.begin(), samples.end()}), position);
     }
 
-    /// Analyzes the samples in pieces of random size. Returns all results so far, each with the end of its
-    /// buffer.
+    /// Analyzes the samples in random pieces. Returns all results so far with the ends of their buffers.
     Results play(std::span<const float> samples, std::int64_t position = 0) {
         while (!samples.empty()) {
             const auto size = std::min<std::size_t>(

@@ -150,8 +150,7 @@ TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
     EXPECT_THAT(refusal(fileOf(payload)), testing::Optional(HasSubstr("residual flag")));
 }
 
-// Sizes that are allowed one by one, in a file without data for them: the reader must not allocate memory for
-// them.
+// Sizes that are allowed one by one, in a file without their data: reading must not allocate memory for them.
 TEST_F(SoundModelFile, RefusesWhatWouldCostTooMuch) {
     SoundModel large = model;
     large.convolutions = {{1, 1'024, 1, 1, false, {}, {}}};

@@ -38,8 +38,7 @@ TEST(KeywordTranscriptScorer, FindsPhrasesInsideWordsAndInEitherCase) {
 }
 
 TEST(KeywordTranscriptScorer, TableHoldsThePhrasesThatRecognisersAreTunedTo) {
-    // FNV-1a hash over "phrase=tenths;" of all phrases in order, which detects every change of a letter or
-    // weight.
+    // FNV-1a hash over "phrase=tenths;" of all phrases in order. It detects every change of the table.
     std::uint64_t hash = 14695981039346656037U;
     for (const auto& [text, weight] : KeywordTranscriptScorer::phrases()) {
         EXPECT_GE(score(std::string(text)), weight / 1.2F - 1e-6F) << text;

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Arbitrary streams in arbitrary buffers, with stops and format changes: the hops must be those of the
-// undivided stream.
+// Arbitrary streams in arbitrary buffers, with stops and format changes: the hops must not change.
 #include "detection/stream_run.h"
 
 #include <bit>

@@ -35,8 +35,7 @@ TEST(AsioSerialQueue, KeepsTheOrderAlsoBetweenThreads) {
     std::vector<int> done;
     Signal posted;
     queue.post([&] {
-        // Work posted by the work itself runs before work that another thread posts after a notification from
-        // it.
+        // Work posted by the work itself runs before what another thread posts after a notification.
         queue.post([&] { done.push_back(1); });
         std::thread([&] { queue.post([&] { done.push_back(2); }); }).join();
         queue.post([&] { done.push_back(3); });

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The real program, and an audio server that fails at every stage of an ad. In the end the volume must be the
-// user's.
+// The real program, and an audio server that fails at every stage of an ad. The volume must come back.
 #include "platform/linux/audio/linux_audio.h"
 #include "random_seed.h"
 #include "system/sordin_fixture.h"

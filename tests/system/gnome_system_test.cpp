@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The whole program in a real GNOME Shell, on X11 and on Wayland. The tests query the shell for what is on
-// the screen.
+// The whole program in a real GNOME Shell, on X11 and on Wayland. The tests query the shell's screen.
 #include "system/private_display.h"
 #include "system/session_fixture.h"
 

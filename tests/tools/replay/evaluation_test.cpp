@@ -11,7 +11,7 @@ namespace {
 
 TEST(Evaluation, MeasuresAnHourByHandAndWeighsPrecisionDoubleInF05) {
     // Real: 100-130, 200-230, 300-330, 1000-1020. Found: 105-135 (5 s late at both ends), 190-240 (10 s early
-    // and late: 30 of 50 s shared), 310-316 (6 of 30 s), 2000-2010 and 3000-3010 (false). The last real ad is
+    // and late: 30 of 50 s shared), 310-316 (6 of 30 s), 2000-2010, 3000-3010 (false). The last real ad is
     // missed.
     const auto result = evaluate({{105, 135}, {190, 240}, {310, 316}, {2000, 2010}, {3000, 3010}},
                                  {{100, 130}, {200, 230}, {300, 330}, {1000, 1020}}, 3600);
