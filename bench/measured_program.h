@@ -98,7 +98,8 @@ public:
     void waitFor(const std::string& text) const {
         const auto said = [&] { return contentsOf(home_ / "log").find(text) != std::string::npos; };
         if (!waitUntil(said, std::chrono::seconds(60))) {
-            throw std::runtime_error("the program does not log \"" + text + "\": " + contentsOf(home_ / "log"));
+            throw std::runtime_error("the program does not log \"" + text +
+                                     "\": " + contentsOf(home_ / "log"));
         }
     }
 
