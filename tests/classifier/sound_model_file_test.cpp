@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
-/// What reading goes wrong with, if it does.
+/// The error of reading a model; none if it succeeds.
 std::optional<std::string> errorOf(const std::function<SoundModel()>& read) {
     try {
         static_cast<void>(read());
@@ -39,7 +39,7 @@ protected:
 };
 
 TEST_F(SoundModelFile, GivesBackWhatWasWritten) {
-    // Binary16 has its own smallest numbers: 2^-24 and 1023 * 2^-24 have no exponent, 65504 is the largest.
+    // Limits of binary16: 2^-24 and 1023 * 2^-24 are subnormal, 65504 is the largest value.
     const Bytes plain = payloadOf(model);
     model.embedding.weights[0] = -65504;
     model.embedding.weights[1] = 0x1p-14F;
@@ -57,7 +57,7 @@ TEST_F(SoundModelFile, GivesBackWhatWasWritten) {
     EXPECT_EQ(read.convolutions[0].weights, model.convolutions[0].weights);
     EXPECT_EQ(read.convolutions[1].weights, model.convolutions[1].weights);
     EXPECT_EQ(read.embedding.weights, model.embedding.weights);
-    EXPECT_EQ(payloadOf(readSoundModel(fileOf(plain), "some.bin")), plain) << "and all the rest";
+    EXPECT_EQ(payloadOf(readSoundModel(fileOf(plain), "some.bin")), plain) << "the rest of the file";
 }
 
 TEST_F(SoundModelFile, RefusesWhateverIsCutOrDamaged) {
@@ -71,7 +71,7 @@ TEST_F(SoundModelFile, RefusesWhateverIsCutOrDamaged) {
     for (std::size_t size = 0; size < payload.size(); size += 11) {
         EXPECT_TRUE(
             refusal(fileOf(Bytes(payload.begin(), payload.begin() + static_cast<std::ptrdiff_t>(size)))))
-            << size << ": whole, but for the model in it";
+            << size << ": a valid file with a truncated model";
     }
     for (std::size_t at = 0; at < whole.size(); at += at < 200 ? 1 : 53) {
         Bytes damaged = whole;
@@ -150,8 +150,7 @@ TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
     EXPECT_THAT(refusal(fileOf(payload)), testing::Optional(HasSubstr("residual flag")));
 }
 
-// Sizes that are each allowed, in a file that holds nothing of what they promise: it must not be made room
-// for.
+// Sizes that are allowed one by one, in a file without their data: reading must not allocate memory for them.
 TEST_F(SoundModelFile, RefusesWhatWouldCostTooMuch) {
     SoundModel large = model;
     large.convolutions = {{1, 1'024, 1, 1, false, {}, {}}};
@@ -206,7 +205,7 @@ TEST(SoundModelLocation, IsBesideTheProgramWhereverThatIs) {
     const fs::path built = folder / "usr/build/tools/replay/sordin-replay";
     place(built);
     place(folder / "usr/build/CMakeCache.txt");
-    EXPECT_EQ(findDataFile(built, "sound-model.bin"), std::nullopt) << "a build has its own or none";
+    EXPECT_EQ(findDataFile(built, "sound-model.bin"), std::nullopt) << "a build uses only its own model";
     const fs::path own = folder / "usr/build/share/sordin/sound-model.bin";
     place(own);
     EXPECT_EQ(findDataFile(built, "sound-model.bin"), own);

@@ -45,7 +45,7 @@ void step(const SpeechMaskModel::Recurrent& unit, const Values& input, Values& v
     }
 }
 
-/// What comes out of a mask, in plain sums, all samples at once.
+/// The output of a mask by plain sums, for all samples at once.
 Values slowlyMasked(const SpeechMaskModel& mask, const std::vector<float>& samples) {
     const std::size_t window = mask.window;
     const std::size_t shift = window / 2;
@@ -201,7 +201,7 @@ TEST(SpeechMaskClips, AreCleanedAsInTheTraining) {
         mask.process(samples, cleaned);
     }
     const auto& levels = expected["levels"];
-    const std::size_t length = expected["samples"];  // of each level
+    const std::size_t length = expected["samples"];  // of each level of the music
     ASSERT_EQ(cleaned.size() / length, levels.size());
     for (std::size_t i = 0; i < levels.size(); ++i) {
         const auto piece = std::span(cleaned).subspan(i * length, length);

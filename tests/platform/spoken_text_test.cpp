@@ -8,7 +8,7 @@
 namespace sordin {
 namespace {
 
-/// Words of a usual length that fit as well as said.
+/// Words of ordinary length that fit the sounds with this match.
 std::vector<HeardWord> words(const std::string& text, double match = -3) {
     std::vector<HeardWord> words;
     std::istringstream stream(text);
@@ -22,7 +22,7 @@ TEST(SpokenText, WritesTollFreeNumbersAsTheyAreWritten) {
     const auto written = [](const std::string& text) { return spokenText(words(text)); };
     EXPECT_EQ(written("so call one eight hundred now"), "so call 1 eight hundred now");
     EXPECT_EQ(written("call one nine call one one two"), "call 1 nine call 1 one two");
-    EXPECT_EQ(written("call one"), "call one") << "who knows what follows";
+    EXPECT_EQ(written("call one"), "call one") << "the next word is unknown";
     EXPECT_EQ(written("call one of them or recall one eight"), "call one of them or recall one eight");
     EXPECT_EQ(written("one eight hundred"), "one eight hundred");
     EXPECT_EQ(written("fifty percent off at acme dot com"), "fifty percent off at acme dot com");
@@ -35,12 +35,12 @@ TEST(SpokenText, LeavesOutWhatNobodySpeaksSoLong) {
     heard[4].length = 4.9;
     EXPECT_EQ(spokenText(heard), "and … dot com … today");
     heard[0].length = 1;
-    EXPECT_EQ(spokenText(heard), "… dot com … today") << "one sign for several";
+    EXPECT_EQ(spokenText(heard), "… dot com … today") << "one ellipsis for several words";
     heard[4].length = 1.7;
-    EXPECT_EQ(spokenText(heard), "… dot com advertisement today") << "slowly, but spoken";
+    EXPECT_EQ(spokenText(heard), "… dot com advertisement today") << "slow, but possible";
     auto parted = words("dot mm com");
     parted[1].length = 2;
-    EXPECT_EQ(spokenText(parted), "dot … com") << "what was apart stays apart";
+    EXPECT_EQ(spokenText(parted), "dot … com") << "separate words stay separate";
 }
 
 TEST(SpokenText, PhrasesNeedEvidenceTheMoreTheShorterAndHeavierTheyAre) {
@@ -48,18 +48,19 @@ TEST(SpokenText, PhrasesNeedEvidenceTheMoreTheShorterAndHeavierTheyAre) {
     EXPECT_EQ(spokenText(words(text, -4)), text);
     EXPECT_EQ(spokenText(words(text, -4.8)), "and … now or download the app");
     EXPECT_EQ(spokenText(words(text, -8)), "and … now or …");
-    EXPECT_EQ(spokenText(words("we walked along the river", -8)), "we walked along the river") << "no phrase";
-    EXPECT_EQ(spokenText(words("visiting", -5)), "…") << "a part of a word counts as much";
+    EXPECT_EQ(spokenText(words("we walked along the river", -8)), "we walked along the river")
+        << "not a phrase of the table";
+    EXPECT_EQ(spokenText(words("visiting", -5)), "…") << "a phrase inside a word needs evidence, too";
     EXPECT_EQ(spokenText(words("only at or shop now", -4.4)), "only at or …")
-        << "shorter, but it counts for less";
+        << "shorter, but with less weight";
 
     auto mixed = words("use code", -3);
-    mixed[0].match = -9;  // of three letters; the four of the other hold against it
+    mixed[0].match = -9;  // three letters, against the four of the other word
     EXPECT_EQ(spokenText(mixed), "…");
     mixed[0].match = -5;
     EXPECT_EQ(spokenText(mixed), "use code");
     mixed[0].length = mixed[1].length = 0;
-    EXPECT_EQ(spokenText(mixed), "…") << "nothing was heard";
+    EXPECT_EQ(spokenText(mixed), "…") << "words without duration have no evidence";
 }
 
 }  // namespace
