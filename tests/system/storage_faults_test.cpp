@@ -75,14 +75,14 @@ TEST_F(StorageFaultsTest, AFullAndAReadOnlyDiskLoseNothingAndLeaveNoVolumeDown) 
     }
     disk->setReadOnly(true);
     ASSERT_NO_FATAL_FAILURE(fadeAndEnd(SIGKILL));
-    EXPECT_EQ(timesSaid("settings will not be kept"), 1);
-    EXPECT_EQ(timesSaid("the history will not be kept"), 1);
+    EXPECT_EQ(timesSaid("settings will not be saved"), 1);
+    EXPECT_EQ(timesSaid("the history will not be saved"), 1);
     EXPECT_EQ(files(), before);
 
     disk->setReadOnly(false);
     disk->makeRoom();
     ASSERT_NO_FATAL_FAILURE(fadeAndEnd(SIGTERM));
-    EXPECT_EQ(timesSaid("will not be kept"), 0);
+    EXPECT_EQ(timesSaid("will not be saved"), 0);
     EXPECT_EQ(history().size(), 2U) << history();
 }
 
@@ -209,7 +209,7 @@ TEST_F(ModelFaultsTest, WithoutModelsTheProgramSaysSoAndListens) {
     newer[8] = 2;
     beginServer();
     const std::vector<std::pair<std::optional<std::string>, std::string>> models{
-        {std::nullopt, "there is no sound model"},
+        {std::nullopt, "no sound model found"},
         {whole.substr(0, whole.size() / 2), "differs from its header"},
         {flipped, "wrong checksum"},
         {newer, "unsupported version"}};

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// sordin-transcribe: what the speech decoder makes of recordings, for developers.
+// sordin-transcribe: runs the speech decoder over recordings, for developers.
 #include "detection/keyword_transcript_scorer.h"
 #include "platform/decoding_recogniser.h"
 #include "platform/linux/speech/decoder_process.h"
@@ -31,14 +31,11 @@ using namespace sordin;
 
 constexpr auto usage =
     "Usage: sordin-transcribe [--mask FILE|none] RECORDING...\n"
-    "Transcribes each recording as one session and prints a JSON object with its texts, each with the time "
-    "in "
-    "seconds\n"
-    "at which it was there, the words of the last one, each with its length in seconds and how well it fits "
-    "its\n"
-    "sounds, the highest keyword score of a text, the duration, and the processor time that was spent.\n"
-    "--mask hears through another speech mask than the installed one, or through none.\n"
-    "The last line has the time that loading took and the highest use of memory in MB.\n";
+    "Transcribes each recording as one session. Prints a JSON object with all texts, each with the time\n"
+    "in seconds at which it appeared; the words of the last text, each with its length in seconds and its\n"
+    "acoustic match; the highest keyword score of a text; the duration; and the processor time.\n"
+    "--mask selects another speech mask than the installed one, or none.\n"
+    "The last line contains the processor time for loading and the peak memory in MB.\n";
 
 double processorSeconds(pid_t process) {
     clockid_t clock{};
@@ -58,7 +55,7 @@ double highestMegabytes(pid_t process) {
     return 0;
 }
 
-/// A decoder whose last words are kept, before anything is left out of them.
+/// Keeps the decoder's last words before the recognizer filters them.
 class KeepingDecoder final : public SpeechDecoder {
 public:
     using Words = std::vector<HeardWord>;
@@ -96,7 +93,7 @@ public:
         transcriber_.begin();
         recogniser_->drain();
         if (!transcriber_.available()) {
-            throw std::runtime_error("the speech model cannot be loaded");
+            throw std::runtime_error("cannot load the speech model");
         }
     }
 

@@ -159,7 +159,7 @@ TEST_F(ControlInterfaceTest, IsDrivenByScripts) {
     EXPECT_EQ(callRunning(), "");
     EXPECT_EQ(restores, 2);
     control.reset();
-    EXPECT_TRUE(callRunning().startsWith("does not answer")) << callRunning().toStdString();
+    EXPECT_TRUE(callRunning().startsWith("does not respond")) << callRunning().toStdString();
     program.unregisterService(ApplicationService::id);
     EXPECT_EQ(callRunning(), "is not running");
     EXPECT_TRUE(callRunningProgram(QDBusConnection("none"), "RestoreNow").has_value());

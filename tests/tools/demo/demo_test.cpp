@@ -82,9 +82,9 @@ TEST_F(DemoTest, CountsWhatWasFadedAndCitesTheUsualFiguresOfTheDocumentation) {
               HasSubstr("0:08.0  Sordin: an ad ended after 5.0 s: Audio, Boundary\n"),
               HasSubstr("0:10.0  confidence 60 %, volume 100 %"),
               HasSubstr(
-                  "tuned rules, as shown: 3 of 4 seconds of ads (75 %), 2 of 6 seconds of programme (33 %)"),
+                  "tuned rules, as shown: 3 of 4 seconds of ads (75 %), 2 of 6 seconds of program (33 %)"),
               HasSubstr("standard rules, in a replay: 2 of 4 seconds of ads (50 %), 1 of 6 seconds of "
-                        "programme (17 %)")));
+                        "program (17 %)")));
 
     // For each set of rules: of ads | of programme | reaction / ... | release / ...
     const std::string figures = contentsOf(SORDIN_DETECTION_FIGURES);
@@ -141,7 +141,7 @@ TEST_F(DemoTest, LeavesNothingBehindHoweverItEnds) {
         EXPECT_THAT(processesWith(variable), IsEmpty());
     }
     EXPECT_THAT(contentsOf(folder / "log"),
-                testing::MatchesRegex("sordin-demo: Sordin does not listen[^\n]*\n"))
+                testing::MatchesRegex("sordin-demo: Sordin failed to start listening[^\n]*\n"))
         << "no other messages";
 }
 

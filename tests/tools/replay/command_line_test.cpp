@@ -380,8 +380,8 @@ TEST_F(CommandLineTest, HopsCanBeScoredAnewByOtherRules) {
         EXPECT_THAT(contentsOf(folder() / ".err"), HasSubstr(why));
     };
     expectError("tuned", "", "not what the standard rules give");
-    expectError("without", "", "without:1: no line of sordin-replay --hops --transcribe");
-    expectError("radio.txt", "", "radio.txt:1: no line");
+    expectError("without", "", "without:1: not a line of sordin-replay --hops --transcribe");
+    expectError("radio.txt", "", "radio.txt:1: not a line");
     expectError("radio.hops", R"({"rules": {"music": 1}, "sensitivities": []})", "unknown names");
 }
 
@@ -480,8 +480,8 @@ TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
     expectError(1, "nowhere.wav", "nowhere.wav: No such file or directory");
     expectError(1, ".", ".: is a folder");
     expectError(1, "empty.wav", "empty.wav: the file is empty");
-    expectError(1, "--no-model none.wav", "none.wav: the recording holds no audio");
-    expectError(1, "text.wav", "text.wav: not a recording in a format that can be read");
+    expectError(1, "--no-model none.wav", "none.wav: the recording contains no audio");
+    expectError(1, "text.wav", "text.wav: unsupported audio format");
     expectError(1, "--cues bad.cues good.wav", "bad.cues:2: not a JSON object");
     expectError(1, "--cues nowhere.cues good.wav", "nowhere.cues: No such file or directory");
     expectError(1, "--truth nowhere.txt good.wav", "nowhere.txt: No such file or directory");
@@ -508,7 +508,7 @@ TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
     const std::string full =
         "cd '" + folder().string() + "' && '" SORDIN_REPLAY "' good.wav >/dev/full 2>.err";
     EXPECT_EQ(WEXITSTATUS(std::system(full.c_str())), 1);
-    EXPECT_THAT(contentsOf(folder() / ".err"), HasSubstr("the output cannot be written"));
+    EXPECT_THAT(contentsOf(folder() / ".err"), HasSubstr("cannot write the output"));
 }
 
 TEST_F(CommandLineTest, ReportsWhatItReadOfADamagedRecording) {

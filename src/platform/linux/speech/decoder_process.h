@@ -15,15 +15,16 @@
 
 namespace sordin {
 
-/// Ends what decoder processes wait for. Any thread.
+/// Aborts waiting for a decoder process. Any thread.
 class DecoderInterruption {
 public:
-    /// From now on no decoder process begins or answers.
+    /// Aborts the current wait and all later ones.
     void interrupt();
 
-    /// Has a socket shut down when it is interrupted; false if it has been. One at a time.
+    /// Registers the socket to shut down on interrupt(). Returns false if interrupted already. One socket at
+    /// a time.
     [[nodiscard]] bool watch(int socket);
-    /// The socket is about to be closed.
+    /// Removes the socket. Call it before closing the socket.
     void leave();
 
 private:
@@ -33,12 +34,12 @@ private:
     int socket_ = -1;
 };
 
-/// A PocketSphinxDecoder in a process of its own: damaged models make the library end the process that it is
-/// in, and all its memory is back when that process goes. The process ends with this object, and with the
-/// program however that ends.
+/// A PocketSphinxDecoder in a separate process. With damaged models, the library ends its process; and a
+/// process returns all its memory when it ends. The process ends with this object and with the program,
+/// however the program ends.
 class DecoderProcess final : public SpeechDecoder {
 public:
-    /// Starts `helper` and waits until it has loaded the model. Throws SpeechDecoderError.
+    /// Starts `helper` and waits until the model is loaded. Throws SpeechDecoderError.
     DecoderProcess(
         const std::filesystem::path& helper, const SpeechModelFiles& files,
         std::shared_ptr<DecoderInterruption> interruption = std::make_shared<DecoderInterruption>());
@@ -52,7 +53,7 @@ public:
     void end() override;
     [[nodiscard]] std::vector<HeardWord> words() override;
 
-    /// The process, for tests that end it.
+    /// The process identifier, for tests that kill the process.
     [[nodiscard]] pid_t pid() const { return pid_; }
 
 private:
