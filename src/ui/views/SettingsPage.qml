@@ -71,7 +71,7 @@ ColumnLayout {
             }
         }
         Caption {
-            text: qsTr("Tuned on labeled broadcasts: the volume returns sooner after an ad, and less of the program is muted.")
+            text: qsTr("Tuned on labeled broadcasts: the volume returns sooner after an ad, and less of the programme is muted.")
             Layout.fillWidth: true
         }
     }
