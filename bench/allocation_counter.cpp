@@ -15,8 +15,7 @@ std::size_t sordin::allocationCount() {
     return allocations.load();
 }
 
-// The array and nothrow forms call these. Not inlined: where GCC 14 sees one side's malloc() or free() beside
-// the other side's operator, it takes the two for mismatched.
+// The array and nothrow forms call these. If inlined, GCC 14 reports mismatched malloc() and operator delete.
 
 [[gnu::noinline]] void* operator new(std::size_t size) {
     ++allocations;

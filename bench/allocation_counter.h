@@ -5,8 +5,7 @@
 
 namespace sordin {
 
-/// How often this program has called the global operator new so far. Link allocation_counter.cpp, which
-/// replaces it.
+/// The number of calls of the global operator new so far. Needs allocation_counter.cpp, which replaces it.
 [[nodiscard]] std::size_t allocationCount();
 
 }  // namespace sordin

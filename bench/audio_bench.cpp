@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// What hearing and fading cost, on a private audio server: CPU seconds and wake-ups of this process and of
-// the server.
-//   sordin_audio_bench [SECONDS [pulseaudio]]   seconds for each measurement, 30 if absent; which server
+// Cost of capture and volume writes on a private audio server: CPU seconds and wake-ups of this process and
+// of the server.
+//   sordin_audio_bench [SECONDS [pulseaudio]]   seconds per measurement (default 30), and which server
 #include "platform/linux/audio/linux_audio.h"
 #include "platform/loopback_capture.h"
 #include "process_use.h"
@@ -28,7 +28,7 @@ std::string serverProcess(const std::string& command) {
             return entry.path().filename();
         }
     }
-    throw std::runtime_error("the audio server is not there");
+    throw std::runtime_error("the audio server is not running");
 }
 
 template <class Work>

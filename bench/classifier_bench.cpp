@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// CPU time of the sound model that is shipped.
+// CPU time of the shipped sound model.
 #include "allocation_counter.h"
 #include "classifier/mel_front_end.h"
 #include "classifier/network_sound_tagger.h"
@@ -24,7 +24,7 @@ std::vector<float> noise(std::size_t samples) {
     return audio;
 }
 
-/// One frame of mel bands, of which there are a hundred in a second.
+/// One frame of mel bands. There are a hundred per second.
 void melFrame(benchmark::State& state) {
     const SoundModel model = loadSoundModel(SORDIN_SOUND_MODEL);
     MelFrontEnd frontEnd(model.frontEnd);
@@ -37,7 +37,7 @@ void melFrame(benchmark::State& state) {
 }
 BENCHMARK(melFrame);
 
-/// One patch through the network, twice a second.
+/// One patch through the network; happens twice a second.
 void embedding(benchmark::State& state) {
     const SoundModel model = loadSoundModel(SORDIN_SOUND_MODEL);
     SoundNetwork network(model);
@@ -51,7 +51,7 @@ void embedding(benchmark::State& state) {
 }
 BENCHMARK(embedding)->Unit(benchmark::kMicrosecond);
 
-/// A second of audio from buffers of 20 ms, all of it. Argument: sample rate in Hz.
+/// The complete processing of a second of audio from buffers of 20 ms. Argument: sample rate in Hz.
 void taggedSecond(benchmark::State& state) {
     constexpr std::size_t pieces = 50;
     const AudioFormat format{static_cast<double>(state.range(0)), 1};

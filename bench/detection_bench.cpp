@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// CPU time of the detector's pieces. Half a second of audio is one hop.
+// CPU time of the detector's parts. Half a second of audio is one hop.
 #include "allocation_counter.h"
 #include "detection/detection_pipeline.h"
 #include "detection/heuristic_ad_scorer.h"
@@ -22,7 +22,7 @@ namespace {
 constexpr double rate = 16'000;
 constexpr std::size_t hopSize = 8'000;
 
-/// Noise whose level moves, so that the bands move too and fingerprints exist.
+/// Noise with a changing level, so that the bands change and fingerprints exist.
 std::vector<float> movingNoise(std::size_t samples) {
     std::mt19937 random(1);
     std::normal_distribution<float> noise(0, 0.1F);
@@ -43,7 +43,7 @@ Bands randomBands(std::mt19937& random) {
     return bands;
 }
 
-/// Speech over music for ever, so that an ad is always in progress and learns.
+/// Always reports speech over music, so that an ad is always in progress and learned.
 class AlwaysAd final : public SoundClassifying {
 public:
     bool prepare(const AudioFormat&) override { return true; }
@@ -111,8 +111,7 @@ void keywords(benchmark::State& state) {
 }
 BENCHMARK(keywords);
 
-/// Everything that a hop costs, in an ad, with 200 fingerprints, from buffers of 20 ms as a capture delivers
-/// them.
+/// The complete cost of a hop during an ad, with 200 fingerprints, from a capture's buffers of 20 ms.
 void wholeHop(benchmark::State& state) {
     constexpr std::size_t pieces = 25;
     constexpr std::size_t hops = 64;

@@ -25,7 +25,7 @@ inline std::string commandOf(const std::string& process) {
     return std::filesystem::path(line.substr(0, line.find('\0'))).filename();
 }
 
-/// A process and those that it has started, by number.
+/// The ids of a process and its children.
 inline std::vector<std::string> family(pid_t process) {
     std::vector<std::string> all{std::to_string(process)};
     for (const auto& thread : std::filesystem::directory_iterator("/proc/" + all[0] + "/task")) {
@@ -37,7 +37,7 @@ inline std::vector<std::string> family(pid_t process) {
     return all;
 }
 
-/// Of /proc/PID/smaps_rollup, in MB.
+/// A value of /proc/PID/smaps_rollup, in MB.
 inline double megabytes(const std::string& process, const std::string& name) {
     std::ifstream figures("/proc/" + process + "/smaps_rollup");
     for (std::string line; std::getline(figures, line);) {
@@ -66,12 +66,12 @@ inline void measure(const std::string& what, pid_t program, std::chrono::duratio
     std::fflush(stdout);
 }
 
-/// The program with a home of its own, listening.
+/// The listening program with a private home.
 class MeasuredProgram {
 public:
     struct Options {
         bool transcribes = false;
-        bool windows = false;  ///< on the display that there is
+        bool windows = false;  ///< shows its window on the current display
         std::vector<std::string> arguments{};
     };
 
@@ -94,11 +94,12 @@ public:
 
     [[nodiscard]] pid_t pid() const { return process_->pid(); }
 
-    /// Until it says so.
+    /// Waits until the program logs this text.
     void waitFor(const std::string& text) const {
         const auto said = [&] { return contentsOf(home_ / "log").find(text) != std::string::npos; };
         if (!waitUntil(said, std::chrono::seconds(60))) {
-            throw std::runtime_error("it does not say \"" + text + "\": " + contentsOf(home_ / "log"));
+            throw std::runtime_error("the program does not log \"" + text +
+                                     "\": " + contentsOf(home_ / "log"));
         }
     }
 

@@ -7,13 +7,13 @@
 
 namespace sordin {
 
-/// What a process has used since it began.
+/// Resources that a process has used since its start.
 struct ProcessUse {
     double cpuSeconds = 0;
-    double wakeUps = 0;  ///< of all threads that there are still
+    double wakeUps = 0;  ///< of all threads that still exist
 };
 
-/// `process` is its number, or "self".
+/// `process` is a process id, or "self".
 inline ProcessUse useOf(const std::string& process) {
     ProcessUse use;
     for (const auto& thread : std::filesystem::directory_iterator("/proc/" + process + "/task")) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// What the whole program costs, with its helpers, on a private audio server, without windows.
-//   sordin_program_bench SECONDS [RECORDING]...   seconds for each measurement; each recording is played,
-//   with
-//                                                transcription and without, and then nothing
+// Cost of the whole program with its helpers, on a private audio server, without windows.
+//   sordin_program_bench SECONDS [RECORDING]...
+// SECONDS is the time per measurement. It measures each recording and then silence, first without and then
+// with transcription.
 #include "measured_program.h"
 #include "rig/private_audio_server.h"
 
@@ -18,7 +18,7 @@ int main(int argc, char** argv) {
         const std::string how = transcribes ? ", with transcription" : "";
         for (const auto& recording : recordings) {
             const ChildProcess player({"pw-play", recording}, {});
-            std::this_thread::sleep_for(5s);  // what a beginning costs is not what goes on
+            std::this_thread::sleep_for(5s);  // skips the cost of the start
             measure(recording + how, program.pid(), time);
         }
         waitUntil([&] { return server.nodeState("test-sink-A") == "suspended"; }, 30s);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// How fast a recording is replayed, reading and resampling included.
+// The speed of a replay, including reading and resampling.
 #include "replay/replay.h"
 
 #include <benchmark/benchmark.h>
@@ -15,7 +15,7 @@ namespace {
 
 constexpr int seconds = 60;
 
-/// A minute of noise, removed in the end.
+/// A recording of a minute of noise; the destructor removes it.
 class Recording {
 public:
     Recording(int rate, int channels) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What windows cost, on a private display and audio server. Needs Xvfb, openbox and xdotool.
-//   sordin_window_bench SECONDS MUSIC ADS   seconds for each measurement; the two are recordings
+// Cost of the windows, on a private display and audio server. Needs Xvfb, openbox and xdotool.
+//   sordin_window_bench SECONDS MUSIC ADS   seconds per measurement, and two recordings
 #include "measured_program.h"
 #include "rig/private_audio_server.h"
 #include "rig/private_bus.h"
@@ -11,7 +11,7 @@ namespace {
 using namespace sordin;
 using namespace std::chrono_literals;
 
-/// From the start of the process to the first picture of its window.
+/// Measures the time from the start of the process to the first frame of its window.
 void measureStart() {
     std::printf("from the start to the first frame:");
     for (int i = 0; i < 5; ++i) {
@@ -38,7 +38,7 @@ void measureWindow(std::chrono::duration<double> time, const std::string& music,
         program.waitFor("an ad began");
         measure("the window on its Live page, ads play", program.pid(), time);
     }
-    outputOf({"xdotool", "key", "alt+F4"});  // without a panel this minimises it
+    outputOf({"xdotool", "key", "alt+F4"});  // without a panel this minimizes the window
     const ChildProcess player({"pw-play", music}, {});
     std::this_thread::sleep_for(5s);
     measure("the window minimised, music plays", program.pid(), time);
@@ -58,7 +58,7 @@ int main(int argc, char** argv) {
     const PrivateDisplay display;
     const ChildProcess windowManager({"openbox"}, {});
     std::this_thread::sleep_for(2s);
-    outputOf({"xdotool", "mousemove", "5", "5"});  // as when the user is busy elsewhere
+    outputOf({"xdotool", "mousemove", "5", "5"});  // away from the window
     measureStart();
     {
         const MeasuredProgram program({.windows = true, .arguments = {"--hidden"}});

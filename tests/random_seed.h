@@ -8,7 +8,7 @@
 
 namespace sordin {
 
-/// Random numbers of a test: the same in every run, unless SORDIN_TEST_SEED says otherwise. Prints the seed.
+/// The random generator of a test. The seed is fixed unless SORDIN_TEST_SEED sets it. Prints the seed.
 inline std::mt19937 seededRandom() {
     const char* wish = std::getenv("SORDIN_TEST_SEED");
     const auto seed =

@@ -18,7 +18,7 @@ inline std::vector<float> sine(double frequency, double rate, std::size_t sample
     return audio;
 }
 
-/// White noise of this root mean square.
+/// White noise with the given root mean square.
 inline std::vector<float> noise(std::mt19937& random, float level, std::size_t samples) {
     std::normal_distribution<float> sample;
     std::vector<float> audio(samples);

@@ -36,7 +36,7 @@ constexpr auto flushDeadline = 500ms;
 std::unique_ptr<SoundTagger> soundTagger(const std::filesystem::path& program) {
     const auto path = findDataFile(program, "sound-model.bin");
     if (!path) {
-        qCWarning(appLog, "there is no sound model, so no advertisement will be recognised");
+        qCWarning(appLog, "no sound model found, so ads cannot be recognized");
         return std::make_unique<SilentTagger>();
     }
     try {
@@ -47,7 +47,7 @@ std::unique_ptr<SoundTagger> soundTagger(const std::filesystem::path& program) {
     }
 }
 
-/// Counts the time in which the computer is awake.
+/// A clock that stops while the computer sleeps.
 std::shared_ptr<const Clock> awakeClock() {
     const auto seconds = [](auto sinceEpoch) { return std::chrono::duration<double>(sinceEpoch).count(); };
     return std::make_shared<SystemClock>(
@@ -61,7 +61,7 @@ Application::Application(const std::filesystem::path& program, std::shared_ptr<V
     : audio_(std::make_shared<LinuxAudio>()),
       directory_(DesktopEntries::ofUser(), "/proc",
                  [audio = audio_](auto processId) { return audio->portalApplication(processId); }) {
-    // A volume that a crash left down is brought back at once if its device is known.
+    // Restores a volume that a crash left down at once, if its device is known by now.
     audio_->waitUntilKnown(listingDeadline);
     createEngine(program, std::move(guard));
 }
@@ -73,7 +73,7 @@ void Application::createEngine(const std::filesystem::path& program, std::shared
     auto defaults = std::make_shared<FileUserDefaults>(configFolder(),
                                                        queue("sordin.defaults", QualityOfService::utility));
     if (const auto aside = defaults->settingsAside(); !aside.empty()) {
-        qCWarning(appLog, "the settings could not be read and begin anew; what was there is now %s",
+        qCWarning(appLog, "the settings could not be read; they are reset, and the old file is now %s",
                   aside.c_str());
     }
     auto transcriber = std::make_shared<OnDeviceTranscriber>(
@@ -98,11 +98,11 @@ void Application::createEngine(const std::filesystem::path& program, std::shared
 
 Application::~Application() {
     engine_->applicationWillTerminate();
-    // Only when the server has taken the volume is it safe to leave.
+    // The restore is complete only when the server has processed it.
     if (!audio_->objects()->flush(flushDeadline)) {
         qCWarning(appLog, "the audio server did not confirm the volume in time");
     }
-    // An ad that was under way ends here and is remembered.
+    // This ends an ad in progress and records it.
     engine_->stopCapture();
     audioQueue_->sync([] {});
     QCoreApplication::sendPostedEvents();

@@ -13,14 +13,14 @@
 
 namespace sordin {
 
-/// Builds everything that the engine works with on this platform, and the engine; ends all of it in the order
-/// in which nothing is left behind. Lives on the main thread.
+/// Builds the engine and the parts that it uses on this platform, and ends them in an order that leaves
+/// nothing behind. Main thread only.
 class Application {
 public:
-    /// `program` is the running program's own path, by which it finds what came with it. `guard` may be null.
-    /// Waits up to two seconds for the audio server's list of devices.
+    /// `program` is the path of the running program, from which data files are found. `guard` may be null.
+    /// Waits up to two seconds until the audio server has listed its devices.
     Application(const std::filesystem::path& program, std::shared_ptr<VolumeGuard> guard);
-    /// The volume is back when it returns, and the history on the disk.
+    /// On return, the volume is restored and the history is on the disk.
     ~Application();
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
@@ -30,7 +30,7 @@ public:
 private:
     void createEngine(const std::filesystem::path& program, std::shared_ptr<VolumeGuard> guard);
 
-    // In the order of their ends, last first.
+    // Destroyed in reverse order:
     const std::shared_ptr<LinuxAudio> audio_;
     const LinuxProcessDirectory directory_;
     const std::shared_ptr<SerialQueue> audioQueue_ = std::make_shared<AsioSerialQueue>("sordin.audio");

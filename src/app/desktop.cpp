@@ -18,12 +18,13 @@ namespace {
 
 Q_LOGGING_CATEGORY(desktopLog, "sordin.desktop", QtWarningMsg)
 
-/// Ends the program. Not quit(): that asks the windows, and closing does not end them.
+/// Ends the program. QGuiApplication::quit() would fail, because the windows ignore its close events.
 void leave() {
     QCoreApplication::exit();
 }
 
-/// The folder of our icon themes; empty if the program is not whole, which costs no more than the icon.
+/// Returns the folder of the icon themes; empty in an incomplete installation, which then only lacks the
+/// icon.
 std::filesystem::path iconFolder(const std::filesystem::path& program) {
     const auto theme = findDataFile(program, "icons/hicolor/index.theme");
     return theme ? theme->parent_path().parent_path() : std::filesystem::path();
@@ -33,8 +34,7 @@ QString toText(const std::filesystem::path& path) {
     return QString::fromStdString(path.string());
 }
 
-/// From the pictures that are installed for desktops, since drawings need a plugin of Qt's. `ours` is
-/// iconFolder().
+/// Uses the installed PNG icons, because SVG icons need a Qt plugin. `ours` is iconFolder().
 QIcon windowIcon(const std::filesystem::path& ours) {
     QIcon icon;
     const QString theme = toText(ours.parent_path().parent_path() / "icons/hicolor");
@@ -60,7 +60,7 @@ Desktop::Desktop(SordinEngine& engine, const std::filesystem::path& program)
                   [this] { return loginEntry_.active(); },
                   [this](bool active) {
                       if (const auto error = loginEntry_.setActive(active)) {
-                          qCWarning(desktopLog, "the entry for the login cannot be changed: %s",
+                          qCWarning(desktopLog, "cannot change the autostart entry: %s",
                                     error.message().c_str());
                       }
                   }}) {
@@ -68,7 +68,7 @@ Desktop::Desktop(SordinEngine& engine, const std::filesystem::path& program)
     item_.setHandlers({[this](QPoint at, const QString& token) { windows_.togglePanel(at, token); },
                        [&engine] { engine.setIsEnabled(!engine.isEnabled()); }});
     QObject::connect(&windows_, &Windows::quit, qApp, leave);
-    // Sessions that bring programs back would start it beside the user's own choice.
+    // A session manager must not restart the program; the user's autostart setting decides.
     QObject::connect(
         qApp, &QGuiApplication::commitDataRequest, &windows_,
         [](QSessionManager& session) { session.setRestartHint(QSessionManager::RestartNever); },

@@ -11,17 +11,17 @@
 
 namespace sordin {
 
-/// What the user sees of the program: its icon and its windows. Lives on the main thread.
+/// The visible part of the program: its icon and its windows. Main thread only.
 class Desktop {
 public:
-    /// `engine` must outlive it. `program` is the running program's own path. Needs a QGuiApplication, which
-    /// ends when the user wants the program to.
+    /// `engine` must outlive this object. `program` is the path of the running program. Needs a
+    /// QGuiApplication, which exits when the user quits the program.
     Desktop(SordinEngine& engine, const std::filesystem::path& program);
     Desktop(const Desktop&) = delete;
     Desktop& operator=(const Desktop&) = delete;
     ~Desktop() = default;
 
-    /// See Windows.
+    /// See Windows::showMain().
     void showMain(const QString& token = {}) { windows_.showMain(token); }
 
 private:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// sordin: the application's process.
+// sordin: the application.
 #include "app/application.h"
 #include "app/desktop.h"
 #include "app/options.h"
@@ -47,63 +47,65 @@ constexpr int misused = 2;
 std::shared_ptr<VolumeGuard> startGuard(const std::filesystem::path& program) {
     const auto helper = findHelper(program, "sordin-volume-guard");
     if (!helper) {
-        std::fprintf(stderr, "sordin: sordin-volume-guard is missing, so a crash in an ad leaves the volume "
-                             "down until the next start\n");
+        std::fprintf(stderr, "sordin: sordin-volume-guard is missing: after a crash during an ad, the volume "
+                             "stays down until the next start\n");
         return nullptr;
     }
     return std::make_shared<GuardProcess>(*helper, configFolder());
 }
 
-/// Everything works without them, but the user should know why it is forgotten.
+/// The program works without these folders, but the user has to know why data is lost.
 void sayWhatCannotBeKept() {
     for (const auto& [folder, what] :
          {std::pair(configFolder(), "settings"), {dataFolder(), "the history"}}) {
         if (const auto error = prepareFolder(folder)) {
-            std::fprintf(stderr, "sordin: %s will not be kept: %s: %s\n", what, folder.c_str(),
+            std::fprintf(stderr, "sordin: %s will not be saved: %s: %s\n", what, folder.c_str(),
                          error.message().c_str());
         }
     }
 }
 
-/// Qt warns at every start without a usable UTF-8 locale, as containers and services have none. Call before
-/// Qt's application object exists.
+/// Qt warns at every start without a UTF-8 locale, which containers and services lack. Call this before Qt's
+/// application object exists.
 void ensureUtf8Locale() {
     if (std::setlocale(LC_ALL, "") != nullptr && std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0) {
         return;
     }
-    static_cast<void>(QLocale::system());  // Qt reads the user's formats once, so do that before the change
+    // Qt reads the user's formats only once; it must do so before the change.
+    static_cast<void>(QLocale::system());
     qputenv("LC_ALL", "C.UTF-8");
 }
 
-/// One line, since without a window nothing else shows that the program runs.
+/// Prints a single line, because nothing else shows that the program runs.
 void printThatThereIsNoDisplay(bool onboardingComplete) {
-    std::fprintf(
-        stderr, "sordin: there is no display, so no icon and no window; Ctrl+C ends it%s\n",
-        onboardingComplete ? "" : ". It does not listen before the first-run guide is finished on a display");
+    std::fprintf(stderr, "sordin: no display: running without icon and windows; press Ctrl+C to quit%s\n",
+                 onboardingComplete ? ""
+                                    : ". Sordin listens after the first-run guide is finished on a display");
 }
 
-/// Settles how Qt shows windows in a Wayland session. Call before Qt's application object exists.
+/// Selects the windowing system for Qt in a Wayland session. Call this before Qt's application object exists.
 void chooseWindows() {
     const auto session = waylandSession();
     if (session && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM") &&
         prefersXwayland(*session, x11Monitors())) {
         qputenv("QT_QPA_PLATFORM", "xcb");
     } else if (!session || session->drawsTitleBars) {
-        // Nothing is drawn by the graphics card, whose driver would double the size of the program. There is
-        // no integration of this name, of which Qt warns; it draws title bars only with one.
+        // Avoids the graphics driver, which would double the program's memory. No integration has this name,
+        // so Qt warns and loads none. Qt needs an integration only to draw title bars.
         qputenv("QT_WAYLAND_CLIENT_BUFFER_INTEGRATION", "none");
     }
 }
 
-/// With windows where there is a display for them.
+/// Creates Qt's application object, for windows if there is a display.
 std::unique_ptr<QCoreApplication> makeQt(int& argc, char** argv, bool windows) {
     if (!windows) {
         return std::make_unique<QCoreApplication>(argc, argv);
     }
     chooseWindows();
-    // Otherwise Qt looks for a screen reader only when it starts. It costs nothing measurable.
+    // Without this, Qt detects a screen reader only if that was started before the program. The cost is
+    // negligible.
     qputenv("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
-    qputenv("QT_IM_MODULE", "none");  // nothing is written into our windows
+    qputenv("QT_IM_MODULE", "none");  // the windows have no text input
     QLoggingCategory::setFilterRules(QStringLiteral("qt.qpa.wayland.warning=false"));
     auto qt = std::make_unique<QGuiApplication>(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Sordin"));
@@ -139,7 +141,7 @@ int reportStatus(int argc, char** argv, const StatusRequest& request) {
         }
         return print(statusReport(std::get<QVariantMap>(state), format)) ? 0 : failed;
     }
-    // A panel that has ended reads no more.
+    // Detects that the panel that reads the pipe has ended.
     QSocketNotifier reader(STDOUT_FILENO, QSocketNotifier::Read);
     struct stat output {};
     reader.setEnabled(fstat(STDOUT_FILENO, &output) == 0 && S_ISFIFO(output.st_mode));
@@ -159,13 +161,13 @@ int reportStatus(int argc, char** argv, const StatusRequest& request) {
 int run(int argc, char** argv, const Options& options) {
     const DisplayState display = displayState();
     if (display == DisplayState::unreachable) {
-        std::fprintf(stderr, "sordin: the display %s cannot be reached\n", std::getenv("DISPLAY"));
+        std::fprintf(stderr, "sordin: cannot open the display %s\n", std::getenv("DISPLAY"));
         return failed;
     }
     const bool windows = display == DisplayState::reachable;
     const auto qt = makeQt(argc, argv, windows);
     std::optional<Desktop> desktop;
-    // The desktop's login starts it hidden too, but not in the bus's name.
+    // Autostart uses --hidden, too, but without this variable.
     const bool startedByBus = options.hidden && qEnvironmentVariableIsSet("DBUS_STARTER_BUS_TYPE");
     ApplicationService service(
         QDBusConnection::sessionBus(),
@@ -179,13 +181,13 @@ int run(int argc, char** argv, const Options& options) {
         if (options.hidden ? service.otherAnswers() : service.activateOther()) {
             return 0;
         }
-        std::fprintf(stderr, "sordin: is already running, but does not answer\n");
+        std::fprintf(stderr, "sordin: already running but not responding\n");
         return failed;
     }
-    // Others of the user's sessions, and those without a bus.
+    // The lock covers the user's other sessions, and sessions without a bus.
     const PendingRestoreLock lock(configFolder(), PendingRestoreLock::patienceAtStart);
     if (lock.state() == PendingRestoreLock::State::taken) {
-        std::fprintf(stderr, "sordin: is already running\n");
+        std::fprintf(stderr, "sordin: already running\n");
         return failed;
     }
     sayWhatCannotBeKept();
@@ -204,7 +206,7 @@ int run(int argc, char** argv, const Options& options) {
         printThatThereIsNoDisplay(application.engine().onboardingComplete());
     }
     const int status = QCoreApplication::exec();
-    desktop.reset();  // before the engine that it shows
+    desktop.reset();  // must not outlive the engine
     return status;
 }
 
@@ -219,14 +221,13 @@ int main(int argc, char** argv) {
         std::fputs(options->answer, stdout);
         return 0;
     }
-    // Before there is a thread, so that every one is held by it.
+    // Installed before the first thread, so that it applies to all of them.
     if (const auto error = refuseNetwork()) {
-        std::fprintf(stderr, "sordin: the system cannot be told to refuse the network: %s\n",
-                     error.message().c_str());
+        std::fprintf(stderr, "sordin: cannot install the network filter: %s\n", error.message().c_str());
     }
     static_cast<void>(keepOutOfDumps());
     std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);  // a file that may not grow is a write that fails
+    std::signal(SIGXFSZ, SIG_IGN);  // writes beyond the file size limit fail instead
     ensureUtf8Locale();
     try {
         if (options->request) {

@@ -10,14 +10,14 @@ namespace {
 constexpr auto usage = "usage: sordin [--hidden]\n"
                        "       sordin --restore-volume | --toggle | --version | --help\n"
                        "       sordin --status [--json] [--follow]\n"
-                       "  --hidden          start with the icon alone, without the window\n"
-                       "  --restore-volume  have the one that is running bring the volume back in an ad\n"
-                       "  --toggle          have it pause or resume\n"
-                       "  --status          print one line about what the running Sordin does\n"
-                       "  --json            print an object instead\n"
-                       "  --follow          print again whenever that changes\n"
+                       "  --hidden          start with only the icon, without the window\n"
+                       "  --restore-volume  restore the volume if the running Sordin has faded it\n"
+                       "  --toggle          pause or resume the running Sordin\n"
+                       "  --status          print the state of the running Sordin on one line\n"
+                       "  --json            with --status: print a JSON object\n"
+                       "  --follow          with --status: print a line after each change\n"
                        "  --version         print the version\n"
-                       "  --help            print this\n";
+                       "  --help            print this help\n";
 constexpr auto version = "sordin " SORDIN_VERSION "\n";
 
 }  // namespace

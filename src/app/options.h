@@ -7,22 +7,22 @@
 
 namespace sordin {
 
-/// What is to be reported of the one that is running.
+/// The options of --status.
 struct StatusRequest {
     bool json = false;
-    bool follow = false;  ///< again after each change, until this process is ended
+    bool follow = false;  ///< report again after each change, until this process ends
 };
 
-/// What the program was asked on its command line.
+/// The parsed command line.
 struct Options {
-    bool hidden = false;                    ///< starts with its icon alone, as at login
-    const char* answer = nullptr;           ///< is to be printed, and that is all
-    const char* request = nullptr;          ///< of org.sordin.Sordin1, is to be called, and that is all
-    std::optional<StatusRequest> status{};  ///< is to be reported, and that is all
+    bool hidden = false;            ///< start with only the icon, as at login
+    const char* answer = nullptr;   ///< text to print before exiting; may be null
+    const char* request = nullptr;  ///< method of org.sordin.Sordin1 to call before exiting; may be null
+    std::optional<StatusRequest> status{};  ///< report to print before exiting
 };
 
-/// `arguments` are those behind the program's name. None if there is one that it does not know, which is said
-/// on stderr.
+/// Parses the arguments without the program's name. On an invalid argument, prints an error to stderr and
+/// returns none.
 [[nodiscard]] std::optional<Options> parseOptions(const std::vector<std::string_view>& arguments);
 
 }  // namespace sordin

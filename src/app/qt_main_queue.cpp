@@ -14,21 +14,21 @@
 
 namespace sordin {
 
-/// The object that all posted work and all timers belong to, for those who may outlive it.
+/// The owner of posted work and timers, for timers that may outlive the queue.
 struct QtMainQueue::Anchor {
     std::mutex lock;
-    QObject* object;  // null once it is gone
+    QObject* object;  // null after the queue is destroyed
 };
 
-/// A timer of Qt's lives on the main thread, with the queue's object. Other threads mark it as cancelled, and
-/// post its end.
+/// A Qt timer lives on the main thread and belongs to the queue's object. Other threads mark it as cancelled
+/// and post its end.
 struct QtMainQueue::Ticker {
     using Clock = std::chrono::steady_clock;
 
     Clock::time_point due;
     const std::optional<Duration> interval;
     std::atomic<bool> cancelled = false;
-    // On the main thread only:
+    // Main thread only:
     std::shared_ptr<const Work> work;
     QPointer<QTimer> timer;
 
@@ -45,9 +45,9 @@ struct QtMainQueue::Ticker {
         if (cancelled) {
             end();
         } else if (now < due) {
-            arm();  // Qt's timers count whole milliseconds
+            arm();  // Qt's timers have a resolution of 1 ms
         } else {
-            const auto running = work;  // which may end the timer
+            const auto running = work;  // a copy, because the call may end the timer
             if (interval) {
                 due += *interval * (1 + (now - due) / *interval);
                 arm();
@@ -58,11 +58,11 @@ struct QtMainQueue::Ticker {
         }
     }
 
-    /// Lets go of the work at once, not only when the event loop deletes the timer: that may have ended.
+    /// Releases the work at once, because the event loop that would delete the timer may have ended.
     void end() {
         if (timer) {
             timer->stop();
-            timer->deleteLater();  // it may be what is running
+            timer->deleteLater();  // not deleted here, because it may be running
         }
         const auto gone = std::move(work);
     }
@@ -96,7 +96,7 @@ Timer QtMainQueue::after(Duration delay, Work work) {
 
 Timer QtMainQueue::every(Duration interval, Work work) {
     if (interval <= Duration::zero()) {
-        fatal("a repeating timer needs an interval");
+        fatal("a repeating timer needs an interval above 0");
     }
     return start(interval, interval, std::move(work));
 }
@@ -109,7 +109,7 @@ Timer QtMainQueue::start(Duration delay, std::optional<Duration> interval, Work 
         }
         // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the context owns it
         ticker->timer = new QTimer(context);
-        // Others may be early.
+        // Other timer types may fire early.
         ticker->timer->setTimerType(Qt::PreciseTimer);
         ticker->timer->setSingleShot(true);
         QObject::connect(ticker->timer, &QTimer::timeout, context, [ticker] { ticker->fire(); });
@@ -120,7 +120,7 @@ Timer QtMainQueue::start(Duration delay, std::optional<Duration> interval, Work 
     } else {
         post(begin);
     }
-    // Weakly: with the queue the work goes too.
+    // Held weakly, so that the work is destroyed with the queue.
     return Timer([weak = std::weak_ptr(ticker), anchor = anchor_, main = context_->thread()] {
         const auto live = weak.lock();
         if (!live) {

@@ -10,8 +10,8 @@
 
 namespace sordin {
 
-/// The main thread as a SerialQueue: Qt's event loop runs the work. Created and destroyed on the main thread;
-/// work that has not run by then is dropped.
+/// The main thread as a SerialQueue: Qt's event loop runs the work. Create and destroy it on the main thread;
+/// pending work is dropped.
 class QtMainQueue final : public SerialQueue {
 public:
     QtMainQueue();
@@ -32,7 +32,7 @@ private:
     Timer start(Duration delay, std::optional<Duration> interval, Work work);
 
     const std::string label_ = "main";
-    std::unique_ptr<QObject> context_;  // what is posted goes with it
+    std::unique_ptr<QObject> context_;  // owns pending work
     const std::shared_ptr<Anchor> anchor_;
 };
 

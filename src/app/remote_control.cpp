@@ -5,7 +5,7 @@ namespace sordin {
 
 namespace {
 
-/// Scripts compare these: they stay as they are.
+/// The values of the property Status. Scripts compare them: do not change them.
 QString word(const SordinEngine& engine) {
     using Kind = EngineStatus::Kind;
     switch (engine.status().kind()) {
@@ -31,8 +31,8 @@ RemoteControl::RemoteControl(SordinEngine& engine, ApplicationService& service) 
     label_.setEngine(&engine);
     interface_.emplace(service, ControlInterface::Program{[this] { return state(); },
                                                           [&engine](bool enabled) {
-                                                              // Assigning stops or starts, and writes, what
-                                                              // is so already too.
+                                                              // A setter acts and saves even if the value is
+                                                              // the same.
                                                               if (enabled != engine.isEnabled()) {
                                                                   engine.setIsEnabled(enabled);
                                                               }

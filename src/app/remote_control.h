@@ -9,10 +9,10 @@
 
 namespace sordin {
 
-/// Has the engine driven over the bus, also where there is no display. Lives on the main thread.
+/// Connects the engine to the D-Bus interface, also without a display. Main thread only.
 class RemoteControl {
 public:
-    /// Both must outlive it.
+    /// Both must outlive this object.
     RemoteControl(SordinEngine& engine, ApplicationService& service);
 
 private:

@@ -5,12 +5,12 @@
 
 namespace sordin {
 
-/// Stands where there is no sound model: it takes no stream, so nothing is recognised by its sound.
+/// Replaces a missing sound model. It rejects every stream, so that all scores stay 0.
 class SilentTagger final : public SoundTagger {
 public:
     void onLabels(LabelHandler /*handler*/) override {}
     [[nodiscard]] std::optional<std::string> prepare(const AudioFormat& /*format*/) override {
-        return "there is no sound model";
+        return "no sound model";
     }
     void analyze(const PcmBuffer& /*buffer*/, std::int64_t /*framePosition*/) override {}
 };

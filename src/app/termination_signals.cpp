@@ -16,14 +16,14 @@ namespace {
 
 constexpr std::array endingSignals{SIGTERM, SIGINT, SIGHUP};
 
-// A handler knows nothing but globals.
+// A signal handler can use only globals.
 std::atomic<int> signalPipe = -1;
 static_assert(std::atomic<int>::is_always_lock_free);
 
 void noteSignal(int /*signal*/) {
     const int saved = errno;
     const char byte = 0;
-    // A full pipe holds a signal already.
+    // If the pipe is full, a signal is pending already.
     [[maybe_unused]] const ssize_t written = write(signalPipe, &byte, 1);
     errno = saved;
 }

@@ -9,13 +9,12 @@
 
 namespace sordin {
 
-/// Turns the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) into an ordinary call on the main
-/// thread. The same one a second time ends the program at once, should the first have got stuck. One at a
-/// time.
+/// Turns the termination signals (SIGTERM, SIGINT, SIGHUP) into a call on the main thread. The same signal a
+/// second time ends the program at once, in case it hangs. At most one instance may exist.
 class TerminationSignals {
 public:
-    /// `onSignal` is called once, from the event loop. Throws std::system_error if the process has no file
-    /// descriptors left.
+    /// `onSignal` is called once, from the event loop. Throws std::system_error if no file descriptor is
+    /// left.
     explicit TerminationSignals(std::function<void()> onSignal);
     ~TerminationSignals();
     TerminationSignals(const TerminationSignals&) = delete;

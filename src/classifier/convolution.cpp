@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::size_t kernel = 3;
 
-/// A register's worth of channels, as GCC and Clang know it for every machine. Each lane is a channel of its
-/// own, so however many there are, the sums are made in the same order and the results are the same.
+/// A vector register of channels, an extension of GCC and Clang that compiles for every machine. Each lane
+/// sums one channel, so the order of the sums, and the result, does not depend on the register's width.
 using Lanes [[gnu::vector_size(16)]] = float;
 using Block = std::array<Lanes, Plane::block * sizeof(float) / sizeof(Lanes)>;
 
@@ -28,7 +28,7 @@ void addProduct(Block& sums, float value, const Block& weights) {
     }
 }
 
-/// The ReLU. What is not a number becomes 0.
+/// Applies the ReLU. NaN becomes 0.
 void storePositive(const Block& sums, float* channels) {
     Block positive;
     for (std::size_t i = 0; i < sums.size(); ++i) {
@@ -61,7 +61,7 @@ Convolution::Convolution(const SoundModel::Convolution& layer, std::size_t input
 template <std::size_t places>
 void Convolution::applyAt(const Plane& input, Plane& output, std::size_t time, std::size_t frequency) const {
     const std::size_t step = strideFrequency_ * inputChannels_;
-    const std::size_t run = kernel * inputChannels_;  // neighbours in frequency lie side by side
+    const std::size_t run = kernel * inputChannels_;  // neighbors in frequency are contiguous
     const float* weight = weights_.data();
     for (std::size_t channel = 0; channel < bias_.size(); channel += Plane::block) {
         std::array<Block, places> sums;

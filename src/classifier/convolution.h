@@ -8,14 +8,14 @@
 
 namespace sordin {
 
-/// Values by time, frequency and channel, the channels of one place side by side. Around all places there is
-/// a margin of one that stays 0.
+/// Values by time, frequency and channel. The channels of one place (a time and a frequency) are contiguous.
+/// A border of one place on each side stays 0: the padding of the convolutions.
 class Plane {
 public:
-    /// Convolutions work on so many channels at once, and fill up their output to whole blocks with zeros.
+    /// Number of channels that a convolution computes at once. It pads its output to whole blocks with zeros.
     static constexpr std::size_t block = 8;
 
-    /// So many channels in whole blocks.
+    /// Number of channels, rounded up to whole blocks.
     [[nodiscard]] static std::size_t inBlocks(std::size_t channels) {
         return (channels + block - 1) / block * block;
     }
@@ -24,13 +24,12 @@ public:
         : size_(size), channels_(channels), values_((size.times + 2) * (size.frequencies + 2) * channels) {}
 
     [[nodiscard]] PlaneSize size() const { return size_; }
-    /// From one place to the next in frequency.
+    /// Number of floats from one place to the next in frequency.
     [[nodiscard]] std::size_t placeStep() const { return channels_; }
-    /// From one place to the next in time.
+    /// Number of floats from one place to the next in time.
     [[nodiscard]] std::size_t timeStep() const { return (size_.frequencies + 2) * channels_; }
 
-    /// The channels of a place; times and frequencies count from the margin, so that (1, 1) is the first
-    /// place that is not in it.
+    /// The channels of a place. Indices include the border: (1, 1) is the first place inside it.
     [[nodiscard]] float* at(std::size_t time, std::size_t frequency) {
         return values_.data() + time * timeStep() + frequency * placeStep();
     }
@@ -44,18 +43,18 @@ private:
     std::vector<float> values_;
 };
 
-/// One convolution of 3 x 3 with its ReLU, from plane to plane. This is where nearly all of the time goes.
+/// A 3 x 3 convolution with ReLU. Takes nearly all of the network's computing time.
 class Convolution {
 public:
-    /// `inputChannels` is how many the input plane has: what the layer takes, or that in whole blocks. A
-    /// residual layer needs whole blocks.
+    /// `inputChannels` is the number of channels of the input plane: layer.in, or layer.in rounded up to
+    /// whole blocks. A residual layer needs whole blocks.
     Convolution(const SoundModel::Convolution& layer, std::size_t inputChannels);
 
-    /// `output` has the size that the layer gives, and its channels in whole blocks.
+    /// Writes to `output`, whose size must be outputSize() of the layer, with channels in whole blocks.
     void apply(const Plane& input, Plane& output) const;
 
 private:
-    /// Output places that are worked on together, so that each weight is fetched once for all.
+    /// Number of output places that are computed together and share each load of a weight.
     static constexpr std::size_t group = 4;
 
     template <std::size_t places>
@@ -65,7 +64,7 @@ private:
     std::size_t strideTime_;
     std::size_t strideFrequency_;
     bool residual_;
-    std::vector<float> bias_;     // of whole blocks of output channels
+    std::vector<float> bias_;     // [output channel], padded to whole blocks
     std::vector<float> weights_;  // [block][3 times][3 frequencies][input channel][channel of the block]
 };
 

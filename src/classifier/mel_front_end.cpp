@@ -11,11 +11,12 @@ namespace sordin {
 
 namespace {
 
+/// Hertz to mel: 1127 ln(1 + f / 700).
 double mel(double frequency) {
     return 1127 * std::log(1 + frequency / 700);
 }
 
-/// A periodic Hann window, halved because the transform doubles.
+/// A periodic Hann window, halved because RealFft doubles the values.
 std::vector<float> halvedHann(std::uint32_t length) {
     std::vector<float> window(length);
     for (std::uint32_t n = 0; n < length; ++n) {
@@ -43,7 +44,7 @@ MelFrontEnd::MelFrontEnd(const SoundModel::FrontEnd& settings)
         const double centre = lower + step;
         const double upper = centre + step;
         Band& weights = bands_.emplace_back();
-        // No band reaches beyond half the rate, so the last bin has no weight in any.
+        // No band extends above half the rate, so the Nyquist bin has no weight.
         for (std::uint32_t bin = 1; bin < settings.transform / 2; ++bin) {
             const double at = mel(static_cast<double>(bin) * settings.rate / settings.transform);
             const double weight = std::min((at - lower) / (centre - lower), (upper - at) / (upper - centre));

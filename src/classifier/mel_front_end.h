@@ -9,26 +9,26 @@
 
 namespace sordin {
 
-/// Turns samples into what the network sees: frames of logarithmic mel bands, and normalised patches of such
-/// frames. Allocates nothing once it is made; not re-entrant.
+/// Computes the network's input from samples: frames of logarithmic mel bands and normalized patches of such
+/// frames. Allocates only in the constructor. Not thread-safe.
 class MelFrontEnd {
 public:
     explicit MelFrontEnd(const SoundModel::FrontEnd& settings);
 
-    /// The bands of one frame: `samples` holds a window of them, `bands` takes one value for each mel band,
-    /// nepers.
+    /// Computes the bands of one frame. `samples` holds one window of samples, `bands` takes one value for
+    /// each mel band, in nepers.
     void frame(std::span<const float> samples, std::span<float> bands);
 
-    /// What frame() gives for silence, in every band.
+    /// The value of every band for silence, nepers.
     [[nodiscard]] float silence() const { return silence_; }
 
-    /// Brings a patch of frames, one after the other, to a level of its own and averages them in groups. The
-    /// values of `patch` are used up; the result fills as much of its beginning as inputSize() says, which is
-    /// what is returned.
+    /// Normalizes a patch of consecutive frames: limits it to `range` below its maximum, subtracts its mean,
+    /// divides by `scale` and averages groups of `pool` frames. Works in place: overwrites `patch` and
+    /// returns its beginning, which holds the result (size: inputSize()).
     [[nodiscard]] std::span<const float> normalise(std::span<float> patch) const;
 
 private:
-    /// One band's share of consecutive bins.
+    /// Weights of consecutive bins in one mel band.
     struct Band {
         std::size_t firstBin = 0;
         std::vector<float> weights;
@@ -39,7 +39,7 @@ private:
     std::vector<float> window_;
     std::vector<Band> bands_;
     RealFft fft_;
-    std::vector<float> samples_;  // of one transform, zeros behind the window
+    std::vector<float> samples_;  // input of the transform: the windowed frame, then zeros
     std::vector<float> real_;
     std::vector<float> imag_;
     std::vector<float> magnitudes_;

@@ -10,10 +10,10 @@ namespace sordin {
 
 namespace {
 
-/// Frames that are resampled at a time.
+/// Number of frames that are resampled at a time.
 constexpr std::size_t pieceFrames = 1024;
 
-/// What a resampler may hold back, seconds.
+/// Upper bound of the resampler's delay, seconds.
 constexpr double resamplerDelay = 0.01;
 
 }  // namespace
@@ -51,10 +51,10 @@ NetworkSoundTagger::Stream NetworkSoundTagger::begun(const AudioFormat& format) 
     constexpr double highestRate = 1e9;
     const double hop = std::floor(format.sampleRate * 0.5);
     if (format.channelCount == 0 || !(hop >= 1 && hop <= highestRate)) {
-        throw std::invalid_argument("no format that can be heard");
+        throw std::invalid_argument("unsupported audio format");
     }
-    // The detector's hops are whole numbers of frames; at an odd rate they are not quite half a second.
-    // Taking each for just that keeps the results in step with them.
+    // The detector's hops are whole numbers of frames, at an odd rate slightly less than 0.5 s. Counting each
+    // as exactly 0.5 s keeps the results in step with the hops.
     const auto longestGap = static_cast<std::int64_t>(analysis_.memorySeconds() * 2 * hop);
     const auto origin = stream_ ? std::nullopt : std::optional<std::int64_t>(0);
     return {format,      static_cast<std::int64_t>(hop), longestGap, Resampler(2 * hop, rate_), origin,
@@ -83,7 +83,7 @@ void NetworkSoundTagger::beginAt(std::int64_t framePosition) {
     const std::int64_t sinceHop = ((framePosition - *stream_->origin) % hop + hop) % hop;
     analysis_.begin(sinceHop * interval_ / hop);
     resampled_.clear();
-    stream_->resampler.finish(resampled_);  // and forget what it held back
+    stream_->resampler.finish(resampled_);  // discard its pending samples
     if (2 * hop != rate_) {
         const auto delay = static_cast<std::size_t>(resamplerDelay * rate_);
         resampled_.assign(delay, 0);

@@ -14,18 +14,17 @@
 
 namespace sordin {
 
-/// The project's own tagger: a small network over the last seconds. It works within analyze(), on the
-/// caller's thread, and always gives the same results for the same buffers.
+/// The project's own tagger: a small neural network over the last seconds. Computes within analyze(), on the
+/// caller's thread. The same buffers always give the same results.
 ///
-/// Like the detector, it hears channel 0 and has a result for the end of every hop of half a second, at the
-/// latest when the buffer is analysed that ends the hop. The hops of the first stream are counted from
-/// position 0; those of a stream that is prepared later from where countHopsFrom() says, else from its first
-/// buffer. At other rates than the model's own it hears 10 ms late, which is the time that the resampler
-/// needs.
+/// Analyzes channel 0, like the detector, and has one result for the end of each hop of 0.5 s. analyze() of
+/// the buffer that completes the hop delivers it. The hops of the first stream are counted from position 0;
+/// those of a later stream from countHopsFrom(), or from its first buffer if that is not called. At rates
+/// other than the model's, the input is 10 ms late because of the resampler.
 ///
-/// Silence that was left out is put back while it is shorter than what a result looks back on; with it come
-/// the results that fell into it. After a longer one, and where positions go back, the tagger begins anew: it
-/// has no results until it has heard one second, and takes what was before for silence.
+/// If skipped silence is shorter than the time that a result looks back on, the tagger inserts the silence
+/// and delivers the results within it. After a longer gap, or if positions go back, it restarts: the first
+/// result comes after one second of audio, and the time before counts as silence.
 class NetworkSoundTagger final : public SoundTagger {
 public:
     explicit NetworkSoundTagger(const SoundModel& model);
@@ -39,14 +38,14 @@ public:
     void analyze(const PcmBuffer& buffer, std::int64_t framePosition) override;
 
 private:
-    /// A stream of one format. All but the rate counts in its frames.
+    /// A stream of one format. Positions and lengths are in its frames.
     struct Stream {
         AudioFormat format;
-        std::int64_t hop;  // half a second
+        std::int64_t hop;  // 0.5 s, rounded down
         std::int64_t longestGap;
         Resampler resampler;
-        std::optional<std::int64_t> origin;  // where the hops are counted from
-        std::optional<std::int64_t> end;     // of what was heard
+        std::optional<std::int64_t> origin;  // position at which a hop begins
+        std::optional<std::int64_t> end;     // of the audio analyzed so far
     };
 
     [[nodiscard]] Stream begun(const AudioFormat& format) const;
@@ -56,7 +55,7 @@ private:
     void announce(std::span<const double> confidences);
 
     const std::uint32_t rate_;
-    const std::uint32_t interval_;  // samples of the model from result to result
+    const std::uint32_t interval_;  // samples at the model's rate from one result to the next
     LabelHandler onLabels_;
     std::vector<SoundLabel> labels_;
     SlidingAnalysis analysis_;

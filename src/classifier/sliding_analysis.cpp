@@ -28,7 +28,7 @@ double SlidingAnalysis::memorySeconds() const {
 void SlidingAnalysis::begin(std::int64_t sinceResult) {
     position_ = sinceResult;
     firstResult_ = sinceResult + settings_.rate;
-    // A frame ends at every multiple of the hop, so the last one of a patch at the instant of the result.
+    // Frames end at multiples of the hop, so the last frame of a patch ends at the instant of the result.
     const auto missing = settings_.hop - static_cast<std::size_t>(sinceResult % settings_.hop);
     filled_ = window_.size() - missing;
     std::fill(window_.begin(), window_.end(), 0.0F);

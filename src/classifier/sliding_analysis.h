@@ -12,24 +12,24 @@
 
 namespace sordin {
 
-/// A sound model moved along a stream of samples at its own rate, half a second from result to result. Each
-/// frame is computed once and serves all results that look back on it. Allocates nothing once it is made.
+/// Applies a sound model to a stream of samples at the model's rate, with a result every 0.5 s. Computes each
+/// frame once for all results that use it. Allocates only in the constructor. Not thread-safe.
 class SlidingAnalysis {
 public:
-    /// Takes the confidences of one result, in the order of the model's labels.
+    /// Receives the confidences of one result, 0 to 1, in the order of the model's labels.
     using ResultHandler = std::function<void(std::span<const double>)>;
 
     SlidingAnalysis(const SoundModel& model, ResultHandler onResult);
 
-    /// Forgets all samples and embeddings and begins `sinceResult` samples after an instant for a result, in
-    /// silence.
+    /// Restarts with silence as the past. `sinceResult` is the number of samples from the last instant of a
+    /// result to the next sample, less than 0.5 s.
     void begin(std::int64_t sinceResult);
 
-    /// Takes the next samples. The handler is called at each instant for a result, the first time once a
-    /// second has been heard.
+    /// Takes the next samples. Calls the handler at each instant of a result, at the earliest one second
+    /// after the start.
     void hear(std::span<const float> samples);
 
-    /// How far back a result can look, seconds.
+    /// Length of the audio that a result can depend on, seconds.
     [[nodiscard]] double memorySeconds() const;
 
 private:
@@ -40,12 +40,12 @@ private:
     const ResultHandler onResult_;
     MelFrontEnd frontEnd_;
     SoundNetwork network_;
-    std::int64_t position_ = 0;     // samples since an instant for a result
-    std::int64_t firstResult_ = 0;  // the position from which on there are results
-    std::vector<float> window_;     // the frame that is being filled
-    std::size_t filled_ = 0;        // samples of it
+    std::int64_t position_ = 0;  // in samples; multiples of the result interval are the instants of results
+    std::int64_t firstResult_ = 0;  // no results before this position
+    std::vector<float> window_;     // the current frame
+    std::size_t filled_ = 0;        // number of valid samples in window_
     std::vector<float> frames_;     // ring of the latest frames
-    std::size_t oldest_ = 0;        // where in the ring the oldest begins
+    std::size_t oldest_ = 0;        // index of the oldest frame's first value
     std::vector<float> patch_;
     std::vector<float> memory_;  // the latest embeddings, oldest first
     std::vector<double> confidences_;

@@ -11,7 +11,8 @@ namespace {
 
 constexpr WeightsFormat soundModelFormat{"SORDINSM", 1, SoundModelLimits::payloadBytes, "sound model"};
 
-/// Reads the payload part by part and keeps account of what the model will cost.
+/// Reads the payload and adds up the memory and the computation that the model needs. Checks both before it
+/// allocates.
 class ModelReader {
 public:
     explicit ModelReader(std::span<const std::byte> payload) : reader_(payload) {}
@@ -33,7 +34,7 @@ public:
         model.memory = reader_.size(mostMemory, "the number of embeddings is out of range");
         denseLayers(model);
         labels(model);
-        require(reader_.atEnd(), "something follows the model");
+        require(reader_.atEnd(), "unexpected data after the model");
         return model;
     }
 
@@ -47,38 +48,39 @@ private:
     static constexpr std::uint32_t mostValues = 65'536;
 
     void addPlane(std::uint64_t channels, PlaneSize plane) {
-        // As the network lays them out: with a margin, channels in whole blocks.
+        // SoundNetwork's layout: with a border, channels padded to whole blocks.
         planeValues_ += (channels + 7) * (plane.times + 2) * (plane.frequencies + 2);
-        require(planeValues_ <= SoundModelLimits::planeValues, "it needs too much memory");
+        require(planeValues_ <= SoundModelLimits::planeValues, "the model needs too much memory");
     }
 
     void addWork(double multiplicationsPerSecond) {
         work_ += multiplicationsPerSecond;
-        require(work_ <= static_cast<double>(SoundModelLimits::workPerSecond), "it needs too much time");
+        require(work_ <= static_cast<double>(SoundModelLimits::workPerSecond),
+                "the model needs too much time");
     }
 
     [[nodiscard]] SoundModel::FrontEnd frontEnd() {
-        constexpr auto lengths = "its window, hop and transform do not fit together";
-        constexpr auto bands = "its bands are out of range";
+        constexpr auto lengths = "the window, hop and transform do not fit together";
+        constexpr auto bands = "the bands are out of range";
         SoundModel::FrontEnd result;
-        result.rate = reader_.size(96'000, "its sample rate is out of range");
-        require(result.rate >= 4'000 && result.rate % 2 == 0, "its sample rate is out of range");
+        result.rate = reader_.size(96'000, "the sample rate is out of range");
+        require(result.rate >= 4'000 && result.rate % 2 == 0, "the sample rate is out of range");
         result.window = reader_.size(8'192, lengths);
         result.hop = reader_.size(result.window, lengths);
         result.transform = reader_.size(8'192, lengths);
         require(result.window <= result.transform && result.transform % 2 == 0, lengths);
-        require(resultInterval(result) % result.hop == 0, "half a second is no whole number of its hops");
+        require(resultInterval(result) % result.hop == 0, "half a second is not a whole number of hops");
         result.mels = reader_.size(256, bands);
         result.low = reader_.number(0, result.rate, bands);
         result.high = reader_.number(0, 0.5 * result.rate, bands);
         require(result.low < result.high, bands);
-        result.floor = reader_.number(1e-12, 1, "its floor is out of range");
-        result.range = reader_.number(0.01, 100, "its range is out of range");
-        result.scale = reader_.number(0.01, 100, "its scale is out of range");
-        result.frames = reader_.size(60 * result.rate / result.hop, "its patch is too long");
-        result.pool = reader_.size(result.frames, "its patch holds no whole pool of frames");
+        result.floor = reader_.number(1e-12, 1, "the floor is out of range");
+        result.range = reader_.number(0.01, 100, "the range is out of range");
+        result.scale = reader_.number(0.01, 100, "the scale is out of range");
+        result.frames = reader_.size(60 * result.rate / result.hop, "the patch is too long");
+        result.pool = reader_.size(result.frames, "the number of pooled frames is out of range");
         addPlane(1, {result.frames, result.mels});
-        // About what a transform takes.
+        // Estimated operations per second of the Fourier transforms.
         addWork(static_cast<double>(result.rate) / result.hop * result.transform * 20);
         return result;
     }
@@ -130,12 +132,12 @@ private:
 
     void labels(SoundModel& model) {
         const auto count = reader_.size(mostLabels, "the number of labels is out of range");
-        require(count == model.dense.back().out, "not one label for each output");
+        require(count == model.dense.back().out, "the number of labels differs from the number of outputs");
         for (std::uint32_t i = 0; i < count; ++i) {
             SoundModel::Label label;
             for (const std::byte byte : reader_.take(reader_.integer(1))) {
                 const char c = std::to_integer<char>(byte);
-                require(c >= ' ' && c <= '~', "a label is no printable ASCII");
+                require(c >= ' ' && c <= '~', "a label is not printable ASCII");
                 label.identifier.push_back(c);
             }
             require(!label.identifier.empty(), "a label is empty");

@@ -33,7 +33,7 @@ SoundNetwork::SoundNetwork(const SoundModel& model)
       labels_(model.labels),
       features_(model.embedding.in) {
     PlaneSize size = inputSize(model.frontEnd);
-    // The patch is one channel; filling up a block would multiply the work of the first layer.
+    // The patch has one channel. Padding it to a block would multiply the work of the first layer.
     planes_.emplace_back(size, model.convolutions.front().residual ? Plane::block : 1);
     for (const SoundModel::Convolution& layer : model.convolutions) {
         convolutions_.emplace_back(layer, planes_.back().placeStep());
@@ -71,7 +71,7 @@ void SoundNetwork::summarise(const Plane& plane) {
         for (std::size_t frequency = 0; frequency < frequencies; ++frequency) {
             for (std::size_t channel = 0; channel < channels_; ++channel) {
                 float sum = 0;
-                float largest = 0;  // nothing is below after a ReLU
+                float largest = 0;  // values are not negative after a ReLU
                 for (std::size_t time = begin; time < end; ++time) {
                     const float value = plane.at(time + 1, frequency + 1)[channel];
                     sum += value;
@@ -98,7 +98,7 @@ void SoundNetwork::confidences(std::span<const float> memory, std::span<double> 
         const double evidence = static_cast<double>(labels_[i].gain) * static_cast<double>(input[i]) +
                                 static_cast<double>(labels_[i].offset);
         const double confidence = 1 / (1 + std::exp(-evidence));
-        // Weights can be so large that sums overflow; what is not a number then is no evidence.
+        // Large weights can make the sums overflow to NaN, which counts as 0.
         confidences[i] = confidence > 0 ? confidence : 0;
     }
 }

@@ -26,7 +26,7 @@ void applyLayer(const SoundModel::Dense& layer, std::span<const float> input, st
 
 }  // namespace
 
-/// Scaled logarithms of magnitudes to gains.
+/// Computes the gains of a frame from the scaled logarithms of its magnitudes.
 class SpeechMask::Network {
 public:
     explicit Network(const SpeechMaskModel& model)
@@ -107,7 +107,7 @@ SpeechMask::SpeechMask(SpeechMaskModel model)
       imag_(model_.window / 2),
       logarithms_(model_.window / 2 + 1) {
     for (std::size_t n = 0; n < window_.size(); ++n) {
-        // The root of a periodic Hann window: shifted by half a window, its squares add up to 1.
+        // The squares of overlapping windows add up to 1.
         window_[n] = static_cast<float>(
             std::sin(std::numbers::pi * static_cast<double>(n) / static_cast<double>(window_.size())));
     }
@@ -142,7 +142,7 @@ void SpeechMask::completeFrame(std::vector<float>& cleaned) {
     std::transform(frame_.begin(), frame_.end(), window_.begin(), samples_.begin(), std::multiplies<>());
     fft_.forward(samples_, real_, imag_);
     const auto logarithm = [this](float real, float imag) {
-        const float magnitude = std::sqrt(real * real + imag * imag) / 2;  // the transform doubles
+        const float magnitude = std::sqrt(real * real + imag * imag) / 2;  // RealFft doubles the values
         return (naturalLogarithm(magnitude + model_.floor) + model_.shift) / model_.scale;
     };
     logarithms_[0] = logarithm(real_[0], 0);

@@ -16,15 +16,15 @@ public:
 
     [[nodiscard]] SpeechMaskModel read() {
         SpeechMaskModel mask;
-        mask.rate = reader_.size(96'000, "its sample rate is out of range");
-        require(mask.rate >= 4'000, "its sample rate is out of range");
-        mask.window = reader_.size(mostMaskValues, "its window is out of range");
-        require(mask.window >= 64 && mask.window % 2 == 0, "its window is out of range");
-        mask.floor = reader_.number(1e-12, 1, "its floor is out of range");
-        mask.shift = reader_.number(-100, 100, "its shift is out of range");
-        mask.scale = reader_.number(0.01, 100, "its scale is out of range");
-        mask.strength = reader_.number(0, 4, "its strength is out of range");
-        mask.least = reader_.number(0, 1, "its least gain is out of range");
+        mask.rate = reader_.size(96'000, "the sample rate is out of range");
+        require(mask.rate >= 4'000, "the sample rate is out of range");
+        mask.window = reader_.size(mostMaskValues, "the window is out of range");
+        require(mask.window >= 64 && mask.window % 2 == 0, "the window is out of range");
+        mask.floor = reader_.number(1e-12, 1, "the floor is out of range");
+        mask.shift = reader_.number(-100, 100, "the shift is out of range");
+        mask.scale = reader_.number(0.01, 100, "the scale is out of range");
+        mask.strength = reader_.number(0, 4, "the strength is out of range");
+        mask.least = reader_.number(0, 1, "the least gain is out of range");
         const std::uint32_t bins = mask.window / 2 + 1;
         mask.front = dense(bins);
         mask.first = recurrent(mask.front.out);
@@ -32,8 +32,8 @@ public:
         mask.second = recurrent(units);
         require(mask.second.recurrent.in == units, fit);
         mask.gains = dense(units);
-        require(mask.gains.out == bins, "not one gain for each bin");
-        require(reader_.atEnd(), "something follows the mask");
+        require(mask.gains.out == bins, "the number of gains differs from the number of bins");
+        require(reader_.atEnd(), "unexpected data after the mask");
         return mask;
     }
 

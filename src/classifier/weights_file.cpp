@@ -34,12 +34,12 @@ std::uint32_t crc32(std::span<const std::byte> bytes) {
     return ~crc;
 }
 
-/// An IEEE binary16 as a float, which can hold every one of them.
+/// Converts an IEEE binary16 to a float. The conversion is exact.
 float fromHalf(std::uint32_t half) {
     const std::uint32_t exponent = (half >> 10U) & 0x1FU;
     const std::uint32_t fraction = half & 0x3FFU;
     require(exponent != 0x1FU, "a weight is not finite");
-    // Below the normal numbers the fraction counts steps of 2^-24.
+    // The fraction of a subnormal number is in units of 2^-24.
     const float magnitude = exponent == 0
                                 ? static_cast<float>(fraction) * 0x1p-24F
                                 : std::bit_cast<float>(((exponent + 112U) << 23U) | (fraction << 13U));
@@ -49,7 +49,7 @@ float fromHalf(std::uint32_t half) {
 }  // namespace
 
 std::span<const std::byte> WeightsReader::take(std::uint64_t count) {
-    require(count <= bytes_.size(), "it ends too early");
+    require(count <= bytes_.size(), "the file ends too early");
     const auto taken = bytes_.first(static_cast<std::size_t>(count));
     bytes_ = bytes_.subspan(static_cast<std::size_t>(count));
     return taken;
@@ -100,17 +100,17 @@ std::vector<float> WeightsReader::numbers(std::uint64_t count) {
 std::span<const std::byte> weightsPayload(std::span<const std::byte> bytes, const WeightsFormat& format) {
     const auto known = std::as_bytes(std::span(format.magic));
     if (bytes.size() < headerBytes || !std::equal(known.begin(), known.end(), bytes.begin())) {
-        throw WeightsRefusal("no " + std::string(format.content));
+        throw WeightsRefusal("not a " + std::string(format.content));
     }
     WeightsReader header(bytes.subspan(known.size()));
     if (header.integer() != format.version) {
-        throw WeightsRefusal("a " + std::string(format.content) + " of another version");
+        throw WeightsRefusal("unsupported version of a " + std::string(format.content));
     }
     const std::uint32_t size = header.integer();
     const std::uint32_t checksum = header.integer();
-    require(size <= format.payloadBytes, "it is too large");
-    require(header.rest().size() == size, "it has not the size that it says");
-    require(crc32(header.rest()) == checksum, "it is damaged (the checksum differs)");
+    require(size <= format.payloadBytes, "the file is too large");
+    require(header.rest().size() == size, "the size of the file differs from its header");
+    require(crc32(header.rest()) == checksum, "the file is damaged (wrong checksum)");
     return header.rest();
 }
 
@@ -120,17 +120,17 @@ std::vector<std::byte> weightsFileBytes(const std::filesystem::path& path, const
     if (error) {
         throw WeightsRefusal(error.message());
     }
-    // Anything but a regular file could keep the reader waiting for ever.
+    // Reading from a pipe or a device could block forever.
     require(std::filesystem::is_regular_file(status), "not a regular file");
     const auto size = std::filesystem::file_size(path, error);
     if (error) {
         throw WeightsRefusal(error.message());
     }
-    require(size <= headerBytes + format.payloadBytes, "it is too large");
+    require(size <= headerBytes + format.payloadBytes, "the file is too large");
     std::vector<std::byte> bytes(static_cast<std::size_t>(size));
     std::ifstream input(path, std::ios::binary);
     require(!!input.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(size)),
-            "it cannot be read");
+            "cannot read the file");
     return bytes;
 }
 

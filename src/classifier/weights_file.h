@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What all files of trained weights have in common. All numbers are little-endian.
+// The common format of all files of trained weights. All numbers are little-endian.
 //
 //   8 bytes of magic, u32 version, u32 bytes of payload, u32 CRC-32 of the payload, payload
 #pragma once
@@ -14,46 +14,47 @@
 
 namespace sordin {
 
-/// Why a file of weights is refused, as one line without the name of the file.
+/// A file of weights is invalid. The message is one line with the reason, without the name of the file.
 class WeightsRefusal : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Throws WeightsRefusal unless `condition` holds.
+/// Throws WeightsRefusal with the message `otherwise` unless `condition` holds.
 inline void require(bool condition, const char* otherwise) {
     if (!condition) {
         throw WeightsRefusal(otherwise);
     }
 }
 
-/// One kind of such files.
+/// A kind of weights file.
 struct WeightsFormat {
     std::string_view magic;  ///< 8 characters
     std::uint32_t version;
-    std::size_t payloadBytes;  ///< the most
-    std::string_view content;  ///< what refusals call it
+    std::size_t payloadBytes;  ///< maximum size
+    std::string_view content;  ///< name for messages, such as "sound model"
 };
 
-/// Takes one value after the other from a payload. All operations throw WeightsRefusal where it ends too
-/// early.
+/// Reads consecutive values from a payload. All functions throw WeightsRefusal if the payload ends too early.
 class WeightsReader {
 public:
     explicit WeightsReader(std::span<const std::byte> bytes) : bytes_(bytes) {}
 
+    /// The next `count` bytes.
     [[nodiscard]] std::span<const std::byte> take(std::uint64_t count);
 
-    /// A whole number of so many bytes, 4 at most.
+    /// An unsigned integer of `size` bytes, at most 4.
     [[nodiscard]] std::uint32_t integer(std::size_t size = sizeof(std::uint32_t));
 
-    /// A size, from 1 to `most`.
+    /// A 32-bit integer from 1 to `most`. Throws WeightsRefusal with the message `otherwise` outside these
+    /// limits.
     [[nodiscard]] std::uint32_t size(std::uint32_t most, const char* otherwise);
 
-    /// A finite float; with limits, one within them.
+    /// A finite float, within the limits if given. Throws WeightsRefusal otherwise.
     [[nodiscard]] float number();
     [[nodiscard]] float number(double least, double most, const char* otherwise);
 
-    /// `count` finite values in half precision (IEEE binary16), or as floats.
+    /// `count` finite values, stored in half precision (IEEE binary16) or as floats.
     [[nodiscard]] std::vector<float> halves(std::uint64_t count);
     [[nodiscard]] std::vector<float> numbers(std::uint64_t count);
 
@@ -64,12 +65,12 @@ private:
     std::span<const std::byte> bytes_;
 };
 
-/// The payload of a file's bytes. Refuses another magic, version, size or checksum.
+/// The payload in the bytes of a file. Throws WeightsRefusal for a wrong magic, version, size or checksum.
 [[nodiscard]] std::span<const std::byte> weightsPayload(std::span<const std::byte> bytes,
                                                         const WeightsFormat& format);
 
-/// The bytes of a file. Refuses what is not a regular file, cannot be read or is longer than the format
-/// allows.
+/// Reads a file. Throws WeightsRefusal if it is not a regular file, cannot be read or is larger than the
+/// format allows.
 [[nodiscard]] std::vector<std::byte> weightsFileBytes(const std::filesystem::path& path,
                                                       const WeightsFormat& format);
 

@@ -15,8 +15,8 @@ std::optional<AdSegmenter::Event> AdSegmenter::update(float confidence, float th
                  : updateOutside(confidence, threshold, contributions);
 }
 
-// The comparisons ask whether the confidence reaches a level, never whether it misses it: a threshold that is
-// not a number then keeps the volume up instead of down.
+// Comparisons test whether the confidence reaches a level. A NaN threshold or confidence fails them, which
+// starts no ad, ends an ad in progress and so brings the volume up.
 
 std::optional<AdSegmenter::Event> AdSegmenter::updateOutside(float confidence, float threshold,
                                                              const Contributions& contributions) {
@@ -71,7 +71,7 @@ std::vector<std::string> AdSegmenter::reasons(const Contributions& contributions
     std::array<Contribution, Contributions::capacity> strong;
     const auto end = std::copy_if(contributions.begin(), contributions.end(), strong.begin(),
                                   [](const Contribution& entry) { return entry.value > leastShare; });
-    // Stable, so that equal shares keep the order of the scorer's weights.
+    // A stable sort keeps equal shares in the order of the scorer's weights.
     std::stable_sort(strong.begin(), end,
                      [](const Contribution& a, const Contribution& b) { return a.value > b.value; });
     std::vector<std::string> names;

@@ -12,8 +12,8 @@
 
 namespace sordin {
 
-/// Turns the confidence of each hop into ads, with hysteresis: it takes two or three hops at or above the
-/// threshold to enter an ad, and a hold time clearly below it, or an implausible length, to leave.
+/// Derives ads from the confidence of each hop, with hysteresis: an ad starts after a run of hops at or above
+/// the threshold, and ends after a hold time clearly below the threshold or at the maximum length of 240 s.
 class AdSegmenter {
 public:
     struct Started {};
@@ -22,20 +22,20 @@ public:
     };
     using Event = std::variant<Started, Ended>;
 
-    /// From the next step on; an ad in progress goes on under the new rules.
+    /// Sets the rules from the next hop on, also for an ad in progress.
     void setRules(const DetectorRules& rules) { rules_ = rules; }
 
-    /// One step, for `hop` seconds of audio. Returns what happened on it, if anything. A threshold or a
-    /// confidence that is not a number counts as too low.
+    /// Processes one hop of `hop` seconds. Returns an event if an ad starts or ends on it. A NaN threshold or
+    /// confidence counts as too low.
     [[nodiscard]] std::optional<Event> update(float confidence, float threshold, double hop,
                                               const Contributions& contributions);
 
-    /// Leaves the ad at once, whatever the confidence. Call only while inAd().
+    /// Ends the ad immediately. Call only while inAd().
     [[nodiscard]] AdSummary forceEnd();
 
     [[nodiscard]] bool inAd() const { return inAd_; }
 
-    /// Length in seconds of the current or the last ad, as far as its hops were seen.
+    /// Total length of the hops of the current or the last ad, seconds.
     [[nodiscard]] double elapsed() const { return elapsed_; }
 
 private:
@@ -44,18 +44,18 @@ private:
     [[nodiscard]] std::optional<Event> updateInside(float confidence, float threshold, double hop,
                                                     const Contributions& contributions);
     void setPeak(float confidence, const Contributions& contributions);
-    /// Names of the strongest shares above 0.15, at most three, strongest first.
+    /// Names of the signals with a share above 0.15, strongest first, at most three.
     [[nodiscard]] static std::vector<std::string> reasons(const Contributions& contributions);
 
-    static constexpr double maxAdSeconds = 240;  // longest ad: the volume must come back
+    static constexpr double maxAdSeconds = 240;  // restores the volume even if the confidence stays high
 
     DetectorRules rules_;
     bool inAd_ = false;
-    std::int64_t above_ = 0;  // consecutive hops at or above the threshold while outside
-    double belowTime_ = 0;    // seconds of low confidence so far while inside
+    std::int64_t above_ = 0;  // consecutive hops at or above the threshold outside an ad
+    double belowTime_ = 0;    // seconds of continuously low confidence inside an ad
     double elapsed_ = 0;
     float peak_ = 0;
-    Contributions peakContributions_;  // those at the peak; the reasons are made of them when the ad ends
+    Contributions peakContributions_;  // contributions at the peak; source of the reasons
 };
 
 }  // namespace sordin

@@ -12,7 +12,7 @@ namespace sordin {
 template <std::size_t capacity>
 class BandRing {
 public:
-    /// Adds the newest vector; the oldest makes room for it when the ring is full.
+    /// Adds the newest vector. Replaces the oldest if the ring is full.
     void push(const Bands& bands) {
         vectors_[(first_ + size_) % capacity] = bands;
         if (full()) {
@@ -27,7 +27,7 @@ public:
     [[nodiscard]] std::size_t size() const { return size_; }
     [[nodiscard]] bool full() const { return size_ == capacity; }
 
-    /// The vector at `index` below size(), 0 the oldest.
+    /// The vector at `index`, which must be less than size(). Index 0 is the oldest.
     [[nodiscard]] const Bands& operator[](std::size_t index) const {
         return vectors_[(first_ + index) % capacity];
     }

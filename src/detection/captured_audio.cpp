@@ -13,7 +13,7 @@ namespace {
 constexpr double lowestRate = 1'000;
 constexpr double highestRate = 768'000;
 
-/// Calls `convert` with a sample of the stream's type; false for a type that cannot be read.
+/// Calls `convert` with a value of the C++ type of `type`. Returns false for an unsupported type.
 template <class Convert>
 bool withSampleOf(SampleType type, Convert&& convert) {
     switch (type) {
@@ -44,7 +44,7 @@ float toFloat(float sample) {
     return sample;
 }
 
-/// All samples of `frames` frames, channel by channel; empty when the bytes do not hold that many.
+/// The samples of `frames` frames, channel by channel; empty if there are too few bytes.
 template <class Sample>
 std::vector<float> convert(const StreamDescription& description, std::size_t frames,
                            const std::vector<std::byte>& bytes) {
@@ -59,7 +59,7 @@ std::vector<float> convert(const StreamDescription& description, std::size_t fra
     for (std::size_t channel = 0; channel < channels; ++channel) {
         for (std::size_t frame = 0; frame < frames; ++frame) {
             Sample sample;
-            // The bytes need not be aligned for the sample's type.
+            // The bytes may not be aligned for the sample type.
             std::memcpy(&sample, &bytes[(frame * frameStride + channel * channelStride) * sizeof(Sample)],
                         sizeof(Sample));
             samples.push_back(toFloat(sample));
@@ -80,7 +80,7 @@ std::optional<PcmBuffer> pcmBuffer(const CapturedAudio& audio) {
         return std::nullopt;
     }
     if (audio.frameCount < 0 || audio.frameCount > std::numeric_limits<std::uint32_t>::max()) {
-        fatal("captured audio claims an impossible number of frames");
+        fatal("captured audio has an invalid number of frames");
     }
     std::vector<float> samples;
     const auto read = [&](auto sample) {

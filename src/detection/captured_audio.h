@@ -14,10 +14,10 @@ enum class SampleType {
     int16,
     int32,
     float32,
-    other,  ///< anything the detector cannot read
+    other,  ///< not supported
 };
 
-/// How the bytes of a CapturedAudio are to be read. Samples are in the machine's own byte order.
+/// Layout of the bytes of a CapturedAudio. Samples are in native byte order.
 struct StreamDescription {
     double sampleRate = 0;  ///< Hz
     std::uint32_t channelCount = 0;
@@ -25,17 +25,17 @@ struct StreamDescription {
     bool interleaved = true;  ///< frame by frame; otherwise channel by channel
 };
 
-/// Audio as a capture delivers it, unchecked.
+/// Captured audio, not yet validated.
 struct CapturedAudio {
     std::optional<StreamDescription> description;
     std::int64_t frameCount = 0;  ///< 0 to 2^32 - 1
     std::vector<std::byte> bytes;
 };
 
-/// The audio as the detector takes it, integers scaled to full scale 1. Nothing when it cannot be read: no
-/// description, no channels, a sample type it does not know, a rate that is not finite or outside 1 to 768
-/// kHz, no frames, or fewer bytes than the frames need. Bytes beyond the frames are left alone. A frame count
-/// outside its range is a mistake of the program and ends it.
+/// Converts captured audio to the detector's format, integers scaled to full scale 1. Returns nothing if the
+/// description is missing, the sample type is not supported, the sample rate is not within 1 to 768 kHz,
+/// there are no channels or no frames, or there are fewer bytes than the frames need. Ignores excess bytes. A
+/// frame count outside its range is a programming error and ends the process.
 [[nodiscard]] std::optional<PcmBuffer> pcmBuffer(const CapturedAudio& audio);
 
 }  // namespace sordin

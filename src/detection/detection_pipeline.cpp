@@ -13,7 +13,7 @@ namespace sordin {
 
 namespace {
 
-constexpr float silenceFloor = 0.0001F;  // root mean square, -80 dB
+constexpr float silenceFloor = 0.0001F;  // root mean square, -80 dB full scale
 
 }  // namespace
 
@@ -119,7 +119,7 @@ void DetectionPipeline::ingest(const PcmBuffer& buffer) {
 void DetectionPipeline::prepare(const AudioFormat& format) {
     preparedFormat_ = format;
     hop_.setSampleRate(format.sampleRate);
-    // A classifier that cannot take the format answers nothing; the other signals go on.
+    // Detection goes on without scores if the classifier does not support the format.
     static_cast<void>(parts_.classifier->prepare(format));
     parts_.classifier->countHopsFrom(framesSeen_ - static_cast<std::int64_t>(hop_.waiting()));
 }
@@ -132,7 +132,7 @@ void DetectionPipeline::feed(const PcmBuffer& buffer) {
 }
 
 void DetectionPipeline::processHop(std::span<const float> samples) {
-    // The length that the segmenter counts in, also for a hop that a change of rate made longer or shorter.
+    // The segmenter always counts 0.5 s, even for a hop that a change of rate made longer or shorter.
     constexpr double hopSeconds = 0.5;
     const auto [threshold, transcriptionEnabled, rules] = configuration();
     sessions_.setRules(rules);

@@ -22,16 +22,16 @@
 
 namespace sordin {
 
-/// Turns the stream of captured audio into ads: cuts it into hops of half a second, gathers the evidence of
-/// each, has it scored and segmented, and reports through callbacks. Also decides when speech is transcribed.
+/// Detects ads in the stream of captured audio: cuts it into hops of 0.5 s, scores the evidence of each hop,
+/// derives where ads start and end, and reports through callbacks. Also decides when speech is transcribed.
 ///
-/// All work happens on one serial queue. Always held by shared pointers: work on the queue knows the pipeline
-/// weakly, so that it may go away at any time.
+/// All work runs on one serial queue. Hold the pipeline by a shared pointer: posted work refers to it weakly
+/// and does nothing after its destruction.
 class DetectionPipeline : public std::enable_shared_from_this<DetectionPipeline> {
 public:
-    /// Everything the pipeline works with; none may be null.
+    /// The pipeline's collaborators; none may be null.
     struct Parts {
-        std::shared_ptr<SerialQueue> queue;  ///< labelled "sordin.audio"
+        std::shared_ptr<SerialQueue> queue;  ///< labeled "sordin.audio"
         std::shared_ptr<const Clock> clock;
         std::shared_ptr<SoundClassifying> classifier;
         std::shared_ptr<SpeechTranscribing> transcriber;
@@ -39,10 +39,10 @@ public:
         std::shared_ptr<AdScoring> scorer;
     };
 
-    /// All there is to know about one hop.
+    /// Complete record of one hop.
     struct HopObservation {
-        std::int64_t index;                     ///< hops processed before it
-        std::optional<FrameFeatures> features;  ///< none on a silent hop
+        std::int64_t index;                     ///< number of hops before it
+        std::optional<FrameFeatures> features;  ///< empty on a silent hop
         DetectionSignals signals;
         AdVerdict verdict;
         float threshold;
@@ -53,41 +53,43 @@ public:
 
     explicit DetectionPipeline(Parts parts);
 
-    /// Callbacks, set before audio flows, called on the queue, which they must not hold up. Each may stay
-    /// empty. A tick comes on every second hop and on those on which an ad starts or ends, after the call
-    /// that says so.
+    /// Callbacks. Set them before audio flows; each may stay empty. They run on the queue and must not block
+    /// it. A tick is sent on every second hop, and on each hop on which an ad starts or ends, after that
+    /// callback.
     std::function<void(const PipelineTick&)> onTick;
     std::function<void()> onAdStart;
     std::function<void(const AdSummary&)> onAdEnd;
-    /// For tools: called at the end of each hop.
+    /// For tools: called after every hop.
     std::function<void(const HopObservation&)> onHop;
 
     [[nodiscard]] SerialQueue& queue() const { return *parts_.queue; }
 
-    /// Sets the confidence that makes an ad (0 to 1; nothing starts above 1), the user's switch for
-    /// transcription and the rules, all from the next hop on; an ad in progress goes on under them. Initially
-    /// 0.575, on and the standard rules. Any thread.
+    /// Sets the detection threshold (a confidence, 0 to 1; above 1 no ad starts), the user's transcription
+    /// switch and the rules. They apply from the next hop on, also to an ad in progress. The initial values
+    /// are 0.575, true and the standard rules. Callable from any thread.
     void configure(float threshold, bool transcriptionEnabled, const DetectorRules& rules = standardRules());
 
-    /// Takes the next stretch of the stream (of captured audio: see pcmBuffer in captured_audio.h) and
-    /// processes every hop that it completes. Only channel 0 is cut into hops; classifier and transcriber get
-    /// the whole buffer unless it is silent. A buffer without frames or channels does not count as audio. On
-    /// the queue only. The hops do not depend on how the stream is cut.
+    /// Takes the next buffer of the stream and processes every hop that it completes. pcmBuffer() in
+    /// captured_audio.h makes buffers of captured audio. Only channel 0 is cut into hops; the classifier and
+    /// the transcriber get the whole buffer unless it is silent. Ignores a buffer without frames or channels,
+    /// also for the watchdog. The division of the stream into buffers does not affect the hops. Call on the
+    /// queue only.
     void ingest(const PcmBuffer& buffer);
 
-    /// Ends an ad in progress and returns to a clean listening state; learned ads and the time of the last
-    /// one stay. Happens on the queue, later. Any thread.
+    /// Ends an ad in progress and resets the pipeline for a later start of the capture. Keeps the learned
+    /// fingerprints and the time of the last ad. Asynchronous; callable from any thread.
     void stop();
 
-    /// Ends an ad whose audio has not arrived for more than 3 s; call about once a second. Happens on the
-    /// queue, later. Any thread.
+    /// Ends an ad in progress if no audio has arrived for more than 3 s. Call it about once a second.
+    /// Asynchronous; callable from any thread.
     void watchdog();
 
-    /// Forgets all learned ads. Happens on the queue, later. Any thread.
+    /// Forgets all learned fingerprints. Asynchronous; callable from any thread.
     void forgetLearnedAds();
 
-    /// The ad in progress, or the last one if there is none, was no ad: forgets the fingerprints that have
-    /// been learned since it began, and learns no more of it. Happens on the queue, later. Any thread.
+    /// Treats the ad in progress, or the last one if none is in progress, as a false detection: forgets the
+    /// fingerprints learned since it began and learns no more from it. Asynchronous; callable from any
+    /// thread.
     void disownAd();
 
 private:
@@ -97,7 +99,7 @@ private:
         DetectorRules rules;
     };
 
-    /// Posts `action` for as long as the pipeline lives.
+    /// Posts a call of `action` that does nothing if the pipeline has been destroyed.
     void post(void (DetectionPipeline::*action)());
     void stopNow();
     void checkIngest();
@@ -108,10 +110,13 @@ private:
     void feed(const PcmBuffer& buffer);
     [[nodiscard]] Configuration configuration();
     void processHop(std::span<const float> samples);
-    /// Gathers the evidence of a hop that is not silent.
+    /// Collects the evidence of a hop that is not silent. Advances the state of the detectors, so call it
+    /// exactly once per hop.
     [[nodiscard]] DetectionSignals gather(const FrameFeatures& features, bool transcriptionEnabled,
                                           double now);
+    /// Strength of a context change. Stores both arguments for the next hops.
     [[nodiscard]] float boundary(const SoundClassification& current, const Bands& bands);
+    /// Rise above the running average level, dB. Then updates the average.
     [[nodiscard]] float loudnessRise(float db);
     void learnFromAd();
     void announce(const AdSegmenter::Event& event, double now);
@@ -136,9 +141,9 @@ private:
     SoundClassification prevClass_;  // of the last hop that was not silent
     float lastConfidence_ = 0;
     std::optional<double> lastAdEnd_;
-    std::int64_t adHops_ = 0;      // hops inside the current ad that were not silent
-    std::size_t learnedInAd_ = 0;  // fingerprints of the current or last ad
-    bool adDisowned_ = false;      // the same ad was none
+    std::int64_t adHops_ = 0;      // hops of the current ad that were not silent
+    std::size_t learnedInAd_ = 0;  // fingerprints learned from the current or last ad
+    bool adDisowned_ = false;      // the current or last ad was a false detection
 };
 
 }  // namespace sordin

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The plain values that travel through the detector. Confidences, strengths, scores and shares are 0 to 1,
-// levels decibels, times seconds of the pipeline's clock.
+// Value types of the detector. Confidences, strengths, scores and shares are 0 to 1, levels are in decibels,
+// times are in seconds of the pipeline's clock.
 #pragma once
 
 #include <array>
@@ -12,7 +12,7 @@
 
 namespace sordin {
 
-/// How many octave bands describe a hop.
+/// Number of octave bands that describe a hop.
 inline constexpr std::size_t bandCount = 8;
 
 /// Band energies in dB (10 log10), lowest band first.
@@ -20,18 +20,18 @@ using Bands = std::array<float, bandCount>;
 
 /// One named share of the ad evidence.
 struct Contribution {
-    std::string_view
-        name;         ///< one of the scorer's signal names, a constant that lives as long as the program
+    /// One of the scorer's signal names, a string constant with static storage duration.
+    std::string_view name;
     float value = 0;  ///< the signal's weight times its strength
 };
 
 /// The shares of one hop in the order of the scorer's weights; empty on a silent hop. Holds up to `capacity`
-/// entries in place, because one is made on every hop.
+/// entries without heap allocation, because the scorer makes one on every hop.
 class Contributions {
 public:
     static constexpr std::size_t capacity = 6;
 
-    /// Adds an entry; past the capacity it is dropped.
+    /// Appends an entry. Drops it if there are `capacity` entries already.
     void append(Contribution contribution) {
         if (size_ < capacity) {
             entries_[size_++] = contribution;
@@ -49,49 +49,50 @@ private:
     std::size_t size_ = 0;
 };
 
-/// The sound classifier's latest scores; all 0 before its first result and after a stop.
+/// The latest scores of the sound classifier. All are 0 before its first result and after a stop.
 struct SoundClassification {
     float music = 0;
     float speech = 0;
     float jingle = 0;  ///< a jingle or another sound typical of advertising
 };
 
-/// What one hop sounds like.
+/// Spectral features of one hop.
 struct FrameFeatures {
-    float db = 0;  ///< level of the whole hop, dB full scale
+    float db = 0;  ///< root mean square level of the whole hop, dB relative to full scale
     Bands bands{};
 };
 
-/// The evidence of one hop, input of the scorer. A silent hop carries zeros and false, but for the last two.
+/// The evidence of one hop, input of the scorer. On a silent hop, all fields except the last two are 0 or
+/// false.
 struct DetectionSignals {
     float music = 0;
     float speech = 0;
     float jingle = 0;
-    float boundary = 0;          ///< how much the sound changed its character
-    float repetition = 0;        ///< likeness of the recent sound to a learned ad
-    float loudnessRise = 0;      ///< dB above the running average level, any sign; 0 without an average
-    float keyword = 0;           ///< advertising phrases in recent transcripts
-    bool keywordActive = false;  ///< transcription is on and usable, so `keyword` means something
-    std::optional<double> sinceLastAd =
-        std::nullopt;  ///< seconds since the last ad ended; none before the first end
+    float boundary = 0;      ///< strength of a change in the character of the sound
+    float repetition = 0;    ///< similarity of the recent hops to a learned ad
+    float loudnessRise = 0;  ///< dB above the running average level, may be negative; 0 without an average
+    float keyword = 0;       ///< advertising phrases in recent transcripts
+    bool keywordActive = false;  ///< transcription is enabled and available, so `keyword` is meaningful
+    /// Seconds since the last ad ended; empty until a first ad has ended.
+    std::optional<double> sinceLastAd = std::nullopt;
     bool silent = false;
 };
 
-/// The scorer's answer for one hop.
+/// The scorer's result for one hop.
 struct AdVerdict {
     float raw = 0;         ///< this hop's combined evidence; 0 on a silent hop
-    float confidence = 0;  ///< smoothed over time
+    float confidence = 0;  ///< `raw` smoothed over time
     Contributions contributions;
 };
 
-/// What is known of an ad when it ends.
+/// Summary of an ad that has ended.
 struct AdSummary {
     float peakConfidence = 0;
-    std::vector<std::string>
-        reasons;  ///< signal names at the moment of the peak, strongest first, at most three
+    /// Names of the strongest signals at the peak, strongest first; at most three, possibly none.
+    std::vector<std::string> reasons;
 };
 
-/// The report on one hop for whoever shows it.
+/// Report on one hop for the user interface.
 struct PipelineTick {
     float confidence = 0;
     float threshold = 0;
@@ -100,7 +101,7 @@ struct PipelineTick {
     float music = 0;   ///< 0 when silent
     float speech = 0;  ///< 0 when silent
     Contributions contributions;
-    std::string transcript;  ///< the transcriber's text so far, UTF-8; empty when there is none
+    std::string transcript;  ///< current transcript, UTF-8; empty if there is none
     bool transcribing = false;
 };
 

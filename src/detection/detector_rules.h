@@ -5,11 +5,11 @@
 
 namespace sordin {
 
-/// How the detector weighs its evidence and when it believes that an ad begins and ends: every constant that
-/// can be fitted to labelled broadcasts. A plain value, copied freely. A hop is half a second; strengths,
-/// shares and confidences are 0 to 1. The defaults are the standard rules.
+/// The constants that decide how the detector weighs its evidence and where an ad begins and ends; all of
+/// them can be fitted to labeled broadcasts. A hop is 0.5 s; strengths, shares and confidences are 0 to 1.
+/// The default values are the standard rules.
 struct DetectorRules {
-    /// The largest share that each kind of evidence can have, 0 to 1.
+    /// The share of each kind of evidence at full strength, 0 to 1.
     struct Weights {
         float audio = 0.55F;
         float keywords = 0.85F;
@@ -20,28 +20,29 @@ struct DetectorRules {
     };
     Weights weights;
 
-    /// What one hop leaves of the evidence of a change of context.
+    /// Decay of the context change evidence: its factor for each hop that is not silent.
     float boundaryMemory = 0.93F;
 
-    /// What one hop leaves of the confidence before it; this hop's evidence gets the rest. Double precision,
-    /// so that the rest of 0.6 is rounded to the single-precision number nearest to 0.4.
+    /// Smoothing of the confidence: the weight of the previous confidence on each hop that is not silent. The
+    /// hop's evidence gets the remaining weight. Double precision, so that 1 - 0.6 becomes the float nearest
+    /// to 0.4.
     double smoothing = 0.6;
 
-    /// What one hop leaves of the keyword level.
+    /// Decay of the keyword level: its factor for each hop that is not silent.
     float keywordMemory = 0.985F;
-    /// When the keyword level begins to fade. True: when a phrase is first heard. False: when the transcript
-    /// that contains it is no longer read, up to 15 s later.
+    /// When the keyword level begins to decay. True: when a phrase is first heard. False: when the session
+    /// whose transcript contains the phrase ends, up to 15 s later.
     bool keywordsFadeWhenHeard = false;
-    /// What the end of an ad leaves of the keyword level.
+    /// Factor of the keyword level at the end of an ad.
     float keywordsAfterAd = 0.3F;
 
-    /// An ad starts after `strongRun` hops at or above the threshold if the last of them is `strongMargin`
-    /// above it, else after `weakRun` hops.
+    /// An ad starts after `strongRun` consecutive hops at or above the threshold if the last of them is at
+    /// least `strongMargin` above it, otherwise after `weakRun` such hops.
     float strongMargin = 0.2F;
     std::int64_t strongRun = 2;
     std::int64_t weakRun = 3;
 
-    /// An ad ends after `holdSeconds` with a confidence more than `exitMargin` below the threshold.
+    /// An ad ends after `holdSeconds` of confidences more than `exitMargin` below the threshold.
     float exitMargin = 0.15F;
     double holdSeconds = 3;
 };
@@ -50,9 +51,9 @@ struct DetectorRules {
     return {};
 }
 
-/// Fitted by tools/detection/tune to labelled broadcasts: the volume comes back sooner after an ad, and less
-/// of the programme is muted. docs/detection.md has the method and the figures. Fit again when the sound
-/// model or the decoder changes.
+/// The rules that tools/detection/tune fitted to labeled broadcasts. Compared with the standard rules, they
+/// restore the volume sooner after an ad and mute less content that is not an ad. docs/detection.md has the
+/// method and the figures. Fit them again when the sound model or the speech decoder changes.
 [[nodiscard]] constexpr DetectorRules tunedRules() {
     DetectorRules rules;
     rules.keywordsFadeWhenHeard = true;

@@ -11,16 +11,17 @@ namespace sordin {
 
 namespace {
 
-constexpr float emptyBand = -100.0F;  // 10 log10 of the floor below
+constexpr float emptyBand = -100.0F;  // dB, 10 log10(powerFloor)
 constexpr float powerFloor = 1e-10F;
-constexpr float levelFloor = 1e-7F;  // -140 dB
+constexpr float levelFloor = 1e-7F;  // amplitude, -140 dB full scale
 
 struct FrameStarts {
     std::array<std::size_t, 3> positions;
     std::size_t count;
 };
 
-/// Start, middle and end of the hop; for a hop of fewer than three frames only its end.
+/// Frames at the start, in the middle and at the end of the hop. Only the last one if the hop is shorter than
+/// three frames, none if it is shorter than one.
 FrameStarts frameStarts(std::size_t samples) {
     constexpr std::size_t length = FeatureExtractor::frameLength;
     if (samples < length) {

@@ -10,27 +10,26 @@
 
 namespace sordin {
 
-/// Reduces one hop of samples to its level and a coarse spectral shape. Instead of all samples it transforms
-/// at most three frames, at the start, the middle and the end of the hop. Not re-entrant: the scratch is
-/// reused.
+/// Computes the level and the coarse spectral shape of a hop. To save time, transforms at most three frames
+/// of 1024 samples: at the start, in the middle and at the end. Not thread-safe: reuses scratch buffers.
 class FeatureExtractor {
 public:
-    /// Samples of one transformed frame.
+    /// Length of a transformed frame, samples.
     static constexpr std::size_t frameLength = 1024;
 
-    /// Band b covers the transform's bins bandEdges[b] up to but excluding bandEdges[b + 1]: octaves up to
-    /// the Nyquist frequency. Bin 0 (the mean) belongs to none.
+    /// Band b covers the bins from bandEdges[b] up to but excluding bandEdges[b + 1]: octaves up to the
+    /// Nyquist frequency. No band contains bin 0 (the mean).
     static constexpr std::array<std::size_t, bandCount + 1> bandEdges{1, 4, 8, 16, 32, 64, 128, 256, 512};
 
-    /// Ends the process if the transform cannot be prepared.
+    /// Ends the process if it cannot prepare the transform.
     FeatureExtractor();
 
-    /// `db` is 20 log10 of the root mean square over all samples, -140 dB at least. `bands` is the mean power
-    /// of the frames, 10 log10(sum |2 X[k]|^2 / frameLength^2 + 1e-10); all -100 dB for a hop shorter than a
-    /// frame. Depends on nothing but `samples`, which may be of any number.
+    /// `db` is 20 log10 of the root mean square of all samples, at least -140 dB. `bands` is the power
+    /// averaged over the frames, 10 log10(sum |2 X[k]|^2 / frameLength^2 + 1e-10); all are -100 dB if the hop
+    /// is shorter than a frame. Accepts any number of samples. The result depends only on them.
     [[nodiscard]] FrameFeatures extract(std::span<const float> samples);
 
-    /// The Hann window scaled to a root mean square of 1: 0.8165 (1 - cos(2 pi n / frameLength)).
+    /// Hann window, scaled to a root mean square of 1: 0.8165 (1 - cos(2 pi n / frameLength)).
     [[nodiscard]] const std::array<float, frameLength>& window() const { return window_; }
 
 private:
@@ -43,8 +42,8 @@ private:
     std::array<float, frameLength> windowed_;
     std::array<float, binCount> real_;
     std::array<float, binCount> imag_;
-    std::array<float, binCount> mags_;  // squared magnitudes of the last frame
-    std::array<float, binCount> acc_;   // their sum over the hop's frames
+    std::array<float, binCount> mags_;  // squared magnitudes of one frame
+    std::array<float, binCount> acc_;   // sum of mags_ over the hop's frames
 };
 
 }  // namespace sordin

@@ -11,14 +11,14 @@ namespace sordin {
 
 namespace {
 
-/// Speech over music, the texture of a commercial, counts double; a jingle counts by itself.
+/// Speech over music, typical of commercials, counts double. A jingle counts alone.
 float audioStrength(const DetectionSignals& signals) {
-    // Limited first: of two values of which one is no number, the minimum is one or the other by their order.
+    // Clamp before std::min, whose result for NaN depends on the order of its arguments.
     const float both = std::min(clampToUnit(signals.music), clampToUnit(signals.speech));
     return clampToUnit(2.0F * both + 0.8F * signals.jingle);
 }
 
-/// Ads come in breaks: the next is likelier for two minutes after one ended, linearly less so.
+/// Ads come in breaks: after an ad, another one is more likely. The effect falls linearly to 0 within 120 s.
 float timingStrength(const DetectionSignals& signals) {
     constexpr double breakSeconds = 120;
     if (!signals.sinceLastAd || !(*signals.sinceLastAd < breakSeconds)) {
@@ -27,7 +27,7 @@ float timingStrength(const DetectionSignals& signals) {
     return static_cast<float>(1.0 - *signals.sinceLastAd / breakSeconds);
 }
 
-/// Counts from 2 dB above the running average, fully from 8 dB.
+/// 0 up to 2 dB above the running average level, 1 from 8 dB on, linear between.
 float loudnessStrength(const DetectionSignals& signals) {
     return clampToUnit((signals.loudnessRise - 2.0F) / 6.0F);
 }

@@ -5,9 +5,9 @@
 
 namespace sordin {
 
-/// Combines six kinds of evidence into one ad confidence: each strength times its weight, all of them as a
-/// noisy OR (each share explains away part of the remaining doubt), smoothed over time. No single kind can
-/// carry the evidence beyond its own weight. The contributions come in the order Audio, Keywords, Boundary,
+/// Combines six kinds of evidence into one ad confidence. The share of each kind is its weight times its
+/// strength, so no single kind can exceed its weight. The noisy OR of the shares, 1 - product(1 - share), is
+/// smoothed exponentially over the hops. The contributions are in the order Audio, Keywords, Boundary,
 /// Repetition, Timing, Loudness.
 class HeuristicAdScorer final : public AdScoring {
 public:
@@ -20,7 +20,7 @@ public:
 private:
     DetectorRules rules_;
     float smoothed_ = 0;
-    float boundary_ = 0;  // decaying memory of changes of context
+    float boundary_ = 0;  // decaying evidence of a context change
 };
 
 }  // namespace sordin

@@ -12,14 +12,14 @@ void HopBuffer::setSampleRate(double sampleRate) {
     constexpr double mostSamples = 1e9;
     const double samples = sampleRate * hopSeconds;
     if (!(samples >= 1 && samples <= mostSamples)) {
-        fatal("half a second at this sample rate is no number of samples");
+        fatal("unsupported sample rate: 0.5 s is not between 1 and 1e9 samples");
     }
     hopSize_ = static_cast<std::size_t>(samples);
     waiting_.reserve(hopSize_);
 }
 
 void HopBuffer::clear() {
-    std::vector<float>().swap(waiting_);  // an assigned empty list would keep the memory
+    std::vector<float>().swap(waiting_);  // clear() would keep the memory
 }
 
 std::span<const float> HopBuffer::fill(std::span<const float> samples) {

@@ -7,16 +7,16 @@
 
 namespace sordin {
 
-/// Cuts a stream of samples into back-to-back hops of half a second, however it arrives.
+/// Cuts a stream of samples into contiguous hops of 0.5 s, independent of the sizes in which it arrives.
 class HopBuffer {
 public:
-    /// Sets the rate (Hz) of the samples to come; those already waiting stay. Ends the process for a rate of
-    /// which half a second is not a number of samples (not finite, below 2 Hz, beyond memory).
+    /// Sets the sample rate (Hz) of the samples that follow; pending samples stay. Ends the process if 0.5 s
+    /// is less than one or more than 1e9 samples, or if the rate is not finite.
     void setSampleRate(double sampleRate);
 
-    /// Takes samples and calls `onHop(span)` with each hop that they fill. Samples that wait since a higher
-    /// rate and already make a hop are handed on first, as they stand. The span is valid during the call; the
-    /// memory is reused.
+    /// Appends samples and calls `onHop(span)` with each hop that they complete. If the pending samples
+    /// already fill a hop, because the rate has fallen, all of them are delivered first, as one hop. The span
+    /// is valid only during the call.
     template <class OnHop>
     void append(std::span<const float> samples, OnHop&& onHop) {
         while (!samples.empty()) {
@@ -30,14 +30,14 @@ public:
         }
     }
 
-    /// How many samples of the next hop wait.
+    /// Number of pending samples of an incomplete hop; 0 if the pending samples already fill a hop.
     [[nodiscard]] std::size_t waiting() const { return waiting_.size() < hopSize_ ? waiting_.size() : 0; }
 
-    /// Drops what waits, and the memory for it.
+    /// Drops the pending samples and frees their memory.
     void clear();
 
 private:
-    /// Takes as much of `samples` as the current hop lacks and returns the rest.
+    /// Moves samples into the current hop until it is full. Returns the remaining samples.
     std::span<const float> fill(std::span<const float> samples);
 
     std::size_t hopSize_ = 8000;

@@ -8,29 +8,29 @@
 
 namespace sordin {
 
-/// How much the recent transcripts read like an advertisement: a level that rises with the score of a
-/// transcript and fades with every hop that is not silent.
+/// The keyword level: how strongly recent transcripts read like an advertisement. It rises to the score of a
+/// transcript and decays on every hop that is not silent.
 class KeywordMemory {
 public:
     void setRules(const DetectorRules& rules) { rules_ = rules; }
 
-    /// A transcription session begins: its transcript is new.
+    /// Call when a transcription session begins.
     void beginSession() { best_ = 0; }
 
-    /// Takes the score of the running session's transcript, 0 to 1, once a hop.
+    /// Takes the score of the running session's transcript, 0 to 1. Call once per hop.
     void hear(float score) {
-        // A transcript is revised as it grows, so a phrase can leave it and come back: only a score above the
-        // best so far is a phrase that was not there before.
+        // The recognizer revises a transcript as it grows, so a phrase can disappear and return. Only a score
+        // above the best so far means a new phrase.
         if (!rules_.keywordsFadeWhenHeard || score > best_) {
             level_ = std::max(level_, score);
         }
         best_ = std::max(best_, score);
     }
 
-    /// The level of this hop, 0 to 1, which then fades.
+    /// Returns the level of this hop, 0 to 1, and applies one hop of decay.
     [[nodiscard]] float take() { return std::exchange(level_, level_ * rules_.keywordMemory); }
 
-    /// An ad has ended: what was said counts for less.
+    /// Lowers the level, because an ad has ended.
     void adEnded() { level_ *= rules_.keywordsAfterAd; }
 
     void forget() { level_ = 0; }
@@ -38,7 +38,7 @@ public:
 private:
     DetectorRules rules_;
     float level_ = 0;
-    float best_ = 0;  // of the running session's scores
+    float best_ = 0;  // best score of the running session
 };
 
 }  // namespace sordin

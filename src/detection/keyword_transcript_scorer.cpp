@@ -42,13 +42,13 @@ constexpr std::array<KeywordTranscriptScorer::Phrase, 36> phraseTable{{
     {"available now", 0.4F},
     {"starting at", 0.3F},
     {"don't miss", 0.3F},
-    {"call 1", 0.5F},  // a spoken toll-free number
+    {"call 1", 0.5F},  // a spoken toll-free number ("call 1 800 ...")
     {"shop now", 0.7F},
     {"risk free", 0.6F},
 }};
 
-/// Lower-cases as far as it can matter to ASCII phrases. Of all letters outside ASCII only two have lower
-/// cases that contain ASCII: the Kelvin sign (U+212A) becomes k, and I with dot above (U+0130) becomes i with
+/// Lower-cases the letters that can matter for ASCII phrases. Outside ASCII, only two letters have lower-case
+/// forms that contain ASCII: the Kelvin sign (U+212A) becomes k, and I with dot above (U+0130) becomes i with
 /// a combining dot.
 std::string lowerCased(std::string_view text) {
     constexpr std::string_view kelvinSign = "\xE2\x84\xAA";

@@ -10,7 +10,7 @@
 
 namespace sordin {
 
-/// Looks for advertising phrases in a transcript and adds up their weights.
+/// Finds advertising phrases in a transcript and adds their weights.
 class KeywordTranscriptScorer final : public TranscriptScoring {
 public:
     struct Phrase {
@@ -18,14 +18,14 @@ public:
         float weight;
     };
 
-    /// The phrases, each of which counts at most once. Those who feed transcripts can see what is looked for.
+    /// The table of phrases. Public so that a speech decoder's output can be checked for them.
     [[nodiscard]] static std::span<const Phrase> phrases();
 
-    /// Those that occur anywhere in the lower-cased text, in the order of the table.
+    /// The phrases that occur anywhere in the lower-cased text, in the order of the table.
     [[nodiscard]] static std::vector<Phrase> phrasesIn(std::string_view text);
 
-    /// Sum of the weights of the phrases that occur anywhere in the lower-cased text (also inside words),
-    /// divided by 1.2 and at most 1.
+    /// Adds the weights of the phrases that occur in the lower-cased text (also inside words), each counted
+    /// once, and returns the sum divided by 1.2, at most 1.
     [[nodiscard]] float score(std::string_view text) const override;
 };
 

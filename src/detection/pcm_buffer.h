@@ -8,8 +8,7 @@
 
 namespace sordin {
 
-/// Sample rate and channels of a PcmBuffer. The samples themselves are always 32-bit floats, channel by
-/// channel.
+/// Sample rate and channel count of a PcmBuffer.
 struct AudioFormat {
     double sampleRate = 0;  ///< Hz
     std::uint32_t channelCount = 0;
@@ -17,24 +16,24 @@ struct AudioFormat {
     bool operator==(const AudioFormat&) const = default;
 };
 
-/// A stretch of audio as the detector takes it: 32-bit floats, full scale 1, one channel after the other.
+/// Audio in the detector's format: 32-bit floats, full scale 1, planar (one channel after the other).
 ///
-/// Every sample lies within +-`loudestSample`: what is beyond (or not a number) cannot be sound and becomes 0
-/// when the buffer is made. Without that, one damaged sample would turn the running average level, and with
-/// it every later hop, into infinity or not-a-number.
+/// All samples lie within +-`loudestSample`. The constructor replaces larger ones and NaN by 0. Otherwise one
+/// damaged sample would make the running average level, and so the evidence of all later hops, infinite or
+/// NaN.
 class PcmBuffer {
 public:
-    /// 96 dB above full scale: louder than 16-bit integers mistaken for floats, far below what overflows.
+    /// 96 dB above full scale: above 16-bit integers that were mistaken for floats, far below an overflow.
     static constexpr float loudestSample = 65536.0F;
 
-    /// `samples` holds all frames of channel 0, then of channel 1 and so on. What does not fill all channels
-    /// equally is dropped from the end.
+    /// `samples` holds all frames of channel 0, then those of channel 1, and so on. If its size is not a
+    /// multiple of the channel count, the excess samples at the end are ignored.
     PcmBuffer(AudioFormat format, std::vector<float> samples);
 
     [[nodiscard]] const AudioFormat& format() const { return format_; }
     [[nodiscard]] std::size_t frameLength() const { return frames_; }
 
-    /// The samples of one channel; empty when there is no such channel.
+    /// The samples of one channel; empty if the channel does not exist.
     [[nodiscard]] std::span<const float> channel(std::uint32_t index) const;
 
 private:

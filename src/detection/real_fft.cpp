@@ -19,7 +19,7 @@ struct RealFft::Plan {
           inverse(kiss_fftr_alloc(static_cast<int>(length), 1, nullptr, nullptr)),
           bins(length / 2 + 1) {
         if (configuration == nullptr || inverse == nullptr) {
-            fatal("the Fourier transform cannot be prepared");
+            fatal("cannot prepare the Fourier transform");
         }
     }
     ~Plan() {
@@ -48,7 +48,7 @@ void RealFft::forward(std::span<const float> samples, std::span<float> real, std
 void RealFft::inverse(std::span<const float> real, std::span<const float> imag, std::span<float> samples) {
     auto& bins = plan_->bins;
     const std::size_t half = bins.size() - 1;
-    // The transform doubles, and the library's inverse multiplies by the length.
+    // forward() doubles the values, and the library's inverse multiplies them by the length.
     const float scale = 1.0F / static_cast<float>(4 * half);
     for (std::size_t k = 0; k < half; ++k) {
         bins[k] = {scale * real[k], scale * imag[k]};

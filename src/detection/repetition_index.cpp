@@ -59,7 +59,7 @@ std::optional<RepetitionIndex::Fingerprint> RepetitionIndex::signature() const {
             fingerprint[t * bandCount + band] = ring_[t][band] - mean;
         }
     }
-    // Below this the window holds nothing to know it by: silence or a steady tone.
+    // A window below this norm is too flat to identify an ad: silence or a steady tone.
     constexpr float flatNorm = 3.0F;
     const float norm = std::sqrt(dotProduct(fingerprint, fingerprint));
     if (!(norm > flatNorm)) {

@@ -9,28 +9,28 @@
 
 namespace sordin {
 
-/// Knows ads again: learns short fingerprints of them and says on every hop how like any of them the last
-/// hops are. Fingerprints live in memory only.
+/// Recognizes repeated ads: learns spectral fingerprints of eight hops (4 s) and compares the last hops with
+/// all of them. Keeps the fingerprints in memory only.
 class RepetitionIndex {
 public:
     RepetitionIndex();
 
-    /// Takes the bands of the newest hop; call once for every hop that has any. Returns 0 for a best cosine
-    /// similarity of 0.8 or less, 1 for 0.98 or more, linear between; 0 with nothing learned or a flat sound.
+    /// Takes the bands of the newest hop; call once for every hop that is not silent. Returns the similarity
+    /// to the best fingerprint: 0 for a cosine similarity of 0.8 or less, 1 for 0.98 or more, linear between.
+    /// Returns 0 if nothing is learned, or if the last hops are flat or fewer than eight.
     [[nodiscard]] float push(const Bands& bands);
 
-    /// Learns the last eight hops, unless fewer have come or they are flat; returns whether it did. Beyond
-    /// 200 fingerprints the oldest is forgotten.
+    /// Learns a fingerprint of the last eight hops. Returns false if there are fewer or they are flat. Keeps
+    /// at most 200 fingerprints and drops the oldest.
     bool learnCurrent();
 
-    /// Forgets all fingerprints, keeps the recent hops.
+    /// Forgets all fingerprints. Keeps the recent hops.
     void forget() { learned_.clear(); }
 
-    /// Forgets the `count` fingerprints that were learned last (all if there are fewer), keeps the recent
-    /// hops.
+    /// Forgets the `count` newest fingerprints, or all if there are fewer. Keeps the recent hops.
     void forgetLast(std::size_t count);
 
-    /// Forgets the recent hops, keeps all fingerprints.
+    /// Forgets the recent hops. Keeps all fingerprints.
     void clearRecent() { ring_.clear(); }
 
     [[nodiscard]] std::size_t learnedCount() const { return learned_.size(); }
@@ -39,12 +39,12 @@ private:
     static constexpr std::size_t window = 8;
     static constexpr std::size_t maxLearned = 200;
 
-    /// Hop t, band b at t * bandCount + b; of unit length.
+    /// Index t * bandCount + b holds hop t (0 is the oldest), band b. The Euclidean norm is 1.
     using Fingerprint = std::array<float, window * bandCount>;
 
-    /// The last hops, each band centred on its own mean and all scaled to unit length, so that only the
-    /// movement of the bands counts, not their level, tilt or gain. Nothing when they are flat or fewer than
-    /// eight.
+    /// The fingerprint of the last hops. Each band is centered on its mean and the whole is scaled to unit
+    /// norm, so that only the movement of the bands counts, not the level, the spectral tilt or the gain.
+    /// Empty if the hops are flat or fewer than eight.
     [[nodiscard]] std::optional<Fingerprint> signature() const;
 
     BandRing<window> ring_;

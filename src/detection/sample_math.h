@@ -8,7 +8,7 @@
 
 namespace sordin {
 
-/// `value` brought into 0 to 1; not-a-number becomes 0, so that it never spreads.
+/// Clamps `value` to 0 to 1. NaN becomes 0, so that it does not propagate.
 [[nodiscard]] inline float clampToUnit(float value) {
     if (value >= 1.0F) {
         return 1.0F;
@@ -16,8 +16,8 @@ namespace sordin {
     return value > 0.0F ? value : 0.0F;
 }
 
-/// Sum of a[i] * b[i] over the length of `a`; `b` is at least as long. Sixteen partial sums, added in order
-/// at the end: a fixed order, so every machine gets the same number, and one that vector units can work on.
+/// Sum of a[i] * b[i] over the length of `a`; `b` must be at least as long. Adds in sixteen partial sums, so
+/// that the compiler can vectorize it, and in a fixed order, so that the result is the same on every machine.
 [[nodiscard]] inline float dotProduct(std::span<const float> a, std::span<const float> b) {
     constexpr std::size_t lanes = 16;
     std::array<float, lanes> partial{};
@@ -39,7 +39,7 @@ namespace sordin {
     return sum;
 }
 
-/// Root mean square; 0 for no samples.
+/// Root mean square; 0 if there are no samples.
 [[nodiscard]] inline float rootMeanSquare(std::span<const float> samples) {
     if (samples.empty()) {
         return 0;

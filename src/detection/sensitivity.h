@@ -5,7 +5,7 @@
 
 namespace sordin {
 
-/// The confidence that makes an ad at a sensitivity of 0 to 1: from 0.8 down to 0.35, 0.575 in the middle.
+/// The detection threshold for a sensitivity of 0 to 1: falls linearly from 0.8 to 0.35; 0.575 at 0.5.
 [[nodiscard]] inline float detectionThreshold(double sensitivity) {
     return nearestFloat(0.8 + sensitivity * -0.45);
 }

@@ -8,8 +8,8 @@
 
 namespace sordin {
 
-/// Decides when the costly transcription runs, in short sessions while something looks suspicious, and keeps
-/// what the transcripts said: a keyword level that fades.
+/// Decides when the costly transcription runs: in short sessions while the sound looks suspicious. Keeps the
+/// keyword level of the transcripts.
 class TranscriptionSessions {
 public:
     TranscriptionSessions(std::shared_ptr<SpeechTranscribing> transcriber,
@@ -17,28 +17,29 @@ public:
 
     void setRules(const DetectorRules& rules) { keywords_.setRules(rules); }
 
-    /// What the decision rests on, one hop that is not silent.
+    /// Inputs of manage() for one hop that is not silent.
     struct Hop {
-        double now;            ///< seconds
+        double now;            ///< seconds, pipeline clock
         float speech;          ///< classifier score of this hop
-        float lastConfidence;  ///< of the hop before
-        bool inAd;             ///< before this hop
-        bool enabled;          ///< the user wants transcription
+        float lastConfidence;  ///< of the previous hop
+        bool inAd;             ///< state before this hop
+        bool enabled;          ///< the user's transcription switch
     };
 
-    /// One step: reads the running session's text, ends it or begins one. A session lasts until more than 15
-    /// s have passed, until 8 hops in a row showed a confidence below 0.15 outside an ad, or until
-    /// transcription is switched off; the next begins more than 8 s later, on speech with a confidence of
-    /// 0.25 or inside an ad.
+    /// Processes one hop: scores the running session's transcript, then ends the session or begins one. A
+    /// session ends when it has run for more than 15 s, after 8 consecutive hops with a confidence below 0.15
+    /// outside an ad, or when transcription is disabled. A session begins if transcription is enabled and
+    /// available, the speech score is above 0.3, the confidence is at least 0.25 or an ad is in progress, and
+    /// the last session ended more than 8 s ago.
     void manage(const Hop& hop);
 
-    /// The keyword level of this hop, 0 to 1, which then fades.
+    /// Returns the keyword level of this hop, 0 to 1, and applies one hop of decay.
     [[nodiscard]] float takeKeywordLevel() { return keywords_.take(); }
 
-    /// An ad has ended: what was said counts for less.
+    /// Lowers the keyword level, because an ad has ended.
     void adEnded() { keywords_.adEnded(); }
 
-    /// Ends the session, if any, and forgets what was said; the times of sessions stay.
+    /// Ends the running session, if any, and resets the keyword level. Keeps the times of the sessions.
     void stop();
 
 private:
@@ -47,7 +48,7 @@ private:
     std::shared_ptr<SpeechTranscribing> transcriber_;
     std::shared_ptr<const TranscriptScoring> scorer_;
     KeywordMemory keywords_;
-    int lowCount_ = 0;  // consecutive hops of low confidence during a session
+    int lowCount_ = 0;  // consecutive hops of low confidence in the session
     double sessionStart_ = 0;
     double lastSessionEnd_ = 0;
 };

@@ -10,18 +10,18 @@
 
 namespace sordin {
 
-/// One ad as it is remembered.
+/// A recorded ad.
 struct AdEvent {
     enum class Kind {
-        muted,      ///< a real ad that was faded
-        testOnly,   ///< a real ad in test mode: the volume was left alone
-        simulated,  ///< asked for by the user
+        muted,      ///< real ad; the volume was faded
+        testOnly,   ///< real ad in test mode; the volume was not changed
+        simulated,  ///< simulated at the user's request
     };
 
     QUuid id;
     ReferenceDate start = 0;
     double duration = 0;  ///< seconds
-    QString app;          ///< where it came from; "Unknown" when nobody knew
+    QString app;          ///< source application; "Unknown" if not known
     double peakConfidence = 0;
     QStringList reasons;  ///< strongest first
     Kind kind = Kind::muted;
@@ -29,7 +29,7 @@ struct AdEvent {
     bool operator==(const AdEvent&) const = default;
 };
 
-/// Newest first.
+/// The recorded ads, newest first.
 using AdHistory = std::vector<AdEvent>;
 
 }  // namespace sordin

@@ -19,9 +19,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Far above what the program writes; a file beyond them is none of ours.
+/// Limits far above anything that the program writes.
 constexpr std::size_t largestFile = 16 << 20;
-constexpr double longestDuration = 1e9;  // either way; seconds of all ads are added up
+constexpr double longestDuration = 1e9;  // seconds, absolute value; limits the sums over all ads
 
 struct KindName {
     AdEvent::Kind kind;
@@ -43,7 +43,7 @@ QJsonObject toJson(const AdEvent& event) {
             {QStringLiteral("kind"), kind->name}};
 }
 
-/// None if it is not a list of texts.
+/// Returns nothing if `value` is not a list of texts.
 std::optional<QStringList> toTexts(const QJsonValue& value) {
     const QJsonArray array = value.toArray();
     QStringList texts;
@@ -56,7 +56,7 @@ std::optional<QStringList> toTexts(const QJsonValue& value) {
     return value.isArray() ? std::optional(texts) : std::nullopt;
 }
 
-/// None if anything is missing, of another type or no number that could be meant.
+/// Returns nothing if a field is missing, has another type or is out of range.
 std::optional<AdEvent> toEvent(const QJsonObject& object) {
     const QJsonValue start = object.value(u"start");
     const QJsonValue duration = object.value(u"duration");
@@ -68,7 +68,7 @@ std::optional<AdEvent> toEvent(const QJsonObject& object) {
     const QString kindName = object.value(u"kind").toString();
     const auto kind = std::find_if(kindNames.begin(), kindNames.end(),
                                    [&kindName](const KindName& each) { return each.name == kindName; });
-    // A text that is none gives the nil one too, which may itself be meant.
+    // QUuid is null for an invalid text, and also for the valid text of the null UUID.
     const bool isId = !id.isNull() || idText == QUuid().toString(QUuid::WithoutBraces);
     if (!isId || !start.isDouble() || !duration.isDouble() || !app.isString() || !peak.isDouble() ||
         !reasons || kind == kindNames.end() || !std::isfinite(start.toDouble()) ||
@@ -115,7 +115,7 @@ public:
 
     void save(const AdHistory& history) {
         if (unreadable_ && setAside(path_)) {
-            return;  // better no new file than an old one lost
+            return;  // the old file must not be lost
         }
         unreadable_ = false;
         QJsonArray array;
@@ -130,7 +130,7 @@ public:
 
 private:
     const fs::path path_;
-    bool unreadable_ = false;  // what lies at the path has still to be set aside
+    bool unreadable_ = false;  // the file at path_ must be set aside before a save
 };
 
 AdHistoryFile::AdHistoryFile(fs::path path, std::shared_ptr<SerialQueue> queue)

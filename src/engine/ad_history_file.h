@@ -9,32 +9,32 @@
 
 namespace sordin {
 
-/// Where the history is kept: a file with a JSON array of the ads, newest first. Failures are silent, and the
-/// file is never left half-written.
+/// The file of the history: a JSON array of ads, newest first. Reports no failures. Replaces the file
+/// atomically.
 ///
-/// Each ad is an object with the keys "id" (a UUID), "start" (a ReferenceDate), "duration", "app",
-/// "peakConfidence", "reasons" (a list of texts) and "kind" ("muted", "testOnly", "simulated"). A file in
-/// which one of these is missing, of another type or beyond all measure counts as unreadable; keys that are
-/// not known are ignored.
+/// Each ad is an object with the keys "id" (a UUID), "start" (a ReferenceDate), "duration" (seconds), "app",
+/// "peakConfidence", "reasons" (a list of texts) and "kind" ("muted", "testOnly", "simulated"). If any of
+/// them is missing, has another type or is out of range, the whole file counts as unreadable. Unknown keys
+/// are ignored.
 class AdHistoryFile {
 public:
-    /// `queue` does the writing, one save after the other: a queue for this alone, "sordin.history". The
-    /// folder of the file need not exist.
+    /// `queue` is used for all file accesses and for nothing else; it is labeled "sordin.history". The folder
+    /// of the file need not exist.
     AdHistoryFile(std::filesystem::path path, std::shared_ptr<SerialQueue> queue);
 
-    /// The history in the file; empty if there is none or it cannot be read. One that cannot be read stays as
-    /// it is until the first save, which keeps it beside the file as history.json.damaged-DATE.
+    /// Reads the history; empty if the file does not exist or is unreadable. The first save renames an
+    /// unreadable file to history.json.damaged-DATE. Blocks until the read is done.
     [[nodiscard]] AdHistory load();
 
-    /// Replaces the file's contents, later, and waits for the disk so that they outlive a loss of power.
-    /// Saves that wait when the queue ends are done.
+    /// Replaces the contents of the file on the queue and flushes them to the disk, so that they survive a
+    /// loss of power. Pending saves complete when the queue is destroyed on another thread.
     void save(AdHistory history);
 
 private:
     class Writer;
 
     const std::shared_ptr<SerialQueue> queue_;
-    const std::shared_ptr<Writer> writer_;  // shared with saves that wait
+    const std::shared_ptr<Writer> writer_;  // shared with pending saves
 };
 
 }  // namespace sordin

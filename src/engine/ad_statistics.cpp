@@ -30,7 +30,7 @@ std::vector<AppStat> appStats(const AdHistory& history) {
     }
     std::vector<AppStat> rows(byApp.begin(), byApp.end());
     std::sort(rows.begin(), rows.end(), [](const AppStat& first, const AppStat& second) {
-        // By name where the seconds are the same, so that rows keep their places on the screen.
+        // Equal totals are sorted by name, so that the order of the rows is stable.
         return first.total != second.total ? first.total > second.total : first.app < second.app;
     });
     return rows;

@@ -7,16 +7,17 @@
 
 namespace sordin {
 
-/// All that came from one application.
+/// The ads of one application.
 struct AppStat {
     QString app;
     int count = 0;
-    double total = 0;  ///< seconds
-    ReferenceDate last = 0;
+    double total = 0;        ///< seconds
+    ReferenceDate last = 0;  ///< start of the latest ad
 
     bool operator==(const AppStat&) const = default;
 };
 
+/// Number and total duration of one day's ads.
 struct TodaySummary {
     int count = 0;
     double seconds = 0;
@@ -24,13 +25,13 @@ struct TodaySummary {
     bool operator==(const TodaySummary&) const = default;
 };
 
-/// The ads that were really faded, in the order of the history.
+/// The ads of kind `muted`, in the order of the history.
 [[nodiscard]] AdHistory realEvents(const AdHistory& history);
 
-/// The real ads, faded or only watched, by application; the one with most seconds first.
+/// Statistics by application of the ads of the kinds `muted` and `testOnly`, longest total duration first.
 [[nodiscard]] std::vector<AppStat> appStats(const AdHistory& history);
 
-/// The ads really faded that began on the day of `now`, in the user's calendar.
+/// Summary of the ads of kind `muted` that started on the day of `now`, in the user's time zone.
 [[nodiscard]] TodaySummary todaySummary(const AdHistory& history, ReferenceDate now);
 
 }  // namespace sordin

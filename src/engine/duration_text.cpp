@@ -18,7 +18,7 @@ QString twoDigits(long long number) {
 }  // namespace
 
 QString formatDuration(double seconds) {
-    constexpr double most = 1e15;  // far beyond any sum of ads, within what a whole number holds
+    constexpr double most = 1e15;  // far above any sum of ads, within the range of long long
     const long long whole = std::isnan(seconds) ? 0 : std::llround(std::clamp(seconds, -most, most));
     if (whole < minute) {
         return QStringLiteral("%1s").arg(whole);

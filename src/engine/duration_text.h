@@ -5,8 +5,8 @@
 
 namespace sordin {
 
-/// A number of seconds as the user reads it: 42s, 2m 05s, 1h 02m. Rounded to whole seconds; from an hour on
-/// without the seconds.
+/// Formats a duration for display: 42s, 2m 05s, 1h 02m. Rounds to whole seconds; from one hour on, omits the
+/// seconds. NaN counts as 0.
 [[nodiscard]] QString formatDuration(double seconds);
 
 }  // namespace sordin

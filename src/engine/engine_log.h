@@ -5,7 +5,7 @@
 
 namespace sordin {
 
-/// Says what happens, never what was heard. Quiet unless asked for.
+/// Log of status changes, ads and calls; never of audio or transcripts. By default only warnings are enabled.
 Q_DECLARE_LOGGING_CATEGORY(engineLog)
 
 }  // namespace sordin

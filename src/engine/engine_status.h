@@ -6,22 +6,22 @@
 
 namespace sordin {
 
-/// What the engine is doing.
+/// State of the engine.
 class EngineStatus {
 public:
     enum class Kind {
-        failed,           ///< capture could not start, or ended and is about to be started again
-        disabled,         ///< switched off
-        needsPermission,  ///< the system refuses to let us listen
+        failed,           ///< the capture failed to start, or ended by itself and will be restarted
+        disabled,         ///< disabled by the user
+        needsPermission,  ///< the system does not permit audio capture
         starting,
         listening,
-        mutingAd,  ///< an ad is in progress, whether its sound is faded or only watched
+        mutingAd,  ///< an ad is in progress, faded or in test mode
     };
 
-    // NOLINTNEXTLINE(google-explicit-constructor): a kind without a message is a status
+    // NOLINTNEXTLINE(google-explicit-constructor): a kind alone is a complete status
     EngineStatus(Kind kind) : kind_(kind) {}
 
-    /// `message` is what the user is told, one line.
+    /// `message` is a one-line explanation for the user.
     static EngineStatus failed(QString message) {
         EngineStatus status(Kind::failed);
         status.message_ = std::move(message);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What is shown of the detector while it listens.
+// Live values of the detector for the user interface.
 #pragma once
 
 #include "engine/reference_date.h"
@@ -9,7 +9,7 @@
 
 namespace sordin {
 
-/// One point of the chart of the last minutes. Both values are 0 to 1.
+/// A point of the confidence chart. Confidence and threshold are 0 to 1.
 struct TrailPoint {
     QUuid id;
     ReferenceDate time = 0;
@@ -17,7 +17,7 @@ struct TrailPoint {
     double threshold = 0;
 };
 
-/// One signal's share of the ad evidence, 0 to 1.
+/// The share of one signal in the ad evidence, 0 to 1.
 struct SignalReading {
     QString name;
     double value = 0;

@@ -10,7 +10,7 @@ namespace sordin {
 namespace {
 
 constexpr double unixToReference = 978'307'200;  // from 1 January 1970 to 1 January 2001, seconds
-constexpr double earliest = -62'135'596'800;     // of the calendar, seconds since 1970: years 1 to 9999
+constexpr double earliest = -62'135'596'800;     // start of year 1 and end of year 9999, seconds since 1970
 constexpr double latest = 253'402'300'799;
 
 }  // namespace

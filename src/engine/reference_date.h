@@ -5,14 +5,13 @@
 
 namespace sordin {
 
-/// A moment of the wall clock in seconds since 1 January 2001, 00:00 UTC: how the history file holds dates.
+/// A wall clock time in seconds since 1 January 2001, 00:00 UTC: the date format of the history file.
 using ReferenceDate = double;
 
-/// The wall clock, as the user has set it.
+/// The current time of the system's wall clock.
 [[nodiscard]] ReferenceDate currentReferenceDate();
 
-/// The moment in the user's time zone, to the millisecond; moments before the year 1 or after 9999 count as
-/// these ends.
+/// Converts to the user's time zone, with a resolution of 1 ms. Clamps to the years 1 to 9999.
 [[nodiscard]] QDateTime localDateTime(ReferenceDate date);
 
 }  // namespace sordin

@@ -5,19 +5,19 @@
 
 namespace sordin {
 
-/// The settings that are needed where an ad is noticed, on the pipeline's queue, where nobody may touch the
-/// engine. Any thread.
+/// The settings that the pipeline's callbacks read on the pipeline's queue, where they must not access the
+/// engine. Thread-safe.
 class RuntimeConfig {
 public:
-    /// Whether the volume is left alone.
+    /// Whether ads leave the volume unchanged (test mode).
     [[nodiscard]] bool dryRun() const { return read(dryRun_); }
     void setDryRun(bool dryRun) { write(dryRun_, dryRun); }
 
-    /// The share of the volume that stays during an ad, 0 to 1; 0 is silence.
+    /// Fraction of the volume during an ad, 0 to 1; 0 is silence.
     [[nodiscard]] float duck() const { return read(duck_); }
     void setDuck(float fraction) { write(duck_, fraction); }
 
-    /// Whether a call is on for which nothing is to be faded.
+    /// Whether a call is in progress during which nothing may be faded.
     [[nodiscard]] bool inCall() const { return read(inCall_); }
     void setInCall(bool inCall) { write(inCall_, inCall); }
 
@@ -34,7 +34,7 @@ private:
     }
 
     mutable std::mutex lock_;
-    bool dryRun_ = false;  // guarded by lock_, as what follows
+    bool dryRun_ = false;  // this and the following fields are guarded by lock_
     float duck_ = 0;
     bool inCall_ = false;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The engine's life, its settings and its status.
+// Construction, settings and status of the engine.
 #include "engine/sordin_engine.h"
 
 #include "detection/sensitivity.h"

@@ -31,11 +31,11 @@
 
 namespace sordin {
 
-/// The hub of the application: holds the settings and the live state, listens, has ads faded, remembers them.
-/// There is one, for the life of the process; everything that is shown reads it.
+/// The central object of the application: holds the settings and the live state, runs capture and detection,
+/// fades ads and records them. One instance exists for the life of the process; all views read it.
 ///
-/// Lives on the main thread, like all that it publishes: everything here is for that thread only. News from
-/// other threads are posted to it, and dropped if the engine is gone by then.
+/// Main thread only. Callbacks on other threads are posted to the main thread and dropped after the engine's
+/// destruction.
 class SordinEngine final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isEnabled READ isEnabled WRITE setIsEnabled NOTIFY isEnabledChanged)
@@ -65,71 +65,71 @@ class SordinEngine final : public QObject {
     Q_PROPERTY(QString menuIcon READ menuIcon NOTIFY menuIconChanged)
 
 public:
-    /// Everything the engine works with; none may be null or empty. The engine is the only one to use them.
+    /// The engine's collaborators; none may be null or empty. Only the engine may use them.
     struct Parts {
-        std::shared_ptr<SerialQueue> mainQueue;  ///< runs its work on the main thread
+        std::shared_ptr<SerialQueue> mainQueue;  ///< runs work on the main thread
         std::shared_ptr<UserDefaults> defaults;
         std::shared_ptr<Permissions> permissions;
-        std::shared_ptr<OnDeviceTranscriber> transcriber;  ///< the pipeline's
+        std::shared_ptr<OnDeviceTranscriber> transcriber;  ///< also the pipeline's
         std::shared_ptr<DetectionPipeline> pipeline;
         std::shared_ptr<SystemAudioCapture> capture;
         std::shared_ptr<ApplicationStreams> streams;
         std::shared_ptr<VolumeController> volume;
         std::shared_ptr<const AudioProcessInspector> inspector;
         std::shared_ptr<AdHistoryFile> historyFile;
-        /// Says how long ads last. Should stand still while the computer sleeps: an ad that was under way
-        /// then would otherwise have lasted all night.
+        /// Measures the duration of ads. Should not advance during suspend; otherwise an ad in progress would
+        /// seem to last all night.
         std::shared_ptr<const Clock> clock;
-        std::function<ReferenceDate()> wallClock;  ///< says when they were
+        std::function<ReferenceDate()> wallClock;  ///< dates the ads
     };
 
-    /// Reads settings and history, brings back a volume that an earlier run left down, and begins to listen
-    /// if that is wanted and the first-run guide has been finished.
+    /// Reads the settings and the history, restores a volume that an earlier run left faded, and starts
+    /// listening if it is enabled and onboarding is complete.
     explicit SordinEngine(Parts parts);
     ~SordinEngine() override;
     Q_DISABLE_COPY_MOVE(SordinEngine)
 
-    // Settings. Every assignment is written to the user defaults and takes effect at once, whether or not it
-    // changes the value.
+    // Settings. Every assignment is written to the user defaults and takes effect immediately, even if the
+    // value does not change.
 
-    /// The master switch: listening and fading. Assigning it starts or stops the capture.
+    /// Master switch for listening and fading. Assigning it starts or stops the capture.
     [[nodiscard]] bool isEnabled() const { return isEnabled_; }
     void setIsEnabled(bool enabled);
 
-    /// 0 to 1; the higher, the less it takes for an ad.
+    /// 0 to 1; higher values lower the detection threshold.
     [[nodiscard]] double sensitivity() const { return sensitivity_; }
     void setSensitivity(double sensitivity);
 
-    /// What stays of the volume during an ad, in percent of the level before; 0 is silence.
+    /// Volume during an ad in percent of the volume before; 0 is silence.
     [[nodiscard]] double duckPercent() const { return duckPercent_; }
     void setDuckPercent(double percent);
 
-    /// Ads are noticed and remembered, but the volume is left alone. Never kept: off at every start.
+    /// In test mode, ads are detected and recorded but not faded. Not stored: off at every start.
     [[nodiscard]] bool testMode() const { return testMode_; }
     void setTestMode(bool testMode);
 
+    /// Whether speech may be transcribed to find advertising phrases.
     [[nodiscard]] bool transcriptionEnabled() const { return transcriptionEnabled_; }
     void setTranscriptionEnabled(bool enabled);
 
-    /// Whether the detector follows the tuned rules instead of the standard ones (see DetectorRules).
+    /// Whether the detector uses the tuned rules instead of the standard rules (see DetectorRules).
     [[nodiscard]] bool tunedDetection() const { return tunedDetection_; }
     void setTunedDetection(bool tuned);
 
-    /// Whether nothing is listened to, and nothing faded, while a call is on. The status stays what it would
-    /// be otherwise.
+    /// Whether listening and fading pause during calls. A pause does not change the status.
     [[nodiscard]] bool pauseInCalls() const { return pauseInCalls_; }
     void setPauseInCalls(bool pause);
 
-    /// The identifiers of applications that are never listened to, also of those that are not known here.
-    /// Assigning drops empty, repeated and overlong (255 bytes) ones, and those beyond 256.
+    /// Identifiers of the applications that are never listened to; they need not be installed. Assigning
+    /// drops empty and repeated identifiers, those longer than 255 bytes, and all after the first 256.
     [[nodiscard]] const QStringList& ignoredApplications() const { return ignoredApplications_; }
     void setIgnoredApplications(const QStringList& ids);
-    /// The names by which these are shown, each once.
+    /// The display names of these applications, without duplicates.
     [[nodiscard]] const QStringList& ignoredNames() const { return ignoredNames_; }
-    /// The same for all applications that are shown by a name.
+    /// Adds or removes all applications with this display name.
     Q_INVOKABLE void setIgnored(const QString& name, bool ignored);
 
-    /// Whether the first-run guide has been finished.
+    /// Whether the user has completed the onboarding.
     [[nodiscard]] bool onboardingComplete() const { return onboardingComplete_; }
     void setOnboardingComplete(bool complete);
 
@@ -138,41 +138,42 @@ public:
     [[nodiscard]] const EngineStatus& status() const { return status_; }
     /// The latest ad confidence, 0 to 1.
     [[nodiscard]] double confidence() const { return confidence_; }
-    /// The confidence that starts an ad; a single-precision value.
+    /// The detection threshold, 0 to 1; a single-precision value.
     [[nodiscard]] double threshold() const { return threshold_; }
     [[nodiscard]] bool adActive() const { return adActive_; }
-    /// A device is lower than it was, or muted, for an ad, real or simulated; as the volume controller has
-    /// it.
+    /// Whether the volume controller has faded or muted a device for a real or simulated ad, and has not
+    /// begun to restore it.
     [[nodiscard]] bool adFaded() const { return adFaded_; }
-    /// The application whose call is the reason why nothing is listened to; empty if there is none.
+    /// The application whose call pauses listening; empty if listening is not paused.
     [[nodiscard]] const QString& callApp() const { return callApp_; }
-    /// The application taken as the source of the current or the last ad.
+    /// The likely source application of the current or the last ad.
     [[nodiscard]] const QString& currentApp() const { return currentApp_; }
-    /// The detector's signals, in its order.
+    /// The shares of the detector's signals, in the detector's order.
     [[nodiscard]] const std::vector<SignalReading>& signalReadings() const { return signals_; }
-    /// What was understood of the speech that is being or was last transcribed.
+    /// The transcript of the current or the last transcription session.
     [[nodiscard]] const QString& transcript() const { return transcript_; }
     [[nodiscard]] bool transcribing() const { return transcribing_; }
-    /// The last three minutes of listening, newest last; at most 180 points.
+    /// The last 180 readings (three minutes of listening), newest last.
     [[nodiscard]] const std::vector<TrailPoint>& trail() const { return trail_; }
-    /// Whether the computer's sound may be heard.
+    /// Whether the system permits audio capture.
     [[nodiscard]] bool screenAccess() const { return screenAccess_; }
-    /// Whether speech may be transcribed.
+    /// Whether the system permits transcription.
     [[nodiscard]] bool speechAccess() const { return speechAccess_; }
-    /// Whether asking for the latter leads anywhere; as found at creation.
+    /// Whether the system can show a request for the transcription permission. Determined once, at
+    /// construction.
     [[nodiscard]] bool speechRequestPossible() const { return speechRequestPossible_; }
-    /// A simulated ad is under way.
+    /// Whether a simulated ad is in progress.
     [[nodiscard]] bool simulating() const { return simulating_; }
-    /// The symbol for the menu bar.
+    /// The name of the menu bar symbol.
     [[nodiscard]] QString menuIcon() const;
 
-    // What is remembered.
+    // History and statistics.
 
-    /// Newest first, at most 500 since the last was added.
+    /// Newest first. Recording an ad truncates it to 500 ads.
     [[nodiscard]] const AdHistory& history() const { return history_; }
-    /// Replaces it, for now: saveHistory() does for good.
+    /// Replaces the history in memory only; see saveHistory().
     void setHistory(AdHistory history);
-    /// Writes the history to the disk, later.
+    /// Writes the history to its file asynchronously.
     void saveHistory();
     [[nodiscard]] AdHistory realEvents() const { return sordin::realEvents(history_); }
     [[nodiscard]] std::vector<AppStat> appStats() const { return sordin::appStats(history_); }
@@ -182,28 +183,29 @@ public:
 
     // Operations.
 
-    /// Begins to listen, if switched on. Does nothing while a start is under way.
+    /// Starts listening if it is enabled and permitted. Does nothing while a start is in progress.
     Q_INVOKABLE void startCapture();
-    /// Stops listening; an ad in progress ends.
+    /// Stops listening, ends an ad in progress and restores the volume.
     Q_INVOKABLE void stopCapture();
-    /// Asks for what `screenAccess` stands for; does not begin to listen.
+    /// Requests the permission for audio capture. Does not start listening.
     Q_INVOKABLE void requestScreenAccess();
-    /// Asks for what `speechAccess` stands for, or opens the settings where there is no question to ask.
-    /// False if neither is possible.
+    /// Requests the permission for transcription, or opens the system settings if the system cannot show a
+    /// request. Returns false if neither is possible.
     Q_INVOKABLE bool requestSpeechAccess();
-    /// Reads both permissions anew.
+    /// Updates `screenAccess` and `speechAccess`.
     Q_INVOKABLE void refreshAccess();
-    /// See Permissions.
+    /// See Permissions::openSettings().
     Q_INVOKABLE bool openSettings(const QString& anchor);
-    /// Pretends that an ad of `seconds` begins: the volume is really faded, whatever the switches say. Does
-    /// nothing while a simulated or a real ad is under way, or if the time is no time.
+    /// Simulates an ad of `seconds` (at most 24 h): fades the volume even if the engine is disabled or in
+    /// test mode. Does nothing during a real or simulated ad, or if `seconds` is negative or not finite.
     Q_INVOKABLE void simulate(double seconds);
-    /// The user does not take the ad for one: brings the volume back until another ad begins, and forgets
-    /// the fingerprints that were learned since it began. A simulated ad goes on without a fade.
+    /// Treats the ad in progress as a false detection: restores the volume until the next ad, and forgets the
+    /// fingerprints learned from it. A simulated ad goes on without a fade.
     Q_INVOKABLE void restoreVolume();
-    /// Forgets the ads that would be recognised by their sound.
+    /// Forgets all learned fingerprints of ads.
     Q_INVOKABLE void forgetLearnedAds();
-    /// Puts the volume back at once and returns when that is done: call last of all, before the process ends.
+    /// Restores the volume immediately and blocks until that is done. Call as the last operation before the
+    /// process ends.
     void applicationWillTerminate();
 
 Q_SIGNALS:
@@ -226,9 +228,10 @@ Q_SIGNALS:
     void signalReadingsChanged();
     void transcriptChanged();
     void transcribingChanged();
-    /// A point was added at the end; the first one may have gone.
+    /// A point was added at the end; points may have been removed at the beginning.
     void trailChanged();
-    /// An event was added at the front, and the last one may have gone; or it is another.
+    /// An event was added at the beginning and the last one may have been removed, or the whole history was
+    /// replaced.
     void historyChanged();
     void screenAccessChanged();
     void speechAccessChanged();
@@ -238,11 +241,11 @@ Q_SIGNALS:
 private:
     using Signal = void (SordinEngine::*)();
 
-    /// Assigns, and tells if that changed anything.
+    /// Assigns `value` and emits `changed` if the field was different.
     template <class Value>
     void publish(Value& field, Value value, Signal changed);
-    /// What other threads may call: it posts `action(engine, arguments...)` to the main thread, for as long
-    /// as the engine lives.
+    /// Returns a function for other threads that posts `action(engine, arguments...)` to the main thread. The
+    /// action is skipped if the engine has been destroyed.
     template <class Action>
     [[nodiscard]] auto posting(Action action);
 
@@ -299,7 +302,7 @@ private:
     bool speechRequestPossible_ = false;
     bool simulating_ = false;
 
-    /// A moment by both clocks.
+    /// A time in both clocks.
     struct Moment {
         ReferenceDate date;
         double clock;
@@ -310,11 +313,11 @@ private:
     std::optional<Call> call_;
     std::optional<Moment> adStart_;
     bool adWasMuted_ = false;
-    bool capturing_ = false;                  // a start has succeeded and the capture has not ended since
-    std::uint64_t starts_ = 0;                // counts, so that the end of a cancelled one is known
-    std::optional<std::uint64_t> startTask_;  // the start under way
+    bool capturing_ = false;                  // a start has succeeded, and the capture has not ended since
+    std::uint64_t starts_ = 0;                // number of starts; distinguishes the result of a canceled one
+    std::optional<std::uint64_t> startTask_;  // the start in progress
     Timer watchdog_;
-    Timer retry_;  // the start after the capture has stopped by itself
+    Timer retry_;  // until the restart of a capture that ended by itself
     Timer simulation_;
 };
 

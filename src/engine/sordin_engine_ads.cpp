@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The engine's way with what the pipeline finds: readings, ads, what is remembered of them, and the fades.
+// Handles the results of the pipeline: readings, ads, the history and fades.
 #include "engine/engine_log.h"
 #include "engine/sordin_engine.h"
 
@@ -21,12 +21,11 @@ constexpr std::size_t historyLength = 500;
 
 void SordinEngine::wirePipeline() {
     DetectionPipeline& pipeline = *parts_.pipeline;
-    // The fade begins on the pipeline's queue, within the hop that noticed the ad: the main thread may be
-    // busy.
+    // Fade on the pipeline's queue, within the hop that detected the ad, because the main thread may be busy.
     pipeline.onAdStart = [config = config_, volume = std::weak_ptr(parts_.volume),
                           started =
                               posting([](SordinEngine& engine, bool muted) { engine.adStarted(muted); })] {
-        if (config->inCall()) {  // what was heard before it began
+        if (config->inCall()) {  // the audio is from before the call
             return;
         }
         const bool muted = !config->dryRun();
@@ -57,7 +56,7 @@ void SordinEngine::handle(const PipelineTick& tick) {
     publish(confidence_, static_cast<double>(tick.confidence), &SordinEngine::confidenceChanged);
     publish(threshold_, static_cast<double>(tick.threshold), &SordinEngine::thresholdChanged);
     publish(transcribing_, tick.transcribing, &SordinEngine::transcribingChanged);
-    // A session begins without a text: what the last one said stays until there is more.
+    // Keep the last transcript until a new session has text.
     if (!tick.transcript.empty() || !tick.transcribing) {
         publish(transcript_, QString::fromStdString(tick.transcript), &SordinEngine::transcriptChanged);
     }
@@ -75,7 +74,7 @@ void SordinEngine::handle(const PipelineTick& tick) {
 }
 
 void SordinEngine::adStarted(bool muted) {
-    if (!isEnabled_ || !capturing_) {  // the capture that it was heard by has ended since
+    if (!isEnabled_ || !capturing_) {  // the capture has ended since the detection
         return;
     }
     adStart_ = now();
@@ -84,7 +83,7 @@ void SordinEngine::adStarted(bool muted) {
     setStatus(EngineStatus::Kind::mutingAd);
     publish(currentApp_, QString::fromStdString(parts_.inspector->likelySource()),
             &SordinEngine::currentAppChanged);
-    qCInfo(engineLog).noquote() << "an ad began in" << currentApp_ << (muted ? "(faded)" : "(watched only)");
+    qCInfo(engineLog).noquote() << "an ad began in" << currentApp_ << (muted ? "(faded)" : "(test mode)");
 }
 
 void SordinEngine::adEnded(const AdSummary& summary) {
@@ -137,7 +136,7 @@ void SordinEngine::simulate(double seconds) {
     const Moment start = now();
     const QString app = QString::fromStdString(parts_.inspector->likelySource());
     parts_.volume->duck(config_->duck(), duckRamp);
-    constexpr double longest = 24 * 60 * 60;  // no timer runs longer, no simulation needs to
+    constexpr double longest = 24 * 60 * 60;  // keeps the duration within the range of the timer
     const std::chrono::duration<double> length(std::min(seconds, longest));
     simulation_ = parts_.mainQueue->after(std::chrono::duration_cast<SerialQueue::Duration>(length),
                                           [this, start, app] {
@@ -154,8 +153,9 @@ void SordinEngine::simulate(double seconds) {
 }
 
 void SordinEngine::restoreVolume() {
-    qCInfo(engineLog, "the volume is asked back");
-    // An ad that has just ended is meant too, while its volume is on the way up.
+    qCInfo(engineLog, "volume restore requested");
+    // adActive_ and adFaded_ are posted separately: a fade without an active ad belongs to an ad that has
+    // just begun or ended.
     if (adActive_ || (adFaded_ && !simulating_)) {
         parts_.pipeline->disownAd();
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The engine's listening: its start, its end, its loss, and the permissions that it needs.
+// Starts and stops the capture, restarts it after a failure, and handles permissions.
 #include "engine/sordin_engine.h"
 
 #include <chrono>
@@ -31,7 +31,7 @@ void SordinEngine::startCapture() {
         setStatus(EngineStatus::Kind::needsPermission);
         return;
     }
-    if (capturing_) {  // nothing to start
+    if (capturing_) {  // already running
         setStatus(adActive_ ? EngineStatus::Kind::mutingAd : EngineStatus::Kind::listening);
         return;
     }
@@ -52,7 +52,7 @@ void SordinEngine::startCapture() {
 void SordinEngine::startFinished(std::uint64_t start,
                                  const std::optional<SystemAudioCapture::Failure>& failure) {
     if (startTask_ != start) {
-        return;  // cancelled
+        return;  // canceled
     }
     startTask_.reset();
     if (failure) {
@@ -77,8 +77,8 @@ void SordinEngine::stopCapture() {
     retry_.cancel();
     watchdog_.cancel();
     capturing_ = false;
-    // Once more when the last sound has been handled: a hop that came after the first stop may have begun an
-    // ad.
+    // Stop the pipeline a second time after the last audio has been handled: a hop after the first stop may
+    // have started an ad.
     parts_.capture->stop(posting([](SordinEngine& engine) {
         if (!engine.capturing_ && !engine.startTask_) {
             engine.parts_.pipeline->stop();
@@ -103,7 +103,7 @@ void SordinEngine::captureStopped() {
     setStatus(EngineStatus::failed(QStringLiteral("Audio capture stopped. Retrying…")));
     retry_ = parts_.mainQueue->after(retryDelay, [this] {
         startCapture();
-    });  // the engine outlives its timers' work: both are of this thread
+    });  // `this` is safe: timers run on this thread and are canceled by the destructor
 }
 
 void SordinEngine::captureReady() {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the engine does not listen to: calls, and applications that the user has chosen.
+// Excludes calls and ignored applications from listening.
 #include "engine/engine_log.h"
 #include "engine/sordin_engine.h"
 
@@ -10,7 +10,7 @@ namespace sordin {
 
 namespace {
 
-constexpr qsizetype longestId = 255;  // bytes; as long as the name of a file may be
+constexpr qsizetype longestId = 255;  // bytes; the maximum length of a file name
 constexpr qsizetype mostIds = 256;
 
 }  // namespace
@@ -52,8 +52,8 @@ void SordinEngine::publishCall() {
         }
     }
     if (app != callApp_) {
-        qCInfo(engineLog).noquote() << (app.isEmpty() ? QStringLiteral("no call is on any more")
-                                                      : QStringLiteral("a call is on in %1").arg(app));
+        qCInfo(engineLog).noquote() << (app.isEmpty() ? QStringLiteral("no longer paused for a call")
+                                                      : QStringLiteral("paused for a call in %1").arg(app));
     }
     publish(callApp_, app, &SordinEngine::callAppChanged);
 }

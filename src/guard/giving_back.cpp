@@ -14,7 +14,7 @@ namespace {
 
 constexpr auto patienceForConfirmation = std::chrono::seconds(1);
 
-/// Wakes whoever waits for devices. Shared with the handler, which may still be running afterwards.
+/// Signals a change of devices. Shared with the handler, which may still run after it has been cleared.
 struct Changes {
     std::mutex mutex;
     std::condition_variable condition;
@@ -64,7 +64,7 @@ bool giveBack(AudioObjects& objects, AudioObjectId device, const DuckInForce& du
     if (pending == nullptr) {
         setMuted(objects, device, false);
     }
-    // A device may come before its volume is known.
+    // A device can appear before its volume is available.
     const auto end = std::chrono::steady_clock::now() + patienceForConfirmation;
     while (pending != nullptr && !raiseOutputVolume(objects, device, pending->volume)) {
         if (std::chrono::steady_clock::now() > end) {

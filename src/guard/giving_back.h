@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Gives back what a program that is gone took from a device.
+// Restores a device after the program has died.
 #pragma once
 
 #include "platform/audio_objects.h"
@@ -10,13 +10,15 @@
 
 namespace sordin {
 
-/// The device that a duck took something from; waits up to `patience` for it to be there. One kept without
-/// its name is the default output device. Takes the objects' handler of changes for itself meanwhile.
+/// Finds the device of a duck and waits up to `patience` until it is present. The device is the default
+/// output device if the record contains none. Returns nothing if it stays absent. Replaces the handler of
+/// AudioObjects::onDevicesChanged() and clears it at the end.
 [[nodiscard]] std::optional<AudioObjectId> awaitDevice(AudioObjects& objects, const DuckInForce& duck,
                                                        std::chrono::milliseconds patience);
 
-/// Raises the volume of a device that is there to what it was, or ends its muting, and waits for the audio
-/// system to have done so; false if it has not within a second. Touches no other device.
+/// Raises the volume of a present device to the recorded one, or unmutes it. Blocks until the audio system
+/// has confirmed it. Returns false if the device does not accept the volume within 1 s, or if the
+/// confirmation takes longer than 1 s.
 [[nodiscard]] bool giveBack(AudioObjects& objects, AudioObjectId device, const DuckInForce& duck);
 
 }  // namespace sordin

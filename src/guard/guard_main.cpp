@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// sordin-volume-guard FOLDER: has the volume given back if the program dies. Started by the program alone;
-// what it promises is in guard_process.h. It waits for as long as the program runs, so it has no library, no
-// thread and no connection but that to the program; what knows audio servers is sordin-volume-restorer.
+// sordin-volume-guard FOLDER: restores the volume if the program dies. Only the program starts it;
+// guard_process.h describes its guarantees. It runs as long as the program, so it uses no audio library, no
+// second thread and no connection except the one to the program. sordin-volume-restorer contains the code for
+// audio servers.
 #include "guard/guard_messages.h"
 #include "guard/guard_start.h"
 #include "support/file_descriptor.h"
@@ -25,7 +26,8 @@ namespace {
 using namespace sordin;
 constexpr auto restorerName = "sordin-volume-restorer";
 
-/// Those that end a session, and SIGPIPE: the audio server may go while it is being told something.
+/// Ignores the signals that end a session, and SIGPIPE, which a write to an audio server that has ended would
+/// raise. The restorer inherits this.
 void ignoreSignals() {
     sigset_t ignored;
     sigemptyset(&ignored);
@@ -36,7 +38,7 @@ void ignoreSignals() {
     sigprocmask(SIG_UNBLOCK, &ignored, nullptr);
 }
 
-/// Takes in the messages that are there. False if no more can come.
+/// Reads all available messages into `duck`. Returns false if the connection is closed.
 bool receive(std::optional<DuckInForce>& duck) {
     std::array<char, longestGuardMessage> text;
     while (true) {
@@ -49,7 +51,8 @@ bool receive(std::optional<DuckInForce>& duck) {
     }
 }
 
-/// Returns when the program is gone, or has no more use for a guard; what was in force then.
+/// Waits until the program has ended or no longer needs a guard. Returns the duck that was then in force, if
+/// any.
 std::optional<DuckInForce> watchProgram() {
     std::optional<DuckInForce> duck;
     std::array<pollfd, 2> sources{{{guard_start::program, POLLIN, 0}, {guard_start::messages, POLLIN, 0}}};
@@ -58,7 +61,7 @@ std::optional<DuckInForce> watchProgram() {
         if (poll(sources.data(), sources.size(), -1) < 0 && errno != EINTR) {
             return std::nullopt;
         }
-        // In this order: what it said last counts.
+        // Check `gone` first and read the messages after that, so that the last message is not missed.
         const bool gone = program.revents != 0;
         if ((gone || messages.revents != 0) && !receive(duck)) {
             messages.fd = -1;
@@ -72,13 +75,14 @@ std::optional<DuckInForce> watchProgram() {
     }
 }
 
-/// Becomes sordin-volume-restorer, which gives back what is in force. Only returns if that fails.
+/// Replaces this process by sordin-volume-restorer, which restores the device of `duck`. Returns only on
+/// failure.
 void restore(const FileDescriptor& restorer, std::string folder, const DuckInForce& duck) {
     std::string name = restorerName;
     std::string message = toGuardMessage(duck);
     const std::array<char*, 4> arguments{name.data(), folder.data(), message.data(), nullptr};
     fexecve(restorer.get(), arguments.data(), environ);
-    std::cerr << "sordin-volume-guard: " << name << " cannot be run\n";
+    std::cerr << "sordin-volume-guard: cannot run " << name << '\n';
 }
 
 bool calledByProgram() {
@@ -90,16 +94,17 @@ bool calledByProgram() {
 
 int main(int argc, char** argv) {
     if (argc != 2 || !calledByProgram()) {
-        std::cerr << "sordin-volume-guard is a part of Sordin and is started by it\n";
+        std::cerr << "sordin-volume-guard: only Sordin starts this program\n";
         return 2;
     }
     ignoreSignals();
     try {
-        // Now, so that the one of this version is there though the program be replaced or removed.
+        // Open the restorer now, so that this version can run even if the files are replaced or removed
+        // later.
         const auto beside = programPath(argv[0]).parent_path() / restorerName;
         const FileDescriptor restorer(open(beside.c_str(), O_PATH | O_CLOEXEC));
         if (!restorer.valid()) {
-            std::cerr << "sordin-volume-guard: there is no " << beside << '\n';
+            std::cerr << "sordin-volume-guard: cannot open " << beside << '\n';
             return 1;
         }
         for (const int ours : {guard_start::program, guard_start::messages}) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the program tells its volume guard: messages of JSON text, each the whole truth, so that only the last
-// one counts.
+// Messages from the program to its volume guard, as JSON text. Each contains the complete state, so only the
+// last one counts.
 #pragma once
 
 #include "volume/volume_guard.h"
@@ -12,13 +12,13 @@
 
 namespace sordin {
 
-/// No message is longer, in bytes.
+/// Maximum length of a message, bytes.
 inline constexpr std::size_t longestGuardMessage = 16'384;
 
-/// Says what is in force, or that nothing is.
+/// Encodes the duck in force, or that there is none.
 [[nodiscard]] std::string toGuardMessage(const std::optional<DuckInForce>& duck);
 
-/// Takes what a message says into `duck`. False if it is no such message: `duck` is then as it was.
+/// Decodes a message into `duck`. Returns false and leaves `duck` unchanged if the message is invalid.
 [[nodiscard]] bool readGuardMessage(std::string_view text, std::optional<DuckInForce>& duck);
 
 }  // namespace sordin

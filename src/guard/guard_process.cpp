@@ -19,12 +19,13 @@ namespace sordin {
 
 namespace {
 
-/// The same file under a number that is none of the guard's, so that giving it one overwrites nothing.
+/// Duplicates a descriptor to a number outside those of the guard, so that dup2() to these cannot overwrite
+/// it.
 FileDescriptor moved(const FileDescriptor& file) {
     return FileDescriptor(fcntl(file.get(), F_DUPFD_CLOEXEC, guard_start::firstFreeDescriptor));
 }
 
-/// Starts the guard with nothing of ours but the two; its number, or -1.
+/// Starts the guard with these two descriptors and none of the others. Returns its process ID, or -1.
 pid_t spawned(std::array<std::string, 2> command, const FileDescriptor& program,
               const FileDescriptor& messages) {
     posix_spawn_file_actions_t actions;
@@ -45,7 +46,7 @@ pid_t spawned(std::array<std::string, 2> command, const FileDescriptor& program,
     sigset_t all;
     sigfillset(&all);
     posix_spawnattr_setsigdefault(&attributes, &all);
-    // A session of its own: what ends the program's terminal or its group does not end the guard.
+    // In a separate session, the guard survives the end of the program's terminal and process group.
     posix_spawnattr_setflags(&attributes,
                              POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
     std::array<char*, 3> arguments{command[0].data(), command[1].data(), nullptr};
@@ -73,7 +74,7 @@ void GuardProcess::inForce(const DuckInForce& duck) {
 
 void GuardProcess::givenBack() {
     if (!tell(std::nullopt)) {
-        end();  // the one that does not know would take the volume for owed
+        end();  // without this message the guard would still restore the volume
     }
 }
 

@@ -11,38 +11,42 @@
 
 namespace sordin {
 
-/// The volume guard as a process of its own, sordin-volume-guard, which outlives the program by a moment.
+/// Runs the volume guard as a separate process, sordin-volume-guard, which outlives the program.
 ///
-/// It promises: when this process ends while a duck is in force, however it ends (SIGKILL, a crash, out of
-/// memory), the device that was faded or muted has its volume or its sound back within a second, where the
-/// device and the audio server are there; otherwise when they return within ten seconds. Only that device is
-/// touched, and a volume is only ever raised. The record of the duck is then removed. It survives the signals
-/// that end whole sessions and the closing of the terminal, and holds none of the program's files.
+/// If this process ends during a duck, for any reason (SIGKILL, a crash, out of memory), the guard restores
+/// the volume of the device or unmutes it. It does so within a second if the device and the audio server are
+/// available, otherwise when they return within ten seconds. It changes only that device, only raises the
+/// volume, and then removes the record of the duck. It survives the signals that end a session and the
+/// closing of the terminal, and inherits no open files of the program.
 ///
-/// It does not promise anything
-/// - if it is killed too before it is done, as by a service manager that kills all of a program's processes;
-///   or if it has died unnoticed since it was told of the duck: it is started again only for the next one;
-/// - while the program hangs or is stopped, or a dump of its memory is being written: it is not gone yet;
-/// - if the audio server hangs, or the device does not return within ten seconds;
-/// - if another run of the program has taken over meanwhile (PendingRestoreLock): that recovers itself.
-/// In all these cases a faded volume is left to the record and the next start; a muted device stays muted.
-/// Where the system has no pidfd_open (Linux before 5.3) there is no guard.
+/// The guard restores nothing:
+/// - if it is killed before it is done, for example by a service manager that kills all processes of the
+///   program;
+/// - if it has died since the duck was reported, because the program replaces it only at the next duck;
+/// - while the program hangs, is stopped or dumps core, because it has not ended;
+/// - if the audio server hangs or the device does not return within ten seconds;
+/// - if SIGTERM, SIGHUP or SIGINT arrives after it has waited 2 s for an absent device, because it no longer
+///   ignores them then;
+/// - if a new run of the program holds the PendingRestoreLock, because that run recovers the volume.
+///
+/// In these cases the record remains, and the next start of the program restores a faded volume. A muted
+/// device stays muted. Without pidfd_open (Linux before 5.3) there is no guard.
 class GuardProcess final : public VolumeGuard {
 public:
-    /// Starts `helper`, which finds the record in `folder`. Never fails: pid() is -1 then.
+    /// Starts the executable `helper`. `folder` is the folder of the record. On failure pid() is -1.
     GuardProcess(const std::filesystem::path& helper, const std::filesystem::path& folder);
 
-    /// Lets the guard end, with the program where a duck is still in force, else now.
+    /// Closes the connection. The guard then ends, or, during a duck, waits for the end of the program.
     ~GuardProcess() override = default;
     GuardProcess(const GuardProcess&) = delete;
     GuardProcess& operator=(const GuardProcess&) = delete;
 
-    /// Sends a message and does not wait; what was sent reaches the guard even if this process dies next.
-    /// A guard that has died or takes no messages is replaced.
+    /// Sends a message without blocking. The guard receives it even if this process dies immediately
+    /// afterwards. Replaces a guard that has died or accepts no messages.
     void inForce(const DuckInForce& duck) override;
     void givenBack() override;
 
-    /// The process; -1 if none could be started.
+    /// The process ID of the guard; -1 if there is none.
     [[nodiscard]] pid_t pid() const { return pid_; }
 
 private:

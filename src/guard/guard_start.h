@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the guard is started with beside its standard streams.
+// Descriptors and signals with which the program starts the guard.
 #pragma once
 
 #include <array>
@@ -7,11 +7,12 @@
 
 namespace sordin::guard_start {
 
-inline constexpr int program = 3;   ///< a pidfd: readable once the program is gone
-inline constexpr int messages = 4;  ///< a socket of whole messages
+inline constexpr int program = 3;   ///< pidfd of the program: readable when the program has ended
+inline constexpr int messages = 4;  ///< socket that preserves message boundaries
 inline constexpr int firstFreeDescriptor = 5;
 
-/// Blocked, until the guard ignores them: none can end it before.
+/// Signals that the guard ignores. The program starts it with these blocked, so that none can end it before
+/// that.
 inline constexpr std::array heldBackSignals{SIGTERM, SIGHUP, SIGINT, SIGPIPE, SIGXFSZ};
 
 }  // namespace sordin::guard_start

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// sordin-volume-restorer FOLDER MESSAGE: what sordin-volume-guard becomes when the program has died: gives
-// back what was in force by the guard's last message, with the guard's process, signals and promises.
+// sordin-volume-restorer FOLDER MESSAGE: sordin-volume-guard executes it in its own process after the program
+// has died. Restores the device of MESSAGE, the guard's last message. The guarantees are in guard_process.h.
 #include "guard/giving_back.h"
 #include "guard/guard_messages.h"
 #include "platform/linux/audio/linux_audio.h"
@@ -21,11 +21,11 @@ namespace {
 using namespace sordin;
 using namespace std::chrono_literals;
 
-/// A program that has just been starting another may have lent that the lock for a moment.
+/// A child process that the program was just starting may hold the lock for a moment.
 constexpr auto patienceForLock = 200ms;
-/// For a device that is there. A new start of the program waits meanwhile (PendingRestoreLock).
+/// For a device that is present. A new start of the program waits for this time (PendingRestoreLock).
 constexpr auto patienceWithLock = 2s;
-/// For one that has yet to return.
+/// For a device that is absent.
 constexpr auto patienceWithoutLock = 8s;
 
 void endAtSignals() {
@@ -36,12 +36,12 @@ void endAtSignals() {
 
 using Slot = PendingRestore::Slot;
 
-/// The file with the records of ducks.
+/// The file with the records of pending restores.
 class RecordFile {
 public:
     explicit RecordFile(std::filesystem::path folder) : folder_(std::move(folder)) {}
 
-    /// Where a record like this lies.
+    /// The slot whose record equals `duck`; nothing if there is none.
     [[nodiscard]] std::optional<Slot> slotOf(const DuckInForce& duck) const {
         const auto* pending = std::get_if<PendingRestore>(&duck);
         const auto defaults = open();
@@ -67,7 +67,7 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
     using State = PendingRestoreLock::State;
     std::optional<PendingRestoreLock> lock(std::in_place, folder, patienceForLock);
     if (lock->state() == State::taken) {
-        return;  // a new run of the program recovers by itself
+        return;  // a new run of the program restores the volume
     }
     const RecordFile file(folder);
     const LinuxAudio audio;
@@ -75,7 +75,8 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
     auto device = awaitDevice(objects, duck, patienceWithLock);
     if (!device) {
         const auto slot = file.slotOf(duck);
-        // Nothing is lost any more by ending: the record is there.
+        // Release the lock and let signals end this process: the next start of the program restores the
+        // record.
         endAtSignals();
         lock.reset();
         device = awaitDevice(objects, duck, patienceWithoutLock);
@@ -85,9 +86,10 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
         }
     }
     if (!giveBack(objects, *device, duck)) {
-        return;  // the record stays for the next start
+        return;  // the record remains for the next start
     }
-    // Only now: what the guard was told is all it takes, whatever has become of the files.
+    // Access the file only after the restore, which needs nothing but the message and must not depend on the
+    // file.
     if (const auto slot = file.slotOf(duck)) {
         file.remove(*slot);
     }
@@ -98,7 +100,7 @@ void giveBackFor(const std::filesystem::path& folder, const DuckInForce& duck) {
 int main(int argc, char** argv) {
     std::optional<DuckInForce> duck;
     if (argc != 3 || !readGuardMessage(argv[2], duck)) {
-        std::cerr << "sordin-volume-restorer is a part of Sordin and is started by its guard\n";
+        std::cerr << "sordin-volume-restorer: only sordin-volume-guard starts this program\n";
         return 2;
     }
     try {

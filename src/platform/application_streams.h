@@ -11,27 +11,28 @@
 
 namespace sordin {
 
-/// A stream of an application that plays or records now. Streams of this program, copies of other sound
-/// (filters, effects, loopbacks) and recordings of what is played are not among them.
+/// A stream of an application that currently plays or records. Excluded are streams of this program, copies
+/// of other sound (filters, effects, loopbacks) and recordings of playback (monitors).
 struct ApplicationStream {
     enum class Kind {
         plays,
-        playsCall,  ///< plays a call, as the application itself has marked the stream
-        records     ///< from a microphone
+        playsCall,  ///< plays a call: the application itself marked the stream so
+        records     ///< records from a microphone
     };
 
     Kind kind = Kind::plays;
-    std::string program;  ///< the same for all streams of one process; of one client where that is not known
-    std::optional<std::int32_t> process;  ///< none where it is not known
-    std::string name;                     ///< what the application calls itself, one short line; may be empty
+    /// Equal for all streams of one process, or of one client where the process is unknown.
+    std::string program;
+    std::optional<std::int32_t> process;  ///< none if unknown
+    std::string name;                     ///< the application's name for itself, one short line; may be empty
 
     bool operator==(const ApplicationStream&) const = default;
 };
 
-/// What is not listened to.
+/// The audio to exclude from listening.
 struct LeftOut {
     bool everything = false;
-    std::set<std::string> applications;  ///< identifiers, as ProcessDirectory gives them
+    std::set<std::string> applications;  ///< identifiers from ProcessDirectory::applicationIds()
 
     [[nodiscard]] bool holdsAny(const std::vector<std::string>& ids) const {
         return std::any_of(ids.begin(), ids.end(),
@@ -39,20 +40,20 @@ struct LeftOut {
     }
 };
 
-/// The applications' streams, and which of them are listened to. Any thread.
+/// Lists the applications' streams and excludes some of them from listening. Any thread.
 class ApplicationStreams {
 public:
     using Handler = std::function<void(const std::vector<ApplicationStream>&)>;
 
     virtual ~ApplicationStreams() = default;
 
-    /// Sets what is called with all streams, once soon and then whenever they have changed, on any thread
-    /// with locks of the audio system held: it must only post. Empty for nothing; then it is not being
-    /// called any more.
+    /// Sets the handler for the list of all streams. It is called once soon, and again after each change, on
+    /// any thread and with locks of the audio system held: it must only post. An empty handler removes the
+    /// current one, which is not running and is not called again after the return.
     virtual void onChange(Handler handler) = 0;
 
-    /// Leaves out these in place of what was left out before: neither heard by the capture nor among the
-    /// audio objects' processes. Initially nothing is left out.
+    /// Replaces the set of excluded streams. The capture does not record them, and AudioObjects does not list
+    /// their processes. Initially the set is empty.
     virtual void leaveOut(LeftOut what) = 0;
 };
 

@@ -12,14 +12,14 @@
 
 namespace sordin {
 
-/// An audio device or a process that plays. Given by an adapter, never used again for another thing, and the
-/// same when a device goes and comes back. 0 is none.
+/// Identifies an audio device or a playing process. The adapter assigns it and never reuses it for a
+/// different object; a device that goes and comes back keeps its identifier. 0 means none.
 using AudioObjectId = std::uint32_t;
 
-/// The object that stands for the audio system itself.
+/// Represents the audio system itself.
 inline constexpr AudioObjectId systemAudioObject = 1;
 
-/// A code of four characters, as audio systems name properties: fourCharacters("volm").
+/// Packs up to four characters into a property code: fourCharacters("volm").
 [[nodiscard]] constexpr std::uint32_t fourCharacters(std::string_view text) {
     std::uint32_t code = 0;
     for (const char character : text) {
@@ -28,7 +28,7 @@ inline constexpr AudioObjectId systemAudioObject = 1;
     return code;
 }
 
-/// Names one property of an object. Element 0 is the object as a whole, 1 and 2 are its front channels.
+/// Names one property of an object. Element 0 is the whole object, 1 and 2 are its front channels.
 struct AudioProperty {
     std::uint32_t selector = 0;
     std::uint32_t scope = 0;
@@ -42,19 +42,19 @@ namespace audio_property {
 inline constexpr std::uint32_t global = fourCharacters("glob");
 inline constexpr std::uint32_t output = fourCharacters("outp");
 
-/// Of the system: the default output device, unsigned; 0 when there is none.
+/// System: the default output device (unsigned); 0 if there is none.
 inline constexpr AudioProperty defaultOutputDevice{fourCharacters("dOut"), global, 0};
-/// Of the system: the processes that play or could, a list.
+/// System: the processes that play or can play (list).
 inline constexpr AudioProperty processList{fourCharacters("prs#"), global, 0};
-/// Of a process: not 0 while it sends audio to an output, unsigned.
+/// Process: nonzero while it sends audio to an output (unsigned).
 inline constexpr AudioProperty isRunningOutput{fourCharacters("piro"), global, 0};
-/// Of a process: its identifier, signed.
+/// Process: its process identifier (signed).
 inline constexpr AudioProperty processId{fourCharacters("ppid"), global, 0};
-/// Of a device: 1 muted, 0 not, unsigned.
+/// Device: 1 if muted, else 0 (unsigned).
 inline constexpr AudioProperty mute{fourCharacters("mute"), output, 0};
 
-/// Of a device: the volume as mixers show it, 0 to 1, float. 1 stands for full volume, or for the volume at
-/// the last change by anybody else where that was above full.
+/// Device: the volume on the scale of mixers, 0 to 1 (float). 1 is full volume; if another program last set
+/// the volume above full, 1 is that volume.
 [[nodiscard]] constexpr AudioProperty volume(std::uint32_t element) {
     return {fourCharacters("volm"), output, element};
 }
@@ -63,19 +63,20 @@ inline constexpr AudioProperty mute{fourCharacters("mute"), output, 0};
 
 using AudioPropertyValue = std::variant<std::uint32_t, std::int32_t, float, std::vector<AudioObjectId>>;
 
-/// What is kept of a device beside a volume that has to come back to it in another run of the program.
+/// The properties of a device that are stored with a pending restore, so that another run of the program can
+/// finish it.
 struct OutputDeviceRecord {
-    std::string name;           ///< the device's lasting name
-    std::string route;          ///< its connector, for example headphones; empty when it has none
-    float reference = 1;        ///< the volume that the scalar 1 stands for, at least 1
+    std::string name;           ///< the device's persistent name
+    std::string route;          ///< its connector, for example headphones; empty if it has none
+    float reference = 1;        ///< the volume that the scalar 1 stands for, at least 1 (1 is full volume)
     std::vector<float> ratios;  ///< each channel's share of the loudest channel, 0 to 1
 
     bool operator==(const OutputDeviceRecord&) const = default;
 };
 
-/// The audio system as objects with properties. All operations may be called from any thread, return soon,
-/// and fail by answering nothing or false. A device that is known but away has the properties that it had
-/// (one that has never been seen: a volume, element 0), so that it can be written to; they cannot be read.
+/// The audio system as objects with properties. Any thread. All operations return quickly; on failure they
+/// return no value or false. A device that is known but absent keeps its set of properties (a device never
+/// seen so far has one: volume, element 0). They can be written, but not read.
 class AudioObjects {
 public:
     virtual ~AudioObjects() = default;
@@ -83,34 +84,35 @@ public:
     [[nodiscard]] virtual std::optional<AudioPropertyValue> get(AudioObjectId object,
                                                                 const AudioProperty& property) const = 0;
 
-    /// Writes; what was written is what get() answers until somebody else changes it. A write to a device
-    /// that is known but away is kept and applied when it returns.
+    /// Writes a property. get() returns the written value until another program changes it. A write to a
+    /// device that is known but absent is stored and applied when the device returns.
     virtual bool set(AudioObjectId object, const AudioProperty& property,
                      const AudioPropertyValue& value) = 0;
 
     [[nodiscard]] virtual bool has(AudioObjectId object, const AudioProperty& property) const = 0;
     [[nodiscard]] virtual bool settable(AudioObjectId object, const AudioProperty& property) const = 0;
 
-    /// Waits until the audio system has taken all writes so far; false if that took longer than `deadline`.
-    /// True at once if it has taken them already, or there were none.
+    /// Waits until the audio system has processed all writes so far, and returns true; at once if no write is
+    /// pending. Returns false if this takes longer than `deadline`.
     virtual bool flush(std::chrono::milliseconds deadline) = 0;
 
-    /// What to keep of a device; none if it is not known.
+    /// Returns the properties to store with a pending restore; none if the device is unknown.
     [[nodiscard]] virtual std::optional<OutputDeviceRecord> record(AudioObjectId device) const = 0;
 
-    /// The object of the device that a record describes, whether it is there or not. Until somebody else
+    /// Returns the object of the device that a record describes, present or not. Until another program
     /// changes the device's volume, its reference and balance are those of the record.
     virtual AudioObjectId adopt(const OutputDeviceRecord& record) = 0;
 
-    /// Whether a device is there now.
+    /// Returns whether the device is currently present.
     [[nodiscard]] virtual bool present(AudioObjectId device) const = 0;
 
-    /// Sets what is called, on any thread, after the default output device or the set of devices has changed.
-    /// The handler must not call back into this object; empty for nothing.
+    /// Sets the handler for changes of the default output device or of the set of devices. It is called on
+    /// any thread, after the change, and must not call back into this object. An empty handler removes the
+    /// current one.
     virtual void onDevicesChanged(std::function<void()> handler) = 0;
 };
 
-/// A property of the expected type; none when it cannot be read or is of another.
+/// Returns a property of the expected type; none if it cannot be read or has another type.
 template <class Value>
 [[nodiscard]] std::optional<Value> read(const AudioObjects& objects, AudioObjectId object,
                                         const AudioProperty& property) {

@@ -8,7 +8,7 @@ namespace sordin {
 
 namespace {
 
-/// The first folder of a path that is a bundle, without its ending.
+/// Returns the first component of a path that is a bundle, without its ending.
 std::optional<std::string> outermostBundle(std::string_view path) {
     constexpr std::string_view ending = ".app";
     while (!path.empty()) {

@@ -10,19 +10,19 @@
 
 namespace sordin {
 
-/// Names the application that is most likely the source of what is heard. Keeps nothing; any thread.
+/// Names the application that is most likely the source of the audio. Stateless; any thread.
 class AudioProcessInspector {
 public:
     /// Both must outlive the inspector.
     AudioProcessInspector(const AudioObjects& objects, const ProcessDirectory& directory)
         : objects_(objects), directory_(directory) {}
 
-    /// The name of the application that a process belongs to: its outermost bundle, so that a helper counts
-    /// as the application that it lives in, otherwise its localised name.
+    /// Returns the name of a process's application: its outermost bundle, so that a helper process counts as
+    /// the application that contains it, otherwise its localized name. None if unknown.
     [[nodiscard]] std::optional<std::string> appName(std::int32_t processId) const;
 
-    /// The applications other than this one that produce audio now, each once, in the audio system's order.
-    /// Empty where the audio system does not tell.
+    /// Returns the applications other than this one that currently play, without duplicates, in the audio
+    /// system's order. Empty if the audio system does not provide this.
     [[nodiscard]] std::vector<std::string> activeOutputApps() const;
 
     /// See ProcessDirectory.
@@ -33,8 +33,8 @@ public:
         return directory_.applicationName(id);
     }
 
-    /// The one to name: the frontmost application if it is playing, else the first that plays, else the
-    /// frontmost, else "Unknown". Never empty.
+    /// Returns the frontmost application if it plays, else the first application that plays, else the
+    /// frontmost one, else "Unknown". Never empty.
     [[nodiscard]] std::string likelySource() const;
 
 private:

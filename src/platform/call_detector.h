@@ -12,30 +12,31 @@
 
 namespace sordin {
 
-/// Whose call is on.
+/// A call in progress, identified by its application.
 struct Call {
     std::string program;                  ///< see ApplicationStream
-    std::optional<std::int32_t> process;  ///< none where it is not known
-    std::string name;                     ///< what the application calls itself; may be empty
+    std::optional<std::int32_t> process;  ///< none if unknown
+    std::string name;                     ///< the application's name for itself; may be empty
 
     bool operator==(const Call&) const = default;
 };
 
-/// The call that these streams amount to: of an application that plays what it has marked as a call, else of
-/// one that plays and records from a microphone. The first of several; none if there is no call.
+/// Finds the call in a list of streams. An application is in a call if it plays a stream that it marked as a
+/// call; failing that, if it both plays and records from a microphone. Returns the first match, or none.
 [[nodiscard]] std::optional<Call> callAmong(const std::vector<ApplicationStream>& streams);
 
-/// Says when a call begins and ends. A change counts once it has lasted for the settling time: streams come
-/// and go while an application sets up, and its short sounds make no call. Lives on its queue.
+/// Reports the begin and end of calls. A change counts after it has lasted for the settling time, because
+/// streams come and go while an application sets up, and a short sound is not a call. Use it on its queue
+/// only.
 class CallDetector {
 public:
     static constexpr std::chrono::seconds settlingTime{1};
 
-    /// `changed` is called on the queue when a call has begun, has ended, or is another's.
+    /// `changed` is called on the queue when a call begins, ends, or passes to another application.
     CallDetector(std::shared_ptr<SerialQueue> queue, std::function<void(const std::optional<Call>&)> changed)
         : queue_(std::move(queue)), changed_(std::move(changed)) {}
 
-    /// These streams are running now.
+    /// Takes the streams that are running now.
     void streamsChanged(const std::vector<ApplicationStream>& streams);
 
 private:
@@ -43,7 +44,7 @@ private:
     const std::function<void(const std::optional<Call>&)> changed_;
     std::optional<Call> settled_;
     std::optional<Call> latest_;
-    Timer settling_;  // runs while the two differ
+    Timer settling_;  // runs while settled_ and latest_ differ
 };
 
 }  // namespace sordin

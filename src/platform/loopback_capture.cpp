@@ -18,7 +18,7 @@ CapturedAudio halfSecondOfSilence() {
 
 }  // namespace
 
-/// The way of the samples to their handler, and the zeros where there are none. Ended from any thread.
+/// Passes the samples to the handler, and zeros while there are none. end() may be called on any thread.
 class LoopbackCapture::Delivery : public std::enable_shared_from_this<Delivery> {
 public:
     Delivery(std::shared_ptr<SerialQueue> queue, SampleHandler handler)
@@ -55,11 +55,11 @@ private:
     const SampleHandler handler_;
     const CapturedAudio zeros_ = halfSecondOfSilence();
     std::atomic<bool> live_ = true;
-    std::atomic<bool> anythingHeard_ = false;  // since the timer last looked
+    std::atomic<bool> anythingHeard_ = false;  // since the last tick of silence_
     Timer silence_;
 };
 
-/// Leads from an open source to the delivery of the start that it works for. Any thread.
+/// Connects an open source to the delivery of the current start. Any thread.
 class LoopbackCapture::Outlet {
 public:
     void lead(std::shared_ptr<Delivery> delivery) {
@@ -79,10 +79,10 @@ public:
 
 private:
     std::mutex lock_;
-    std::shared_ptr<Delivery> delivery_;  // none while nothing runs or is starting
+    std::shared_ptr<Delivery> delivery_;  // none while idle
 };
 
-/// Lives on the control queue.
+/// All the state of a capture. Use it on the control queue only, except where noted.
 class LoopbackCapture::Machine : public std::enable_shared_from_this<Machine> {
     template <class Action>
     std::function<void()> whileAlive(Action action) {
@@ -93,8 +93,9 @@ class LoopbackCapture::Machine : public std::enable_shared_from_this<Machine> {
         };
     }
 
-    /// What the source may call, on its threads and with its locks: it posts `action(*this, arguments...)`,
-    /// and never is the last to know the machine, which it would have to end.
+    /// Makes a callback for the source, which calls it on its own threads with its locks held. The callback
+    /// posts `action(*this, arguments...)`. It holds the machine weakly, so it never destroys the machine on
+    /// the source's thread.
     template <class Action>
     auto posting(Action action) {
         return [control = control_, weak = weak_from_this(), action](const auto&... arguments) {
@@ -110,7 +111,7 @@ public:
     Machine(std::shared_ptr<SerialQueue> control, std::unique_ptr<LoopbackSource> source)
         : control_(std::move(control)), source_(std::move(source)) {}
 
-    /// Posts `action(*this)`, which is dropped if the machine is gone by then. Any thread.
+    /// Posts `action(*this)`, which is dropped if the machine is destroyed first. Any thread.
     template <class Action>
     void post(Action action) {
         control_->post(whileAlive(std::move(action)));
@@ -124,7 +125,7 @@ public:
 
     void onReady(std::function<void()> handler) { onReady_ = std::move(handler); }
 
-    /// The starts up to this number are cancelled if they have not begun yet. Any thread.
+    /// Cancels all starts up to this number that have not begun yet. Any thread.
     void overtake(std::uint64_t start) { overtaken_ = start; }
 
     void start(std::uint64_t number, const std::shared_ptr<SerialQueue>& queue, SampleHandler handler,
@@ -167,7 +168,7 @@ public:
             completion();
             return;
         }
-        // Behind what is waiting for the handler.
+        // The completion has to follow the samples that are already posted to the handler's queue.
         queue_->post([control = control_, completion = std::move(completion)] { control->post(completion); });
     }
 
@@ -181,7 +182,7 @@ public:
 private:
     enum class State {
         idle,
-        waiting,  // until nothing is in the way of opening
+        waiting,  // for obstacles to opening to go away
         opening,
         running,
     };
@@ -230,7 +231,7 @@ private:
         state_ = State::opening;
         sourceState_ = SourceState::opening;
         lastFailure_ = source_->failure(Error::refused);
-        // What the source says of an earlier opening has lost its meaning.
+        // Reports about an earlier opening are obsolete.
         const auto now = ++opening_;
         source_->open({posting([now](Machine& machine) {
                            if (machine.opening_ == now) {
@@ -255,14 +256,14 @@ private:
                 std::exchange(completion_, nullptr)(std::nullopt);
             }
         } else {
-            source_->setWanted(false);  // stopped meanwhile
+            source_->setWanted(false);  // stopped in the meantime
         }
     }
 
     void ended(const Failure& failure) {
         if (state_ == State::opening && failure.error == Error::connectionLost) {
             closeSource();
-            state_ = State::waiting;  // for a server that comes back in time
+            state_ = State::waiting;  // a server that returns in time is used
             lastFailure_ = failure;
             tryToOpen();
         } else if (state_ == State::idle) {
@@ -272,7 +273,7 @@ private:
         }
     }
 
-    /// Ends a start, or what was running.
+    /// Fails the start in flight, or ends the running capture.
     void fail(const Failure& failure) {
         becomeIdle(false);
         if (completion_) {
@@ -318,12 +319,12 @@ private:
 
     State state_ = State::idle;
     SourceState sourceState_ = SourceState::closed;
-    bool obstructed_ = false;             // whether something stood in the way when last looked
-    std::uint64_t opening_ = 0;           // counts, so that late news of an earlier one are known
+    bool obstructed_ = false;             // whether there was an obstacle at the last check
+    std::uint64_t opening_ = 0;           // number of the current opening; late reports have another
     std::shared_ptr<SerialQueue> queue_;  // of the last start
     std::shared_ptr<Delivery> delivery_;
-    StartCompletion completion_;               // of the start in flight; none when it runs, and then moves
-    Failure lastFailure_{Error::unreachable};  // what to say when patience ends
+    StartCompletion completion_;               // of the start in flight; empty once the capture runs
+    Failure lastFailure_{Error::unreachable};  // reported when patienceTimer_ fires
     Timer patienceTimer_;
     Timer keepTimer_;
 };

@@ -11,8 +11,9 @@
 
 namespace sordin {
 
-/// The rules of SystemAudioCapture over a LoopbackSource. After a stop the source stays open for a moment,
-/// and a start in that time takes it over: servers do not bear streams that come and go many times a second.
+/// Implements the rules of SystemAudioCapture over a LoopbackSource. The source stays open for `keepTime`
+/// after a stop, and a start in that time reuses it: audio servers cope badly with streams that come and go
+/// many times a second.
 class LoopbackCapture final : public SystemAudioCapture {
 public:
     /// How long a start waits for an audio server.
@@ -20,8 +21,8 @@ public:
     /// How long the source stays open after a stop.
     static constexpr auto keepTime = std::chrono::seconds(1);
 
-    /// Neither may be null. Everything but the samples happens on `control`, a queue of its own,
-    /// "sordin.capture".
+    /// Neither may be null. Everything except the delivery of samples happens on `control`, a separate queue
+    /// ("sordin.capture").
     LoopbackCapture(std::shared_ptr<SerialQueue> control, std::unique_ptr<LoopbackSource> source);
     ~LoopbackCapture() override;
     LoopbackCapture(const LoopbackCapture&) = delete;
@@ -38,8 +39,8 @@ private:
     class Machine;
     class Outlet;
     const std::shared_ptr<SerialQueue> control_;
-    const std::shared_ptr<Machine> machine_;  // known weakly to posted work
-    std::atomic<std::uint64_t> asked_ = 0;    // starts so far
+    const std::shared_ptr<Machine> machine_;  // posted work holds it weakly
+    std::atomic<std::uint64_t> asked_ = 0;    // number of starts so far
 };
 
 }  // namespace sordin

@@ -11,12 +11,12 @@ namespace sordin {
 
 namespace {
 
-// Energy that the mask lets through over what it takes off, dB. Up to the first the mask is applied whole,
-// from the second on not at all. Synthetic voices alone have 25 to 35, at 15 dB over music 5 to 24.
+// Ratio of the energy that the mask passes to the energy that it removes, in dB. Synthetic voices alone have
+// 25 to 35, at 15 dB over music 5 to 24.
 constexpr float wholeMaskUpTo = 26;
 constexpr float noMaskFrom = 32;
-constexpr float memory = 0.8F;    // seconds in which an energy fades to 1/e
-constexpr float silence = 1e-9F;  // energy that is too little to tell
+constexpr float memory = 0.8F;    // seconds in which an energy decays to 1/e
+constexpr float silence = 1e-9F;  // added to both energies, so that silence has a ratio
 
 }  // namespace
 
@@ -24,13 +24,14 @@ MaskedSpeechDecoder::MaskedSpeechDecoder(std::unique_ptr<SpeechDecoder> decoder,
     : decoder_(std::move(decoder)),
       window_(mask.window),
       kept_(std::exp(-static_cast<float>(mask.window / 2) / (memory * static_cast<float>(mask.rate)))),
-      mask_(std::move(mask)) {}
+      mask_(std::move(mask)),
+      input_(window_ / 2) {}
 
 void MaskedSpeechDecoder::begin() {
     decoder_->begin();
     mask_.reset();
     input_.assign(window_ / 2, 0.0F);
-    energyLeft_ = energyTaken_ = 0;
+    energyPassed_ = energyRemoved_ = 0;
     hearing_ = true;
 }
 
@@ -41,27 +42,27 @@ void MaskedSpeechDecoder::process(std::span<const std::int16_t> samples) {
     std::transform(samples.begin(), samples.end(), fresh.begin(), fromInteger);
     cleaned_.clear();
     mask_.process(fresh, cleaned_);
-    restoreCleanVoice();
+    bypassForCleanVoice();
     integers_.resize(cleaned_.size());
     std::transform(cleaned_.begin(), cleaned_.end(), integers_.begin(), toInteger);
     decoder_->process(integers_);
 }
 
-void MaskedSpeechDecoder::restoreCleanVoice() {
-    // The mask's output comes in whole halves of a window, half a window behind its input.
+void MaskedSpeechDecoder::bypassForCleanVoice() {
+    // The mask's output is half a window behind its input and comes in whole half windows.
     const std::size_t half = window_ / 2;
     for (std::size_t begin = 0; begin < cleaned_.size(); begin += half) {
         const auto cleaned = std::span(cleaned_).subspan(begin, half);
         const auto heard = std::span<const float>(input_).subspan(begin, half);
-        float left = 0;
-        float taken = 0;
+        float passed = 0;
+        float removed = 0;
         for (std::size_t i = 0; i < half; ++i) {
-            left += cleaned[i] * cleaned[i];
-            taken += (heard[i] - cleaned[i]) * (heard[i] - cleaned[i]);
+            passed += cleaned[i] * cleaned[i];
+            removed += (heard[i] - cleaned[i]) * (heard[i] - cleaned[i]);
         }
-        energyLeft_ = kept_ * energyLeft_ + (1 - kept_) * left;
-        energyTaken_ = kept_ * energyTaken_ + (1 - kept_) * taken;
-        const float ratio = 10 * std::log10((energyLeft_ + silence) / (energyTaken_ + silence));
+        energyPassed_ = kept_ * energyPassed_ + (1 - kept_) * passed;
+        energyRemoved_ = kept_ * energyRemoved_ + (1 - kept_) * removed;
+        const float ratio = 10 * std::log10((energyPassed_ + silence) / (energyRemoved_ + silence));
         const float share = std::clamp((noMaskFrom - ratio) / (noMaskFrom - wholeMaskUpTo), 0.0F, 1.0F);
         std::transform(heard.begin(), heard.end(), cleaned.begin(), cleaned.begin(),
                        [share](float whole, float masked) { return whole + share * (masked - whole); });

@@ -11,9 +11,8 @@
 
 namespace sordin {
 
-/// A decoder that hears its samples through a speech mask. Its words come up to one window of the mask (32
-/// ms) later. A voice that is clean already reaches the decoder as it is: what the mask would take off is the
-/// voice itself.
+/// Sends samples through a speech mask to a decoder. The words come up to one window of the mask (32 ms)
+/// later. A clean voice bypasses the mask, which would only remove parts of the voice.
 class MaskedSpeechDecoder final : public SpeechDecoder {
 public:
     /// The mask must be for the decoder's sample rate.
@@ -26,16 +25,16 @@ public:
     [[nodiscard]] std::vector<HeardWord> words() override { return decoder_->words(); }
 
 private:
-    void restoreCleanVoice();
+    void bypassForCleanVoice();
 
     const std::unique_ptr<SpeechDecoder> decoder_;
     const std::size_t window_;  // samples
-    const float kept_;          // of both energies by half a window
+    const float kept_;          // factor of both energies per half window
     SpeechMask mask_;
     bool hearing_ = false;
-    float energyLeft_ = 0;      // of what the mask lets through, recent
-    float energyTaken_ = 0;     // of what it takes off
-    std::vector<float> input_;  // from half a window before the next cleaned sample on
+    float energyPassed_ = 0;    // recent energy of the mask's output
+    float energyRemoved_ = 0;   // recent energy of the difference to its input
+    std::vector<float> input_;  // input that the mask's next output belongs to
     std::vector<float> cleaned_;
     std::vector<std::int16_t> integers_;
 };

@@ -6,7 +6,7 @@
 
 namespace sordin {
 
-/// What a session has said so far, and the session itself.
+/// The running session and its text. Any thread.
 class OnDeviceTranscriber::State {
 public:
     using Session = std::shared_ptr<SpeechSession>;
@@ -24,7 +24,7 @@ public:
         return active_ ? session_ : nullptr;
     }
 
-    /// The number of the session that begins.
+    /// Returns the number of the new session.
     std::uint64_t begin() {
         const std::scoped_lock lock(lock_);
         text_.clear();
@@ -33,11 +33,11 @@ public:
     }
     void keep(Session session) {
         const std::scoped_lock lock(lock_);
-        if (active_) {  // else it was ended meanwhile, and ends as it is dropped
+        if (active_) {  // otherwise it was ended in the meantime and ends as it is dropped
             session_ = std::move(session);
         }
     }
-    /// Text of an older session than the latest is dropped.
+    /// Drops text of sessions before the latest.
     void hear(std::uint64_t number, const std::string& text) {
         const std::scoped_lock lock(lock_);
         if (number == number_) {

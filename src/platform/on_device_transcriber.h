@@ -11,45 +11,46 @@
 
 namespace sordin {
 
-/// Transcribes a few seconds at a time with a recogniser that works on this machine alone, and holds what it
-/// said. What goes wrong is not told: a session then has no text. `begin`, `end` and `append` are for one
-/// thread at a time; all else is for any thread.
+/// Transcribes a few seconds at a time with an on-device recognizer and keeps the text. Errors are not
+/// reported; the session then has no text. Call `begin`, `end` and `append` from one thread at a time; the
+/// rest from any thread.
 class OnDeviceTranscriber final : public SpeechTranscribing {
 public:
-    /// Null where there is no recogniser: then there is never a session.
+    /// `recogniser` may be null; then no session ever begins.
     explicit OnDeviceTranscriber(std::shared_ptr<SpeechRecogniser> recogniser);
     ~OnDeviceTranscriber() override;  ///< ends the session
     OnDeviceTranscriber(const OnDeviceTranscriber&) = delete;
     OnDeviceTranscriber& operator=(const OnDeviceTranscriber&) = delete;
 
-    /// Whether the recogniser may be used; never asks the user.
+    /// Whether the user and the system permit use of the recognizer. Never prompts the user.
     [[nodiscard]] bool authorised() const;
 
-    /// Whether asking can lead anywhere. Where it cannot, requestAuthorization() must not be called.
+    /// Whether a request can succeed. If false, do not call requestAuthorization().
     [[nodiscard]] bool canRequestAuthorization() const;
 
-    /// Asks for permission; calls `done` once, on any thread, when there is an answer, whatever it is.
+    /// Requests permission. Calls `done` once, on any thread, after any answer.
     void requestAuthorization(std::function<void()> done);
 
     [[nodiscard]] bool active() const override;
 
-    /// Stays after the session, until the next begins.
+    /// Returns the text of the running or, if none runs, the latest session.
     [[nodiscard]] std::string text() const override;
 
     [[nodiscard]] bool available() const override;
 
-    /// Ends a session that is running.
+    /// Ends the running session first, if any. Does nothing if the recognizer is not available.
     void begin() override;
     void end() override;
     void append(const PcmBuffer& buffer) override;
 
-    /// Transcription was switched off: the recogniser need not be kept ready.
+    /// Ends the session and lets the recognizer release its resources, because transcription was switched
+    /// off.
     void rest();
 
 private:
     class State;
 
-    const std::shared_ptr<State> state_;  // weakly known to the handlers of sessions, which may come late
+    const std::shared_ptr<State> state_;  // session handlers, which may be called late, hold it weakly
     const std::shared_ptr<SpeechRecogniser> recogniser_;
 };
 

@@ -5,21 +5,21 @@
 
 namespace sordin {
 
-/// What the system lets this program do, as far as the user decides it. Speech recognition is the
-/// recogniser's own affair. All operations may be called from any thread.
+/// The permissions that the user grants this program, except speech recognition (see SpeechRecogniser). Any
+/// thread.
 class Permissions {
 public:
     virtual ~Permissions() = default;
 
-    /// Whether this program may hear what the computer plays; found out anew, without asking the user.
+    /// Whether this program may capture the system's audio. Checks anew each time and never prompts the user.
     [[nodiscard]] virtual bool screenCapturePreflight() const = 0;
 
-    /// Asks the user for it, where a system has a question to ask; the answer shows in
-    /// screenCapturePreflight().
+    /// Prompts the user for that permission where the platform has a prompt. screenCapturePreflight() returns
+    /// the result.
     virtual void requestScreenCapture() = 0;
 
-    /// Opens the system's settings at the place named by `anchor`, "Privacy_ScreenCapture" or
-    /// "Privacy_SpeechRecognition". False where there is no such place, and nothing was opened.
+    /// Opens the system settings at `anchor`, "Privacy_ScreenCapture" or "Privacy_SpeechRecognition". Returns
+    /// false if the platform has no such page; then nothing opens.
     virtual bool openSettings(const std::string& anchor) = 0;
 };
 

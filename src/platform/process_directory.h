@@ -8,14 +8,13 @@
 
 namespace sordin {
 
-/// An application as the user knows it.
+/// An application as the user sees it.
 struct ApplicationInfo {
-    std::string bundlePath;     ///< where its bundle lies, on systems with bundles; empty elsewhere
-    std::string localisedName;  ///< UTF-8; empty when it has none
+    std::string bundlePath;     ///< the path of its bundle, on systems with bundles; empty elsewhere
+    std::string localisedName;  ///< UTF-8; empty if it has none
 };
 
-/// Knows the applications that run. All operations may be called from any thread and fail by answering
-/// nothing.
+/// Looks up applications. Any thread. On failure, operations return no value.
 class ProcessDirectory {
 public:
     virtual ~ProcessDirectory() = default;
@@ -23,14 +22,14 @@ public:
     /// The application that a process belongs to.
     [[nodiscard]] virtual std::optional<ApplicationInfo> runningApplication(std::int32_t processId) const = 0;
 
-    /// The application that the user is looking at.
+    /// The application that has the user's focus.
     [[nodiscard]] virtual std::optional<ApplicationInfo> frontmostApplication() const = 0;
 
-    /// The identifiers of all applications that are shown by this name, running or not; the name itself where
-    /// there is no better one. Reads many files.
+    /// Returns the identifiers of all applications, running or not, that are shown under this name; `name`
+    /// itself if there is no identifier. Reads many files.
     [[nodiscard]] virtual std::vector<std::string> applicationIds(const std::string& name) const = 0;
 
-    /// The name that an application is shown by; its identifier where it is not known.
+    /// Returns the name that an application is shown under; `id` itself if it is unknown.
     [[nodiscard]] virtual std::string applicationName(const std::string& id) const = 0;
 
     /// This program's own process identifier.

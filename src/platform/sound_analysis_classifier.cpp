@@ -12,7 +12,7 @@ namespace sordin {
 
 namespace {
 
-/// A score and the words that make a label belong to it.
+/// A score and the words that assign a label to it.
 struct Group {
     float SoundClassification::*score;
     std::array<std::string_view, 4> words;  // unused ones are empty
@@ -30,7 +30,7 @@ bool belongs(std::string_view identifier, const Group& group) {
     });
 }
 
-/// Identifiers are ASCII; the locale must not change what they mean.
+/// Independent of the locale: identifiers are ASCII.
 std::string lowerCased(std::string text) {
     for (char& c : text) {
         if (c >= 'A' && c <= 'Z') {
@@ -79,7 +79,7 @@ SoundAnalysisClassifier::SoundAnalysisClassifier(std::unique_ptr<SoundTagger> ta
 SoundAnalysisClassifier::~SoundAnalysisClassifier() = default;
 
 bool SoundAnalysisClassifier::prepare(const AudioFormat& format) {
-    // Nobody is told why it cannot: the detector goes on without.
+    // The reason is dropped because the detector works without the classifier.
     const bool done = !tagger_->prepare(format);
     prepared_ = prepared_ || done;
     return done;

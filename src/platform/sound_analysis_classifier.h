@@ -8,9 +8,9 @@
 
 namespace sordin {
 
-/// Folds a tagger's many labels into the three scores that the detector weighs. Each is the highest
-/// confidence among the labels that belong to it in the latest result alone. All operations but `current` and
-/// `reset`, which any thread may call, are for one thread at a time.
+/// Reduces a tagger's labels to the three scores of the detector. Each score is the highest confidence among
+/// its labels in the latest result. Call `current` and `reset` from any thread, the rest from one thread at a
+/// time.
 class SoundAnalysisClassifier final : public SoundClassifying {
 public:
     /// `tagger` must not be null.
@@ -28,7 +28,7 @@ public:
 private:
     class State;
 
-    const std::shared_ptr<State> state_;  // a late result may outlive the classifier
+    const std::shared_ptr<State> state_;  // the tagger's callback may outlive the classifier
     const std::unique_ptr<SoundTagger> tagger_;
     bool prepared_ = false;
 };

@@ -9,57 +9,57 @@
 
 namespace sordin {
 
-/// One recognition that is fed as the audio comes. Operations are called by one thread at a time and return
-/// at once.
+/// One recognition, which receives the audio as it arrives. Operations are called by one thread at a time and
+/// return at once.
 class SpeechSession {
 public:
     virtual ~SpeechSession() = default;
 
-    /// Takes one more buffer, of any format.
+    /// Takes the next buffer, in any format.
     virtual void append(const PcmBuffer& buffer) = 0;
 
-    /// No more audio will come.
+    /// Marks the end of the audio.
     virtual void endAudio() = 0;
 
-    /// The text of what was appended may still come, then nothing more.
+    /// Ends the session. The text of the audio so far may still arrive, then nothing more.
     virtual void finish() = 0;
 };
 
-/// Turns speech into text, on this machine alone: a platform's recogniser, or one that is installed.
+/// Turns speech into text on this machine only: the platform's recognizer or an installed one.
 class SpeechRecogniser {
 public:
-    /// Takes the whole text so far, UTF-8; every text replaces the one before.
+    /// Receives the whole text so far, UTF-8, which replaces the previous one.
     using TextHandler = std::function<void(const std::string&)>;
-    /// Takes what went wrong, one line. The session gives no more text.
+    /// Receives the error as one line. The session produces no more text.
     using ErrorHandler = std::function<void(const std::string&)>;
 
     virtual ~SpeechRecogniser() = default;
 
-    /// Whether it may be used, found out anew and without asking anybody: permitted, and installed where it
-    /// does not come with the platform. Any thread.
+    /// Whether the recognizer is permitted, and installed if it does not come with the platform. Checks anew
+    /// each time and never prompts the user. Any thread.
     [[nodiscard]] virtual bool authorised() const = 0;
 
-    /// Whether asking for authorisation can lead to it. Any thread.
+    /// Whether requestAuthorisation() can succeed. Any thread.
     [[nodiscard]] virtual bool canRequestAuthorisation() const = 0;
 
-    /// Asks for authorisation; calls `done` once, on any thread, when there is an answer.
+    /// Requests authorization. Calls `done` once, on any thread, after any answer.
     virtual void requestAuthorisation(std::function<void()> done) = 0;
 
     /// Whether a session that starts now can work. Any thread.
     [[nodiscard]] virtual bool available() const = 0;
 
-    /// Whether no audio and no text leave this machine. Any thread.
+    /// Whether all audio and text stay on this machine. Any thread.
     [[nodiscard]] virtual bool supportsOnDevice() const = 0;
 
-    /// Begins a session. The handlers are called on a thread of the recogniser's choosing, in order, also
-    /// before this returns and after the session was finished or dropped. Null if it cannot begin.
+    /// Begins a session; returns null if this fails. The handlers are called in order, on any thread,
+    /// possibly before the return and after the session is finished or dropped.
     [[nodiscard]] virtual std::shared_ptr<SpeechSession> start(TextHandler onText, ErrorHandler onError) = 0;
 
-    /// Returns when everything appended so far has been heard and its text given: for replays, which do not
-    /// wait for a clock.
+    /// Waits until all appended audio is processed and its text delivered. For replays, which run faster than
+    /// real time.
     virtual void drain() = 0;
 
-    /// There will be no session for a while: hands back what memory it can.
+    /// Releases memory, because no session is expected for a while.
     virtual void rest() = 0;
 };
 

@@ -23,15 +23,15 @@ constexpr std::array<std::string_view, 11> digits{"zero", "oh",  "one",   "two",
 constexpr double longestWord = 0.5;  // seconds
 constexpr double longerForEachLetter = 0.1;
 
-// The evidence for a phrase, in natural logarithms of a likelihood, and how much a phrase needs. The factors
+// Evidence for a phrase, in the unit of the acoustic match, and the sum that a phrase needs. The factors
 // are rounded from a logistic regression over phrases that were spoken and phrases that were not
 // (docs/speech.md).
-constexpr double evidenceOfALetter = 0.35;  // of the phrase, spaces too
+constexpr double evidenceOfALetter = 0.35;  // of the phrase, including spaces
 constexpr double evidenceOfAnotherPhrase = 1.5;
-// Words that a decoder guesses in a language that it does not know, in singing or in noise are short ones.
-constexpr double evidenceOfLongWords = 2;  // for each letter that the mean of the other words is above usual
+// In foreign languages, singing and noise, the decoder finds mostly short words.
+constexpr double evidenceOfLongWords = 2;  // per letter of the other words' mean length above the usual
 constexpr double usualLetters = 4;
-constexpr double wordsToBeSure = 10;  // the mean counts as of so many more words of the usual length
+constexpr double additionalWords = 10;  // of the usual length, for a steadier mean of few words
 constexpr double leastEvidence = -0.5;
 
 void writeTollFreeNumbers(std::vector<HeardWord>& words) {
@@ -47,7 +47,7 @@ bool tooLong(const HeardWord& word) {
     return word.length > longestWord + longerForEachLetter * static_cast<double>(word.word.size());
 }
 
-/// Numbers of letters and of words that are clear.
+/// Number of the words without "…", and of their letters.
 struct Length {
     explicit Length(std::span<const HeardWord> words) {
         for (const HeardWord& word : words) {
@@ -61,7 +61,7 @@ struct Length {
     double count = 0;
 };
 
-/// Mean of how well words fit their sounds, by their lengths; the least of all numbers for none.
+/// Mean match of words, weighted by their durations; the lowest number for words without duration.
 double matchOf(std::span<const HeardWord> words) {
     double length = 0;
     double match = 0;
@@ -72,10 +72,10 @@ double matchOf(std::span<const HeardWord> words) {
     return length > 0 ? match / length : std::numeric_limits<double>::lowest();
 }
 
-/// Evidence that a session gives for a phrase by its words other than those of the phrase.
+/// Evidence for a phrase from the other words of the session.
 double evidenceOfOthers(const Length& session, const Length& phrase, bool anotherPhrase) {
-    const double count = session.count - phrase.count + wordsToBeSure;
-    const double letters = session.letters - phrase.letters + wordsToBeSure * usualLetters;
+    const double count = session.count - phrase.count + additionalWords;
+    const double letters = session.letters - phrase.letters + additionalWords * usualLetters;
     return evidenceOfLongWords * (letters / count - usualLetters) +
            (anotherPhrase ? evidenceOfAnotherPhrase : 0);
 }

@@ -8,47 +8,47 @@
 
 namespace sordin {
 
-/// One line of the menu behind the icon.
+/// One line of the icon's menu.
 struct StatusMenuEntry {
     enum class Kind { action, toggle, separator };
 
     Kind kind = Kind::action;
-    QString text;  ///< none in a separator
+    QString text;  ///< empty for a separator
     bool enabled = true;
-    bool checked = false;  ///< of a toggle
-    /// May be empty. Called on the main thread, with the token (or none) by which the desktop lets a window
-    /// of ours come to the front.
+    bool checked = false;  ///< for a toggle
+    /// May be empty. Called on the main thread. `token` is the desktop's activation token, which lets a
+    /// window of this program come to the front; it may be empty.
     std::function<void(const QString& token)> triggered;
 
-    /// Whether it looks the same.
+    /// Whether both look the same; ignores `triggered`.
     [[nodiscard]] bool operator==(const StatusMenuEntry& other) const {
         return kind == other.kind && text == other.text && enabled == other.enabled &&
                checked == other.checked;
     }
 };
 
-/// The program's icon among those that the desktop shows all the time. Lives on the main thread.
+/// The program's icon in the desktop's panel. Main thread only.
 class StatusItem {
 public:
     struct Handlers {
-        /// Clicked at this place of the screen, in its own pixels; (0, 0) where the desktop does not say.
-        /// With the token (or none) by which the desktop lets a window of ours come to the front.
+        /// The icon was clicked. `at` is in physical screen pixels; (0, 0) if the desktop does not provide a
+        /// place. `token` is the activation token as in StatusMenuEntry.
         std::function<void(QPoint at, const QString& token)> activated;
-        /// Clicked with the middle button.
+        /// The icon was clicked with the middle button.
         std::function<void()> toggled;
     };
 
     virtual ~StatusItem() = default;
 
-    /// None of the two may be empty.
+    /// Neither handler may be empty.
     virtual void setHandlers(Handlers handlers) = 0;
-    /// By the name of a symbol, as the engine has it for its state.
+    /// Sets the icon by the name of its symbol, as the engine publishes it.
     virtual void setSymbol(const QString& name) = 0;
-    /// What the icon says when pointed at.
+    /// Sets the tooltip.
     virtual void setText(const QString& text) = 0;
-    /// All of it, from top to bottom.
+    /// Replaces the whole menu, from top to bottom.
     virtual void setMenu(std::vector<StatusMenuEntry> entries) = 0;
-    /// Whether the desktop shows it. Desktops may begin and cease to at any time.
+    /// Whether the desktop shows the icon now. This can change at any time.
     [[nodiscard]] virtual bool isShown() const = 0;
 };
 

@@ -22,7 +22,7 @@ std::string SystemAudioCapture::description(Error error) {
     case Error::alreadyRunning:
         return "The capture is already running.";
     }
-    fatal("A capture error that does not exist.");
+    fatal("unknown capture error");
 }
 
 }  // namespace sordin

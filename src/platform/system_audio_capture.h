@@ -12,30 +12,29 @@
 
 namespace sordin {
 
-/// Delivers what the computer plays, from all applications but this one: 16 kHz, one channel, float32.
+/// Captures the audio of all applications except this one: 16 kHz, one channel, float32.
 ///
 /// All operations may be called from any thread and return at once. Completions and the stop handler are
-/// called on a thread of the capture's own, one at a time; they must not wait for anything. A capture that is
-/// destroyed ends by itself: a start in flight reports that it was cancelled, nothing else is called any
-/// more.
+/// called on the capture's own thread, one at a time; they must not block. Destroying the capture ends it: a
+/// start in flight fails with `cancelled`, and no other call follows.
 class SystemAudioCapture {
 public:
     enum class Error {
         noDisplay,       ///< on systems that capture sound with the screen
-        unreachable,     ///< no audio server answers
+        unreachable,     ///< the audio server does not respond
         noOutput,        ///< the audio server has no audio output
-        connectionLost,  ///< the audio server went away
-        refused,         ///< the audio server ended the capture, or never began it
-        cancelled,       ///< stopped before it had started
-        alreadyRunning,  ///< started a second time
+        connectionLost,  ///< the connection to the audio server ended
+        refused,         ///< the audio server ended the capture or did not start it
+        cancelled,       ///< stopped before the start had finished
+        alreadyRunning,  ///< started while running or starting
     };
 
-    /// What the user is told of an error, where the system has no better words.
+    /// The text for the user, where the platform has no better one.
     [[nodiscard]] static std::string description(Error error);
 
     struct Failure {
         Error error;
-        std::string description;  ///< what the user is told
+        std::string description;  ///< text for the user
 
         explicit Failure(Error what) : Failure(what, SystemAudioCapture::description(what)) {}
         Failure(Error what, std::string text) : error(what), description(std::move(text)) {}
@@ -48,24 +47,23 @@ public:
 
     virtual ~SystemAudioCapture() = default;
 
-    /// Starts, waiting up to ten seconds for an audio server that can be heard. `handler` is called on
-    /// `queue` with everything that is heard, in order; while nothing plays, with half a second of zeros
-    /// every half second. `completion` is called exactly once: with nothing when the capture runs, or with
-    /// what went wrong. While a capture runs or is starting, another start fails and changes nothing.
+    /// Starts the capture and waits up to ten seconds for a usable audio server. `handler` is called on
+    /// `queue` with all captured audio, in order, and with half a second of zeros every half second while
+    /// nothing plays. `completion` is called exactly once: without a value when the capture runs, else with
+    /// the error. While a capture runs or is starting, another start fails and changes nothing.
     virtual void start(std::shared_ptr<SerialQueue> queue, SampleHandler handler,
                        StartCompletion completion) = 0;
 
-    /// Stops. A start in flight is cancelled. `completion` is called, exactly once, when the handler has been
-    /// called for the last time; with nothing to stop, soon. A start asked for meanwhile begins after the
-    /// stop.
+    /// Stops the capture and cancels a start in flight. `completion` is called exactly once, after the last
+    /// call of the handler (soon if nothing runs). A start requested in the meantime begins after the stop.
     virtual void stop(std::function<void()> completion) = 0;
 
-    /// Sets what is called, once, when a running capture ends by itself; it is stopped then and may be
-    /// started again.
+    /// Sets the handler for a running capture that ends by itself. It is called once per such end; the
+    /// capture is then stopped and can be started again.
     virtual void onStop(std::function<void(std::optional<Failure>)> handler) = 0;
 
-    /// Sets what is called when, while nothing runs or is starting, that goes away which stood in the way of
-    /// a start: an audio server has come up, say.
+    /// Sets the handler for the removal of an obstacle to a start while idle, for example when an audio
+    /// server comes up.
     virtual void onReady(std::function<void()> handler) = 0;
 };
 

@@ -9,23 +9,23 @@
 
 namespace sordin {
 
-/// The user's settings, by key. All operations may be called from any thread.
+/// The user's settings by key. Any thread.
 class UserDefaults {
 public:
     using Value = std::variant<bool, double, std::string, std::vector<std::string>>;  // texts are UTF-8
-    /// Keys with their new values, none to remove a key.
+    /// Keys with their new values; without a value, the key is removed.
     using Changes = std::vector<std::pair<std::string, std::optional<Value>>>;
 
     virtual ~UserDefaults() = default;
 
-    /// The value under a key; none when there is none or when it is of another type.
+    /// Return the value of a key; none if it does not exist or has another type.
     [[nodiscard]] virtual std::optional<bool> boolean(const std::string& key) const = 0;
     [[nodiscard]] virtual std::optional<double> number(const std::string& key) const = 0;
     [[nodiscard]] virtual std::optional<std::string> text(const std::string& key) const = 0;
     [[nodiscard]] virtual std::optional<std::vector<std::string>> texts(const std::string& key) const = 0;
 
-    /// Makes changes that belong together, all at once. Readers see them when it returns. A number that is
-    /// not finite changes nothing.
+    /// Applies changes together, in one step. Readers see them after the return. A number that is not finite
+    /// is ignored.
     virtual void apply(const Changes& changes) = 0;
 
     void set(const std::string& key, Value value) { apply({{key, std::move(value)}}); }

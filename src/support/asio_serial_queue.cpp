@@ -27,11 +27,11 @@ void setUpThread(const std::string& label, QualityOfService quality) {
     pthread_setname_np(label.c_str());
     (void)quality;
 #else
-    constexpr std::size_t longestName = 15;  // the kernel's limit, without the terminator
+    constexpr std::size_t longestName = 15;  // the kernel's limit without the terminating null
     pthread_setname_np(pthread_self(), label.substr(0, longestName).c_str());
     if (quality == QualityOfService::utility) {
         constexpr int yielding = 10;
-        setpriority(PRIO_PROCESS, 0, yielding);  // 0 is the calling thread; failure only costs politeness
+        setpriority(PRIO_PROCESS, 0, yielding);  // 0 is the calling thread; a failure does no harm
     }
 #endif
 }
@@ -42,7 +42,7 @@ void run(const SerialQueue::Work& work) noexcept {
 
 }  // namespace
 
-/// The event loop and its timers. Timers are touched on the loop's thread only.
+/// The event loop and its timers. Only the loop's thread accesses `timers_`.
 class AsioSerialQueue::Loop : public std::enable_shared_from_this<Loop> {
 public:
     explicit Loop(std::string label) : label_(std::move(label)) {}
@@ -60,14 +60,13 @@ public:
         asio::post(io_, [work = std::move(work)] { sordin::run(work); });
     }
 
-    /// Runs what is waiting, then returns from run(); what comes later waits behind and is dropped. Call on
-    /// another thread.
+    /// Makes run() return after the work posted so far. Drops later work. Call from another thread.
     void endWhenIdle() {
         ended_.store(true);
         asio::post(io_, [this] { io_.stop(); });
     }
 
-    /// Returns from run() after the piece of work that calls.
+    /// Makes run() return after the current work item. Call from within the work item.
     void endNow() {
         ended_.store(true);
         io_.stop();
@@ -87,8 +86,8 @@ public:
         return Timer([weak = weak_from_this(), id, cancelled] {
             cancelled->store(true);
             if (const auto loop = weak.lock()) {
-                // Gone at once rather than at its deadline, and with it all that the work holds (which may
-                // cancel other timers as it goes, so it goes when the map is whole again).
+                // Destroy the timer now, not at its deadline. Destroying its work may cancel other timers, so
+                // extract the entry first: the map is then consistent.
                 loop->onLoop([raw = loop.get(), id] { const auto gone = raw->timers_.extract(id); });
             }
         });
@@ -126,7 +125,7 @@ private:
         if (found == timers_.end() || ended_.load()) {
             return;
         }
-        const auto work = found->second.work;  // the work may cancel, and so erase, its own timer
+        const auto work = found->second.work;  // the work may cancel and thereby erase its timer
         const auto cancelled = found->second.cancelled;
         if (found->second.interval) {
             const auto late = std::chrono::steady_clock::now() - found->second.deadline;
@@ -141,11 +140,11 @@ private:
     }
 
     const std::string label_;
-    // Without the single-threaded hint: with it, work posted from elsewhere overtakes what the loop's own
-    // work has posted before.
+    // No single-threaded hint: with it, work posted by other threads would overtake work that the loop's own
+    // thread posted before.
     asio::io_context io_;
     asio::executor_work_guard<asio::io_context::executor_type> guard_ = asio::make_work_guard(io_);
-    std::atomic<bool> ended_ = false;  // timers fire no more
+    std::atomic<bool> ended_ = false;  // timers no longer fire
     std::atomic<std::uint64_t> nextTimer_ = 0;
     std::map<std::uint64_t, ActiveTimer> timers_;
 };
@@ -179,7 +178,8 @@ void AsioSerialQueue::sync(const Work& work) {
         run(work);
         return;
     }
-    // Only the posted work holds the promise: if it is dropped, the promise breaks and the wait ends too.
+    // Only the posted work owns the promise. If the queue drops the work, the promise breaks and the wait
+    // ends.
     auto done = std::make_shared<std::promise<void>>();
     const auto finished = done->get_future();
     loop_->post([&work, done = std::move(done)] {
@@ -195,7 +195,7 @@ Timer AsioSerialQueue::after(Duration delay, Work work) {
 
 Timer AsioSerialQueue::every(Duration interval, Work work) {
     if (interval <= Duration::zero()) {
-        fatal("a repeating timer needs an interval");
+        fatal("a repeating timer needs an interval above 0");
     }
     return loop_->start(interval, interval, std::move(work));
 }

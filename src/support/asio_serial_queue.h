@@ -8,14 +8,14 @@
 
 namespace sordin {
 
-/// How much a queue's work matters to the person at the computer.
+/// Priority of a queue's work.
 enum class QualityOfService {
-    userInteractive,  ///< what is heard or seen at once
+    userInteractive,  ///< audible or visible at once
     userInitiated,    ///< the program's main work
-    utility,          ///< can wait: its thread yields to all others
+    utility,          ///< background work: its thread gets a lower priority
 };
 
-/// The program's SerialQueue: a thread of its own and standalone Asio's event loop.
+/// A SerialQueue with a dedicated thread that runs an event loop of standalone Asio.
 class AsioSerialQueue final : public SerialQueue {
 public:
     explicit AsioSerialQueue(std::string label, QualityOfService quality = QualityOfService::userInitiated);
@@ -32,7 +32,8 @@ public:
 
 private:
     class Loop;
-    std::shared_ptr<Loop> loop_;  // shared with the thread, which may outlive the queue by one piece of work
+    // Shared with the thread, which outlives the queue if its own work destroys the queue.
+    std::shared_ptr<Loop> loop_;
     std::thread thread_;
 };
 

@@ -35,7 +35,7 @@ std::error_code writeAll(int descriptor, std::string_view contents) {
 }
 
 std::error_code sync(const fs::path& path, int flags) {
-    // Not blocking: a pipe in the file's place would make the opening wait for ever.
+    // O_NONBLOCK: without it, opening a named pipe could block forever.
     const FileDescriptor file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | flags));
     if (!file.valid() || ::fsync(file.get()) != 0) {
         return lastError();
@@ -47,7 +47,7 @@ fs::path folderOf(const fs::path& path) {
     return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
-/// The file that a chain of symbolic links ends in; the first link itself where that does not exist.
+/// The target of a chain of symbolic links; `path` itself if it cannot be resolved.
 fs::path followed(const fs::path& path) {
     std::error_code error;
     auto target = fs::weakly_canonical(path, error);

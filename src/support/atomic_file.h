@@ -10,29 +10,28 @@
 
 namespace sordin {
 
-/// What freshly written contents survive.
+/// The events that newly written contents survive.
 enum class Durability {
-    programEnd,   ///< the end of the program, however it comes
-    lossOfPower,  ///< that of the machine too; waits for the disk
+    programEnd,   ///< the end of the process, crashes included
+    lossOfPower,  ///< also a loss of power; waits for the disk
 };
 
-/// Replaces the contents of a file as a whole: whoever reads it, and a program that dies in between, sees the
-/// old contents or the new, never a part. The file is readable by its owner only; a symbolic link to a
-/// file stays and its target is replaced. The folder must exist. On an error the old file is as it was and no
-/// other file is left behind.
+/// Replaces the contents of a file atomically: readers see the old or the new contents, never a part, even if
+/// the program dies in between. The new file is accessible to its owner only. Follows symbolic links and
+/// replaces their target. The folder must exist. On an error the old file is unchanged and no temporary file
+/// is left.
 [[nodiscard]] std::error_code replaceFile(const std::filesystem::path& path, std::string_view contents,
                                           Durability durability);
 
-/// The contents of a regular file; none if it cannot be read to its end, or is longer than `longest` bytes.
-/// Never waits for a pipe's other end and never throws, also when the disk or the network behind the file
-/// fails.
+/// The contents of a regular file. Returns nothing if the file cannot be read to its end or is longer than
+/// `longest` bytes. Never blocks on a named pipe and never throws, even on an I/O error.
 [[nodiscard]] std::optional<std::string> readWholeFile(const std::filesystem::path& path,
                                                        std::size_t longest);
 
-/// Creates a folder, and those above it, where they are missing, for their owner only.
+/// Creates a folder and its missing parents, accessible to their owner only. No error if it exists.
 std::error_code createFolders(const std::filesystem::path& folder);
 
-/// Makes a file as it is, or that it is gone, survive a loss of power. Waits for the disk.
+/// Makes the current state of a file, or its deletion, survive a loss of power. Waits for the disk.
 std::error_code syncFile(const std::filesystem::path& path);
 
 }  // namespace sordin

@@ -3,7 +3,7 @@
 
 namespace sordin {
 
-/// Has a unique pointer end what a C library made, by that library's own function.
+/// Deleter for std::unique_ptr that calls the function `destroy` of a C library.
 template <auto destroy>
 struct Deleter {
     template <class Thing>

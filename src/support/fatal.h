@@ -6,8 +6,8 @@
 
 namespace sordin {
 
-/// Ends the process with one line on standard error. For arithmetic and calls that cannot go wrong unless the
-/// program itself is wrong: going on would act on a number that means nothing.
+/// Ends the process with one line on standard error. For faults that only a programming error can cause, such
+/// as the overflow of a counter. Continuing would mean acting on a meaningless number.
 [[noreturn]] inline void fatal(const char* reason) {
     std::fprintf(stderr, "sordin: %s\n", reason);
     std::abort();

@@ -6,11 +6,11 @@
 
 namespace sordin {
 
-/// Owns an open file, socket or the like; none by default. Move-only.
+/// Owns an open file descriptor and closes it. Invalid by default. Move-only.
 class FileDescriptor {
 public:
     FileDescriptor() = default;
-    /// What an opening answered: below 0 is none.
+    /// Takes the result of open() or a similar function; a negative value makes it invalid.
     explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
     ~FileDescriptor() { close(); }
     FileDescriptor(const FileDescriptor&) = delete;

@@ -40,7 +40,8 @@ struct ManualSerialQueue::State {
         }
     }
 
-    /// Runs the earliest timer due until `end`, of equals the one started first; false if there is none.
+    /// Runs the earliest timer that is due by `end`; of equally early ones, the one started first. Returns
+    /// false if there is none.
     bool fireNext(Duration end) {
         const auto next = std::min_element(timers.begin(), timers.end(),
                                            [](const auto& a, const auto& b) { return a.due < b.due; });
@@ -86,7 +87,7 @@ ManualSerialQueue::ManualSerialQueue(std::string label) : state_(std::make_share
 }
 
 ManualSerialQueue::~ManualSerialQueue() {
-    // Work may hold the queue's last users, whose end may post again.
+    // Destroying work may destroy objects that post again.
     while (!state_->waiting.empty() || !state_->timers.empty()) {
         std::exchange(state_->waiting, {});
         std::exchange(state_->timers, {});
@@ -114,7 +115,7 @@ Timer ManualSerialQueue::after(Duration delay, Work work) {
 
 Timer ManualSerialQueue::every(Duration interval, Work work) {
     if (interval <= Duration::zero()) {
-        fatal("a repeating timer needs an interval");
+        fatal("a repeating timer needs an interval above 0");
     }
     return start(state_, interval, interval, std::move(work));
 }
@@ -124,7 +125,7 @@ bool ManualSerialQueue::isCurrent() const noexcept {
 }
 
 void ManualSerialQueue::runPending() {
-    const auto state = state_;  // the work may drop the queue
+    const auto state = state_;  // the work may destroy the queue
     state->runPending();
 }
 

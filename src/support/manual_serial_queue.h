@@ -7,36 +7,36 @@
 
 namespace sordin {
 
-/// A SerialQueue without a thread, for replays and tests: work runs when told to, time passes when told to,
-/// both on the caller's thread. Not thread-safe.
+/// A SerialQueue without a thread, for replays and tests: the caller runs the work and advances the time, and
+/// all work runs on the caller's thread. Not thread-safe.
 class ManualSerialQueue final : public SerialQueue {
 public:
     explicit ManualSerialQueue(std::string label);
-    ~ManualSerialQueue() override;  ///< drops what is waiting
+    ~ManualSerialQueue() override;  ///< drops pending work
     ManualSerialQueue(const ManualSerialQueue&) = delete;
     ManualSerialQueue& operator=(const ManualSerialQueue&) = delete;
 
     [[nodiscard]] const std::string& label() const noexcept override;
     void post(Work work) override;
-    /// Runs everything posted so far, then `work`.
+    /// Runs the work posted so far, then `work`; on the queue itself only `work`.
     void sync(const Work& work) override;
     Timer after(Duration delay, Work work) override;
     Timer every(Duration interval, Work work) override;
     [[nodiscard]] bool isCurrent() const noexcept override;
 
-    /// Runs posted work, and what it posts in turn, until nothing is waiting.
+    /// Runs posted work, including work that it posts, until none is pending.
     void runPending();
 
-    /// Time that has passed since construction.
+    /// Time since construction, as advance() has moved it.
     [[nodiscard]] Duration now() const;
 
-    /// Lets `duration` pass: runs posted work and, at their times and in their order, the timers that fall
-    /// due.
+    /// Advances the time by `duration`: runs posted work, and the timers that fall due, in order and each at
+    /// its time.
     void advance(Duration duration);
 
 private:
     struct State;
-    std::shared_ptr<State> state_;  // weakly known to the timers, which may outlive the queue
+    std::shared_ptr<State> state_;  // timers hold it weakly, because they may outlive the queue
 };
 
 }  // namespace sordin

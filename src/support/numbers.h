@@ -10,13 +10,15 @@
 
 namespace sordin {
 
-/// The float that is nearest, also where no float is near: casting that would be undefined.
+/// Converts to the nearest float. Values outside the range of float become its limits, because casting them
+/// is undefined. NaN stays NaN.
 [[nodiscard]] inline float nearestFloat(double value) {
     constexpr auto most = static_cast<double>(std::numeric_limits<float>::max());
     return static_cast<float>(std::isnan(value) ? value : std::clamp(value, -most, most));
 }
 
-/// A finite decimal number with nothing behind it, written with a point whatever the locale; none otherwise.
+/// Parses a finite decimal number with a decimal point, independent of the locale. White space around it is
+/// allowed. Returns nothing if the text contains anything else.
 [[nodiscard]] inline std::optional<double> parseNumber(const std::string& text) {
     std::istringstream input(text);
     input.imbue(std::locale::classic());

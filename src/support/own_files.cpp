@@ -15,7 +15,7 @@ bool isFile(const fs::path& path) {
     return fs::is_regular_file(path, ignored);
 }
 
-/// The top of the build tree around a folder; empty if it lies in none.
+/// The root of the build tree that contains `folder`; empty if there is none.
 fs::path buildTree(fs::path folder) {
     while (!isFile(folder / "CMakeCache.txt")) {
         if (folder == folder.parent_path()) {
@@ -26,11 +26,11 @@ fs::path buildTree(fs::path folder) {
     return folder;
 }
 
-/// Where files of one sort lie.
+/// The folders for one kind of file.
 struct Place {
-    fs::path fromPrograms;  // installed, relative to the programs
-    fs::path inBuild;       // relative to the top of a build tree
-    fs::path configured;    // installed, as the build was configured
+    fs::path fromPrograms;  // installation folder, relative to the program's folder
+    fs::path inBuild;       // relative to the root of a build tree
+    fs::path configured;    // installation folder that the build was configured with
 };
 
 std::optional<fs::path> find(const fs::path& program, const Place& place, const fs::path& name) {
@@ -42,7 +42,7 @@ std::optional<fs::path> find(const fs::path& program, const Place& place, const 
     if (auto path = in(folder / place.fromPrograms)) {
         return path;
     }
-    // A build has its own files or none: one that happens to be installed may be of another version.
+    // A build never uses installed files, which may be of another version.
     const fs::path built = folder.is_absolute() ? buildTree(folder) : fs::path();
     return in(built.empty() ? place.configured : built / place.inBuild);
 }

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Where a program finds what came with it. The program's own path is `program`. When both are installed, that
-// is in the folder that goes with the program's; otherwise in the build tree that the program lies in, or, if
-// it lies in none, in the folder that the build was configured for.
+// Finds the files that belong to the program. `program` is the path of the running program. The search begins
+// in the installation folder relative to the program. If the file is not there, it continues in the build
+// tree that contains the program, or, outside a build tree, in the installation folder that the build was
+// configured with.
 #pragma once
 
 #include <filesystem>
@@ -9,12 +10,11 @@
 
 namespace sordin {
 
-/// A data file; `name` is relative to the project's part of the data folder. None where there is no such
-/// file.
+/// A data file; `name` is relative to the project's data folder. Returns nothing if the file does not exist.
 [[nodiscard]] std::optional<std::filesystem::path> findDataFile(const std::filesystem::path& program,
                                                                 const std::filesystem::path& name);
 
-/// A program that others of ours start. None where there is no such file.
+/// A helper program of the project. Returns nothing if the file does not exist.
 [[nodiscard]] std::optional<std::filesystem::path> findHelper(const std::filesystem::path& program,
                                                               const std::filesystem::path& name);
 

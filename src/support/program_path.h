@@ -5,8 +5,8 @@
 
 namespace sordin {
 
-/// Where the running program is, as the system knows it; where it does not say, what the program was called
-/// by (`argv[0]`), made absolute.
+/// The path of the running program as reported by the system. If that is not available, the absolute path of
+/// `calledBy` (`argv[0]`).
 [[nodiscard]] std::filesystem::path programPath(const char* calledBy);
 
 }  // namespace sordin

@@ -50,7 +50,7 @@ void Resampler::process(std::span<const float> input, std::vector<float>& output
 void Resampler::finish(std::vector<float>& output) {
     if (converter_) {
         convert({}, true, output);
-        // The library ends up to a few samples off.
+        // The library's output can be a few samples too long or too short.
         const double missing = std::round(taken_ * ratio_) - given_;
         const auto end = static_cast<double>(output.size()) + missing;
         output.resize(static_cast<std::size_t>(std::max(0.0, end)));
@@ -60,7 +60,7 @@ void Resampler::finish(std::vector<float>& output) {
 }
 
 void Resampler::convert(std::span<const float> input, bool last, std::vector<float>& output) {
-    constexpr float none = 0;  // the library wants an address even for no samples
+    constexpr float none = 0;  // the library needs a valid address even for no samples
     std::array<float, 4096> block;
     SRC_DATA data{};
     data.src_ratio = ratio_;

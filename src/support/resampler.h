@@ -5,28 +5,29 @@
 #include <span>
 #include <vector>
 
-struct SRC_STATE_tag;  // libsamplerate's converter
+struct SRC_STATE_tag;  // converter of libsamplerate
 
 namespace sordin {
 
-/// Changes the sample rate of one mono stream, piece by piece. Band-limited (windowed sinc), so nothing above
-/// the lower of the two Nyquist frequencies folds back. Samples pass unchanged when the rates are equal.
+/// Converts the sample rate of a mono stream, piece by piece. Band-limited (windowed sinc), so frequencies
+/// above the lower Nyquist frequency do not alias. Copies samples unchanged if the rates are equal. Not
+/// thread-safe.
 class Resampler {
 public:
     enum class Quality {
-        fast,  ///< 97 dB signal to noise, 80 % of the bandwidth kept
-        high,  ///< 121 dB, 90 %
+        fast,  ///< signal-to-noise ratio 97 dB, bandwidth 80 %
+        high,  ///< signal-to-noise ratio 121 dB, bandwidth 90 %
     };
 
-    /// Rates in Hz. Throws std::invalid_argument unless both are finite, above 0 and at most a factor 256
-    /// apart, std::runtime_error if the converter cannot be made.
+    /// Rates are in Hz. Throws std::invalid_argument unless both are finite, above 0 and at most a factor of
+    /// 256 apart; std::runtime_error if the library cannot create the converter.
     Resampler(double fromRate, double toRate, Quality quality = Quality::fast);
 
-    /// Appends to `output` what `input` makes available; the filter holds a few milliseconds back.
+    /// Appends the converted samples to `output`. The filter delays them by a few milliseconds.
     void process(std::span<const float> input, std::vector<float>& output);
 
-    /// Ends the stream: appends what was held back, so that the whole stream has given its length times the
-    /// ratio of the rates (rounded), and starts anew, as after construction.
+    /// Ends the stream: appends the delayed samples, so that the total output is the total input times the
+    /// ratio of the rates, rounded. Then returns to the state after construction.
     void finish(std::vector<float>& output);
 
 private:
@@ -37,9 +38,9 @@ private:
     void convert(std::span<const float> input, bool last, std::vector<float>& output);
 
     double ratio_;
-    double taken_ = 0;  // samples of the stream so far
-    double given_ = 0;
-    std::unique_ptr<SRC_STATE_tag, ConverterDeleter> converter_;  // none when the rates are equal
+    double taken_ = 0;                                            // input samples of the stream so far
+    double given_ = 0;                                            // output samples of the stream so far
+    std::unique_ptr<SRC_STATE_tag, ConverterDeleter> converter_;  // null if the rates are equal
 };
 
 }  // namespace sordin

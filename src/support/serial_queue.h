@@ -8,7 +8,7 @@
 
 namespace sordin {
 
-/// A running timer of a SerialQueue. Move-only; dropping it cancels it. It may outlive its queue.
+/// A running timer of a SerialQueue. Its destruction cancels it. It may outlive its queue. Move-only.
 class [[nodiscard]] Timer {
 public:
     Timer() = default;
@@ -25,9 +25,8 @@ public:
     }
     ~Timer() { cancel(); }
 
-    /// No run begins after this returns. Called on the queue's own thread nothing of the work is running
-    /// either (but for the very run that calls); called on another thread, a run that had begun may still be
-    /// finishing.
+    /// Cancels the timer: its work does not start after this returns. On another thread than the queue's,
+    /// work that has already started may still be running when this returns.
     void cancel() {
         if (const auto cancel = std::exchange(cancel_, nullptr)) {
             cancel();
@@ -38,14 +37,14 @@ private:
     std::function<void()> cancel_;
 };
 
-/// Runs work one piece at a time, in the order in which it was posted.
+/// Runs work items one at a time, in the order in which they were posted.
 ///
-/// Ending: destruction ends the queue. Destroyed on another thread, it first runs all the work posted so far;
-/// destroyed by a piece of its own work, it drops what is still waiting. Work posted after the end began is
-/// dropped, timers stop firing when it begins, and nothing runs once the destructor has returned (except for
-/// the rest of the piece of work that destroyed it).
+/// Destroying the queue on another thread first runs all work posted so far. If the queue's own work destroys
+/// it, the pending work is dropped. Work posted after the destruction has begun is dropped, and timers no
+/// longer fire. When the destructor has returned, nothing runs except the rest of the work item that
+/// destroyed the queue.
 ///
-/// Work must not throw: an exception that leaves it ends the process.
+/// Work must not throw: an exception ends the process.
 class SerialQueue {
 public:
     using Work = std::function<void()>;
@@ -53,25 +52,26 @@ public:
 
     virtual ~SerialQueue() = default;
 
-    /// Lower-case and dotted, for example "sordin.audio". Also the thread's name, as far as the system's
-    /// limit (15 characters on Linux) allows.
+    /// The queue's label, lower case and dotted, for example "sordin.audio". Its thread has the same name,
+    /// within the system's limit (15 characters on Linux).
     [[nodiscard]] virtual const std::string& label() const noexcept = 0;
 
-    /// Adds `work` behind everything posted so far; returns at once. Any thread.
+    /// Runs `work` after all work posted so far. Returns immediately. Callable from any thread.
     virtual void post(Work work) = 0;
 
-    /// Runs `work` behind everything posted so far and returns when it is done. On the queue itself it runs
-    /// at once. Any thread.
+    /// Runs `work` after all work posted so far and waits for it; on the queue itself, runs it immediately.
+    /// If the queue ends before, returns without running it. Callable from any thread.
     virtual void sync(const Work& work) = 0;
 
-    /// Runs `work` once, no sooner than `delay` from now. Any thread.
+    /// Runs `work` once, not before `delay` has passed. Callable from any thread.
     virtual Timer after(Duration delay, Work work) = 0;
 
-    /// Runs `work` every `interval` (more than 0), first one interval from now. The times are multiples of
-    /// the interval; those missed while the queue was busy are left out. Any thread.
+    /// Runs `work` every `interval`, for the first time after one interval. Stays in step with multiples of
+    /// the interval and skips those that pass while the queue is busy. Ends the process unless `interval` is
+    /// above 0. Callable from any thread.
     virtual Timer every(Duration interval, Work work) = 0;
 
-    /// Whether the caller is running as a piece of this queue's work.
+    /// Whether the caller runs within this queue's work.
     [[nodiscard]] virtual bool isCurrent() const noexcept = 0;
 };
 

@@ -26,7 +26,7 @@ std::error_code setAside(const fs::path& path, fs::path* place) {
     const fs::path first = path.string() + ".damaged-" + dateText();
     fs::path aside = first;
     std::error_code error;
-    // Where the folder cannot even be looked into, nothing is seen to be missing: the renaming says why.
+    // In a folder that cannot be searched, exists() returns false, and rename() reports the error.
     for (int i = 2; fs::exists(fs::symlink_status(aside, error)); ++i) {
         aside = first.string() + "-" + std::to_string(i);
     }

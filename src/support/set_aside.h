@@ -6,9 +6,9 @@
 
 namespace sordin {
 
-/// Moves a file that cannot be read out of the way, so that it can be looked at later: beside its place, as
-/// NAME.damaged-DATE, never over another. No error if there is nothing to move. `aside`, if given, is where
-/// it lies now.
+/// Renames an unreadable file, so that it can be examined later, to NAME.damaged-DATE in the same folder.
+/// Never replaces another file. No error if the file does not exist. Stores the new path in `aside` if it is
+/// given.
 [[nodiscard]] std::error_code setAside(const std::filesystem::path& path,
                                        std::filesystem::path* aside = nullptr);
 

@@ -12,7 +12,7 @@ namespace {
 double read(clockid_t id) {
     timespec time{};
     if (clock_gettime(id, &time) != 0) {
-        fatal("the system's clock cannot be read");
+        fatal("cannot read the system clock");
     }
     return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
@@ -25,7 +25,7 @@ double readElapsed() {
 #ifdef CLOCK_BOOTTIME
     return read(CLOCK_BOOTTIME);
 #else
-    return read(CLOCK_MONOTONIC);  // counts suspend on the systems that have no CLOCK_BOOTTIME
+    return read(CLOCK_MONOTONIC);  // includes suspend on systems without CLOCK_BOOTTIME
 #endif
 }
 

@@ -7,16 +7,17 @@
 
 namespace sordin {
 
-/// The program's clock: the wall clock read once, at construction, plus the time that has passed since,
-/// counted by a clock that runs on during suspend and that nobody can set. A correction of the wall clock
-/// therefore never shows here; a step back would look like an ad that ended in the future.
+/// The program's clock: the wall clock at construction plus the time that has passed since, including
+/// suspend. Corrections of the wall clock do not affect it. With a step back, an ad would seem to end in the
+/// future.
 class SystemClock final : public Clock {
 public:
+    /// Returns the time of a clock in seconds.
     using Reading = std::function<double()>;
 
     SystemClock();
 
-    /// Over other clocks, which give seconds: `elapsed` counts what shall count.
+    /// For tests: uses other clocks. `wall` is read once, `elapsed` at each call of now().
     SystemClock(const Reading& wall, Reading elapsed);
 
     [[nodiscard]] double now() const override;

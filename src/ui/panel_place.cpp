@@ -7,29 +7,29 @@ namespace sordin {
 
 QPoint iconPlace(QPoint told, std::optional<QPoint> pointer, QRect screen, QRect free) {
     constexpr int near = 100;
-    constexpr int widestBar = 48;  // that hides itself, and so takes no room
+    constexpr int widestBar = 48;  // the widest bar that hides automatically and reserves no space
     const QRect middle = free & screen.marginsRemoved({widestBar, widestBar, widestBar, widestBar});
     const auto inBar = [&](QPoint place) { return screen.contains(place) && !middle.contains(place); };
     if (!pointer) {
-        // Icons are mostly at the right end of a bar at the top or at the bottom.
+        // Icons are usually at the right end of a bar at the top or the bottom.
         const bool atBottom = free.bottom() < screen.bottom();
         return told.isNull() ? (atBottom ? screen.bottomRight() : screen.topRight()) : told;
     }
     if (told.isNull()) {
         return *pointer;
     }
-    // Chosen with the keyboard, the icon is not where the pointer is.
+    // If the icon was chosen with the keyboard, the pointer is somewhere else.
     const bool byPointer = (told - *pointer).manhattanLength() > near && (inBar(*pointer) || !inBar(told));
     return byPointer ? *pointer : told;
 }
 
 QPoint panelPlace(QPoint click, QSize size, QRect free) {
     constexpr int gap = 6;        // to the edges
-    constexpr int halfIcon = 14;  // from the click to where the icon ends
+    constexpr int halfIcon = 14;  // from the click to the edge of the icon
     const auto within = [](int wanted, int first, int last) {
-        return std::max(first, std::min(wanted, last));  // also where the panel does not fit
+        return std::max(first, std::min(wanted, last));  // also if the panel does not fit
     };
-    // A click outside of the free part was in a bar, next to which the panel stands.
+    // A click outside the free area was in a bar; the panel goes beside the bar.
     const bool below = click.y() < free.center().y();
     const int y = free.top() <= click.y() && click.y() <= free.bottom()
                       ? (below ? click.y() + halfIcon : click.y() - halfIcon - size.height())

@@ -8,14 +8,14 @@
 
 namespace sordin {
 
-/// Where the icon is that was clicked, out of what the desktop said (`told`; (0, 0) for nothing) and, where
-/// it is known, where the pointer is. Panels tell places in coordinates of their own, or in none. `screen` is
-/// that of the pointer, else of the told place; `free` is the part of it that no bar takes.
+/// Estimates the place of the clicked icon from the place that the desktop reported (`told`; (0, 0) if none)
+/// and, if known, from the pointer. Some desktop panels report places in other coordinates or none at all.
+/// `screen` is the screen of the pointer, else of the reported place; `free` is its area without bars.
 [[nodiscard]] QPoint iconPlace(QPoint told, std::optional<QPoint> pointer, QRect screen, QRect free);
 
-/// Where a panel of this size belongs (its left upper corner) beside an icon that was clicked: below or above
-/// it, whichever has the room, or to its side where icons stand at one; always whole within `free`, the part
-/// of the screen that no bar takes.
+/// Returns the top left corner for a panel of this size beside the clicked icon: below or above it, whichever
+/// has room, or beside it if the icons are at the side of the screen. If it fits, the panel is completely
+/// within `free`, the area of the screen without bars.
 [[nodiscard]] QPoint panelPlace(QPoint click, QSize size, QRect free);
 
 }  // namespace sordin

@@ -9,14 +9,14 @@
 
 namespace sordin {
 
-/// Keeps the desktop's icon at what the engine is doing, with a menu that reaches everything without a
-/// window. Lives on the main thread.
+/// Shows the engine's state in the desktop's icon, with a menu for all functions that need no window. Main
+/// thread only.
 class StatusPresenter : public QObject {
     Q_OBJECT
 
 public:
-    /// What the menu does beside what the engine does. None may be empty. The token (or none) is the one by
-    /// which the desktop lets a window of ours come to the front.
+    /// The menu actions that do not concern the engine. No function may be empty. `token` is the desktop's
+    /// activation token, which lets a window of this program come to the front; it may be empty.
     struct Actions {
         std::function<void(const QString& token)> showPanel;
         std::function<void(const QString& token)> openMain;
@@ -25,7 +25,7 @@ public:
         std::function<void(bool)> setStartsAtLogin;
     };
 
-    /// `engine` and `item` must outlive it.
+    /// `engine` and `item` must outlive this object.
     StatusPresenter(SordinEngine& engine, StatusItem& item, Actions actions);
 
 private:

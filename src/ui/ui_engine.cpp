@@ -9,7 +9,8 @@
 #include <QQmlComponent>
 #include <stdexcept>
 
-// What registers the types of a module that is linked statically; nothing else refers to it.
+// The registration functions of the statically linked modules. The explicit calls keep the linker from
+// dropping them.
 // NOLINTBEGIN(readability-identifier-naming): Qt's names
 void qml_register_types_Sordin();
 void qml_register_types_Sordin_Model();
@@ -53,12 +54,12 @@ std::unique_ptr<QQuickWindow> UiEngine::window(const char* view, SordinEngine& e
     QQmlComponent component(&qml_,
                             QUrl(QStringLiteral("qrc:/qt/qml/Sordin/%1.qml").arg(QLatin1String(view))));
     if (!component.isReady()) {
-        throw std::runtime_error("the window cannot be made: " + component.errorString().toStdString());
+        throw std::runtime_error("cannot create the window: " + component.errorString().toStdString());
     }
     std::unique_ptr<QObject> object(
         component.createWithInitialProperties({{QStringLiteral("engine"), QVariant::fromValue(&engine)}}));
     if (qobject_cast<QQuickWindow*>(object.get()) == nullptr) {
-        throw std::runtime_error("the window cannot be made: " + component.errorString().toStdString());
+        throw std::runtime_error("cannot create the window: " + component.errorString().toStdString());
     }
     QQmlEngine::setObjectOwnership(object.get(), QQmlEngine::CppOwnership);
     return std::unique_ptr<QQuickWindow>(static_cast<QQuickWindow*>(object.release()));

@@ -11,7 +11,7 @@ namespace sordin {
 
 class SordinEngine;
 
-/// Makes the windows. One at a time, on the main thread; windows must be gone before it goes.
+/// Creates the windows. At most one instance; main thread only. Destroy all windows before this object.
 class UiEngine {
 public:
     UiEngine();
@@ -19,13 +19,13 @@ public:
     UiEngine(const UiEngine&) = delete;
     UiEngine& operator=(const UiEngine&) = delete;
 
-    /// To be called before the first window, and once a QGuiApplication is there: what draws windows takes a
-    /// third of the memory of one that uses the graphics card, and for this much less time. Sentences that
-    /// are not true of this platform are replaced from here on.
+    /// Call this before the first window and after the QGuiApplication is created. Selects the software
+    /// renderer, which needs a third of the memory of the hardware renderer and, for these windows, less
+    /// time. Also installs the texts for this platform.
     static void prepare();
 
-    /// The main window, or the panel of the icon; not shown yet. Throws std::runtime_error if the program is
-    /// not whole.
+    /// Creates the main window or the icon's panel, hidden. Throws std::runtime_error if the installation is
+    /// incomplete.
     [[nodiscard]] std::unique_ptr<QQuickWindow> mainWindow(SordinEngine& engine);
     [[nodiscard]] std::unique_ptr<QQuickWindow> panel(SordinEngine& engine);
 

@@ -19,7 +19,7 @@ namespace {
 
 Q_LOGGING_CATEGORY(windowsLog, "sordin.windows", QtWarningMsg)
 
-/// Whether windows choose their places. On Wayland the compositor does.
+/// Whether windows can choose their places. On Wayland, the compositor chooses.
 bool isX11() {
     return QGuiApplication::platformName() == QLatin1String("xcb");
 }
@@ -35,7 +35,7 @@ void bringToFront(QQuickWindow& window) {
     window.requestActivate();
 }
 
-/// From pixels of the screens to the coordinates of windows.
+/// Converts physical pixels of the screens to window coordinates.
 QPoint toLogical(QPoint pixel) {
     for (const QScreen* screen : QGuiApplication::screens()) {
         const QRect logical = screen->geometry();
@@ -53,7 +53,7 @@ const QScreen& screenAt(QPoint place) {
     return screen != nullptr ? *screen : *QGuiApplication::primaryScreen();
 }
 
-/// Gives a window round corners where transparent ones would be black.
+/// Rounds the corners of a window with a mask, because transparent corners would be black.
 void cutCorners(QWindow& window) {
     constexpr double radius = 12;
     QPainterPath path;
@@ -68,7 +68,8 @@ Windows::Windows(SordinEngine& engine, Surroundings surroundings)
 
 Windows::~Windows() = default;
 
-/// At login there may never be a window, and this is as big as all the rest of the program.
+/// Created with the first window: at login there may never be one, and the UI takes as much memory as the
+/// rest of the program.
 UiEngine& Windows::ui() {
     return ui_ ? *ui_ : ui_.emplace();
 }
@@ -98,7 +99,7 @@ void Windows::tellOfIcon() {
     main_->setProperty("iconIsShown", surroundings_.iconIsShown());
 }
 
-/// Shows the desktop that a window answers what the user did.
+/// Passes the activation token of the user's action to the desktop.
 void Windows::use(const QString& token) {
     if (token.isEmpty()) {
         return;
@@ -106,12 +107,13 @@ void Windows::use(const QString& token) {
     if (isX11()) {
         surroundings_.endStartupNotification(token);
     } else if (isWayland()) {
-        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());  // Qt uses it for the next window, and removes it
+        qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());  // Qt uses it for the next window and removes it
     }
 }
 
 void Windows::togglePanel(QPoint click, const QString& token) {
-    // A click on the icon takes the focus from the panel first, which closes it, and is told only then.
+    // If the panel is open, a click on the icon first takes the focus, which closes the panel, and reports
+    // the click later.
     constexpr int oneClick = 300;  // milliseconds
     const bool justClosed = panelWasClosed_.isValid() && panelWasClosed_.elapsed() < oneClick;
     if (panel_) {
@@ -127,7 +129,7 @@ void Windows::openPanel(QPoint click) {
     panel_->installEventFilter(this);
     connect(panel_.get(), SIGNAL(quit()), this, SIGNAL(quit()));
     connect(panel_.get(), SIGNAL(openMain()), this, SLOT(showMain()));
-    // Once it was active, it goes when it no longer is.
+    // Closes the panel when it loses the focus that it had.
     connect(panel_.get(), &QWindow::activeChanged, this, [this] {
         if (panel_ && !panel_->isActive()) {
             closePanel();
@@ -141,15 +143,15 @@ void Windows::openPanel(QPoint click) {
         return;
     }
     if (surroundings_.isXwayland) {
-        // No grab hears clicks on other programs' windows, and compositors give the keyboard only to windows
-        // that they manage.
+        // A pointer grab does not receive clicks on other programs' windows, and compositors give keyboard
+        // focus only to managed windows.
         panel_->setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
         surroundings_.hideFromTaskBar(static_cast<std::uint32_t>(panel_->winId()));
         if (surroundings_.desktopTakesNoFocus) {
             catchClicks();
         }
     } else {
-        // Not managed, so that no window manager puts it elsewhere or keeps the focus from it.
+        // Not managed, so that the window manager neither moves it nor withholds the focus.
         panel_->setFlags(Qt::Popup | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
     }
     placePanel(click);
@@ -161,7 +163,7 @@ void Windows::openPanel(QPoint click) {
 
 void Windows::placePanel(QPoint click) {
     std::optional<QPoint> pointer;
-    if (!surroundings_.isXwayland) {  // which knows it only over its own windows
+    if (!surroundings_.isXwayland) {  // Xwayland knows the pointer only over its own windows
         pointer = QCursor::pos();
     }
     const QPoint told = click.isNull() ? click : toLogical(click);
@@ -173,7 +175,7 @@ void Windows::placePanel(QPoint click) {
     }
 }
 
-/// Lays windows that cannot be seen over the desktop, below the panel.
+/// Covers the desktop with invisible windows below the panel.
 void Windows::catchClicks() {
     for (QScreen* screen : QGuiApplication::screens()) {
         auto catcher = std::make_unique<QWindow>(screen);
@@ -199,7 +201,7 @@ void Windows::closePanel() {
         panel_->removeEventFilter(this);
         panel_->disconnect(this);
         panel_->hide();
-        panel_.release()->deleteLater();  // it may be what is calling
+        panel_.release()->deleteLater();  // not deleted here, because it may be the caller
         for (auto& catcher : clickCatchers_) {
             catcher->removeEventFilter(this);
             catcher->hide();
@@ -220,7 +222,7 @@ bool Windows::eventFilter(QObject* object, QEvent* event) {
             return true;
         case QEvent::Expose:
             if (isX11() && !surroundings_.isXwayland && panel_->isExposed()) {
-                panel_->setMouseGrabEnabled(true);  // to hear of clicks elsewhere
+                panel_->setMouseGrabEnabled(true);  // to receive clicks outside the panel
             }
             break;
         case QEvent::MouseButtonPress:
@@ -241,7 +243,7 @@ bool Windows::eventFilter(QObject* object, QEvent* event) {
     return QObject::eventFilter(object, event);
 }
 
-/// Of the main window. True if that was all there is to do.
+/// Handles the close event of the main window; always returns true.
 bool Windows::closing(QEvent& event) {
     event.ignore();
     if (!surroundings_.iconIsShown()) {

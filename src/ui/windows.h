@@ -14,62 +14,63 @@
 
 namespace sordin {
 
-/// The main window and the panel of the icon: one of each at most, made when it is wanted and gone when it is
-/// closed, so that nothing is drawn and little is kept of what nobody sees. Lives on the main thread.
+/// The main window and the icon's panel, at most one of each. A window is created when it is opened and
+/// destroyed when it is closed, so that invisible windows cost neither time nor memory. Main thread only.
 class Windows : public QObject {
     Q_OBJECT
 
 public:
     struct Surroundings {
-        /// Whether there is an icon by which a closed window can be had again. If not, closing minimises.
+        /// Whether there is an icon to reopen a closed window. If not, closing minimizes the window.
         std::function<bool()> iconIsShown;
-        /// Whether windows may have transparent parts.
+        /// Whether windows can have transparent parts.
         std::function<bool()> mixesWindows;
         /// Asks the window manager to bring a window to the front.
         std::function<void(std::uint32_t window)> bringForward;
-        /// Keeps a window that is not shown yet out of the list of windows.
+        /// Keeps a window that is not shown yet out of task bars.
         std::function<void(std::uint32_t window)> hideFromTaskBar;
-        /// Prepares a window that is not shown yet for being seen through.
+        /// Makes undrawn areas of a window transparent; called before the window is shown.
         std::function<void(std::uint32_t window)> makeTransparent;
-        /// Has a Wayland compositor that can do so move our window that floats and has the focus to the
-        /// pointer.
+        /// Moves this program's focused floating window to the pointer, if the Wayland compositor supports
+        /// that.
         std::function<void()> moveFocusedToPointer;
-        /// Tells the desktop that what the user started with this token is there.
+        /// Ends the desktop's startup feedback for the launch with this token.
         std::function<void(const QString& token)> endStartupNotification;
-        /// The X11 display belongs to a Wayland compositor, which keeps what happens over other windows to
-        /// itself.
+        /// The X11 display belongs to a Wayland compositor, which does not report events over other windows.
         bool isXwayland = false;
-        /// A click on the desktop itself does not take the focus from a window (GNOME).
+        /// A click on the desktop background does not take the focus from a window (GNOME).
         bool desktopTakesNoFocus = false;
     };
 
-    /// `engine` must outlive it. None of the functions may be empty. Those with the number of a window and
-    /// endStartupNotification are called on X11 alone, moveFocusedToPointer on Wayland alone.
+    /// `engine` must outlive this object. No function may be empty. Functions with a window number and
+    /// endStartupNotification are called only on X11, moveFocusedToPointer only on Wayland.
     Windows(SordinEngine& engine, Surroundings surroundings);
     ~Windows() override;
     Q_DISABLE_COPY_MOVE(Windows)
 
-public Q_SLOTS:  // NOLINT(readability-redundant-access-specifiers): now they are slots
-    /// Shows the main window in front of all others; `token` (or none) is the desktop's leave to do so.
+public Q_SLOTS:  // NOLINT(readability-redundant-access-specifiers): begins the slots
+    /// Shows the main window in front of all others. `token` is the desktop's activation token; it may be
+    /// empty.
     void showMain(const QString& token = {});
 
-public:  // NOLINT(readability-redundant-access-specifiers): no slots any more
-    /// Shows the panel beside the icon that was clicked at `click`, in pixels of the screens; (0, 0) where
-    /// the desktop did not say. Closes it if it is open.
+public:  // NOLINT(readability-redundant-access-specifiers): ends the slots
+    /// Shows the panel beside the icon clicked at `click`, in physical screen pixels; (0, 0) if the desktop
+    /// did not report a place. Closes the panel if it is open.
     void togglePanel(QPoint click, const QString& token = {});
 
-    /// Null while there is none.
+    /// Null while closed.
     [[nodiscard]] QQuickWindow* main() const { return main_.get(); }
     [[nodiscard]] QQuickWindow* panel() const { return panel_.get(); }
 
     bool eventFilter(QObject* object, QEvent* event) override;
 
-private Q_SLOTS:  // NOLINT(readability-redundant-access-specifiers): now they are slots
-    /// Panels register icons after the first window is shown, so the guide reads this as it goes.
+private Q_SLOTS:  // NOLINT(readability-redundant-access-specifiers): begins the slots
+    /// Sets the window's `iconIsShown`. Desktops register icons after the first window is shown, so the guide
+    /// updates it at each step.
     void tellOfIcon();
 
 Q_SIGNALS:
-    /// The user wants the program to end.
+    /// The user wants to quit the program.
     void quit();
 
 private:
@@ -83,12 +84,12 @@ private:
 
     SordinEngine& engine_;
     const Surroundings surroundings_;
-    std::optional<UiEngine> ui_;  // since the first window
+    std::optional<UiEngine> ui_;  // created with the first window
     std::unique_ptr<QQuickWindow> main_;
-    std::vector<std::unique_ptr<QWindow>> clickCatchers_;  // behind the panel
+    std::vector<std::unique_ptr<QWindow>> clickCatchers_;  // below the panel
     std::unique_ptr<QQuickWindow> panel_;
-    QSize mainSize_;                // the user's, from the last time
-    QElapsedTimer panelWasClosed_;  // not valid before
+    QSize mainSize_;                // the user's last size
+    QElapsedTimer panelWasClosed_;  // invalid until the panel is first closed
 };
 
 }  // namespace sordin

@@ -11,7 +11,7 @@ namespace {
 
 std::vector<std::uint32_t> volumeElements(const AudioObjects& objects, AudioObjectId device) {
     const std::vector<std::vector<std::uint32_t>> candidates{
-        {0}, {1, 2}};  // the device as a whole, its front channels
+        {0}, {1, 2}};  // the main element, or the two front channels
     for (const auto& elements : candidates) {
         if (std::all_of(elements.begin(), elements.end(), [&](std::uint32_t element) {
                 const auto property = audio_property::volume(element);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// An output device as fading sees it: one volume, or a mute switch, over the properties of audio objects.
+// Volume and mute switch of an output device, on top of the properties of audio objects.
 #pragma once
 
 #include "platform/audio_objects.h"
@@ -8,22 +8,23 @@
 
 namespace sordin {
 
-/// None while there is no output device.
+/// The default output device; nothing if there is none.
 [[nodiscard]] std::optional<AudioObjectId> defaultOutputDevice(const AudioObjects& objects);
 
-/// 0 to 1, the average over the channels; none where it cannot be both read and set.
+/// The volume of a device, 0 to 1, averaged over the channels; nothing unless it can be read and set.
 [[nodiscard]] std::optional<float> outputVolume(const AudioObjects& objects, AudioObjectId device);
 
-/// Sets all channels to `volume`, limited to 0 to 1. False if the audio system does not take it, or the
-/// device has no volume (any more, or yet).
+/// Sets all channels to `volume`, clamped to 0 to 1. Returns false if the device has no volume (now) or the
+/// audio system rejects the write.
 bool setOutputVolume(AudioObjects& objects, AudioObjectId device, float volume);
 
-/// Brings back a volume (0 to 1) that a program left down: only ever upwards, since what is above it the user
-/// has set since. A device that is away takes it when it returns; what it has until then nobody knows. False
-/// as of setOutputVolume().
+/// Restores a volume (0 to 1) that the program left faded when it died. Only raises the volume: a higher one
+/// was set by the user since. If the device is absent, the audio objects apply the volume when it returns.
+/// Returns false like setOutputVolume().
 bool raiseOutputVolume(AudioObjects& objects, AudioObjectId device, float volume);
 
-/// Whether it has a mute switch that can be set, and that is off: what the user has muted stays so.
+/// Whether the device has a settable mute switch that is off. A device that the user has muted must stay
+/// muted.
 [[nodiscard]] bool canMute(const AudioObjects& objects, AudioObjectId device);
 void setMuted(AudioObjects& objects, AudioObjectId device, bool muted);
 

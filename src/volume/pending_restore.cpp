@@ -30,7 +30,7 @@ const Keys& keysOf(PendingRestore::Slot slot) {
 }
 
 std::string toText(const std::vector<float>& ratios) {
-    constexpr int exactDigits = 9;  // enough to read back the same float
+    constexpr int exactDigits = 9;  // enough for an exact round trip of a float
     std::ostringstream text;
     text.imbue(std::locale::classic());
     text.precision(exactDigits);
@@ -40,7 +40,7 @@ std::string toText(const std::vector<float>& ratios) {
     return text.str();
 }
 
-/// None unless all of the text is numbers that can be ratios.
+/// Parses ratios separated by white space. Returns nothing unless all are valid.
 std::optional<std::vector<float>> parseRatios(const std::string& text) {
     std::istringstream input(text);
     std::vector<float> ratios;

@@ -8,29 +8,31 @@
 
 namespace sordin {
 
-/// What has to come back if the program ends while the volume is down, as it lies in the user defaults.
+/// The volume to restore if the program ends during a duck, and its device. Stored in the user defaults.
 struct PendingRestore {
-    /// Of the device that was faded last, or of one that had yet to take its volume when another was faded.
+    /// `latest` holds the device that was faded last. `away` holds a device whose restore was still pending
+    /// when another device was faded.
     enum class Slot { latest, away };
 
     float volume = 0;  ///< 0 to 1
-    std::optional<OutputDeviceRecord>
-        device;  ///< absent when only the volume was kept: then any default device
+    /// Empty if only the volume was stored; it then applies to the default output device.
+    std::optional<OutputDeviceRecord> device;
 
     bool operator==(const PendingRestore&) const = default;
 
-    /// The key of the latest volume; what else is kept has keys that begin with "pendingRestore" too.
+    /// The key of the latest volume. All other keys begin with "pendingRestore", too.
     static constexpr auto key = "pendingRestoreVolume";
 
-    /// The volume at which the mixers of audio servers end. A higher reference is read as this one: what is
-    /// damaged must not deafen anybody.
+    /// The maximum volume of common mixers (150 %). Higher stored references are reduced to it, so that a
+    /// damaged record cannot make the sound dangerously loud.
     static constexpr double highestReference = 1.5;
 
-    /// Whether ratios can be those of a device: from 0 to 1, and one is 1 if there are any.
+    /// Whether `ratios` are valid for a device: all are 0 to 1, and at least one is 1 unless the list is
+    /// empty.
     [[nodiscard]] static bool areRatios(const std::vector<float>& ratios);
 
-    /// None when nothing is pending, or what is there is no number; a volume outside 0 to 1 is limited to
-    /// that. What describes the device counts only if all of it can be read.
+    /// Reads a record. Returns nothing if there is none or its volume is not a number. Clamps the volume to 0
+    /// to 1. Ignores the device unless all of its fields are valid.
     [[nodiscard]] static std::optional<PendingRestore> read(const UserDefaults& defaults,
                                                             Slot slot = Slot::latest);
 

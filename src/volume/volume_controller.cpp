@@ -15,14 +15,15 @@ using Slot = PendingRestore::Slot;
 
 constexpr double stepSeconds = 0.02;
 constexpr auto stepInterval = std::chrono::milliseconds(20);
-/// The audio server answers within a millisecond or two, unless it hangs.
+/// An audio server confirms within 1 or 2 ms unless it hangs.
 constexpr auto patienceForConfirmation = std::chrono::milliseconds(250);
-/// And one that hangs is asked again after this.
+/// Time between two checks of a pending restore.
 constexpr auto confirmationInterval = std::chrono::seconds(1);
-/// A device may come before its volume is known; one that never has one is left to the next start.
+/// A device can appear before its volume is available. After this number of rejected volumes the record is
+/// left to the next start of the program.
 constexpr int mostRefusals = 60;
 
-/// The smoothstep curve: starts and ends gently. `t` from 0 to 1.
+/// The smoothstep curve, for `t` from 0 to 1. Its slope is 0 at both ends.
 float smoothstep(float t) {
     return t * t * (3.0F - 2.0F * t);
 }
@@ -81,7 +82,8 @@ void VolumeController::restoreImmediately() {
 }
 
 void VolumeController::recoverFromCrash() {
-    // The audio system's thread must never be the last to know the controller, since it would have to end it.
+    // Lock the weak pointer on the queue only. Otherwise the audio system's thread could hold the last
+    // reference and destroy the controller.
     objects_->onDevicesChanged([queue = queue_, weak = weak_from_this()] {
         queue->post([weak] {
             if (const auto self = weak.lock()) {
@@ -99,7 +101,7 @@ void VolumeController::duckNow(float fraction, double seconds) {
     if (ducked_ || refusing_) {
         return;
     }
-    tryToRecover();  // the record of a crash must not be overwritten before it has served
+    tryToRecover();  // a duck must not overwrite the record of a crash before its restore
     const auto device = defaultOutputDevice(*objects_);
     if (!device || recovering_) {
         return;
@@ -110,7 +112,7 @@ void VolumeController::duckNow(float fraction, double seconds) {
     }
     const auto current = outputVolume(*objects_, *device);
     if (current) {
-        // Where a restore is on its way, its target is the true volume, not what it has got to.
+        // During a restore ramp the user's volume is the ramp's target, not the current volume.
         savedVolume_ = returning && ramp_ ? ramp_->to : *current;
         usedMute_ = false;
         setAwaitedAside(*device);
@@ -172,7 +174,7 @@ void VolumeController::tryToRecover() {
     }
     const auto fallback = defaultOutputDevice(*objects_);
     if (!fallback) {
-        return;  // until there is one
+        return;  // devicesChanged() tries again
     }
     recovering_ = false;
     for (const auto& [pending, slot] : {std::pair(away, Slot::away), {latest, Slot::latest}}) {
@@ -207,7 +209,7 @@ void VolumeController::startRamp(Ramp ramp) {
             self->stepRamp();
         }
     });
-    stepRamp();  // the first at once
+    stepRamp();  // the first step is immediate
 }
 
 void VolumeController::stepRamp() {
@@ -222,7 +224,7 @@ void VolumeController::stepRamp() {
         return;
     }
     cancelRamp();
-    // The curve ends there, but for rounding.
+    // Set the exact target, free of rounding errors.
     const bool written = setOutputVolume(*objects_, now.device, now.to);
     if (now.restoring) {
         restored(now.device, written);
@@ -245,7 +247,7 @@ void VolumeController::finishRestoreRamp() {
 void VolumeController::unmute() {
     setMuted(*objects_, device_, false);
     if (awaiting_) {
-        tellGuardTheRest();  // of another device, which has yet to take its volume
+        tellGuardTheRest();  // another device's restore is pending
     } else {
         restored(device_, true);
     }
@@ -253,12 +255,12 @@ void VolumeController::unmute() {
 
 void VolumeController::setAwaitedAside(AudioObjectId device) {
     if (away_ && away_->device == device) {
-        PendingRestore::remove(*defaults_, Slot::away);  // it is there again, and gets a record anew
+        PendingRestore::remove(*defaults_, Slot::away);  // the new duck writes a new record
         away_.reset();
     }
     if (awaiting_ && awaiting_->device != device) {
         const auto pending = PendingRestore::read(*defaults_);
-        if (pending && pending->device) {  // else nobody could tell later whose volume it is
+        if (pending && pending->device) {  // a volume without a device could not be restored later
             pending->write(*defaults_, Slot::away);
             away_ = awaiting_;
         }
@@ -269,7 +271,7 @@ void VolumeController::setAwaitedAside(AudioObjectId device) {
 void VolumeController::restored(AudioObjectId device, bool written, Slot slot) {
     auto& awaiting = slot == Slot::latest ? awaiting_ : away_;
     const bool present = objects_->present(device);
-    // From here on nobody else would bring it back, so the audio system must have it.
+    // Keep the record until the audio system has confirmed the volume, because nothing else would restore it.
     refusals_ = written ? 0 : refusals_ + 1;
     if (!present || !written || !objects_->flush(patienceForConfirmation)) {
         awaiting = Awaited{device, written};
@@ -284,7 +286,8 @@ void VolumeController::restored(AudioObjectId device, bool written, Slot slot) {
     }
     PendingRestore::remove(*defaults_, slot);
     awaiting.reset();
-    const bool mutedMeanwhile = ducked_ && usedMute_;  // another device, which the guard knows of
+    // A report of another, muted device must stay with the guard.
+    const bool mutedMeanwhile = ducked_ && usedMute_;
     if (!mutedMeanwhile) {
         tellGuardTheRest();
     }

@@ -13,43 +13,43 @@
 
 namespace sordin {
 
-/// Fades the default output device down for an ad and back up after it, and makes sure that the volume comes
-/// back whatever happens. Where a device has no settable volume its mute switch is used instead.
+/// Fades the default output device down for an ad and back up after it, and guarantees that the volume is
+/// restored, also after a crash. Uses the mute switch of a device without a settable volume.
 ///
-/// All state lives on one serial queue. Always held by shared pointers: work on the queue knows the
-/// controller weakly. Failures of the audio system are silent: no device, no duck.
+/// All state belongs to one serial queue. Hold the controller by a shared pointer: posted work refers to it
+/// weakly. Does not report failures of the audio system: without a device there is no duck.
 class VolumeController : public std::enable_shared_from_this<VolumeController> {
 public:
-    /// None may be null but the guard; `queue` is labelled "sordin.volume". The guard is told on the queue,
-    /// before any change to a device and after the audio system has taken the last one back.
+    /// Only `guard` may be null. `queue` is labeled "sordin.volume". The controller calls the guard on the
+    /// queue: before it changes a device, and after the audio system has confirmed the last restore.
     VolumeController(std::shared_ptr<SerialQueue> queue, std::shared_ptr<AudioObjects> objects,
                      std::shared_ptr<UserDefaults> defaults, std::shared_ptr<VolumeGuard> guard = nullptr);
     ~VolumeController();
     VolumeController(const VolumeController&) = delete;
     VolumeController& operator=(const VolumeController&) = delete;
 
-    /// Sets what is called, on the queue, with whether a duck has made a device lower, or has muted it, and
-    /// no restore has begun since; when that changes. It must not wait. Before all else.
+    /// Sets the handler that is called on the queue with true when a duck begins to lower or mute the device,
+    /// and with false when its restore begins. The handler must not block. Call before all other functions.
     void onLowered(std::function<void(bool)> handler);
 
-    /// Fades the default output device to `fraction` (0 to 1) of its volume within `ramp` seconds; does
-    /// nothing while a duck is in force. Any thread; happens on the queue, later.
+    /// Fades the default output device to `fraction` (0 to 1) of its volume within `ramp` seconds. Does
+    /// nothing during a duck. Asynchronous; callable from any thread.
     void duck(float fraction, double ramp);
 
-    /// Fades the device that was ducked back to its volume within `ramp` seconds, also if another has become
-    /// the default; does nothing when no duck is in force. Any thread; happens on the queue, later.
+    /// Fades the ducked device back to its volume within `ramp` seconds, even if another device has become
+    /// the default. Does nothing without a duck. Asynchronous; callable from any thread.
     void restore(double ramp);
 
-    /// Puts the volume back at once, without a ramp, and returns when that is done. For the end of the
-    /// program.
+    /// Restores the volume without a ramp and blocks until that is done. For the end of the program. Callable
+    /// from any thread.
     void restoreImmediately();
 
-    /// No duck that is asked for from now on happens: at the end of the program others may not have noticed
-    /// yet. Any thread; before restoreImmediately(), so that the volume is back for good.
+    /// Ignores all later calls of duck(). At the end of the program, call it before restoreImmediately(),
+    /// because other threads may still call duck(). Asynchronous; callable from any thread.
     void refuseDucks();
 
-    /// Brings back a volume that an earlier run of the program left down, as soon as there is a device to
-    /// bring it back to. It is only ever raised. Call once, before the first duck.
+    /// Restores a volume that an earlier run of the program left faded, as soon as there is an output device.
+    /// Only raises the volume. Call once, before the first duck. Asynchronous; callable from any thread.
     void recoverFromCrash();
 
 private:
@@ -61,13 +61,13 @@ private:
         bool restoring;
         int counter = 0;
     };
-    /// A device that was restored but does not have its volume yet; the record stays until it has.
+    /// A device whose restore is pending. Its record is kept until the restore is confirmed.
     struct Awaited {
         AudioObjectId device;
-        bool written;  // it will have it, unless the audio system hangs
+        bool written;  // the audio system has accepted the volume but not confirmed it
     };
 
-    /// Posts `action(*this)` for as long as the controller lives.
+    /// Posts `action(*this)`, which is skipped if the controller has been destroyed.
     template <class Action>
     void post(Action action);
     void duckNow(float fraction, double seconds);
@@ -80,40 +80,42 @@ private:
     void startRamp(Ramp ramp);
     void stepRamp();
     void cancelRamp();
-    /// Takes a restore ramp to its end at once.
+    /// Ends a restore ramp immediately at its target volume.
     void finishRestoreRamp();
-    /// Ends a duck by the mute switch.
+    /// Restores a device that was muted.
     void unmute();
-    /// A device has been given its volume back: forgets the record, unless the device is away, has refused
-    /// the volume (not `written`), or the audio system does not answer. Then it is tried again.
+    /// Call when the volume of a device has been restored. `written` is false if the device has rejected it.
+    /// Removes the record if the audio system confirms the volume. Otherwise, or if the device is absent, the
+    /// restore stays pending and is repeated.
     void restored(AudioObjectId device, bool written,
                   PendingRestore::Slot slot = PendingRestore::Slot::latest);
     void tryAgain(const std::optional<Awaited>& awaited, PendingRestore::Slot slot);
-    /// `device` is about to be faded: keeps the record of another that has yet to take its volume.
+    /// Call before `device` is faded. Moves the record of another device with a pending restore to
+    /// Slot::away.
     void setAwaitedAside(AudioObjectId device);
     void tellGuard(const DuckInForce& duck);
-    /// Of the record that is left, or that none is.
+    /// Reports the remaining record to the guard, or that none remains.
     void tellGuardTheRest();
 
     const std::shared_ptr<SerialQueue> queue_;
     const std::shared_ptr<AudioObjects> objects_;
     const std::shared_ptr<UserDefaults> defaults_;
-    const std::shared_ptr<VolumeGuard> guard_;  // or none
+    const std::shared_ptr<VolumeGuard> guard_;  // may be null
 
     Timer timer_;
-    Timer confirmation_;                   // until the audio system is asked again whether it has a volume
-    std::optional<Ramp> ramp_;             // the one in progress
-    std::function<void(bool)> onLowered_;  // or none
-    bool lowered_ = false;                 // as told last
+    Timer confirmation_;                   // until a pending restore is checked again
+    std::optional<Ramp> ramp_;             // the ramp in progress
+    std::function<void(bool)> onLowered_;  // may be empty
+    bool lowered_ = false;                 // last value passed to onLowered_
     bool ducked_ = false;
     bool refusing_ = false;
-    AudioObjectId device_ = 0;  // the one that was ducked
+    AudioObjectId device_ = 0;  // the ducked device
     std::optional<float> savedVolume_;
     bool usedMute_ = false;
-    bool recovering_ = false;  // a record of an earlier run waits for a device
-    std::optional<Awaited> awaiting_;
-    std::optional<Awaited> away_;  // the same, when another has been faded since
-    int refusals_ = 0;             // since a volume was taken
+    bool recovering_ = false;          // a record of an earlier run is pending until there is a device
+    std::optional<Awaited> awaiting_;  // pending restore of Slot::latest
+    std::optional<Awaited> away_;      // pending restore of Slot::away
+    int refusals_ = 0;                 // consecutive rejected volumes
 };
 
 }  // namespace sordin

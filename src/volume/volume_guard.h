@@ -7,26 +7,27 @@
 
 namespace sordin {
 
-/// A device that is muted because it has no volume that could be faded.
+/// A device that was muted because it has no settable volume.
 struct MutedDevice {
     OutputDeviceRecord device;
 
     bool operator==(const MutedDevice&) const = default;
 };
 
-/// What a device is owed while a duck is in force: its volume, or its sound.
+/// The state to restore after a duck: a volume, or the sound of a muted device.
 using DuckInForce = std::variant<PendingRestore, MutedDevice>;
 
-/// Somebody outside the program who gives back what a duck took, should the program die before it does. Is
-/// told on one thread at a time, and neither waits nor fails: a guard that cannot be had is as none.
+/// Restores the device from outside the program if the program dies during a duck. Functions are called on
+/// one thread at a time. They do not block and report no failure: without a working guard there is no such
+/// protection.
 class VolumeGuard {
 public:
     virtual ~VolumeGuard() = default;
 
-    /// A device is about to be faded or muted; takes the place of what was told before.
+    /// Reports that a device is about to be faded or muted. Replaces the previous report.
     virtual void inForce(const DuckInForce& duck) = 0;
 
-    /// Everything has been given back.
+    /// Reports that everything has been restored.
     virtual void givenBack() = 0;
 };
 

@@ -18,7 +18,7 @@ using testing::ElementsAre;
 
 class QtMainQueueTest : public testing::Test {
 protected:
-    /// Runs the event loop until it holds; false if it does not within the deadline.
+    /// Runs the event loop until the condition holds; false after the deadline.
     template <class Condition>
     static bool runUntil(Condition condition) {
         const QDeadlineTimer deadline(20s);
@@ -27,7 +27,7 @@ protected:
         }
         return condition();
     }
-    /// Lets everything happen that is due within `time`: work that must not run would have.
+    /// Runs the event loop for `time`, so that work that must not run would run.
     static void runFor(std::chrono::milliseconds time) {
         const QDeadlineTimer deadline(time);
         while (!deadline.hasExpired()) {
@@ -54,7 +54,7 @@ TEST_F(QtMainQueueTest, RunsWorkOnTheMainThreadInTheOrderInWhichItWasPosted) {
             });
         }
         queue->sync([&] { log.push_back(3); });
-        log.push_back(4);  // after sync() has returned nobody else is at it
+        log.push_back(4);  // runs alone, after sync() has returned
     });
     EXPECT_TRUE(runUntil([&] { return log.size() == 5; }));
     other.join();
@@ -68,7 +68,7 @@ TEST_F(QtMainQueueTest, OtherThreadsMayStartAndDropTimers) {
     std::atomic<int> fired = 0;
     std::thread([&] { Timer kept = queue->every(1ms, [&] { ++fired; }); }).join();
     runFor(30ms);
-    EXPECT_EQ(fired, 0);  // dropped before the event loop ran
+    EXPECT_EQ(fired, 0);  // destroyed before the event loop ran
     Timer timer;
     std::thread([&] { timer = queue->every(1ms, [&] { ++fired; }); }).join();
     EXPECT_TRUE(runUntil([&] { return fired > 2; }));

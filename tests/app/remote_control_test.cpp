@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The real engine, driven over a bus.
+// The real engine, controlled over a bus.
 #include "app/remote_control.h"
 #include "engine/engine_fixture.h"
 #include "platform/linux/bus_fixture.h"
@@ -44,7 +44,7 @@ TEST_F(RemoteControlTest, SaysWhatTheEngineDoes) {
     EXPECT_EQ(is("Source"), "");
 
     PropertyEar ear(desktop, program.baseService(), ApplicationService::path);
-    EXPECT_EQ(is("StatusText"), "Listening") << "by then the bus knows who listens";
+    EXPECT_EQ(is("StatusText"), "Listening") << "the bus has registered the listener by then";
     hearAdBegin();
     ASSERT_TRUE(comes([&] { return !ear.changes.empty(); }));
     EXPECT_EQ(ear.changes[0], (QVariantMap{{"Status", "ad"},
@@ -56,8 +56,8 @@ TEST_F(RemoteControlTest, SaysWhatTheEngineDoes) {
     hear(4, 0.9F);
     hearAdEnd();
     ASSERT_TRUE(comes([&] { return ear.changes.size() > 1; }));
-    EXPECT_THAT(ear.changes, SizeIs(2)) << "and nothing with every hop";
-    EXPECT_EQ(is("Source"), "") << "there is no ad that is playing";
+    EXPECT_THAT(ear.changes, SizeIs(2)) << "hops send no signals";
+    EXPECT_EQ(is("Source"), "") << "no ad is playing";
     EXPECT_EQ(is("Faded"), false);
     streams->changed({{ApplicationStream::Kind::playsCall, "9", {}, "Phone"}});
     pass(2);
@@ -94,7 +94,7 @@ TEST_F(RemoteControlTest, SwitchesOnAndOff) {
     begin();
     started();
     set("Enabled", true);
-    EXPECT_EQ(defaults->boolean("enabled"), std::nullopt) << "it is already: there is nothing to be written";
+    EXPECT_EQ(defaults->boolean("enabled"), std::nullopt) << "it is on already, so nothing is written";
     set("Enabled", false);
     EXPECT_EQ(is("Status"), "off");
     EXPECT_EQ(defaults->boolean("enabled"), false);
@@ -111,7 +111,7 @@ TEST_F(RemoteControlTest, SwitchesOnAndOff) {
     EXPECT_EQ(is("IgnoredApplications"), QStringList({"b", "a"}));
     EXPECT_EQ(streams->leftOut.applications, (std::set<std::string>{"a", "b"}));
     remote.reset();
-    EXPECT_FALSE(is("Status").isValid()) << "before the engine goes";
+    EXPECT_FALSE(is("Status").isValid()) << "the interface goes before the engine";
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What every SerialQueue promises.
+// The guarantees of every SerialQueue.
 #include "app/qt_main_queue.h"
 #include "support/asio_serial_queue.h"
 #include "support/manual_serial_queue.h"
@@ -47,7 +47,7 @@ struct QtDriver {
 template <class Driver>
 class SerialQueueContract : public testing::Test {
 protected:
-    /// Runs the queue until this holds, as its own work sees it.
+    /// Runs the queue until the condition holds, checked from its own work.
     template <class Condition>
     testing::AssertionResult comes(Condition condition) {
         const auto deadline = steadyTime() + 20s;
@@ -111,7 +111,7 @@ TYPED_TEST(SerialQueueContract, ADroppedTimerLetsGoOfItsWork) {
     EXPECT_EQ(runs, 4);
     Timer survivor = queue.every(24h, work);
     this->driver.queue.reset();
-    EXPECT_TRUE(released()) << "an ended queue holds on to work";
+    EXPECT_TRUE(released()) << "an ended queue keeps work alive";
     survivor.cancel();
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The shipped model over clips that the program that trained it has scored too.
+// Compares the shipped model with the scores of its training for the same clips.
 #include "classifier/network_sound_tagger.h"
 #include "classifier/sound_model_file.h"
 #include "replay/audio_file.h"
@@ -20,7 +20,7 @@ using Scores = std::map<std::string, double>;
 const fs::path modelPath = SORDIN_SOUND_MODEL;
 const fs::path clips = SORDIN_CLIPS;
 
-/// The checksum that a model file says it has.
+/// The checksum stored in a model file.
 std::uint32_t checksumOf(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     file.seekg(16);
@@ -31,7 +31,7 @@ std::uint32_t checksumOf(const fs::path& path) {
     return checksum;
 }
 
-/// All results of a clip; the first is that of the first second, the others follow by half a second.
+/// All results of a clip. The first is for the first second, the others follow every half second.
 std::vector<Scores> resultsOf(const SoundModel& model, const fs::path& clip) {
     NetworkSoundTagger tagger(model);
     std::vector<Scores> results;
@@ -74,7 +74,7 @@ TEST(SoundModelClips, AreScoredAsInTheTraining) {
         }
         compared += results.size();
     }
-    EXPECT_GT(compared, 0U) << "a model comes with clips";
+    EXPECT_GT(compared, 0U) << "the model must have clips";
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Speech masks made here, and the bytes of their files.
+// Generated speech masks, and the bytes of their files.
 #pragma once
 
 #include "classifier/model_files.h"
@@ -32,7 +32,7 @@ inline Bytes fileOf(const SpeechMaskModel& mask) {
     return fileOf(payloadOf(mask), "SORDINVM");
 }
 
-/// A mask with everything in small: windows of 64 samples at 16 kHz, five units.
+/// A small mask: windows of 64 samples at 16 kHz, five units.
 inline SpeechMaskModel smallMask(std::mt19937& random) {
     const auto unit = [&random](std::size_t in) {
         return SpeechMaskModel::Recurrent{randomDense(random, in, 15), randomDense(random, 5, 15)};

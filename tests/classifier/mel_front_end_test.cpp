@@ -13,7 +13,7 @@
 namespace sordin {
 namespace {
 
-/// The sizes of a real model.
+/// The sizes of the shipped model.
 constexpr SoundModel::FrontEnd realSettings{16'000, 400, 160, 512, 64, 60, 7'800, 1e-4F, 9, 2.5F, 7, 2};
 
 SoundModel modelWith(const SoundModel::FrontEnd& settings) {
@@ -24,7 +24,7 @@ SoundModel modelWith(const SoundModel::FrontEnd& settings) {
 
 TEST(MelFrontEnd, BandsMatchAPlainFourierSum) {
     auto random = seededRandom();
-    // The second reaches to half the rate and fills its transform.
+    // The second one reaches up to half the rate and fills its transform.
     for (const auto& settings : {realSettings, {8'000, 256, 100, 256, 20, 0, 4'000, 1e-6F, 9, 2.5F, 7, 2}}) {
         MelFrontEnd frontEnd(settings);
         const SlowSoundModel slow(modelWith(settings));
@@ -37,7 +37,7 @@ TEST(MelFrontEnd, BandsMatchAPlainFourierSum) {
                 EXPECT_NEAR(bands[band], expected[band], 2e-4) << level << ", band " << band;
             }
         }
-        EXPECT_EQ(bands, std::vector<float>(settings.mels, frontEnd.silence())) << "of zeros";
+        EXPECT_EQ(bands, std::vector<float>(settings.mels, frontEnd.silence())) << "bands of silence";
     }
 }
 
@@ -45,14 +45,14 @@ TEST(MelFrontEnd, PatchesHaveALevelOfTheirOwn) {
     auto random = seededRandom();
     const MelFrontEnd frontEnd(realSettings);
     const SlowSoundModel slow(modelWith(realSettings));
-    auto patch = noise(random, 4, std::size_t{7} * 64);  // beyond the range of 9 here and there
+    auto patch = noise(random, 4, std::size_t{7} * 64);  // sometimes exceeds the range of 9
     const auto expected = slow.normalised({patch.begin(), patch.end()});
     auto louder = patch;
     for (float& value : louder) {
         value += 3;
     }
     const auto actual = frontEnd.normalise(patch);
-    ASSERT_EQ(actual.size(), expected.size()) << "three groups of two; the seventh frame makes none";
+    ASSERT_EQ(actual.size(), expected.size()) << "three pairs; the seventh frame is dropped";
     const auto alike = frontEnd.normalise(louder);
     for (std::size_t i = 0; i < expected.size(); ++i) {
         EXPECT_NEAR(actual[i], expected[i], 1e-5) << i;

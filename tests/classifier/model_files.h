@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Sound models made here, and the bytes of their files.
+// Generated sound models, and the bytes of their files.
 #pragma once
 
 #include "classifier/sound_model.h"
@@ -17,7 +17,7 @@ namespace sordin {
 
 using Bytes = std::vector<std::byte>;
 
-/// Little-endian, whatever the machine.
+/// Appends a number in little-endian order.
 inline void append(Bytes& bytes, std::uint32_t value, unsigned size = 4) {
     for (unsigned i = 0; i < size; ++i) {
         bytes.push_back(std::byte((value >> (8 * i)) & 0xFFU));
@@ -28,7 +28,7 @@ inline void append(Bytes& bytes, float value) {
     append(bytes, std::bit_cast<std::uint32_t>(value));
 }
 
-/// A binary16 of a float that is one: an infinity, 0 or a normal number with 11 bits.
+/// Appends a float as binary16. It must be exactly representable: infinity, 0 or normal with 11 bits.
 inline void appendHalf(Bytes& bytes, float value) {
     const auto bits = std::bit_cast<std::uint32_t>(value);
     const std::uint32_t sign = (bits >> 16U) & 0x8000U;
@@ -77,7 +77,7 @@ inline Bytes payloadOf(const SoundModel& model) {
     return bytes;
 }
 
-/// CRC-32 bit by bit.
+/// A bitwise CRC-32.
 inline std::uint32_t slowCrc32(std::span<const std::byte> bytes) {
     std::uint32_t crc = ~0U;
     for (const std::byte byte : bytes) {
@@ -89,7 +89,7 @@ inline std::uint32_t slowCrc32(std::span<const std::byte> bytes) {
     return ~crc;
 }
 
-/// The file with this payload.
+/// A file with this payload.
 inline Bytes fileOf(const Bytes& payload, std::string_view magic = "SORDINSM") {
     Bytes bytes;
     for (const char c : magic) {
@@ -106,7 +106,7 @@ inline Bytes fileOf(const SoundModel& model) {
     return fileOf(payloadOf(model));
 }
 
-/// `count` weights of a spread that keeps sums of `inputs` of them in bounds; all of them binary16.
+/// `count` weights that are representable as binary16 and keep sums over `inputs` of them bounded.
 inline std::vector<float> randomWeights(std::mt19937& random, std::size_t count, std::size_t inputs) {
     const float unit = std::exp2(std::round(std::log2(2 / std::sqrt(static_cast<float>(inputs)))) - 10);
     std::uniform_int_distribution<int> steps(-1024, 1024);
@@ -134,7 +134,7 @@ inline SoundModel::Dense randomDense(std::mt19937& random, std::size_t in, std::
             randomWeights(random, out, 100)};
 }
 
-/// What the network gives to the embedding.
+/// The number of features that the convolutions pass to the embedding.
 inline std::size_t featureCount(const SoundModel& model) {
     PlaneSize size = inputSize(model.frontEnd);
     for (const auto& layer : model.convolutions) {
@@ -143,7 +143,7 @@ inline std::size_t featureCount(const SoundModel& model) {
     return 2 * model.sections * model.convolutions.back().out * size.frequencies;
 }
 
-/// A model that has everything a model can have, in small: patches of 1.2 s at 4 kHz, three embeddings.
+/// A small model with every kind of layer: patches of 1.2 s at 4 kHz, three embeddings.
 inline SoundModel smallModel(std::mt19937& random) {
     SoundModel model;
     model.frontEnd = {4'000, 100, 40, 128, 13, 60, 1'900, 1e-4F, 6, 2.5F, 119, 2};

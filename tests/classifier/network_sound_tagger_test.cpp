@@ -21,7 +21,7 @@ using Results = std::vector<SlowSoundModel::Result>;
 constexpr double rate = 4'000;
 constexpr std::int64_t half = 2'000;
 
-/// Noise whose level and colour move.
+/// Noise with changing level and color.
 std::vector<float> sound(std::mt19937& random, std::size_t samples) {
     std::normal_distribution<float> noise(0, 0.1F);
     std::vector<float> result(samples);
@@ -45,7 +45,7 @@ protected:
         });
     }
 
-    /// A stream of this format begins, and with it what is heard.
+    /// Prepares a stream of this format and clears the results.
     void begin(AudioFormat format = {rate, 1}) {
         EXPECT_EQ(tagger.prepare(format), std::nullopt);
         heard.clear();
@@ -56,7 +56,7 @@ protected:
         tagger.analyze(PcmBuffer(format, {samples.begin(), samples.end()}), position);
     }
 
-    /// In pieces of any size; returns what was heard so far, each result with the end of its buffer.
+    /// Analyzes the samples in random pieces. Returns all results so far with the ends of their buffers.
     Results play(std::span<const float> samples, std::int64_t position = 0) {
         while (!samples.empty()) {
             const auto size = std::min<std::size_t>(
@@ -74,7 +74,7 @@ protected:
             EXPECT_NEAR(actual[i / 3].confidences[i % 3], expected[i / 3].confidences[i % 3], tolerance) << i;
         }
     }
-    /// And each with its buffer.
+    /// The results and their buffers must be equal.
     static void expectSame(const Results& actual, const Results& expected) {
         expectAlike(actual, expected);
         for (std::size_t i = 0; i < std::min(actual.size(), expected.size()); ++i) {
@@ -102,7 +102,8 @@ TEST_F(NetworkSoundTaggerTest, ResultsAreThoseOfTheDefinition) {
             std::minmax_element(expected.begin(), expected.end(), [&](const auto& a, const auto& b) {
                 return a.confidences[label] < b.confidences[label];
             });
-        EXPECT_GT(most->confidences[label] - least->confidences[label], 0.01) << "or the test says little";
+        EXPECT_GT(most->confidences[label] - least->confidences[label], 0.01)
+            << "without variation the comparison proves little";
     }
 }
 
@@ -111,13 +112,13 @@ TEST_F(NetworkSoundTaggerTest, AResultComesWithTheBufferThatEndsItsHop) {
     const std::span<const float> all(samples);
     begin();
     analyze(all.first(3'999), 0);
-    EXPECT_TRUE(heard.empty()) << "a second has not been heard";
+    EXPECT_TRUE(heard.empty()) << "less than a second has been analyzed";
     analyze(all.subspan(3'999, 1), 3'999);
     ASSERT_EQ(heard.size(), 1U);
     analyze(all.subspan(4'000, 4'100), 4'000);
     EXPECT_EQ(heard.size(), 3U) << "two hops in one buffer";
 
-    // A stream that is prepared anew brings hops of its own, from its first buffer on.
+    // A stream that is prepared again counts hops from its first buffer.
     begin();
     analyze(all.first(4'000 - 1), 8'100);
     EXPECT_TRUE(heard.empty());
@@ -133,12 +134,12 @@ TEST_F(NetworkSoundTaggerTest, HopsOfTheFirstStreamCountFromItsStart) {
     ASSERT_EQ(expected.front().position, 8'000);
     expectSame(play(samples, 3'123), expected);
 
-    begin();  // a later stream, which begins in silence: 3'123 frames that are not analysed
+    begin();  // a later stream, which begins in silence: 3'123 frames that are not analyzed
     tagger.countHopsFrom(3 * half);
     expectAlike(play(samples, 3 * half + 3'123), expected);
 }
 
-// A result looks back on three embeddings, each of 100 + 118 * 40 samples.
+// A result depends on three embeddings, each of 100 + 118 * 40 samples.
 constexpr std::int64_t lookBack = 2 * half + 4'820;
 
 TEST_F(NetworkSoundTaggerTest, ShortSilenceIsPutBack) {
@@ -157,7 +158,7 @@ TEST_F(NetworkSoundTaggerTest, BeginsAnewAfterALongSilenceAndWhereTheStreamGoesB
     for (const std::int64_t next :
          {7'777 + lookBack, std::int64_t{1'000'000'007}, std::int64_t{7'776}, std::int64_t{0}}) {
         begin();
-        analyze(std::vector<float>(1), 0);  // hops count from here
+        analyze(std::vector<float>(1), 0);  // hops are counted from here
         play(sound(random, 7'776), 1);
         heard.clear();
         const auto samples = sound(random, 11'000);
@@ -165,7 +166,7 @@ TEST_F(NetworkSoundTaggerTest, BeginsAnewAfterALongSilenceAndWhereTheStreamGoesB
     }
 }
 
-/// Something that sounds the same at every rate: tones that come and go, all far below 2 kHz.
+/// A sound that is the same at every rate: intermittent tones far below 2 kHz.
 std::vector<float> tones(double sampleRate, double delay) {
     std::vector<float> samples(static_cast<std::size_t>(sampleRate * 6));
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -184,7 +185,7 @@ TEST_F(NetworkSoundTaggerTest, HearsTheSameAtEveryRate) {
     const Results expected = play(tones(rate, 0.01));
     ASSERT_EQ(expected.size(), 11U);
     for (const double other : {8'000.0, 11'025.0, 16'000.0, 44'100.0, 48'000.0, 96'000.0}) {
-        // Neither channel 1 is listened to nor what is above half the model's rate.
+        // Channel 1 and everything above half the model's rate are ignored.
         auto samples = tones(other, 0);
         const auto high = sine(2'600, other, samples.size(), 0.1);
         std::transform(samples.begin(), samples.end(), high.begin(), samples.begin(), std::plus<>());
@@ -197,11 +198,11 @@ TEST_F(NetworkSoundTaggerTest, HearsTheSameAtEveryRate) {
         expectAlike(heard, expected, 0.01);
         const auto before = std::exchange(heard, {});
         analyze(samples, 0, stereo);
-        expectAlike(heard, before, 0);  // nothing is left of the first time
+        expectAlike(heard, before, 0);  // no state remains from the first run
     }
 }
 
-// At an odd rate a hop is half a frame short of half a second.
+// At an odd rate a hop is half a frame shorter than half a second.
 TEST_F(NetworkSoundTaggerTest, StaysInStepWithTheHopsAtEveryRate) {
     for (const double other : {rate, 3'001.0, 44'100.0, 48'001.0}) {
         const AudioFormat format{other, 1};
@@ -219,14 +220,14 @@ TEST_F(NetworkSoundTaggerTest, KeepsItsStreamWhenAnotherCannotBe) {
     const auto samples = sound(random, 8'000);
     const std::span<const float> all(samples);
     analyze(all, 0);
-    EXPECT_TRUE(heard.empty()) << "nothing was prepared";
+    EXPECT_TRUE(heard.empty()) << "no stream was prepared";
     begin();
     analyze(all.first(5'000), 0);
     for (const AudioFormat& bad :
          {AudioFormat{0, 1}, {-1, 1}, {std::nan(""), 1}, {HUGE_VAL, 1}, {2, 1}, {1e12, 1}, {rate, 0}}) {
         EXPECT_NE(tagger.prepare(bad), std::nullopt) << bad.sampleRate;
     }
-    analyze(all, 5'000, {rate, 2});  // another format than was prepared
+    analyze(all, 5'000, {rate, 2});  // not the prepared format
     analyze({}, 5'000);
     analyze(all.subspan(5'000), 5'000);
     const auto expected = slow.results(samples);

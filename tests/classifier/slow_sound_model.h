@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a sound model means, written down as plainly as it can be, in double precision.
+// A reference implementation of the sound model: plain sums in double precision.
 #pragma once
 
 #include "classifier/sound_model.h"
@@ -48,7 +48,7 @@ public:
         return bands;
     }
 
-    /// What the network sees of a patch of frames.
+    /// The normalized input of the network for a patch of frames.
     [[nodiscard]] Values normalised(Values patch) const {
         const auto& f = model_.frontEnd;
         const double lowest = *std::max_element(patch.begin(), patch.end()) - static_cast<double>(f.range);
@@ -94,7 +94,7 @@ public:
         return rectified(dense(model_.embedding, features));
     }
 
-    /// Of all embeddings that are remembered, oldest first.
+    /// The confidences of all remembered embeddings, oldest first.
     [[nodiscard]] Values confidences(Values values) const {
         for (std::size_t i = 0; i < model_.dense.size(); ++i) {
             values = dense(model_.dense[i], values);
@@ -116,7 +116,7 @@ public:
         Values confidences;
     };
 
-    /// The results of samples at the model's rate, of which the first has this position.
+    /// The results for samples at the model's rate; the first sample has this position.
     [[nodiscard]] std::vector<Result> results(const std::vector<float>& samples,
                                               std::int64_t first = 0) const {
         const auto& f = model_.frontEnd;
@@ -154,7 +154,7 @@ private:
         return low + (high - low) * static_cast<double>(i) / (model_.frontEnd.mels + 1);
     }
 
-    /// Planes are [channel][time][frequency] here.
+    /// Planes are indexed [channel][time][frequency].
     static Values convolved(const SoundModel::Convolution& layer, const Values& plane, PlaneSize size) {
         const PlaneSize result = outputSize(layer, size);
         Values output;
@@ -163,7 +163,8 @@ private:
                 for (std::size_t f = 0; f < result.frequencies; ++f) {
                     double sum = static_cast<double>(layer.bias[o]);
                     for (std::size_t i = 0; i < std::size_t{9} * layer.in; ++i) {
-                        const std::size_t time = t * layer.strideTime + i / 3 % 3;  // one more than it is
+                        const std::size_t time =
+                            t * layer.strideTime + i / 3 % 3;  // index plus one, because of the padding
                         const std::size_t frequency = f * layer.strideFrequency + i % 3;
                         if (time >= 1 && time <= size.times && frequency >= 1 &&
                             frequency <= size.frequencies) {

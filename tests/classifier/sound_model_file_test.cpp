@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::HasSubstr;
 
-/// What reading goes wrong with, if it does.
+/// The error of reading a model; none if it succeeds.
 std::optional<std::string> errorOf(const std::function<SoundModel()>& read) {
     try {
         static_cast<void>(read());
@@ -39,7 +39,7 @@ protected:
 };
 
 TEST_F(SoundModelFile, GivesBackWhatWasWritten) {
-    // Binary16 has its own smallest numbers: 2^-24 and 1023 * 2^-24 have no exponent, 65504 is the largest.
+    // Limits of binary16: 2^-24 and 1023 * 2^-24 are subnormal, 65504 is the largest value.
     const Bytes plain = payloadOf(model);
     model.embedding.weights[0] = -65504;
     model.embedding.weights[1] = 0x1p-14F;
@@ -57,7 +57,7 @@ TEST_F(SoundModelFile, GivesBackWhatWasWritten) {
     EXPECT_EQ(read.convolutions[0].weights, model.convolutions[0].weights);
     EXPECT_EQ(read.convolutions[1].weights, model.convolutions[1].weights);
     EXPECT_EQ(read.embedding.weights, model.embedding.weights);
-    EXPECT_EQ(payloadOf(readSoundModel(fileOf(plain), "some.bin")), plain) << "and all the rest";
+    EXPECT_EQ(payloadOf(readSoundModel(fileOf(plain), "some.bin")), plain) << "the rest of the file";
 }
 
 TEST_F(SoundModelFile, RefusesWhateverIsCutOrDamaged) {
@@ -71,7 +71,7 @@ TEST_F(SoundModelFile, RefusesWhateverIsCutOrDamaged) {
     for (std::size_t size = 0; size < payload.size(); size += 11) {
         EXPECT_TRUE(
             refusal(fileOf(Bytes(payload.begin(), payload.begin() + static_cast<std::ptrdiff_t>(size)))))
-            << size << ": whole, but for the model in it";
+            << size << ": a valid file with a truncated model";
     }
     for (std::size_t at = 0; at < whole.size(); at += at < 200 ? 1 : 53) {
         Bytes damaged = whole;
@@ -80,10 +80,10 @@ TEST_F(SoundModelFile, RefusesWhateverIsCutOrDamaged) {
     }
     Bytes longer = whole;
     longer.push_back({});
-    EXPECT_THAT(refusal(longer), testing::Optional(HasSubstr("has not the size")));
+    EXPECT_THAT(refusal(longer), testing::Optional(HasSubstr("differs from its header")));
     longer = payload;
     longer.push_back({});
-    EXPECT_THAT(refusal(fileOf(longer)), testing::Optional(HasSubstr("something follows")));
+    EXPECT_THAT(refusal(fileOf(longer)), testing::Optional(HasSubstr("unexpected data after")));
 }
 
 TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
@@ -99,7 +99,7 @@ TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
         {"do not fit together", [](auto& m) { m.frontEnd.hop = 101; }},
         {"do not fit together", [](auto& m) { m.frontEnd.transform = 131; }},
         {"do not fit together", [](auto& m) { m.frontEnd.transform = huge; }},
-        {"no whole number of its hops", [](auto& m) { m.frontEnd.hop = 70; }},
+        {"not a whole number of hops", [](auto& m) { m.frontEnd.hop = 70; }},
         {"bands", [](auto& m) { m.frontEnd.mels = 0; }},
         {"bands", [](auto& m) { m.frontEnd.mels = huge; }},
         {"bands", [](auto& m) { m.frontEnd.low = -1; }},
@@ -111,8 +111,8 @@ TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
         {"range", [](auto& m) { m.frontEnd.range = -1; }},
         {"scale", [](auto& m) { m.frontEnd.scale = 0; }},
         {"too long", [](auto& m) { m.frontEnd.frames = huge; }},
-        {"whole pool", [](auto& m) { m.frontEnd.pool = 0; }},
-        {"whole pool", [](auto& m) { m.frontEnd.pool = 120; }},
+        {"pooled frames", [](auto& m) { m.frontEnd.pool = 0; }},
+        {"pooled frames", [](auto& m) { m.frontEnd.pool = 120; }},
         {"number of convolutions", [](auto& m) { m.convolutions.clear(); }},
         {"number of convolutions", [](auto& m) { m.convolutions.resize(33); }},
         {"convolution does not fit", [](auto& m) { m.convolutions[1].in = 6; }},
@@ -135,9 +135,9 @@ TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
         {"number of dense layers", [](auto& m) { m.dense.clear(); }},
         {"dense layer does not fit", [](auto& m) { m.dense[1].in = 0; }},
         {"number of labels", [](auto& m) { m.labels.clear(); }},
-        {"not one label", [](auto& m) { m.labels.pop_back(); }},
+        {"number of labels differs", [](auto& m) { m.labels.pop_back(); }},
         {"label is empty", [](auto& m) { m.labels[0].identifier.clear(); }},
-        {"no printable ASCII", [](auto& m) { m.labels[0].identifier = "caf\xC3\xA9"; }},
+        {"not printable ASCII", [](auto& m) { m.labels[0].identifier = "caf\xC3\xA9"; }},
         {"not finite", [](auto& m) { m.labels[0].gain = notFinite; }},
     };
     for (const auto& [expected, make] : flaws) {
@@ -150,8 +150,7 @@ TEST_F(SoundModelFile, RefusesWhatCannotBeMeant) {
     EXPECT_THAT(refusal(fileOf(payload)), testing::Optional(HasSubstr("residual flag")));
 }
 
-// Sizes that are each allowed, in a file that holds nothing of what they promise: it must not be made room
-// for.
+// Sizes that are allowed one by one, in a file without their data: reading must not allocate memory for them.
 TEST_F(SoundModelFile, RefusesWhatWouldCostTooMuch) {
     SoundModel large = model;
     large.convolutions = {{1, 1'024, 1, 1, false, {}, {}}};
@@ -184,7 +183,7 @@ TEST_F(SoundModelFile, SaysWhyAFileCannotBeRead) {
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_THAT(why(folder / "pipe"), HasSubstr("not a regular file"));
     writeText(folder / "empty", "");
-    EXPECT_THAT(why(folder / "empty"), HasSubstr("no sound model"));
+    EXPECT_THAT(why(folder / "empty"), HasSubstr("not a sound model"));
     writeText(folder / "large", "");
     fs::resize_file(folder / "large", 1ULL << 34U);
     EXPECT_THAT(why(folder / "large"), HasSubstr("too large"));
@@ -206,7 +205,7 @@ TEST(SoundModelLocation, IsBesideTheProgramWhereverThatIs) {
     const fs::path built = folder / "usr/build/tools/replay/sordin-replay";
     place(built);
     place(folder / "usr/build/CMakeCache.txt");
-    EXPECT_EQ(findDataFile(built, "sound-model.bin"), std::nullopt) << "a build has its own or none";
+    EXPECT_EQ(findDataFile(built, "sound-model.bin"), std::nullopt) << "a build uses only its own model";
     const fs::path own = folder / "usr/build/share/sordin/sound-model.bin";
     place(own);
     EXPECT_EQ(findDataFile(built, "sound-model.bin"), own);

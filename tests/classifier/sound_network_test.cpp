@@ -13,7 +13,7 @@
 namespace sordin {
 namespace {
 
-/// A model of any shape, within what is quick.
+/// A model of random shape, small enough to be fast.
 SoundModel arbitraryModel(std::mt19937& random) {
     const auto upTo = [&random](std::uint32_t most) {
         return std::uniform_int_distribution<std::uint32_t>(1, most)(random);
@@ -73,7 +73,7 @@ TEST(SoundNetwork, MatchesThePlainSumsWhateverItsShape) {
     }
 }
 
-// Weights can be so large that sums overflow, and infinities of both signs add up to no number.
+// Large weights can make sums overflow, and infinities of both signs add up to NaN.
 TEST(SoundNetwork, IsNeverSureOfWhatIsNoNumber) {
     auto random = seededRandom();
     SoundModel model = smallModel(random);

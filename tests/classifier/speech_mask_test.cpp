@@ -45,7 +45,7 @@ void step(const SpeechMaskModel::Recurrent& unit, const Values& input, Values& v
     }
 }
 
-/// What comes out of a mask, in plain sums, all samples at once.
+/// The output of a mask by plain sums, for all samples at once.
 Values slowlyMasked(const SpeechMaskModel& mask, const std::vector<float>& samples) {
     const std::size_t window = mask.window;
     const std::size_t shift = window / 2;
@@ -163,8 +163,8 @@ TEST(SpeechMaskFile, GivesBackWhatWasWrittenAndRefusesWhatCannotBeMeant) {
     }
     Bytes longer = payloadOf(model);
     longer.push_back({});
-    EXPECT_THAT(refusal(fileOf(longer, "SORDINVM")), HasSubstr("something follows"));
-    EXPECT_THAT(refusal(fileOf(payloadOf(model))), HasSubstr("no speech mask"));
+    EXPECT_THAT(refusal(fileOf(longer, "SORDINVM")), HasSubstr("unexpected data after"));
+    EXPECT_THAT(refusal(fileOf(payloadOf(model))), HasSubstr("not a speech mask"));
     constexpr float notFinite = std::numeric_limits<float>::infinity();
     const std::vector<std::pair<std::string, std::function<void(SpeechMaskModel&)>>> flaws{
         {"sample rate", [](auto& m) { m.rate = 0; }},
@@ -180,7 +180,7 @@ TEST(SpeechMaskFile, GivesBackWhatWasWrittenAndRefusesWhatCannotBeMeant) {
         {"does not fit", [](auto& m) { m.first.input.in = 6; }},
         {"too many units", [](auto& m) { m.first.recurrent.in = 0; }},
         {"does not fit", [](auto& m) { m.second.recurrent.in = 4; }},
-        {"not one gain", [](auto& m) { m.gains.out = 32; }},
+        {"number of gains differs", [](auto& m) { m.gains.out = 32; }},
         {"not finite", [](auto& m) { m.second.input.weights[3] = notFinite; }},
     };
     for (const auto& [expected, make] : flaws) {
@@ -201,7 +201,7 @@ TEST(SpeechMaskClips, AreCleanedAsInTheTraining) {
         mask.process(samples, cleaned);
     }
     const auto& levels = expected["levels"];
-    const std::size_t length = expected["samples"];  // of each level
+    const std::size_t length = expected["samples"];  // of each level of the music
     ASSERT_EQ(cleaned.size() / length, levels.size());
     for (std::size_t i = 0; i < levels.size(); ++i) {
         const auto piece = std::span(cleaned).subspan(i * length, length);

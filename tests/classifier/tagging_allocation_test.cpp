@@ -22,7 +22,7 @@ TEST(TaggingAllocation, ASteadyStreamAllocatesNothing) {
         const auto play = [&] {
             for (int i = 0; i < 60; ++i) {
                 classifier.analyze(buffer, position);
-                position += 5'000 + i % 3 * 1'000;  // with silence left out now and then
+                position += 5'000 + i % 3 * 1'000;  // sometimes skips silence
             }
         };
         play();

@@ -21,7 +21,7 @@ Contributions contributions(std::initializer_list<Contribution> entries) {
     return result;
 }
 
-/// Steps through the confidences and writes one letter each: S started, E ended, . nothing.
+/// Feeds the confidences and returns one letter for each: S started, E ended, . nothing.
 std::string steps(AdSegmenter& segmenter, std::initializer_list<float> confidences, float level = threshold) {
     std::string result;
     for (const float confidence : confidences) {
@@ -59,8 +59,9 @@ TEST(AdSegmenter, EndsAfterThreeSecondsClearlyBelow) {
     EXPECT_EQ(steps(segmenter, {0.42F, 0.42F, 0.42F, 0.42F, 0.42F}), ".....");
     EXPECT_EQ(steps(segmenter, {0.5F, 0.42F, 0.42F, 0.42F, 0.42F, 0.42F, 0.42F}), "......E");
     EXPECT_FALSE(segmenter.inAd());
-    EXPECT_EQ(steps(segmenter, {0.6F, 0.6F, 0.6F}), "..S") << "the count starts anew after an ad";
-    EXPECT_EQ(steps(segmenter, {0.1F, 0.1F, 0.1F, 0.1F, 0.1F, 0.1F}), ".....E") << "so does the hold time";
+    EXPECT_EQ(steps(segmenter, {0.6F, 0.6F, 0.6F}), "..S") << "the count restarts after an ad";
+    EXPECT_EQ(steps(segmenter, {0.1F, 0.1F, 0.1F, 0.1F, 0.1F, 0.1F}), ".....E")
+        << "the hold time restarts, too";
 }
 
 TEST(AdSegmenter, FollowsOtherRulesAlsoInsideAnAd) {
@@ -76,7 +77,7 @@ TEST(AdSegmenter, FollowsOtherRulesAlsoInsideAnAd) {
     EXPECT_EQ(steps(segmenter, {0.3F, 0.3F, 0.3F, 0.2F, 0.2F}), "....E");
     EXPECT_EQ(steps(segmenter, {0.7F, 0.2F}), "S.");
     segmenter.setRules(standardRules());
-    EXPECT_EQ(steps(segmenter, {0.4F, 0.4F, 0.4F, 0.4F, 0.4F}), "....E") << "what was low before counts";
+    EXPECT_EQ(steps(segmenter, {0.4F, 0.4F, 0.4F, 0.4F, 0.4F}), "....E") << "earlier low hops count";
 }
 
 TEST(AdSegmenter, EndsAtFourMinutesWhateverHappens) {
@@ -86,7 +87,7 @@ TEST(AdSegmenter, EndsAtFourMinutesWhateverHappens) {
     }
     ASSERT_TRUE(segmenter.update(0.9F, threshold, 0.5, {}));
     EXPECT_EQ(segmenter.elapsed(), 240);
-    EXPECT_EQ(steps(segmenter, {0.9F, 0.9F, 0.9F}), ".S.") << "the next ad has four minutes too";
+    EXPECT_EQ(steps(segmenter, {0.9F, 0.9F, 0.9F}), ".S.") << "the next ad may also last four minutes";
 }
 
 TEST(AdSegmenter, ReportsThePeakAndItsReasons) {
@@ -102,7 +103,8 @@ TEST(AdSegmenter, ReportsThePeakAndItsReasons) {
                                               {"Repetition", 0.16F},
                                               {"Timing", 0.15F},
                                               {"Loudness", 0.2F}})));
-    EXPECT_FALSE(update(0.85F, contributions({{"Keywords", 0.8F}})));  // equal, so the earlier stays
+    EXPECT_FALSE(update(
+        0.85F, contributions({{"Keywords", 0.8F}})));  // an equal peak does not replace the earlier one
     auto summary = segmenter.forceEnd();
     EXPECT_FLOAT_EQ(summary.peakConfidence, 0.85F);
     EXPECT_THAT(summary.reasons, ElementsAre("Audio", "Boundary", "Loudness"));

@@ -21,7 +21,7 @@ CapturedAudio captured(StreamDescription description, std::int64_t frames,
     return audio;
 }
 
-/// What is read of two frames, channel by channel.
+/// The samples of a buffer of two frames, channel by channel.
 template <class Sample>
 std::vector<std::vector<float>> channels(StreamDescription description, const std::vector<Sample>& samples) {
     const auto buffer = pcmBuffer(captured(description, 2, samples)).value();
@@ -43,7 +43,7 @@ TEST(CapturedAudio, ReadsEverySampleTypeInBothLayouts) {
                 ElementsAre(ElementsAre(0, 0.5F), ElementsAre(-1, highest)));
     const std::vector<std::int32_t> ints{std::numeric_limits<std::int32_t>::min(), 1 << 30, 77};
     EXPECT_THAT(channels({48'000, 1, SampleType::int32, true}, ints), ElementsAre(ElementsAre(-1, 0.5F)))
-        << "a frame more than is claimed";
+        << "one frame more than declared";
     const std::vector<float> floats{0.25F, -1.5F, 1, 2, 3, 4};
     EXPECT_THAT(channels({44'100, 3, SampleType::float32, true}, floats)[1], ElementsAre(-1.5F, 3));
     EXPECT_THAT(channels({44'100, 3, SampleType::float32, false}, floats)[1], ElementsAre(1, 2));

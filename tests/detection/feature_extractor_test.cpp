@@ -13,8 +13,8 @@ namespace {
 constexpr double pi = std::numbers::pi;
 constexpr std::size_t frame = FeatureExtractor::frameLength;
 
-/// The bands by definition: a plain Fourier sum in double precision of each frame under a Hann window of unit
-/// power, mean power over full scale.
+/// The bands by definition: a plain Fourier sum in double precision of each frame, under a Hann window of
+/// unit power; mean power relative to full scale.
 std::array<double, bandCount> slowBands(const std::vector<float>& hop,
                                         const std::vector<std::size_t>& starts) {
     std::array<double, bandCount> sums{};
@@ -42,7 +42,7 @@ std::array<double, bandCount> slowBands(const std::vector<float>& hop,
 
 TEST(FeatureExtractor, BandsMatchAPlainFourierSumAtTheStartTheMiddleAndTheEnd) {
     auto random = seededRandom();
-    FeatureExtractor extractor;  // one for all: nothing of a hop may linger
+    FeatureExtractor extractor;  // shared, because no state may survive a hop
     const auto expectBands = [&](const std::vector<float>& hop, const std::vector<std::size_t>& starts,
                                  double tolerance) {
         const auto features = extractor.extract(hop);

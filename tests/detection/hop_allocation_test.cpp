@@ -28,7 +28,7 @@ TEST(HopAllocation, ASteadyStreamAllocatesNothing) {
     pipeline->onTick = [&](const PipelineTick& /*tick*/) { ++ticks; };
     std::vector<PcmBuffer> buffers;
     for (int i = 0; i < 60; ++i) {
-        // No whole number of these makes a hop.
+        // No integer number of these makes a hop.
         buffers.emplace_back(AudioFormat{16'000, 1}, noise(random, 0.1F, 5000));
     }
     const auto play = [&] {
@@ -39,13 +39,13 @@ TEST(HopAllocation, ASteadyStreamAllocatesNothing) {
     };
     const auto allocationsOf = [&](SoundClassification scores) {
         classifier->scores = scores;
-        play();  // settles: starts or ends the ad
+        play();  // reaches a steady state after the ad starts or ends
         const std::size_t before = allocationCount();
         play();
         return allocationCount() - before;
     };
     EXPECT_EQ(allocationsOf({}), 0U);
-    EXPECT_EQ(allocationsOf({1, 1, 1}), 0U) << "inside an ad that is learned and recognised";
+    EXPECT_EQ(allocationsOf({1, 1, 1}), 0U) << "during an ad that is learned and recognized";
     EXPECT_GT(ticks, 60U);
     EXPECT_GT(transcriber->begins, 0);
 
@@ -53,7 +53,7 @@ TEST(HopAllocation, ASteadyStreamAllocatesNothing) {
     queue->runPending();
     const std::size_t before = allocationCount();
     pipeline->ingest(buffers[0]);
-    EXPECT_EQ(allocationCount() - before, 1U) << "the memory of a hop, which the stop has handed back";
+    EXPECT_EQ(allocationCount() - before, 1U) << "the buffer of a hop, which the stop freed";
 }
 
 }  // namespace

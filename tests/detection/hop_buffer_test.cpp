@@ -16,7 +16,7 @@ struct Cutter {
     HopBuffer buffer;
     float next = 0;
 
-    /// Appends so many samples of a running count; returns the sizes of the hops, whose contents it checks.
+    /// Appends samples of a running count. Checks the contents of the resulting hops and returns their sizes.
     std::vector<std::size_t> append(std::size_t samples) {
         std::vector<float> audio(samples);
         for (float& sample : audio) {
@@ -50,7 +50,7 @@ TEST(HopBuffer, FollowsTheRateAndHandsOnWhatWaitsTooLong) {
     EXPECT_THAT(cutter.append(20'000), IsEmpty());
     cutter.buffer.setSampleRate(8'000);
     EXPECT_THAT(cutter.append(4'100), ElementsAre(20'000, 4'000));
-    cutter.buffer.setSampleRate(44'101);  // half of it is no whole number
+    cutter.buffer.setSampleRate(44'101);  // an odd rate: half of it is not an integer
     EXPECT_THAT(cutter.append(21'949), IsEmpty());
     EXPECT_THAT(cutter.append(1), ElementsAre(22'050));
     cutter.buffer.setSampleRate(2);

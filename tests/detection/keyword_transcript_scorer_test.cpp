@@ -34,11 +34,11 @@ TEST(KeywordTranscriptScorer, FindsPhrasesInsideWordsAndInEitherCase) {
     EXPECT_FLOAT_EQ(score("\xC3\x9C"
                           "bersetzt: \xFF visit"),
                     0.25F)
-        << "other bytes pass, even broken ones";
+        << "other bytes are ignored, even invalid ones";
 }
 
 TEST(KeywordTranscriptScorer, TableHoldsThePhrasesThatRecognisersAreTunedTo) {
-    // FNV-1a of "phrase=tenths;" of all in order, so that neither a letter nor a weight moves unnoticed.
+    // FNV-1a hash over "phrase=tenths;" of all phrases in order. It detects every change of the table.
     std::uint64_t hash = 14695981039346656037U;
     for (const auto& [text, weight] : KeywordTranscriptScorer::phrases()) {
         EXPECT_GE(score(std::string(text)), weight / 1.2F - 1e-6F) << text;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The hops never depend on how the stream is cut into buffers.
+// The division of the stream into buffers must not affect the hops.
 #include "detection/stream_run.h"
 #include "random_seed.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 class PipelineCuts : public testing::Test {
 protected:
-    /// Some seconds with quiet and silent stretches.
+    /// A few seconds with quiet and silent parts.
     Segment segment(double rate) {
         const auto frames = static_cast<std::size_t>((3 + 0.001 * uniform(0, 9'000)) * rate);
         Segment result{
@@ -28,7 +28,7 @@ protected:
         return result;
     }
 
-    /// From a single frame to 5 s, small sizes as likely as large ones.
+    /// From a single frame to 5 s, with small and large sizes equally likely.
     std::size_t cut(double rate) {
         return static_cast<std::size_t>(std::exp(std::log(5 * rate) * 0.0001 * uniform(0, 10'000)));
     }
@@ -39,13 +39,13 @@ protected:
 };
 
 TEST_F(PipelineCuts, NeverChangeTheResult) {
-    std::vector<Segment> stream;  // about a minute, with changes of format in mid-hop
+    std::vector<Segment> stream;  // about a minute, with format changes inside hops
     for (const double rate : {16'000, 48'000, 8'000, 44'100, 11'025, 16'000, 48'000, 8'000}) {
         stream.push_back(segment(rate));
     }
     const auto inOne = StreamRun::play(stream, [](double) { return std::size_t{1} << 40; });
     EXPECT_GT(std::count(inOne.begin(), inOne.end(), '\n'), 60);
-    EXPECT_NE(inOne.find(" e"), std::string::npos) << "the stream should hold an ad";
+    EXPECT_NE(inOne.find(" e"), std::string::npos) << "the stream should contain an ad";
     for (int round = 0; round < 6; ++round) {
         const auto inPieces = StreamRun::play(stream, [&](double rate) { return cut(rate); });
         ASSERT_EQ(firstDifference(inPieces, inOne), "") << round;

@@ -14,8 +14,7 @@
 
 namespace sordin {
 
-/// A pipeline among fakes, with a clock and a queue moved by hand. The scorer's confidence is set by the
-/// test.
+/// A pipeline with fakes for its parts, and a manual clock and queue. The test sets the scorer's confidence.
 class PipelineTest : public testing::Test {
 protected:
     static constexpr std::size_t hopSize = 8000;
@@ -50,7 +49,7 @@ protected:
         pipeline->ingest(PcmBuffer(format, std::move(samples)));
     }
 
-    /// So many hops, each in one buffer at its own time; what is posted runs in between.
+    /// Plays `count` hops, each in one buffer at its own time, and runs posted work in between.
     void playHops(int count, float level = 0.1F) {
         for (int i = 0; i < count; ++i) {
             clock->advance(0.5);
@@ -59,13 +58,12 @@ protected:
         }
     }
 
-    /// Plays hops of the given confidence.
     void playHops(int count, float level, float confidence) {
         scorer->confidence = confidence;
         playHops(count, level);
     }
 
-    /// Brings the pipeline into an ad: two strong hops.
+    /// Starts an ad with two strong hops.
     void startAd() {
         playHops(2, 0.1F, 0.9F);
         ASSERT_TRUE(hops.back().inAd);

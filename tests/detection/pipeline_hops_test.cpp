@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// One hop: what is gathered, in which order it is reported.
+// A single hop: its signals and the order of the callbacks.
 #include "detection/pipeline_fixture.h"
 
 #include <cmath>
@@ -19,7 +19,7 @@ TEST_F(PipelineHopsTest, CutsHopsFromChannelZero) {
     ASSERT_EQ(hops.size(), 3U);
     EXPECT_EQ(hops[2].index, 2);
 
-    // Stereo with a silent left channel is silence, whatever plays on the right.
+    // Stereo with a silent left channel counts as silence, because only channel 0 is used.
     auto stereo = std::vector<float>(hopSize);
     const auto right = sound(hopSize);
     stereo.insert(stereo.end(), right.begin(), right.end());
@@ -30,12 +30,12 @@ TEST_F(PipelineHopsTest, CutsHopsFromChannelZero) {
 
 TEST_F(PipelineHopsTest, FeedsTheClassifierAllButSilenceWithItsPlaceInTheStream) {
     ingest(sound(1000));
-    ingest(sound(500, 0.0001F));  // exactly the floor is still silence
+    ingest(sound(500, 0.0001F));  // exactly at the floor: silence
     ingest(std::vector<float>());
     ingest(std::vector<float>(100), {16'000, 0});
     ingest(sound(700));
     ingest(sound(100), {48'000, 1});
-    classifier->preparable = false;  // makes no difference to anybody
+    classifier->preparable = false;  // has no effect here
     ingest(sound(200), {48'000, 2});
     ingest(sound(50), {48'000, 2});
     EXPECT_THAT(classifier->positions, ElementsAre(0, 1500, 2200, 2300, 2400));
@@ -49,12 +49,12 @@ TEST_F(PipelineHopsTest, BoundaryComesFromJumpsOfTheScores) {
         return hops.back().signals.boundary;
     };
     EXPECT_FLOAT_EQ(boundaryAt({0.25F, 0.5F, 0}), 0.8F * 0.75F);
-    EXPECT_FLOAT_EQ(boundaryAt({0.25F, 0.5F, 1}), 0) << "jingles do not count";
-    EXPECT_FLOAT_EQ(boundaryAt({0.5F, 0.25F, 1}), 0.8F * 0.5F) << "falls count like rises";
+    EXPECT_FLOAT_EQ(boundaryAt({0.25F, 0.5F, 1}), 0) << "jumps of the jingle score do not count";
+    EXPECT_FLOAT_EQ(boundaryAt({0.5F, 0.25F, 1}), 0.8F * 0.5F) << "a fall counts like a rise";
     EXPECT_FLOAT_EQ(boundaryAt({0, 0.25F, 1}), 0.8F * 0.5F);
-    playHops(1, 0);  // silence is not compared with
+    playHops(1, 0);  // silent hops are not compared
     EXPECT_FLOAT_EQ(boundaryAt({0, 0.25F, 0}), 0);
-    EXPECT_FLOAT_EQ(boundaryAt({1, 1, 0}), 1) << "clamped";
+    EXPECT_FLOAT_EQ(boundaryAt({1, 1, 0}), 1) << "limited to 1";
     EXPECT_FLOAT_EQ(hops.back().signals.music, 1);
     const float nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_FLOAT_EQ(boundaryAt({nan, nan, nan}), 0);
@@ -63,17 +63,17 @@ TEST_F(PipelineHopsTest, BoundaryComesFromJumpsOfTheScores) {
 
 TEST_F(PipelineHopsTest, BoundaryComesFromTheSpectrumToo) {
     for (int hop = 0; hop < 12; ++hop) {
-        classifier->scores.music = hop < 11 ? 0 : 0.25F;  // a jump of 0.2, of which nothing is added
-        playHops(1, hop < 6 ? 0.001F : 0.1F);  // the square wave leaves bands 0 to 6 at their floor
+        classifier->scores.music = hop < 11 ? 0 : 0.25F;  // a jump of 0.2, too small to count
+        playHops(1, hop < 6 ? 0.001F : 0.1F);  // bands 0 to 6 of the square wave stay at their floor
     }
-    // Band 7 has moved by 40 dB: a mean shift of 5, (5 - 2) / 8.
+    // Band 7 moves by 40 dB, which is a mean shift of 5 dB and a score of (5 - 2) / 8.
     EXPECT_NEAR(hops[11].signals.boundary, 0.375, 0.01);
     EXPECT_EQ(hops[10].signals.boundary, 0);
     stop();
     classifier->scores.music = 0.25F;
     for (int hop = 0; hop < 11; ++hop) {
         playHops(1, hop < 6 ? 0.001F : 0.1F);
-        EXPECT_EQ(hops.back().signals.boundary, 0) << "a stop forgets the spectrum before it";
+        EXPECT_EQ(hops.back().signals.boundary, 0) << "a stop clears the earlier spectrum";
     }
 }
 
@@ -88,12 +88,13 @@ TEST_F(PipelineHopsTest, LoudnessIsMeasuredAgainstASlowAverage) {
     }
     playHops(3, 0);
     playHops(1, 0.1F);
-    EXPECT_NEAR(hops.back().signals.loudnessRise, -20 - average, 1e-3) << "silence does not move the average";
+    EXPECT_NEAR(hops.back().signals.loudnessRise, -20 - average, 1e-3)
+        << "silence does not change the average";
     ingest(std::vector<float>(hopSize, std::numeric_limits<float>::quiet_NaN()));
-    EXPECT_TRUE(hops.back().signals.silent) << "samples that are no numbers are none";
+    EXPECT_TRUE(hops.back().signals.silent) << "NaN samples count as silence";
     stop();
     playHops(1, 0.5F);
-    EXPECT_EQ(hops.back().signals.loudnessRise, 0) << "a stop forgets the average";
+    EXPECT_EQ(hops.back().signals.loudnessRise, 0) << "a stop clears the average";
 }
 
 TEST_F(PipelineHopsTest, ASilentHopCarriesNothingButTheTimeSinceTheLastAd) {
@@ -127,7 +128,7 @@ TEST_F(PipelineHopsTest, TicksOnEverySecondHopAndOnEvents) {
     scorer->contributions.append({"Audio", 0.5F});
     classifier->scores = {0.25F, 0.75F, 0};
     playHops(2, 0.1F, 0.3F);
-    transcriber->transcript = "hello";  // of the session that has begun
+    transcriber->transcript = "hello";  // for the session that has just started
     playHops(2, 0.1F, 0.3F);
     EXPECT_EQ(takeLog(), ".t..t.");
     EXPECT_EQ(ticks.back().confidence, 0.3F);
@@ -171,7 +172,7 @@ TEST_F(PipelineHopsTest, TakesTheSettingsHopByHop) {
     pipeline->configure(0.575F, true, rules);
     log.clear();
     playHops(2, 0.1F, 0.1F);
-    EXPECT_THAT(takeLog(), testing::HasSubstr("E")) << "the ad in progress ends by the new rules";
+    EXPECT_THAT(takeLog(), testing::HasSubstr("E")) << "the new rules end the ad in progress";
     EXPECT_EQ(scorer->rules.weights.audio, 0.9F);
 }
 

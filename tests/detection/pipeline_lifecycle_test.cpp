@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Ads over time: learning, the watchdog, stopping, forgetting, going away.
+// Ads over time: learning, watchdog, stop, forgetting, destruction.
 #include "detection/pipeline_fixture.h"
 #include "random_seed.h"
 #include "support/asio_serial_queue.h"
@@ -15,7 +15,7 @@ using testing::SizeIs;
 
 class PipelineLifecycleTest : public PipelineTest {
 protected:
-    /// A programme that never repeats: noise whose colour and level change with every hop.
+    /// A programme that never repeats: noise whose color and level change with every hop.
     std::vector<std::vector<float>> variedHops(std::size_t count) {
         std::normal_distribution<float> noise;
         std::uniform_real_distribution<float> unit(0, 1);
@@ -51,12 +51,12 @@ TEST_F(PipelineLifecycleTest, LearnsAnAdEveryEightSoundingHopsAndKnowsItAgain) {
         play(hop);
         EXPECT_LT(hops.back().signals.repetition, 0.9F);
         if (++sounding == 5) {
-            playHops(3, 0);  // silence does not count
+            playHops(3, 0);  // silent hops do not count
         }
     }
     playHops(6, 0.1F, 0);
     ASSERT_THAT(ends, SizeIs(1));
-    stop();  // keeps what was learned, drops the recent hops
+    stop();  // keeps the fingerprints, drops the recent hops
     std::vector<std::size_t> matches;
     for (std::size_t i = 0; i < ad.size(); ++i) {
         play(ad[i]);
@@ -72,7 +72,7 @@ TEST_F(PipelineLifecycleTest, LearnsAnAdEveryEightSoundingHopsAndKnowsItAgain) {
         }
         play(ad[i]);
     }
-    EXPECT_EQ(hops.back().signals.repetition, 0) << "a stop forgets the recent hops";
+    EXPECT_EQ(hops.back().signals.repetition, 0) << "a stop clears the recent hops";
 
     pipeline->forgetLearnedAds();
     queue->runPending();
@@ -108,10 +108,10 @@ TEST_F(PipelineLifecycleTest, ForgetsWhatItLearnedOfAnAdThatWasNone) {
     playInAd(ad, ad.size());
     playInAd(song, 10);  // between the first fingerprint and the second
     EXPECT_FALSE(isKnown(song));
-    EXPECT_TRUE(isKnown(ad)) << "those of other ads stay";
+    EXPECT_TRUE(isKnown(ad)) << "fingerprints of other ads stay";
     playInAd(song, song.size());
-    EXPECT_TRUE(isKnown(song)) << "the next one is learned";
-    pipeline->disownAd();  // by somebody who was not quick enough
+    EXPECT_TRUE(isKnown(song)) << "the next ad is learned";
+    pipeline->disownAd();  // a late user, after the end of the ad
     queue->runPending();
     EXPECT_FALSE(isKnown(song));
     EXPECT_TRUE(isKnown(ad));
@@ -127,7 +127,7 @@ TEST_F(PipelineLifecycleTest, CountsTheHopsOfEachAdAnew) {
         playHops(6, 0, 0);  // ends in silence, before the eighth sounding hop
     }
     ASSERT_THAT(ends, SizeIs(3));
-    // What an ad had learned too early would be known again at the same place of the next.
+    // A fingerprint that was learned too early would match at the same position of the next ad.
     for (const auto& hop : hops) {
         EXPECT_EQ(hop.signals.repetition, 0) << hop.index;
     }
@@ -140,25 +140,25 @@ TEST_F(PipelineLifecycleTest, WatchdogEndsAnAdWhoseAudioStopped) {
         queue->runPending();
         return ends.size();
     };
-    EXPECT_EQ(watch(100), 0U) << "no ad, nothing to end";
+    EXPECT_EQ(watch(100), 0U) << "there is no ad to end";
     scorer->contributions.append({"Audio", 0.5F});
     startAd();
-    EXPECT_EQ(watch(3), 0U) << "three seconds are not more than three seconds";
-    ingest({});  // no audio, so it does not count
+    EXPECT_EQ(watch(3), 0U) << "exactly three seconds is not enough";
+    ingest({});  // an empty buffer does not count as audio
     EXPECT_EQ(watch(0.25), 1U);
     EXPECT_EQ(ends[0].peakConfidence, 0.9F);
     EXPECT_THAT(ends[0].reasons, testing::ElementsAre("Audio"));
     EXPECT_EQ(watch(10), 1U);
     playHops(1, 0.1F, 0.9F);
-    EXPECT_EQ(scorer->last.sinceLastAd, 10.5) << "the ad counts as ended by the watchdog";
-    EXPECT_FALSE(hops.back().inAd) << "the count of strong hops starts anew";
+    EXPECT_EQ(scorer->last.sinceLastAd, 10.5) << "the end by the watchdog counts as the last ad";
+    EXPECT_FALSE(hops.back().inAd) << "the count of strong hops restarts";
 
     startAd();
     clock->advance(2.9);
     ingest(sound(10));
     EXPECT_EQ(watch(2.9), 1U);
     pipeline->onAdEnd = {};
-    EXPECT_EQ(watch(4), 1U) << "nobody need be told";
+    EXPECT_EQ(watch(4), 1U) << "no callback is required";
 }
 
 TEST_F(PipelineLifecycleTest, StopEndsTheAdOnceAndCleansUp) {
@@ -172,7 +172,7 @@ TEST_F(PipelineLifecycleTest, StopEndsTheAdOnceAndCleansUp) {
     playHops(1, 0.1F, 0.9F);
     ingest(sound(5000));
     pipeline->stop();
-    EXPECT_THAT(ends, SizeIs(1)) << "stopping waits for its turn on the queue";
+    EXPECT_THAT(ends, SizeIs(1)) << "the stop is queued";
     queue->runPending();
     ASSERT_THAT(ends, SizeIs(2));
     EXPECT_EQ(ends[1].peakConfidence, 0.9F);
@@ -185,17 +185,17 @@ TEST_F(PipelineLifecycleTest, StopEndsTheAdOnceAndCleansUp) {
     hops.clear();
     ticks.clear();
     ingest(std::vector<float>(100));
-    EXPECT_EQ(classifier->hopsFrom, framesBefore) << "though the hop begins in silence";
+    EXPECT_EQ(classifier->hopsFrom, framesBefore) << "although the hop begins with silence";
     ingest(sound(2900));
-    EXPECT_EQ(classifier->positions.back(), framesBefore + 100) << "the position goes on";
-    EXPECT_THAT(hops, SizeIs(0)) << "samples from before the stop are gone";
-    EXPECT_THAT(classifier->prepared, SizeIs(2)) << "the first buffer prepares anew";
+    EXPECT_EQ(classifier->positions.back(), framesBefore + 100) << "the position continues";
+    EXPECT_THAT(hops, SizeIs(0)) << "the stop drops earlier samples";
+    EXPECT_THAT(classifier->prepared, SizeIs(2)) << "the first buffer prepares the classifier again";
     classifier->scores = before;
     ingest(sound(5000));
     ASSERT_THAT(hops, SizeIs(1));
     EXPECT_EQ(hops[0].index, hopsBefore);
-    EXPECT_EQ(hops[0].signals.boundary, 0) << "the scores before are compared with";
-    EXPECT_EQ(scorer->last.sinceLastAd, 0.5 * 23) << "the ad that stop ended does not count as the last";
+    EXPECT_EQ(hops[0].signals.boundary, 0) << "the scores from before the stop are still compared";
+    EXPECT_EQ(scorer->last.sinceLastAd, 0.5 * 23) << "an ad that a stop ended does not count as the last ad";
     stop();
     stop();
     EXPECT_THAT(ends, SizeIs(2));
@@ -209,8 +209,8 @@ TEST_F(PipelineLifecycleTest, MayGoAwayWithWorkWaitingAndFromItsOwnQueue) {
     queue->runPending();
     EXPECT_EQ(classifier->resets, 0);
 
-    // The owner lets go while the pipeline's own work runs: the pipeline, its queue and all that it holds end
-    // there.
+    // The owner releases the pipeline while the pipeline's own work runs. The pipeline, its queue and
+    // everything they hold are destroyed there.
     struct WaitingTranscriber final : FakeTranscriber {
         std::promise<void> entered;
         std::promise<void> proceed;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// When speech is transcribed, and what becomes of the words.
+// When transcription sessions run, and how transcripts are scored.
 #include "detection/pipeline_fixture.h"
 
 namespace sordin {
@@ -9,7 +9,7 @@ class PipelineTranscriptionTest : public PipelineTest {
 protected:
     PipelineTranscriptionTest() { classifier->scores.speech = 0.9F; }
 
-    /// Makes a session begin: a suspicious hop, then the one on which it begins.
+    /// Starts a session: one suspicious hop, then the hop on which the session starts.
     void beginSession() {
         playHops(2, 0.1F, 0.3F);
         ASSERT_TRUE(transcriber->running);
@@ -23,7 +23,7 @@ TEST_F(PipelineTranscriptionTest, BeginsOnSuspiciousSpeechOnly) {
         pipeline->configure(0.575F, enabled);
         classifier->scores.speech = 0;
         transcriber->usable = usable;
-        playHops(1, 0.1F, confidence);  // the next hop goes by this confidence
+        playHops(1, 0.1F, confidence);  // the next hop uses this confidence
         classifier->scores.speech = speech;
         playHops(1);
         const bool begun = transcriber->running;
@@ -40,9 +40,9 @@ TEST_F(PipelineTranscriptionTest, BeginsOnSuspiciousSpeechOnly) {
 
 TEST_F(PipelineTranscriptionTest, GoesByTheConfidenceBeforeTheHopAndNeverInSilence) {
     playHops(1, 0.1F, 0.9F);
-    EXPECT_FALSE(transcriber->running) << "the hop before was quiet";
+    EXPECT_FALSE(transcriber->running) << "the previous hop had a low confidence";
     playHops(1, 0);
-    EXPECT_FALSE(transcriber->running) << "silence is not managed";
+    EXPECT_FALSE(transcriber->running) << "sessions do not start on silent hops";
     playHops(1);
     EXPECT_TRUE(transcriber->running);
     EXPECT_TRUE(hops.back().transcribing);
@@ -60,13 +60,13 @@ TEST_F(PipelineTranscriptionTest, BeginsInsideAnAdWhateverTheConfidence) {
 
 TEST_F(PipelineTranscriptionTest, EndsAfterFifteenSecondsAndPausesForEight) {
     beginSession();
-    playHops(30);  // 15.0 s after it began
+    playHops(30);  // 15.0 s after the session started
     EXPECT_TRUE(transcriber->running);
     transcriber->transcript = "promo code";
     playHops(1);
     EXPECT_FALSE(transcriber->running);
-    EXPECT_FLOAT_EQ(keyword(), 1 / 1.2F) << "its last words count";
-    playHops(16);  // 8.0 s after it ended
+    EXPECT_FLOAT_EQ(keyword(), 1 / 1.2F) << "the last words of the session count";
+    playHops(16);  // 8.0 s after the session ended
     EXPECT_EQ(transcriber->begins, 1);
     playHops(1);
     EXPECT_EQ(transcriber->begins, 2);
@@ -74,14 +74,14 @@ TEST_F(PipelineTranscriptionTest, EndsAfterFifteenSecondsAndPausesForEight) {
 
 TEST_F(PipelineTranscriptionTest, EndsAfterEightUnsuspiciousHopsInARow) {
     beginSession();
-    playHops(8, 0.1F, 0.14F);  // the first still goes by the confidence before
+    playHops(8, 0.1F, 0.14F);  // the first hop still uses the earlier confidence
     EXPECT_TRUE(transcriber->running);
     playHops(1, 0.1F, 0.15F);
     EXPECT_FALSE(transcriber->running);
 
     playHops(16, 0.1F, 0.3F);
-    playHops(8, 0.1F, 0.14F);  // it begins on the first of these
-    EXPECT_TRUE(transcriber->running) << "the count starts anew with each session";
+    playHops(8, 0.1F, 0.14F);  // the session starts on the first of these
+    EXPECT_TRUE(transcriber->running) << "each session restarts the count";
     playHops(1, 0.1F, 0.14F);
     EXPECT_FALSE(transcriber->running);
 
@@ -90,7 +90,7 @@ TEST_F(PipelineTranscriptionTest, EndsAfterEightUnsuspiciousHopsInARow) {
     playHops(7, 0.1F, 0.1F);
     playHops(1, 0.1F, 0.15F);
     playHops(8, 0.1F, 0.1F);
-    EXPECT_TRUE(transcriber->running) << "one suspicious hop between starts the count anew";
+    EXPECT_TRUE(transcriber->running) << "a suspicious hop restarts the count";
     playHops(20, 0);
     EXPECT_TRUE(transcriber->running) << "silent hops do not count";
 }
@@ -150,11 +150,11 @@ TEST_F(PipelineTranscriptionTest, TheKeywordLevelTakesTheBestAndFades) {
     }
     playHops(5, 0);
     playHops(1);
-    EXPECT_FLOAT_EQ(keyword(), expected * 0.985F) << "silence does not fade it";
+    EXPECT_FLOAT_EQ(keyword(), expected * 0.985F) << "silence does not decay the level";
     stop();
     transcriber->transcript = "promo code";
     playHops(1);
-    EXPECT_EQ(keyword(), 0) << "a stop forgets, and nothing is read without a session";
+    EXPECT_EQ(keyword(), 0) << "a stop clears the level, and no transcript is read without a session";
 }
 
 TEST_F(PipelineTranscriptionTest, OtherRulesFadeAPhraseFromWhenItIsHeard) {
@@ -175,16 +175,17 @@ TEST_F(PipelineTranscriptionTest, OtherRulesFadeAPhraseFromWhenItIsHeard) {
         return testing::Pointwise(testing::FloatNear(1e-6F), values);
     };
     beginSession();
-    EXPECT_THAT(levels({"shop now", "shop now"}), are({0.7F, 0.7F})) << "the standard rules go on reading";
+    EXPECT_THAT(levels({"shop now", "shop now"}), are({0.7F, 0.7F}))
+        << "the standard rules keep reading the transcript";
     pipeline->configure(0.575F, true, rules);
     EXPECT_THAT(levels({"shop now", "shop", "shop now"}),
                 are({0.7F * 0.985F, 0.35F * 0.985F, 0.175F * 0.985F}))
-        << "what was heard before the switch is not heard anew, nor what the decoder takes back and repeats";
+        << "earlier phrases do not count again, nor phrases that the decoder retracts and repeats";
     EXPECT_THAT(levels({"shop now visit", "shop now visit"}), are({1, 0.5F}));
     transcriber->end();
     playHops(17, 0.1F, 0.3F);
     ASSERT_TRUE(transcriber->running);
-    EXPECT_THAT(levels({"shop now"}), are({0.7F})) << "another session is another text";
+    EXPECT_THAT(levels({"shop now"}), are({0.7F})) << "a new session has a new transcript";
     transcriber->transcript = "";
     playHops(2, 0.1F, 0.9F);
     playHops(6, 0.1F, 0);
@@ -199,20 +200,20 @@ TEST_F(PipelineTranscriptionTest, AStopKeepsTheLastConfidenceTheTimesOfSessionsA
     stop();
     classifier->scores.speech = 0.9F;
     playHops(1);
-    ASSERT_TRUE(transcriber->running) << "by the confidence before the stop";
-    playHops(8, 0.1F, 0.1F);  // seven of them low by the hop before
+    ASSERT_TRUE(transcriber->running) << "uses the confidence from before the stop";
+    playHops(8, 0.1F, 0.1F);  // seven of them follow a low hop
     stop();
     classifier->scores.speech = 0.9F;
     playHops(1, 0.1F, 0.3F);
     playHops(1, 0.1F, 0.1F);
-    ASSERT_TRUE(transcriber->running) << "by the confidence of the hop before";
+    ASSERT_TRUE(transcriber->running) << "uses the confidence of the previous hop";
     playHops(1);
-    EXPECT_FALSE(transcriber->running) << "after the eighth";
+    EXPECT_FALSE(transcriber->running) << "the eighth low hop ends the session";
     playHops(2, 0.1F, 0.3F);
     stop();
     classifier->scores.speech = 0.9F;
     playHops(2);
-    EXPECT_FALSE(transcriber->running) << "the pause goes on";
+    EXPECT_FALSE(transcriber->running) << "the pause continues";
 }
 
 TEST_F(PipelineTranscriptionTest, TheEndOfAnAdDiscountsWhatWasSaid) {
@@ -237,7 +238,7 @@ TEST_F(PipelineTranscriptionTest, TheEndOfAnAdDiscountsWhatWasSaid) {
     ASSERT_EQ(ends.size(), 2U);
     transcriber->transcript = "";
     playHops(1, 0.1F, 0);
-    EXPECT_FLOAT_EQ(keyword(), 0.985F / 1.2F) << "but not its end by the watchdog";
+    EXPECT_FLOAT_EQ(keyword(), 0.985F / 1.2F) << "an end by the watchdog does not discount";
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ Stretch changed(Stretch stretch, Change&& change) {
     return stretch;
 }
 
-/// Pushes a stretch and returns the score of its last hop.
+/// Pushes eight hops and returns the score of the last one.
 float push(RepetitionIndex& index, const Stretch& stretch) {
     float score = 0;
     for (const Bands& bands : stretch) {
@@ -61,20 +61,20 @@ TEST(RepetitionIndex, KnowsAStretchAgainWhateverItsLevelTiltAndGain) {
         push(index, changed(ad, [](float& v, auto, auto b) { v -= 3.0F * static_cast<float>(b); })), 1);
     EXPECT_FLOAT_EQ(push(index, changed(ad, [](float& v, auto, auto) { v *= 2; })), 1);
     EXPECT_EQ(push(index, changed(ad, [](float& v, auto, auto) { v = -v; })), 0)
-        << "the opposite is no match";
+        << "the inverted shape does not match";
     EXPECT_FLOAT_EQ(push(index, ad), 1);
     index.forget();
     EXPECT_EQ(index.push(ad[0]), 0);
     push(index, other);
     push(index, ad);
     index.forget();
-    index.learnCurrent();  // the recent hops are still there
+    index.learnCurrent();  // uses the recent hops
     EXPECT_FLOAT_EQ(push(index, ad), 1);
 }
 
 TEST(RepetitionIndex, ScoresBetweenTheTwoSimilarities) {
-    // Two stretches that move in one band each, by the same pattern: orthogonal and of equal length. Mixed by
-    // an angle, the cosine to the first is the cosine of the angle.
+    // Two passages that change in one band each, with the same pattern, are orthogonal and of equal length.
+    // In a mixture by an angle, the cosine to the first is the cosine of that angle.
     constexpr float size = 10;
     const auto mixed = [](double cosine) {
         const double sine = std::sqrt(1 - cosine * cosine);
@@ -91,11 +91,11 @@ TEST(RepetitionIndex, ScoresBetweenTheTwoSimilarities) {
     EXPECT_NEAR(push(index, mixed(0.89)), 0.5, 1e-5);
     EXPECT_NEAR(push(index, mixed(0.98)), 1, 1e-5);
     learn(index, mixed(0.5));
-    EXPECT_NEAR(push(index, mixed(0.89)), 0.5, 1e-5) << "the best match counts, not the last";
+    EXPECT_NEAR(push(index, mixed(0.89)), 0.5, 1e-5) << "the best match counts, not the latest";
 }
 
 TEST(RepetitionIndex, LearnsNothingFlatNorBeforeEightHops) {
-    // One band of alternating +-a has the norm a sqrt(8).
+    // One band that alternates between +a and -a has the norm a sqrt(8).
     const auto alternating = [](double norm) {
         return changed(Stretch(8), [&](float& v, std::size_t t, std::size_t b) {
             const double swing = norm / std::sqrt(8.0);
@@ -121,7 +121,7 @@ TEST(RepetitionIndex, LearnsNothingFlatNorBeforeEightHops) {
     static_cast<void>(index.push(moving[7]));
     index.learnCurrent();
     EXPECT_EQ(index.learnedCount(), 1U);
-    EXPECT_EQ(push(index, alternating(2.999)), 0) << "a flat stretch matches nothing";
+    EXPECT_EQ(push(index, alternating(2.999)), 0) << "a flat passage matches nothing";
 }
 
 TEST(RepetitionIndex, KeepsTheNewestTwoHundred) {

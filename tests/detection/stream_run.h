@@ -16,7 +16,7 @@
 
 namespace sordin {
 
-/// A stretch of the stream in one format, samples channel by channel.
+/// A part of the stream in one format, samples channel by channel.
 struct Segment {
     AudioFormat format;
     std::vector<std::vector<float>> channels;
@@ -24,7 +24,7 @@ struct Segment {
     bool forgetAfter = false;
 };
 
-/// The first line in which two records differ, from both; empty when they are the same.
+/// The first line in which two records differ, from both; empty if they are equal.
 inline std::string firstDifference(const std::string& a, const std::string& b) {
     std::istringstream linesOfA(a);
     std::istringstream linesOfB(b);
@@ -41,7 +41,7 @@ inline std::string firstDifference(const std::string& a, const std::string& b) {
     return {};
 }
 
-/// Plays one stream through a new pipeline, cut as told. Clock and scores follow the hops, not the buffers.
+/// Plays one stream through a new pipeline in buffers of the given sizes. Clock and scores follow the hops.
 class StreamRun {
 public:
     template <class NextSize>
@@ -98,7 +98,7 @@ private:
         follow(hop.index + 1);
     }
 
-    /// What the next hop will find.
+    /// Sets the clock and the scores for the next hop.
     void follow(std::int64_t hop) {
         clock_->advance(0.5);
         const bool ad = hop / 20 % 2 == 1;

@@ -127,7 +127,7 @@ TEST_F(AdHistoryFileTest, AFolderThatCannotBeWrittenLosesNothing) {
     queue->runPending();
     EXPECT_EQ(contentsOf(folder / "file"), "");
 
-    fs::create_symlink("loop", folder / "loop");  // a folder that leads to itself
+    fs::create_symlink("loop", folder / "loop");  // a symbolic link to itself
     AdHistoryFile looped(folder / "loop/history.json", queue);
     EXPECT_THAT(looped.load(), IsEmpty());
     looped.save({ad("Radio", 1, 2)});
@@ -149,7 +149,7 @@ TEST(AdStatisticsTest, TodayIsTheUsersDay) {
     for (const char* zone : {"UTC", "America/Los_Angeles", "Asia/Kathmandu"}) {
         setenv("TZ", zone, 1);
         tzset();
-        // Midnight of 21 November 2026 in the user's zone.
+        // Midnight of 21 November 2026 in the user's time zone.
         const double midnight =
             static_cast<double>(QDate(2026, 11, 21).startOfDay().toMSecsSinceEpoch()) / 1000 - 978'307'200;
         const AdHistory history{ad("a", midnight + 86'399, 5),

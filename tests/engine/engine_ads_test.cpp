@@ -85,21 +85,21 @@ TEST_F(EngineAdsTest, SwitchingOffInAnAdGivesTheVolumeBackSmoothly) {
     EXPECT_EQ(engine->status(), Kind::disabled);
     EXPECT_THAT(engine->history(), SizeIs(1));
 
-    // An ad that is noticed in the moment of switching off is none.
+    // An ad that starts at the moment of switching off does not count.
     engine->setIsEnabled(true);
     started();
     pipeline->onAdStart();
     engine->setIsEnabled(false);
     pipeline->onAdEnd({});
     settle();
-    hear(2, 0.9F);  // what was still to be handled
+    hear(2, 0.9F);  // hops that were still pending
     capture->stopDone();
     pass(1);
     EXPECT_FALSE(engine->adActive());
     EXPECT_EQ(volumeNow(), fullVolume);
     EXPECT_THAT(engine->history(), SizeIs(1));
 
-    // Nor is one of a capture that has ended since.
+    // Neither does an ad of a capture that has ended since.
     engine->setIsEnabled(true);
     started();
     capture->stopped(std::nullopt);
@@ -124,7 +124,7 @@ TEST_F(EngineAdsTest, QuittingGivesTheVolumeBackAtOnceAndForGood) {
     engine->applicationWillTerminate();
     EXPECT_EQ(volumeNow(), fullVolume);
     EXPECT_FALSE(defaults->number("pendingRestoreVolume"));
-    pipeline->onAdStart();  // a hop that was still being looked at
+    pipeline->onAdStart();  // a hop that was still being processed
     pass(1);
     EXPECT_EQ(volumeNow(), fullVolume);
 }
@@ -185,14 +185,14 @@ TEST_F(EngineAdsTest, TheVolumeCanBeAskedBackInAnAdWhichGoesOn) {
     EXPECT_TRUE(engine->adActive());
     hear(6, 0.9F);
     pass(1);
-    EXPECT_EQ(volumeNow(), fullVolume) << "it is not faded again";
+    EXPECT_EQ(volumeNow(), fullVolume) << "the same ad is not faded again";
     EXPECT_TRUE(engine->adActive());
     hearAdEnd();
     ASSERT_EQ(engine->history().size(), 1U);
     EXPECT_EQ(engine->history()[0].kind, AdEvent::Kind::muted);
     hearAdBegin();
     pass(1);
-    EXPECT_EQ(volumeNow(), 0) << "the next one is";
+    EXPECT_EQ(volumeNow(), 0) << "the next ad is faded";
     engine->stopCapture();
     settle();
     EXPECT_FALSE(engine->adFaded());
@@ -211,7 +211,7 @@ TEST_F(EngineAdsTest, TheVolumeCanBeAskedBackInAnAdWhichGoesOn) {
     started();
     hearAdBegin();
     EXPECT_TRUE(engine->adActive());
-    EXPECT_FALSE(engine->adFaded()) << "watched only";
+    EXPECT_FALSE(engine->adFaded()) << "dry run: not faded";
 }
 
 TEST_F(EngineAdsTest, AskingTheVolumeBackForgetsTheSoundOfTheAd) {
@@ -221,7 +221,7 @@ TEST_F(EngineAdsTest, AskingTheVolumeBackForgetsTheSoundOfTheAd) {
         float best = 0;
         std::vector<std::byte> hop(8'000 * 2, std::byte{0});
         for (int i = 0; i < 9; ++i) {
-            // A square wave, every other hop louder.
+            // A square wave; every other hop is louder.
             for (std::size_t sample = 0; sample < hop.size(); sample += 4) {
                 hop[sample + 1] = std::byte{static_cast<unsigned char>(i % 2 == 0 ? 0x20 : 0x08)};
             }
@@ -256,7 +256,7 @@ TEST_F(EngineAdsTest, SimulatedAndRealAdsDoNotStack) {
     }
     engine->simulate(2);
     hearAdBegin();
-    pass(3);  // the simulation ends first and gives the volume back
+    pass(3);  // the simulation ends first and restores the volume
     EXPECT_EQ(volumeNow(), fullVolume);
     EXPECT_FALSE(engine->simulating());
 }

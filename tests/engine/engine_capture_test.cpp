@@ -14,7 +14,7 @@ TEST_F(EngineCaptureTest, AStartRunsOnceAndEndsInListeningOrInWhatWentWrong) {
     EXPECT_EQ(capture->starts, 1);
     EXPECT_EQ(capture->queue->label(), "sordin.audio");
     capture->completion(Failure(Error::refused, "no sound today"));
-    EXPECT_EQ(engine->status(), Kind::starting);  // until the main thread has it
+    EXPECT_EQ(engine->status(), Kind::starting);  // until the main thread handles the result
     settle();
     EXPECT_EQ(engine->status(), EngineStatus::failed("no sound today"));
     pass(30);
@@ -33,14 +33,14 @@ TEST_F(EngineCaptureTest, SwitchingOffCancelsAStart) {
     EXPECT_EQ(capture->stops, 1);
     engine->setIsEnabled(true);
     EXPECT_EQ(capture->starts, 2);
-    late(Failure(Error::cancelled));  // of the first
+    late(Failure(Error::cancelled));  // completion of the first start
     settle();
     EXPECT_EQ(engine->status(), Kind::starting);
     started();
     EXPECT_EQ(engine->status(), Kind::listening);
 
     engine->setIsEnabled(false);
-    started();  // later still
+    started();  // completion of the second start
     EXPECT_EQ(engine->status(), Kind::disabled);
 }
 
@@ -66,11 +66,11 @@ TEST_F(EngineCaptureTest, ACaptureThatStopsByItselfIsStartedAgainAfterThreeSecon
     EXPECT_EQ(capture->starts, 2);
     EXPECT_EQ(engine->status(), Kind::disabled);
 
-    // While switched off nobody minds.
+    // While switched off, a stop has no effect.
     stopped();
     EXPECT_EQ(engine->status(), Kind::disabled);
 
-    // One that the user switches back on at once is not started twice.
+    // A capture that the user switches back on at once is not started twice.
     engine->setIsEnabled(true);
     started();
     stopped();
@@ -95,7 +95,7 @@ TEST_F(EngineCaptureTest, WhenAnAudioServerAppearsWhatFailedIsTriedAgain) {
     EXPECT_EQ(engine->status(), Kind::listening);
     EXPECT_EQ(capture->starts, 2);
 
-    // A server that is back before the three seconds are over is not kept waiting, nor started twice.
+    // If the server returns within the three seconds, the capture restarts at once, and only once.
     stopped(Failure(Error::connectionLost));
     ready();
     EXPECT_EQ(capture->starts, 3);
@@ -104,7 +104,7 @@ TEST_F(EngineCaptureTest, WhenAnAudioServerAppearsWhatFailedIsTriedAgain) {
     EXPECT_EQ(capture->starts, 3);
     EXPECT_EQ(engine->status(), Kind::listening);
 
-    // Flags are read anew.
+    // Permission flags are read again.
     permissions->granted = false;
     engine->setIsEnabled(false);
     engine->setIsEnabled(true);
@@ -115,7 +115,7 @@ TEST_F(EngineCaptureTest, WhenAnAudioServerAppearsWhatFailedIsTriedAgain) {
     EXPECT_EQ(engine->status(), Kind::starting);
     EXPECT_TRUE(engine->screenAccess());
 
-    // Neither while switched off nor before the guide is finished.
+    // No start happens while switched off or before the guide is finished.
     engine->setIsEnabled(false);
     const int starts = capture->starts;
     capture->ready();
@@ -148,8 +148,8 @@ TEST_F(EngineCaptureTest, WhatIsHeardIsPublishedWhileSwitchedOn) {
     settle();
     EXPECT_EQ(engine->confidence(), 0);
     EXPECT_TRUE(engine->signalReadings().empty());
-    EXPECT_EQ(engine->trail().size(), 180U);  // stays to be looked at
-    hear(4, 0.4F);                            // a straggler
+    EXPECT_EQ(engine->trail().size(), 180U);  // remains visible
+    hear(4, 0.4F);                            // a late hop
     EXPECT_EQ(engine->confidence(), 0);
 }
 

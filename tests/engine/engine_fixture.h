@@ -36,8 +36,8 @@ struct FakePermissions final : Permissions {
     }
 };
 
-/// The engine with the real pipeline, volume controller, transcriber and history file, between fakes of what
-/// touches the platform, and with the time in the test's hand. What an ad is, the scorer's confidence says.
+/// The engine with the real pipeline, volume controller, transcriber and history file. The platform parts are
+/// fakes, the test controls the clocks, and the scorer's confidence decides what is an ad.
 class EngineTest : public testing::Test {
 protected:
     using Kind = EngineStatus::Kind;
@@ -69,7 +69,7 @@ protected:
     using Failure = SystemAudioCapture::Failure;
     using Error = SystemAudioCapture::Error;
 
-    /// The capture that was asked to start runs, or says why not.
+    /// Completes the start of the capture, with an error if given.
     void started(const std::optional<Failure>& failure = std::nullopt) {
         capture->completion(failure);
         settle();
@@ -83,14 +83,14 @@ protected:
         settle();
     }
 
-    /// Creates the engine and lets its capture begin.
+    /// Creates the engine and completes the start of its capture.
     void listen() {
         create();
         started();
         ASSERT_EQ(engine->status(), Kind::listening);
     }
 
-    /// Runs everything that is posted, wherever.
+    /// Runs all posted work on all queues.
     void settle() {
         constexpr int rounds = 4;  // more than the longest chain of queues
         for (int i = 0; i < rounds; ++i) {
@@ -100,7 +100,7 @@ protected:
         }
     }
 
-    /// Lets time pass on all clocks.
+    /// Advances all clocks.
     void pass(double seconds) {
         constexpr double step = 0.1;
         for (double done = 0; done < seconds - step / 2; done += step) {
@@ -113,7 +113,7 @@ protected:
         }
     }
 
-    /// Plays so many hops of half a second, each of the given ad confidence.
+    /// Plays `hops` hops of half a second, each with the given ad confidence.
     void hear(int hops, float confidence) {
         scorer->confidence = confidence;
         for (int i = 0; i < hops; ++i) {
@@ -129,7 +129,7 @@ protected:
         hear(2, 0.9F);
         ASSERT_TRUE(engine->adActive());
     }
-    /// As long as the detector takes to believe it.
+    /// Plays long enough for the detector to end the ad.
     void hearAdEnd() {
         for (int i = 0; i < 60 && engine->adActive(); ++i) {
             hear(1, 0);

@@ -51,7 +51,7 @@ TEST_F(EngineSettingsTest, EveryAssignmentIsKeptButForTestMode) {
                                                                             {"tunedDetection", true},
                                                                             {"pauseInCalls", false},
                                                                             {"onboarded", true}}));
-    EXPECT_EQ(recogniser->rests, 1);  // its memory comes back
+    EXPECT_EQ(recogniser->rests, 1);  // the decoder frees its memory
 
     engine.reset();
     create();
@@ -106,7 +106,7 @@ TEST_F(EngineSettingsTest, AssigningTheSameValueAgainTakesEffectAgain) {
     defaults->values.erase("enabled");
     engine->setIsEnabled(true);
     EXPECT_EQ(defaults->boolean("enabled"), true);
-    EXPECT_EQ(engine->status(), Kind::listening);  // it ran already
+    EXPECT_EQ(engine->status(), Kind::listening);  // it was already running
     EXPECT_EQ(capture->starts, 1);
     engine->setIsEnabled(false);
     engine->setIsEnabled(false);
@@ -143,7 +143,7 @@ TEST_F(EngineSettingsTest, PermissionsAreAskedForWhereThatLeadsSomewhere) {
     engine->requestScreenAccess();
     EXPECT_TRUE(engine->screenAccess());
     EXPECT_TRUE(engine->speechAccess());
-    EXPECT_EQ(capture->starts, 0);  // that is for the user to say
+    EXPECT_EQ(capture->starts, 0);  // only the user starts listening
 
     recogniser->permitted = false;
     engine->requestSpeechAccess();
@@ -151,7 +151,7 @@ TEST_F(EngineSettingsTest, PermissionsAreAskedForWhereThatLeadsSomewhere) {
     EXPECT_FALSE(engine->speechAccess());
 
     recogniser->askable = false;
-    engine->requestSpeechAccess();  // it was possible at the start: look again
+    engine->requestSpeechAccess();  // was possible at the start, so the state is read again
     EXPECT_THAT(permissions->opened, IsEmpty());
     create();
     EXPECT_FALSE(engine->speechRequestPossible());

@@ -12,7 +12,7 @@ class EngineStreamsTest : public EngineTest {
 protected:
     using Stream = ApplicationStream;
 
-    /// These run from now on, for so long at least.
+    /// Runs these streams from now on, for at least `seconds`.
     void run(const std::vector<Stream>& now, double seconds) {
         streams->changed(now);
         settle();
@@ -30,7 +30,7 @@ TEST_F(EngineStreamsTest, ACallEndsTheAdAndIsLeftAloneUntilItIsOver) {
     ASSERT_TRUE(engine->adFaded());
     run({player, recorder}, 0.9);
     run({player}, 1.1);
-    EXPECT_TRUE(engine->adFaded()) << "a second without a break makes a call";
+    EXPECT_TRUE(engine->adFaded()) << "a call needs one second without interruption";
     run({player, recorder}, 2);
     EXPECT_EQ(engine->callApp(), "Radio");
     EXPECT_TRUE(streams->leftOut.everything);
@@ -40,15 +40,15 @@ TEST_F(EngineStreamsTest, ACallEndsTheAdAndIsLeftAloneUntilItIsOver) {
     EXPECT_EQ(engine->status(), Kind::listening);
     EXPECT_EQ(capture->stops, 0);
 
-    hear(4, 0.9F);  // of sound that was still on its way
+    hear(4, 0.9F);  // hops that were still pending
     EXPECT_FALSE(engine->adActive());
     EXPECT_FALSE(engine->adFaded());
     hear(20, 0);
     run({player}, 0.9);
     run({player, recorder}, 2);
-    EXPECT_TRUE(streams->leftOut.everything) << "it went on";
+    EXPECT_TRUE(streams->leftOut.everything) << "the call continued";
     engine->setIsEnabled(false);
-    EXPECT_EQ(engine->callApp(), "") << "is not the reason";
+    EXPECT_EQ(engine->callApp(), "") << "no call is reported while switched off";
     engine->setIsEnabled(true);
     EXPECT_EQ(engine->callApp(), "Radio");
     settle();
@@ -81,7 +81,7 @@ TEST_F(EngineStreamsTest, ChosenApplicationsAreLeftOut) {
     pass(1);
     engine->setIgnored("Radio", true);
     pass(1);
-    EXPECT_EQ(volumeNow(), fullVolume) << "whose ad it was";
+    EXPECT_EQ(volumeNow(), fullVolume) << "the excluded application played the ad";
     EXPECT_THAT(streams->leftOut.applications, ElementsAre("id of Radio", "org.unknown"));
     EXPECT_THAT(engine->ignoredNames(), ElementsAre("org.unknown", "Radio"));
     engine.reset();

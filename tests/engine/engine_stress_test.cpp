@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The engine on its real threads, switched and asked for everything while ads come and go: for the thread
-// sanitizer.
+// Runs random operations on the engine's real threads while ads come and go, for the thread sanitizer.
 #include "detection/keyword_transcript_scorer.h"
 #include "engine/sordin_engine.h"
 #include "engine_fixture.h"
@@ -19,7 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// The fakes are for one thread at a time.
+/// Serializes access to the fakes, which are not thread-safe.
 class LockedObjects final : public ForwardingAudioObjects {
 public:
     using ForwardingAudioObjects::ForwardingAudioObjects;
@@ -65,7 +64,7 @@ private:
     FakeUserDefaults defaults_;
 };
 
-/// Plays half a second every millisecond.
+/// Delivers half a second of sound every millisecond.
 class BusySource final : public LoopbackSource {
 public:
     void onChange(std::function<void()> /*handler*/) override {}
@@ -87,7 +86,7 @@ private:
     std::jthread player_;
 };
 
-/// An ad of eight hops, and eight hops without.
+/// Alternates between an ad of eight hops and eight hops without an ad.
 struct ChangingScorer final : AdScoring {
     int hops = 0;
     void setRules(const DetectorRules& /*rules*/) override {}

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// One fake for each of the detector's collaborators: it answers what the test sets and keeps what it was
-// given.
+// Fakes of the detector's collaborators. They return what the test sets and record their arguments.
 #pragma once
 
 #include "detection/detection_interfaces.h"
@@ -15,7 +14,7 @@ struct FakeClassifier final : SoundClassifying {
     SoundClassification scores;
     bool preparable = true;
     std::vector<AudioFormat> prepared;
-    std::vector<std::int64_t> positions;  // of the buffers analysed
+    std::vector<std::int64_t> positions;  // of the analyzed buffers
     std::int64_t hopsFrom = -1;
     int resets = 0;
 
@@ -57,7 +56,7 @@ struct FakeTranscriber : SpeechTranscribing {
     void append(const PcmBuffer& buffer) override { framesAppended += buffer.frameLength(); }
 };
 
-/// Answers one confidence for all hops and keeps the evidence of the last.
+/// Returns one confidence for all hops and records the signals of the last hop.
 struct FakeScorer final : AdScoring {
     float confidence = 0;
     Contributions contributions;

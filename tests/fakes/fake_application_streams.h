@@ -5,7 +5,7 @@
 
 namespace sordin {
 
-/// Streams in the test's hand.
+/// Streams that the test controls.
 struct FakeApplicationStreams final : ApplicationStreams {
     Handler changed;
     LeftOut leftOut;

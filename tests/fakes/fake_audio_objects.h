@@ -10,8 +10,8 @@
 
 namespace sordin {
 
-/// An audio system in memory. Devices are added by the test, may leave and return, and take what was written
-/// to them meanwhile when they do.
+/// An audio system in memory. The test adds devices and lets them leave and return. A returning device
+/// applies the values that were written while it was away.
 class FakeAudioObjects final : public AudioObjects {
 public:
     struct Device {
@@ -32,7 +32,7 @@ public:
     std::map<AudioObjectId, Device> devices;
     std::vector<std::pair<AudioObjectId, Process>> processes;
     bool tellsProcesses = true;
-    bool answers = true;  // else it hangs
+    bool answers = true;  // false: the system hangs
     AudioObjectId defaultDevice = 0;
     std::function<void(AudioObjectId, std::uint32_t, float)> onVolumeWritten = [](auto...) {};
     std::function<void()> onFlush = [] {};

@@ -5,7 +5,7 @@
 
 namespace sordin {
 
-/// A capture in the test's hand: it keeps what it was given, the test calls it.
+/// A capture that the test controls. It records its arguments.
 struct FakeCapture final : SystemAudioCapture {
     int starts = 0;
     int stops = 0;
@@ -14,7 +14,7 @@ struct FakeCapture final : SystemAudioCapture {
     StartCompletion completion;
     std::function<void(std::optional<Failure>)> stopped;
     std::function<void()> ready;
-    std::function<void()> stopDone;  // of the last stop
+    std::function<void()> stopDone;  // completion of the last stop
 
     void start(std::shared_ptr<SerialQueue> onQueue, SampleHandler onSamples,
                StartCompletion onStarted) override {

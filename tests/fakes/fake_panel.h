@@ -11,7 +11,7 @@
 
 namespace sordin {
 
-/// A panel of the desktop that shows icons, with the watcher they make themselves known to.
+/// A desktop panel that shows icons, with the watcher at which icons register.
 class FakePanel : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierWatcher")
@@ -41,7 +41,7 @@ public:
         bus_.unregisterService(service);
         bus_.unregisterObject(path);
     }
-    /// Whether there is a panel behind the watcher.
+    /// Sets whether a panel is connected to the watcher.
     void setShows(bool shows) {
         shows_ = shows;
         if (shows) {
@@ -51,11 +51,11 @@ public:
         }
     }
 
-    /// What made itself known, by its name on the bus.
+    /// The registered items, by bus name.
     [[nodiscard]] const std::vector<QString>& items() const { return items_; }
     [[nodiscard]] int iconChanges() const { return iconChanges_; }
     [[nodiscard]] int tipChanges() const { return tipChanges_; }
-    /// The last one of the icon for screen readers that it was told of.
+    /// The icon's last announced description for screen readers.
     [[nodiscard]] const QString& description() const { return description_; }
 
     [[nodiscard]] bool shows() const { return shows_; }
@@ -87,7 +87,7 @@ private:
     QString description_;
 };
 
-/// Hears what a menu tells of its changes.
+/// Records the change signals of a menu.
 class MenuEar : public QObject {
     Q_OBJECT
 
@@ -100,7 +100,7 @@ public:
     }
 
     std::vector<unsigned> revisions;
-    /// Of each, which entries with which state of their tick.
+    /// For each signal: entry ids with their toggle states.
     std::vector<std::vector<std::pair<int, int>>> updates;
 
 public Q_SLOTS:

@@ -7,7 +7,7 @@
 
 namespace sordin {
 
-/// Knows the applications that the test says.
+/// Returns the applications that the test sets.
 struct FakeProcessDirectory final : ProcessDirectory {
     std::map<std::int32_t, ApplicationInfo> applications;
     std::optional<ApplicationInfo> frontmost;

@@ -11,13 +11,13 @@
 
 namespace sordin {
 
-/// A tagger in the test's hand: it keeps what it was given, and says what the test has it say. The state is
-/// shared because the tagger belongs to the classifier.
+/// A tagger that the test controls. It records its arguments and reports what the test sets. The state is
+/// shared, because the classifier owns the tagger.
 class FakeSoundTagger final : public SoundTagger {
 public:
     struct State {
-        std::optional<std::string> refusal;   ///< what prepare answers
-        std::vector<std::int64_t> positions;  ///< of the buffers analysed
+        std::optional<std::string> refusal;   ///< result of prepare()
+        std::vector<std::int64_t> positions;  ///< of the analyzed buffers
         LabelHandler handler;
 
         void say(const std::vector<SoundLabel>& labels) const { handler(labels); }

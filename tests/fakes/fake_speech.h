@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A recogniser and a decoder that do what the test says and keep what was asked of them.
+// A recognizer and a decoder that do what the test sets and record their calls.
 #pragma once
 
 #include "platform/speech_decoder.h"
@@ -31,7 +31,7 @@ struct FakeSpeechRecogniser final : SpeechRecogniser {
     bool usable = true;
     bool local = true;
     bool starting = true;
-    std::string saidAtOnce;  // before start() returns
+    std::string saidAtOnce;  // reported before start() returns
     int rests = 0;
     std::vector<std::shared_ptr<Session>> sessions;
 
@@ -57,7 +57,7 @@ struct FakeSpeechRecogniser final : SpeechRecogniser {
     void rest() override { ++rests; }
 };
 
-/// "Hears" how many half seconds it was given.
+/// "Recognizes" the number of half seconds of audio that it received.
 class FakeSpeechDecoder final : public SpeechDecoder {
 public:
     /// Shared with the test; outlives the decoder.
@@ -69,7 +69,7 @@ public:
         int alive = 0;
         int begun = 0;
         int ended = 0;
-        std::vector<std::int16_t> heard;  // since the last begin
+        std::vector<std::int16_t> heard;  // samples since the last begin()
         std::function<void()> onProcess;
     };
 

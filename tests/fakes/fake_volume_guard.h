@@ -8,7 +8,7 @@
 
 namespace sordin {
 
-/// A volume guard that only remembers what it was told last.
+/// A volume guard that records only the last message.
 class FakeVolumeGuard final : public VolumeGuard {
 public:
     std::optional<DuckInForce> told;

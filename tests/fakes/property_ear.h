@@ -9,7 +9,7 @@
 
 namespace sordin {
 
-/// Hears what an object tells of the properties that change.
+/// Records the property change signals of an object.
 class PropertyEar : public QObject {
     Q_OBJECT
 
@@ -19,7 +19,7 @@ public:
                     SLOT(note(QString, QVariantMap, QStringList)));
     }
 
-    /// Those of each telling.
+    /// The changed properties of each signal.
     std::vector<QVariantMap> changes;
 
 public Q_SLOTS:

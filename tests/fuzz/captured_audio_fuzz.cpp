@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Any description over any bytes: never read outside, never let through what is no sound.
+// Arbitrary descriptions of arbitrary bytes: no read outside the bytes, and no invalid sound in the result.
 #include "detection/captured_audio.h"
 #include "fuzz/require.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Any bytes where applications say who they are: a name is one short line of UTF-8, an identifier leads out
-// of no folder.
+// Arbitrary bytes in the files that identify applications: names are one short line of UTF-8, and identifiers
+// never lead out of their folder.
 #include "fuzz/require.h"
 #include "platform/linux/desktop/application_id.h"
 #include "platform/linux/desktop/linux_process_directory.h"
@@ -22,11 +22,11 @@ void checkName(const std::string& name) {
         std::none_of(name.begin(), name.end(), [](char c) { return (c >= '\0' && c < ' ') || c == '\x7F'; }));
     require(!name.starts_with(' ') && !name.ends_with(' '));
     require(std::count_if(name.begin(), name.end(), [](char c) { return (c & 0xC0) != 0x80; }) <= 80);
-    static_cast<void>(nlohmann::json(name).dump());  // throws where it is no UTF-8
+    static_cast<void>(nlohmann::json(name).dump());  // throws if it is not UTF-8
     require(shownName(name) == name);
 }
 
-/// The name of a process of which these are the files.
+/// The name of a process with these files.
 std::string nameBy(const std::string& cgroup, const std::string& flatpak, const std::string& entry,
                    const std::string& locale) {
     const TemporaryFolder folder;
@@ -44,7 +44,7 @@ std::string nameBy(const std::string& cgroup, const std::string& flatpak, const 
 
 }  // namespace
 
-// The first byte says what the rest is.
+// The first byte selects the kind of file.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     if (size == 0) {
         return 0;

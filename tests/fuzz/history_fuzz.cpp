@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Any bytes as a history: what is read can be counted and shown, and is read again as it was saved; what
-// cannot be read is kept.
+// Arbitrary bytes as a history: what is read can be counted and shown, and survives a round trip. An
+// unreadable history is kept.
 #include "engine/ad_history_file.h"
 #include "engine/ad_statistics.h"
 #include "engine/duration_text.h"

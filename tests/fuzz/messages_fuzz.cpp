@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Any bytes from other processes: the speech decoder, which may be broken, the program as its volume guard
-// hears it, and whoever says which output device is the default.
+// Arbitrary bytes from other processes: from the speech decoder, from the program to its volume guard, and
+// from the server that names the default output device.
 #include "fuzz/require.h"
 #include "guard/guard_messages.h"
 #include "platform/linux/pipewire/pods.h"
@@ -61,7 +61,7 @@ void hearProgram(const std::string& text) {
 
 }  // namespace
 
-// The first byte says from whom the rest is.
+// The first byte selects the sender.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     if (size == 0) {
         return 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Any bytes as a sound model or a speech mask: refused, or one that works and gives what it may.
+// Arbitrary bytes as a sound model or a speech mask: either rejected, or usable with results in range.
 #include "classifier/mask_files.h"
 #include "classifier/network_sound_tagger.h"
 #include "classifier/sound_model_file.h"
@@ -13,7 +13,7 @@ namespace {
 
 using namespace sordin;
 
-/// Whether a second of it takes no more than a moment.
+/// Whether a second of audio takes only a moment.
 bool quick(const SoundModel& model) {
     PlaneSize size = inputSize(model.frontEnd);
     std::size_t work = model.frontEnd.transform * (model.frontEnd.rate / model.frontEnd.hop);
@@ -55,7 +55,7 @@ void clean(const SpeechMaskModel& model) {
     require(cleaned.size() == std::size_t{3} * model.window);
 }
 
-/// `rest` as a whole file, or as what is to be put into one.
+/// `rest` is a whole file, or the payload for one.
 void useMask(bool whole, const Bytes& rest) {
     try {
         clean(readSpeechMask(whole ? rest : fileOf(rest, "SORDINVM"), "fuzz"));
@@ -66,8 +66,8 @@ void useMask(bool whole, const Bytes& rest) {
 
 }  // namespace
 
-// The first byte says whether the rest is a sound model (or, from 254 on, a speech mask), and a whole file (0
-// and 254) or what is to be put into one.
+// The first byte selects a sound model (or a speech mask, from 254 on), and whether the rest is a whole file
+// (0 and 254) or a payload.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     if (size == 0) {
         return 0;

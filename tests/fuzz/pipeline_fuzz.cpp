@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Any stream, cut anyhow, with stops and changes of format between: the hops are those of the stream in one
-// piece.
+// Arbitrary streams in arbitrary buffers, with stops and format changes: the hops must not change.
 #include "detection/stream_run.h"
 
 #include <bit>
@@ -15,7 +14,7 @@ using sordin::Segment;
 
 constexpr std::size_t longestSegment = 30'000;  // frames; keeps a run fast
 
-/// A sample out of a byte: mostly sound, some silence, some damage.
+/// Converts a byte to a sample: mostly sound, some silence, some invalid values.
 float sampleOf(std::uint8_t byte) {
     switch (byte) {
     case 0x80:
@@ -44,7 +43,7 @@ Segment arbitrarySegment(FuzzedDataProvider& data) {
     for (std::uint32_t channel = 0; channel < segment.format.channelCount; ++channel) {
         std::vector<float> samples(frames);
         for (std::size_t i = 0; i < frames && !pattern.empty(); ++i) {
-            // The stride keeps the pattern from being merely periodic.
+            // The stride makes the pattern more than periodic.
             samples[i] = level * sampleOf(pattern[(i + i / 97 * channel + i * i / 4'099) % pattern.size()]);
         }
         segment.channels.push_back(std::move(samples));

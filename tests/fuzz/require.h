@@ -5,7 +5,7 @@
 
 namespace sordin {
 
-/// What has to hold for any input; the fuzzer keeps one for which it does not.
+/// Ends the process if a property does not hold; the fuzzer then keeps the input.
 inline void require(bool condition) {
     if (!condition) {
         std::abort();

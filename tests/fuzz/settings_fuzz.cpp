@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Any bytes as the user's settings or as the record of a volume: what can be read survives a change of
-// something else, what cannot is kept beside it, and a record brings back no more than a volume.
+// Arbitrary bytes as the settings or the record of pending restores: readable settings survive a change of
+// another one, unreadable files are kept, and a record restores a valid volume only.
 #include "fuzz/require.h"
 #include "platform/linux/storage/file_user_defaults.h"
 #include "rig/temporary_folder.h"
@@ -37,7 +37,7 @@ void checkRecord(const UserDefaults& defaults) {
                         [](float ratio) { return ratio >= 0 && ratio <= 1; }));
 }
 
-/// What the program writes is what it reads at the next start.
+/// The next start reads exactly what the program writes.
 void checkChange(const fs::path& folder, const std::shared_ptr<SerialQueue>& queue) {
     const PendingRestore written{0.375F, OutputDeviceRecord{"usb \"1\"", "speaker", 1.25F, {1, 0.5F}}};
     {
@@ -53,7 +53,7 @@ void checkChange(const fs::path& folder, const std::shared_ptr<SerialQueue>& que
 
 }  // namespace
 
-// The first byte says which of the two files the rest is.
+// The first byte selects one of the two files.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
     if (size == 0) {
         return 0;

@@ -38,11 +38,12 @@ TEST_F(GivingBackTest, RaisesOrUnmutesTheDeviceThatWasFadedAndNoOther) {
     EXPECT_TRUE(give(PendingRestore{0.7F, record()}));
     EXPECT_EQ(objects.devices[speakers].volumes[0], 0.7F);
     EXPECT_TRUE(give(PendingRestore{0.3F, record()}));
-    EXPECT_EQ(objects.devices[speakers].volumes[0], 0.7F) << "never lower";
+    EXPECT_EQ(objects.devices[speakers].volumes[0], 0.7F) << "a restore never lowers";
     EXPECT_EQ(objects.devices[speakers].mute, 1U);
     EXPECT_EQ(objects.devices[headphones].volumes[0], 0.1F);
     EXPECT_TRUE(give(PendingRestore{0.5F, std::nullopt}));
-    EXPECT_EQ(objects.devices[headphones].volumes[0], 0.5F) << "all that is known is the default device";
+    EXPECT_EQ(objects.devices[headphones].volumes[0], 0.5F)
+        << "without a device in the record, the default device is restored";
     EXPECT_EQ(objects.devices[headphones].mute, 1U);
 }
 
@@ -53,7 +54,7 @@ TEST_F(GivingBackTest, LeavesADeviceThatIsAwayAsItIs) {
     objects.makeDefault(0);
     EXPECT_FALSE(give(PendingRestore{0.7F, std::nullopt}));
     objects.comeBack(speakers);
-    EXPECT_EQ(objects.devices[speakers].volumes[0], 0.1F) << "nothing was kept for its return";
+    EXPECT_EQ(objects.devices[speakers].volumes[0], 0.1F) << "no volume is pending for its return";
     EXPECT_EQ(objects.devices[speakers].mute, 1U);
 }
 

@@ -22,7 +22,7 @@ TEST(GuardMessages, SayWhatIsInForceExactly) {
     large.name.assign(1024, '"');
     EXPECT_LT(toGuardMessage(PendingRestore{0.5F, large}).size(), longestGuardMessage);
     large.name = "\xff";
-    EXPECT_FALSE(toGuardMessage(MutedDevice{large}).empty()) << "no UTF-8";
+    EXPECT_FALSE(toGuardMessage(MutedDevice{large}).empty()) << "an identifier that is not UTF-8";
 }
 
 TEST(GuardMessages, WhatIsDamagedChangesNothing) {

@@ -27,7 +27,8 @@ TEST(GuardProcess, IsReplacedOnlyWhenThereIsSomethingToTell) {
     const pid_t first = guard.pid();
     ASSERT_GT(first, 0);
     siginfo_t ended{};
-    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(first), &ended, WEXITED | WNOWAIT), 0);  // cannot read a folder
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(first), &ended, WEXITED | WNOWAIT),
+              0);  // ends at once: it cannot read the folder
     guard.givenBack();
     EXPECT_EQ(guard.pid(), -1);
     guard.inForce(pending);

@@ -48,7 +48,7 @@ TEST_F(AudioProcessInspectorTest, ListsEachPlayingApplicationOnceButThisOne) {
     objects.processes.push_back({14, {0, 104}});
     objects.processes.push_back({15, {1, std::nullopt}});
     objects.processes.push_back({16, {std::nullopt, 104}});
-    objects.processes.push_back({17, {1, 999}});  // nobody knows it
+    objects.processes.push_back({17, {1, 999}});  // an unknown process
     directory.applications[104] = {"", "Quiet"};
     EXPECT_THAT(inspector.activeOutputApps(), ElementsAre("Radio", "Music"));
     objects.tellsProcesses = false;

@@ -47,7 +47,7 @@ TEST(CallDetector, BelievesWhatLastsForASecond) {
     become("", 5s);
     EXPECT_EQ(log, "");
     become("a", 600ms);
-    become("ab", 600ms);  // another stream changes nothing
+    become("ab", 600ms);  // an additional stream has no effect
     EXPECT_EQ(log, "a");
     become("", 999ms);
     become("a", 5s);

@@ -19,7 +19,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// A tone of 500 Hz, in the first channel.
+/// A tone of 500 Hz in the first channel.
 PcmBuffer tone(double rate, double seconds, float amplitude = 0.5F, std::uint32_t channels = 1) {
     const auto frames = static_cast<std::size_t>(rate * seconds);
     auto samples = sine(500, rate, frames, static_cast<double>(amplitude));
@@ -47,12 +47,12 @@ protected:
 
 TEST_F(DecodingRecogniserTest, GivesATextForEachHalfSecondThatChangesIt) {
     const auto session = start();
-    EXPECT_EQ(decoder->loaded, 0) << "not on the caller's thread";
+    EXPECT_EQ(decoder->loaded, 0) << "the caller's thread does not load the decoder";
     for (int buffer = 0; buffer < 60; ++buffer) {
         session->append(tone(16'000, 0.02));
     }
     run();
-    EXPECT_THAT(texts, ElementsAre("1", "2")) << "a long queue gives no fewer texts";
+    EXPECT_THAT(texts, ElementsAre("1", "2")) << "a long queue gives as many texts";
     session->append(tone(16'000, 1));
     session->endAudio();
     session->append(tone(16'000, 1));
@@ -84,7 +84,8 @@ TEST_F(DecodingRecogniserTest, EveryFormatReachesTheDecoderAtItsOwnRate) {
         EXPECT_NEAR(crossings, 500, 10) << rate;
         const auto highest = *std::max_element(heard.begin(), heard.begin() + 7000);
         EXPECT_NEAR(highest, 16384, 400) << rate;
-        EXPECT_EQ(*std::max_element(heard.begin(), heard.end()), 32767) << "louder than full scale";
+        EXPECT_EQ(*std::max_element(heard.begin(), heard.end()), 32767)
+            << "samples above full scale are clipped";
     }
     const auto session = start();
     for (const double rate : {0.0, -1.0, std::nan(""), 1e-300, 1e300}) {
@@ -92,7 +93,7 @@ TEST_F(DecodingRecogniserTest, EveryFormatReachesTheDecoderAtItsOwnRate) {
     }
     session->append(tone(16'000, 0.1));
     run();
-    EXPECT_EQ(decoder->heard.size(), 1600U) << "after rates that nothing can play";
+    EXPECT_EQ(decoder->heard.size(), 1600U) << "impossible rates are ignored";
     EXPECT_THAT(errors, IsEmpty());
 }
 
@@ -102,15 +103,15 @@ TEST_F(DecodingRecogniserTest, DropsAudioRatherThanFallBehind) {
         session->append(tone(16'000, 1));
     }
     run();
-    EXPECT_EQ(decoder->heard.size(), 3U * 16'000) << "what exceeds two seconds, and no more";
+    EXPECT_EQ(decoder->heard.size(), 3U * 16'000) << "only audio beyond two seconds is dropped";
     session->append(tone(16'000, 1));
     run();
-    EXPECT_EQ(decoder->heard.size(), 4U * 16'000) << "caught up";
+    EXPECT_EQ(decoder->heard.size(), 4U * 16'000) << "the decoder has caught up";
     for (int second = 0; second < 60; ++second) {
         session->append(tone(16'000, 1));
         recogniser->drain();
     }
-    EXPECT_EQ(decoder->heard.size(), 64U * 16'000) << "who waits loses nothing";
+    EXPECT_EQ(decoder->heard.size(), 64U * 16'000) << "audio at the decoder's pace is never dropped";
 }
 
 TEST_F(DecodingRecogniserTest, FailuresEndTheSessionAndTheNextBeginsAfresh) {
@@ -131,7 +132,7 @@ TEST_F(DecodingRecogniserTest, FailuresEndTheSessionAndTheNextBeginsAfresh) {
     session->append(tone(16'000, 1));
     session->finish();
     run();
-    EXPECT_THAT(errors, ElementsAre("died", "died")) << "once a session";
+    EXPECT_THAT(errors, ElementsAre("died", "died")) << "one error per session";
     EXPECT_EQ(decoder->alive, 0);
     decoder->works = true;
     session = start();
@@ -139,7 +140,7 @@ TEST_F(DecodingRecogniserTest, FailuresEndTheSessionAndTheNextBeginsAfresh) {
     decoder->works = false;
     session->finish();
     run();
-    EXPECT_THAT(errors, ElementsAre("died", "died", "died")) << "in its last breath";
+    EXPECT_THAT(errors, ElementsAre("died", "died", "died")) << "an error at the end of the session";
 
     decoder->loads = false;
     session = start();
@@ -147,7 +148,7 @@ TEST_F(DecodingRecogniserTest, FailuresEndTheSessionAndTheNextBeginsAfresh) {
     run();
     EXPECT_EQ(errors.back(), "does not load");
     EXPECT_FALSE(recogniser->available());
-    EXPECT_TRUE(recogniser->authorised()) << "it is installed, after all";
+    EXPECT_TRUE(recogniser->authorised()) << "the model is installed";
 }
 
 TEST_F(DecodingRecogniserTest, KnowsOnlyWhatIsInstalled) {
@@ -166,7 +167,7 @@ TEST_F(DecodingRecogniserTest, HandsBackItsMemory) {
     session->append(tone(16'000, 1));
     recogniser->rest();
     run();
-    EXPECT_EQ(decoder->alive, 1) << "while it is at work";
+    EXPECT_EQ(decoder->alive, 1) << "the decoder stays while it works";
     session->finish();
     run();
     EXPECT_EQ(decoder->alive, 0);
@@ -174,7 +175,7 @@ TEST_F(DecodingRecogniserTest, HandsBackItsMemory) {
     session->append(tone(16'000, 1));
     session->finish();
     run();
-    EXPECT_EQ(decoder->alive, 1) << "kept from session to session";
+    EXPECT_EQ(decoder->alive, 1) << "sessions share the decoder";
     recogniser->rest();
     run();
     EXPECT_EQ(decoder->alive, 0);
@@ -196,7 +197,7 @@ TEST_F(DecodingRecogniserTest, TenThousandSessionsThatAreOverAtOnceCostNothing) 
         transcriber.end();
     }
     queue->runPending();
-    EXPECT_EQ(decoder->begun, 0) << "nobody waits for them";
+    EXPECT_EQ(decoder->begun, 0) << "sessions that ended at once are not decoded";
     for (int round = 0; round < 10'000; ++round) {
         transcriber.begin();
         queue->runPending();
@@ -217,7 +218,7 @@ TEST_F(DecodingRecogniserTest, ASlowDecoderOnItsThreadHoldsNobodyUp) {
     std::atomic<int> count = 0;
     const auto session = slow.start([&](const std::string& /*text*/) { ++count; }, {});
     for (int second = 0; second < 100; ++second) {
-        session->append(tone(16'000, 1));  // returns although the decoder hangs
+        session->append(tone(16'000, 1));  // must return although the decoder hangs
     }
     session->finish();
     EXPECT_EQ(count, 0);
@@ -251,7 +252,7 @@ TEST_F(DecodingRecogniserTest, EndsThoughItsDecoderHangs) {
 TEST(MaskedSpeechDecoder, GivesTheDecoderAllSamplesThroughTheMaskForEachText) {
     auto random = seededRandom();
     SpeechMaskModel mask = smallMask(random);
-    mask.strength = 0;  // it only delays, by half a window
+    mask.strength = 0;  // delays by half a window only
     const auto script = std::make_shared<FakeSpeechDecoder::Script>();
     MaskedSpeechDecoder decoder(std::make_unique<FakeSpeechDecoder>(script), mask);
     for (const std::int16_t level : {std::int16_t{1'000}, std::int16_t{-32'767}}) {

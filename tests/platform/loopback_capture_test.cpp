@@ -17,7 +17,7 @@ using testing::IsEmpty;
 using Error = SystemAudioCapture::Error;
 using Failure = SystemAudioCapture::Failure;
 
-/// A source in the test's hand. `open` counts what is open, which must never be two.
+/// A source that the test controls. `open` counts the open sources, of which there must never be two.
 struct SourceState {
     std::optional<LoopbackSource::Obstacle> obstacle;
     LoopbackSource::Handlers handlers;
@@ -78,7 +78,7 @@ protected:
         opened();
         news.clear();
     }
-    /// There is another obstacle than before, or none.
+    /// Changes or removes the obstacle.
     void change(std::optional<LoopbackSource::Obstacle> obstacle = {}) {
         source.obstacle = std::move(obstacle);
         source.changed();
@@ -90,7 +90,7 @@ protected:
             audio->runPending();
         }
     }
-    /// For so long that the source is closed.
+    /// Stops long enough for the source to be closed.
     void stopForGood() {
         stop();
         settle();
@@ -118,7 +118,7 @@ TEST_F(LoopbackCaptureTest, DeliversWhatIsHeardInOrderAndHalfASecondOfZerosWhere
     hear(3);
     hear(5);
     audio->advance(500ms);
-    EXPECT_THAT(frames, ElementsAre(3, 5));  // something was heard in this half second
+    EXPECT_THAT(frames, ElementsAre(3, 5));  // sound arrived within this half second, so there are no zeros
     audio->advance(1000ms);
     EXPECT_THAT(frames, ElementsAre(3, 5, 8000, 8000));
     const auto zeros = pcmBuffer(lastHeard);
@@ -145,7 +145,7 @@ TEST_F(LoopbackCaptureTest, AStartWaitsTenSecondsForAServerAndSaysWhatWasMissing
     control->advance(20s);
     EXPECT_THAT(news, ElementsAre("start: running"));
 
-    // What does not go away by itself is not waited for.
+    // A start does not wait for a permanent obstacle.
     stopForGood();
     source.obstacle = {Failure(Error::noDisplay), false};
     start();
@@ -164,7 +164,7 @@ TEST_F(LoopbackCaptureTest, TellsOnceWhenAStartThatFailedWouldNoLongerFail) {
     change();
     EXPECT_EQ(ready, 1);
 
-    // While it runs, or a start waits for the server itself, there is nothing to tell.
+    // While the capture runs, or while a start waits for the server, there is no notification.
     run();
     change(noDisplay);
     change();
@@ -191,7 +191,7 @@ TEST_F(LoopbackCaptureTest, AServerThatIsLostWhileOpeningIsWaitedForAndOneThatRe
     start();
     source.handlers.ended(Failure(Error::refused, "no"));
     control->runPending();
-    start("silent server");  // one that neither opens nor refuses
+    start("silent server");  // the server neither opens nor refuses
     control->advance(10s);
     EXPECT_THAT(
         news, ElementsAre("start: no", "silent server: " + SystemAudioCapture::description(Error::refused)));
@@ -202,13 +202,13 @@ TEST_F(LoopbackCaptureTest, AStopWinsOverAStartAndTheHandlerIsQuietWhenItIsDone)
     start();
     const auto old = source.handlers;
     stop();
-    old.opened();  // too late
+    old.opened();  // a late notification
     settle();
     EXPECT_THAT(news, ElementsAre("start: cancelled", "stop"));
     stopForGood();
 
     run();
-    hear(3);  // waits on the audio queue
+    hear(3);  // pending on the audio queue
     stop();
     stop("second stop");
     hear(4);
@@ -224,7 +224,7 @@ TEST_F(LoopbackCaptureTest, AStopWinsOverAStartAndTheHandlerIsQuietWhenItIsDone)
     start("again");
     EXPECT_EQ(news.back(), "again: " + SystemAudioCapture::description(Error::alreadyRunning));
     audio->advance(500ms);
-    EXPECT_EQ(frames.size(), 2U);  // the first goes on
+    EXPECT_EQ(frames.size(), 2U);  // the first start continues
 }
 
 TEST_F(LoopbackCaptureTest, OffAndOnWithinASecondIsOneOpeningAndAnOvertakenStartDoesNothing) {
@@ -243,7 +243,7 @@ TEST_F(LoopbackCaptureTest, OffAndOnWithinASecondIsOneOpeningAndAnOvertakenStart
     EXPECT_EQ(news.back(), "start: running");
     hear(3);
     settle();
-    EXPECT_THAT(frames, ElementsAre(3)) << "to the last of the starts alone";
+    EXPECT_THAT(frames, ElementsAre(3)) << "only the last start receives sound";
     stopForGood();
     source.questions = 0;
     for (int i = 0; i < 20; ++i) {
@@ -287,7 +287,7 @@ TEST_F(LoopbackCaptureTest, ALossIsToldOnceAndLeavesTheCaptureStopped) {
     EXPECT_THAT(frames, IsEmpty());
 
     run();
-    old.ended(Failure(Error::connectionLost));  // late news of the one before
+    old.ended(Failure(Error::connectionLost));  // a late notification of the previous source
     control->runPending();
     stop();
     settle();

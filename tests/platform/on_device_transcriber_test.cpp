@@ -33,10 +33,10 @@ TEST_F(OnDeviceTranscriberTest, HoldsWhatASessionSays) {
     session(0).say("promo code");
     EXPECT_EQ(transcriber->text(), "promo code");
     session(0).fail("went wrong");
-    EXPECT_TRUE(transcriber->active()) << "errors change nothing";
+    EXPECT_TRUE(transcriber->active()) << "errors do not end the session";
     transcriber->end();
     EXPECT_FALSE(transcriber->active());
-    EXPECT_EQ(transcriber->text(), "promo code") << "stays readable";
+    EXPECT_EQ(transcriber->text(), "promo code") << "the text stays readable";
     transcriber->append(buffer);
     transcriber->end();
     EXPECT_EQ(session(0).frames, 320U);
@@ -60,7 +60,7 @@ TEST_F(OnDeviceTranscriberTest, BeginningAgainEndsWhatRanAndForgetsIt) {
     EXPECT_TRUE(transcriber->active());
     EXPECT_EQ(transcriber->text(), "");
     session(0).say("late");
-    EXPECT_EQ(transcriber->text(), "") << "of another session";
+    EXPECT_EQ(transcriber->text(), "") << "a result of the previous session is ignored";
     recogniser->saidAtOnce = "at once";
     transcriber->begin();
     EXPECT_EQ(transcriber->text(), "at once");

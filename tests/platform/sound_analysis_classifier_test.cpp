@@ -15,7 +15,7 @@ using testing::ElementsAre;
 
 class SoundAnalysisClassifierTest : public testing::Test {
 protected:
-    /// Music, speech and jingle.
+    /// The scores of music, speech and jingle.
     [[nodiscard]] std::vector<float> scores() const {
         const auto [music, speech, jingle] = classifier->current();
         return {music, speech, jingle};
@@ -33,7 +33,8 @@ protected:
 TEST_F(SoundAnalysisClassifierTest, FoldsLabelsIntoGroups) {
     EXPECT_THAT(scores(), ElementsAre(0, 0, 0));
     EXPECT_THAT(after({{"Music", 0.9}, {"Singing", 0.95}, {"music", 0.1}}), ElementsAre(0.95F, 0, 0));
-    EXPECT_THAT(after({{"speech_synthesizer", 0.5}}), ElementsAre(0, 0.5F, 0)) << "only the latest counts";
+    EXPECT_THAT(after({{"speech_synthesizer", 0.5}}), ElementsAre(0, 0.5F, 0))
+        << "only the latest result counts";
     EXPECT_THAT(after({{"theme_music", 0.25}, {"rain", 1}}), ElementsAre(0.25F, 0, 0.25F));
     for (const std::string label : {"MUSIC", "choir_singing", "Musical_Instrument"}) {
         EXPECT_THAT(after({{label, 0.5}}), ElementsAre(0.5F, 0, 0)) << label;
@@ -68,7 +69,7 @@ TEST_F(SoundAnalysisClassifierTest, AnalysesOnceThereIsAnAnalyzerAndKeepsItThere
     EXPECT_THAT(scores(), ElementsAre(0, 0, 0));
     classifier->analyze(buffer, 4);
     EXPECT_THAT(tagger->positions, ElementsAre(2, 3, 4));
-    EXPECT_THAT(after({{"speech", 1}}), ElementsAre(0, 1, 0)) << "results go on after a reset";
+    EXPECT_THAT(after({{"speech", 1}}), ElementsAre(0, 1, 0)) << "results continue after a reset";
 }
 
 TEST_F(SoundAnalysisClassifierTest, IsReadWhileResultsArrive) {
@@ -83,7 +84,7 @@ TEST_F(SoundAnalysisClassifierTest, IsReadWhileResultsArrive) {
     while (!done) {
         const auto [music, speech, jingle] = classifier->current();
         if (music != speech || speech != jingle) {
-            ADD_FAILURE() << "half of one result, half of another";
+            ADD_FAILURE() << "a mixture of two results";
             break;
         }
         classifier->reset();

@@ -19,7 +19,7 @@ using testing::ElementsAre;
 
 constexpr auto deadline = 20s;
 
-/// Something to wait for that a queue's work brings about.
+/// A flag that work on a queue sets and the test waits for.
 class Signal {
 public:
     void set() { promise_.set_value(); }
@@ -35,7 +35,7 @@ TEST(AsioSerialQueue, KeepsTheOrderAlsoBetweenThreads) {
     std::vector<int> done;
     Signal posted;
     queue.post([&] {
-        // What the work itself posts comes before what another thread posts after being told of it.
+        // Work posted by the work itself runs before what another thread posts after a notification.
         queue.post([&] { done.push_back(1); });
         std::thread([&] { queue.post([&] { done.push_back(2); }); }).join();
         queue.post([&] { done.push_back(3); });
@@ -63,7 +63,7 @@ TEST(AsioSerialQueue, RunsOnOneNamedThreadAndNestsSync) {
 TEST(AsioSerialQueue, TakesWorkFromManyThreadsOnePieceAtATime) {
     constexpr int threads = 8;
     constexpr int each = 2000;
-    int count = 0;  // unguarded: the queue is the guard
+    int count = 0;  // unprotected, because the queue serializes the access
     {
         AsioSerialQueue queue("sordin.test", QualityOfService::utility);
         std::vector<std::thread> posters;
@@ -77,7 +77,7 @@ TEST(AsioSerialQueue, TakesWorkFromManyThreadsOnePieceAtATime) {
         for (std::thread& poster : posters) {
             poster.join();
         }
-    }  // the end runs what was posted
+    }  // the destructor runs posted work
     EXPECT_EQ(count, threads * each);
 }
 
@@ -95,14 +95,14 @@ TEST(AsioSerialQueue, EndRunsPostedWorkAndDropsWhatComesLater) {
         done.push_back(1);
     });
     queue->post([&, held] { done.push_back(2); });
-    // Work that posts itself again would keep a queue busy for ever that takes work while it ends.
+    // Work that posts itself again must not keep the queue alive while the queue ends.
     const std::function<void()> again = [&again, raw = queue.get()] { raw->post(again); };
     queue->post(again);
     ASSERT_TRUE(begun.wait());
     proceed.set();
     queue.reset();
     EXPECT_THAT(done, ElementsAre(1, 2));
-    EXPECT_EQ(held.use_count(), 1) << "an ended queue holds on to work";
+    EXPECT_EQ(held.use_count(), 1) << "an ended queue keeps work alive";
     timer.cancel();
 }
 
@@ -119,12 +119,13 @@ TEST(AsioSerialQueue, MayBeDestroyedByItsOwnWork) {
             witness->store(1000);
             gone.set();
         });
-        queue->post([witness] { *witness += 1'000'000; });  // waits behind, so it is dropped
+        queue->post(
+            [witness] { *witness += 1'000'000; });  // still waiting when the queue ends, so it is dropped
         start.set_value();
         ASSERT_TRUE(gone.wait());
         timer.cancel();
         const auto end = std::chrono::steady_clock::now() + deadline;
-        while (witness.use_count() > 1) {  // until the thread has let go of everything
+        while (witness.use_count() > 1) {  // until the thread has released everything
             ASSERT_LT(std::chrono::steady_clock::now(), end);
             std::this_thread::yield();
         }
@@ -150,7 +151,7 @@ TEST(AsioSerialQueue, ARepeatingTimerLeavesOutWhatItMissed) {
         released = std::chrono::steady_clock::now();
     });
     ASSERT_TRUE(enough.wait());
-    // One for all that were missed, then two at their times; a slow machine only makes it longer.
+    // One shot for all missed ones, then two on time. A slow machine only lengthens this.
     EXPECT_GT(std::chrono::steady_clock::now() - released, interval);
 }
 

@@ -13,7 +13,7 @@ TEST(SystemClock, StartsAtTheWallClockAndThenNeverHeedsItAgain) {
     double elapsed = 500;
     const SystemClock clock([&] { return wall; }, [&] { return elapsed; });
     EXPECT_DOUBLE_EQ(clock.now(), 1.7e9);
-    wall -= 3600;  // somebody sets the clock back
+    wall -= 3600;  // the system clock is set back
     elapsed += 12.25;
     EXPECT_DOUBLE_EQ(clock.now(), 1.7e9 + 12.25);
 }

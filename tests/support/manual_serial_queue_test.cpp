@@ -34,7 +34,7 @@ TEST(ManualSerialQueue, TimersFireAtTheirTimesAmongEachOther) {
     Timer then;
     const auto once = queue.after(30ms, [&] {
         done.emplace_back("once");
-        then = queue.after(15ms, [&] { done.emplace_back("then"); });  // counts from the time of the first
+        then = queue.after(15ms, [&] { done.emplace_back("then"); });  // relative to the time of the first
     });
     Timer again;
     again = queue.every(20ms, [&] {

@@ -41,7 +41,7 @@ TEST(Resampler, KeepsWhatFitsAndRemovesWhatWouldFoldBack) {
             EXPECT_NEAR(amplitudeAt(1'000, 16'000, kept), 0.5, 0.005) << from;
         }
         const auto removed = resampled(sine(11'000, 48'000, 48'000), 48'000, 16'000, quality);
-        EXPECT_LT(amplitudeAt(5'000, 16'000, removed), 0.5e-4);  // 11 kHz folds to 5 kHz
+        EXPECT_LT(amplitudeAt(5'000, 16'000, removed), 0.5e-4);  // 11 kHz would alias to 5 kHz
     }
 }
 
@@ -50,7 +50,7 @@ TEST(Resampler, DoesNotDependOnHowTheStreamIsCut) {
     const auto input = sine(440, 44'100, 88'200);
     const auto whole = resampled(input, 44'100, 16'000);
     Resampler resampler(44'100, 16'000);
-    for (int round = 0; round < 3; ++round) {  // each finish starts anew
+    for (int round = 0; round < 3; ++round) {  // finish() resets the resampler
         std::vector<float> output;
         std::span<const float> rest(input);
         while (!rest.empty()) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The whole of the program but for its main(), to see what is left of it in its process.
+// The whole program except main(), to check what remains in its process.
 #include "app/application.h"
 #include "system/sordin_fixture.h"
 
@@ -39,7 +39,7 @@ protected:
         }
         return all;
     }
-    /// What a part of the program may leave: its threads, its processes, its files.
+    /// Everything that a part of the program could leave behind: threads, processes, files.
     static Names everything() {
         Names all;
         for (const auto& thread : fs::directory_iterator("/proc/self/task")) {
@@ -55,7 +55,7 @@ protected:
         }
         return all;
     }
-    /// The decoder, once there is one.
+    /// The process id of the decoder, if it runs.
     static std::optional<pid_t> decoder() {
         for (const Process& child : children()) {
             if (child.name.starts_with("sordin-speech")) {
@@ -94,9 +94,9 @@ TEST_F(ApplicationSystemTest, NothingIsLeftInTheProcessWhateverItWasDoing) {
                                   {R"({"onboarded": true})", false, is(Kind::listening)},
                                   {R"({"onboarded": true, "sensitivity": 1})", true, transcribes},
                                   {R"({"onboarded": true, "sensitivity": 1})", true, transcribes, true}};
-    static_cast<void>(QDBusConnection::sessionBus());  // Qt keeps that
+    static_cast<void>(QDBusConnection::sessionBus());  // Qt keeps this connection
     beginServer();
-    setenv("XDG_CONFIG_HOME", (home / "config").c_str(), 1);  // the server has its own
+    setenv("XDG_CONFIG_HOME", (home / "config").c_str(), 1);  // separate from the server's
     setenv("XDG_DATA_HOME", (home / "data").c_str(), 1);
     const Names before = everything();
     for (std::size_t i = 0; i < cases.size(); ++i) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// sordin-audio against a private server: what has to outlive the death of the program or of the server.
+// sordin-audio with a private server: what must survive the death of the program or of the server.
 #include "random_seed.h"
 #include "rig/private_audio_server.h"
 #include "system/sink_volume.h"
@@ -20,7 +20,7 @@ using nlohmann::json;
 constexpr auto deadline = 20s;
 constexpr auto sink = "test-sink-A";
 
-/// The command, and what it says.
+/// The command and its output.
 class AudioCommand {
 public:
     explicit AudioCommand(const std::filesystem::path& folder)
@@ -31,7 +31,7 @@ public:
     void kill(int signal) { process_.kill(signal); }
     std::optional<int> wait() { return process_.wait(deadline); }
 
-    /// Whether a line comes that `matches`.
+    /// Whether a matching line of output arrives.
     bool expect(const std::function<bool(const json&)>& matches) {
         const auto end = std::chrono::steady_clock::now() + deadline;
         while (std::chrono::steady_clock::now() < end) {
@@ -48,7 +48,7 @@ public:
     bool expectWrite(double volume) {
         return expect([&](const json& said) { return std::fabs(said.value("write", -1.0) - volume) < 1e-3; });
     }
-    /// A level of about so much, while `who` plays.
+    /// Whether the level comes close to `rms` while `who` plays.
     bool expectLevel(double rms, const std::string& who) {
         return expect([&](const json& said) {
             return std::fabs(said.value("rms", -1.0) - rms) < 0.02 && said["source"] == who;
@@ -66,7 +66,7 @@ protected:
         server.setVolume(sink, {80, 40});
         EXPECT_TRUE(comesBack());
     }
-    /// Whether the volume comes to be the user's, and nothing is left to be done.
+    /// Whether the user's volume comes back and no restore is pending.
     [[nodiscard]] testing::AssertionResult comesBack(std::chrono::milliseconds within = deadline) const {
         const auto back = sinkBecomes(server, sink, before, within);
         const auto nothingPending = [&] { return !exists(folder / "pending-restore.json"); };
@@ -109,7 +109,7 @@ TEST_F(AudioCommandTest, EveryOrderlyEndGivesTheVolumeBack) {
         ASSERT_TRUE(command.expectWrite(0));
         signal == 0 ? command.say("quit") : command.kill(signal);
         EXPECT_EQ(command.wait(), 0);
-        // At once: the program waits until the server has the volume.
+        // At once, because the program waits until the server has the volume.
         EXPECT_TRUE(comesBack(0s)) << signal;
     }
 }
@@ -125,7 +125,7 @@ TEST_F(AudioCommandTest, KilledAtAnyInstantItRestoresAtTheNextStart) {
             command.say("duck");
             command.say("restore 0.4");
             command.say("duck");
-            // A random instant is the matter of this test, so there is nothing else to wait for.
+            // The test needs a random instant, so it cannot wait for a condition.
             std::this_thread::sleep_for(std::chrono::milliseconds(instant(random)));
             command.kill(SIGKILL);
             EXPECT_EQ(command.wait(), 128 + SIGKILL);

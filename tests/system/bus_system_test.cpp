@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The whole program, driven as scripts, keys and the desktop drive it.
+// The whole program, controlled over the bus by scripts, shortcuts and the desktop.
 #include "platform/linux/session/control_interface.h"
 #include "system/session_fixture.h"
 
@@ -28,7 +28,7 @@ protected:
 TEST_F(BusSystemTest, ASecondStartAsksTheFirst) {
     for (const auto* request : {"--restore-volume", "--toggle"}) {
         EXPECT_EQ(secondStart({request}), 1);
-        EXPECT_FALSE(isRunning()) << "none is started";
+        EXPECT_FALSE(isRunning()) << "the request starts no program";
     }
     EXPECT_EQ(contentsOf(home / "second"), "sordin: is not running\nsordin: is not running\n");
 
@@ -40,8 +40,8 @@ TEST_F(BusSystemTest, ASecondStartAsksTheFirst) {
     EXPECT_EQ(is("Status"), "off");
     EXPECT_TRUE(becomesSetting("enabled", false));
     EXPECT_EQ(secondStart({"--toggle"}), 0);
-    EXPECT_TRUE(comes([&] { return is("Status") == "ad"; })) << "which still plays";
-    EXPECT_TRUE(becomes(0)) << "and is another, for who listens anew";
+    EXPECT_TRUE(comes([&] { return is("Status") == "ad"; })) << "the ad is still playing";
+    EXPECT_TRUE(becomes(0)) << "a new start detects it as a new ad";
     EXPECT_EQ(secondStart({"--toggle", "--restore"}), 2);
     bus.reset();
     EXPECT_EQ(secondStart({"--toggle"}), 1) << contentsOf(home / "second");
@@ -72,7 +72,7 @@ TEST_F(BusSystemTest, ItsStatusIsPrintedForPanels) {
     do {
         lines.push_back(follower.readLine(deadline).value_or("Not running"));
     } while (lines.back() != "Not running");
-    EXPECT_TRUE(follower.running()) << "it may be started again";
+    EXPECT_TRUE(follower.running()) << "the follower waits for another start";
     bus.reset();
     EXPECT_EQ(follower.wait(deadline), 1);
 
@@ -96,7 +96,7 @@ TEST_F(BusSystemTest, CallsAndChosenApplicationsAreLeftAlone) {
         EXPECT_EQ(is("Status"), "listening");
         EXPECT_EQ(is("AdActive"), false);
     }
-    EXPECT_TRUE(becomes(0)) << "when it is over";
+    EXPECT_TRUE(becomes(0)) << "the fade returns after the call";
     EXPECT_EQ(is("Call"), "");
     const auto set = [this](const QVariant& ids) {
         return call(id, path, "org.freedesktop.DBus.Properties", "Set",
@@ -132,7 +132,7 @@ TEST_F(BusSystemTest, AnActionOfTheDesktopStartsTheProgram) {
                 .value(0)
                 .toUInt();
         ASSERT_NE(process, 0U);
-        EXPECT_EQ(is("Enabled"), true) << "who starts it so wants it to listen";
+        EXPECT_EQ(is("Enabled"), true) << "a start through the action must not switch it off";
         EXPECT_EQ(toggle().errorName(), "");
         EXPECT_EQ(is("Enabled"), false);
         kill(static_cast<pid_t>(process), SIGTERM);

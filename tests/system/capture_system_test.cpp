@@ -22,7 +22,7 @@ using testing::IsEmpty;
 constexpr auto amplitude = 0.5;
 const double fullLevel = amplitude / std::sqrt(2.0);
 
-/// A native player of a tone; its arguments as those of tone_player.
+/// A native player of a tone, with the arguments of tone_player.
 class Player {
 public:
     explicit Player(ServerKind server, const std::vector<std::string>& properties = {})
@@ -65,7 +65,7 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Capture, CaptureSystemTest, bothServers, serverName);
 
 TEST_P(CaptureSystemTest, HearsAtFullLevelWhateverTheVolumeOfTheDevice) {
-    begin({.monitorVolumes = true});  // then those who listen to a device hear its volume
+    begin({.monitorVolumes = true});  // the monitor then has the device's volume applied
     const Player player = play();
     ASSERT_EQ(ear->start(), "");
     for (const int percent : {100, 50, 0}) {
@@ -79,7 +79,7 @@ TEST_P(CaptureSystemTest, HearsAtFullLevelWhateverTheVolumeOfTheDevice) {
     ASSERT_TRUE(waitUntil([&] { return server->muted("test-sink-A"); }, Ear::deadline));
     ear->forget();
     EXPECT_TRUE(ear->hears(fullLevel));
-    EXPECT_TRUE(ear->keepsHearing(fullLevel, 3));  // without a gap
+    EXPECT_TRUE(ear->keepsHearing(fullLevel, 3));  // without gaps
 }
 
 TEST_P(CaptureSystemTest, HearsAndNamesNativeAndPulseAudioPlayersOfAllSinksAndOfAnyChannels) {
@@ -117,7 +117,7 @@ TEST_P(CaptureSystemTest, HearsAndNamesNativeAndPulseAudioPlayersOfAllSinksAndOf
         EXPECT_TRUE(ear->hears(fullLevel));
     }
     const Player left = play({"left-only"});
-    EXPECT_TRUE(ear->hears(fullLevel / 2));  // the mean of both channels
+    EXPECT_TRUE(ear->hears(fullLevel / 2));  // the mean of the two channels
 }
 
 TEST_P(CaptureSystemTest, NeverHearsItself) {
@@ -127,13 +127,13 @@ TEST_P(CaptureSystemTest, NeverHearsItself) {
     pa_simple* own = pa_simple_new(nullptr, "test", PA_STREAM_PLAYBACK, nullptr, "own", &format, nullptr,
                                    nullptr, nullptr);
     ASSERT_NE(own, nullptr);
-    const std::vector<float> loud(48'000, 0.9F);  // half a second
+    const std::vector<float> loud(48'000, 0.9F);  // half a second of sound
     for (int i = 0; i < 4; ++i) {
         ASSERT_EQ(pa_simple_write(own, loud.data(), loud.size() * sizeof(float), nullptr), 0);
     }
     EXPECT_EQ(server->sinkState("test-sink-A"), "running");
     EXPECT_TRUE(ear->keepsHearing(0, 1));
-    const Player other = play();  // and while another is heard
+    const Player other = play();  // also while another player is captured
     ASSERT_EQ(pa_simple_write(own, loud.data(), loud.size() * sizeof(float), nullptr), 0);
     EXPECT_TRUE(ear->hears(fullLevel));
     pa_simple_free(own);
@@ -147,7 +147,7 @@ TEST_P(CaptureSystemTest, FollowsPlayersAndSinksAsTheyComeAndGo) {
         Player player = play();
         EXPECT_TRUE(ear->hears(fullLevel));
         server->setDefaultSink("test-sink-B");
-        // PipeWire 1.4 lets a player that it moves to another sink rest for a cycle of 21 ms.
+        // PipeWire 1.4 pauses a player for a cycle of 21 ms when it moves to another sink.
         EXPECT_TRUE(ear->keepsHearing(fullLevel, 1, 0.05)) << "after the default sink changed";
         server->destroySink("test-sink-B");
         EXPECT_TRUE(ear->hears(fullLevel)) << "after its sink was destroyed";
@@ -157,8 +157,10 @@ TEST_P(CaptureSystemTest, FollowsPlayersAndSinksAsTheyComeAndGo) {
         EXPECT_TRUE(ear->hears(fullLevel)) << "playing again";
     }
     EXPECT_TRUE(ear->hears(0)) << "after it ended";
-    EXPECT_TRUE(waitUntil([&] { return server->sinkState("test-sink-A") == "suspended"; }, 60s)) << "asleep";
-    EXPECT_EQ(outputOf({"pactl", "list", "short", "source-outputs"}), "");  // nor is it shown as recording
+    EXPECT_TRUE(waitUntil([&] { return server->sinkState("test-sink-A") == "suspended"; }, 60s))
+        << "the device is suspended";
+    EXPECT_EQ(outputOf({"pactl", "list", "short", "source-outputs"}),
+              "");  // desktops do not show a recording program
     EXPECT_TRUE(ear->keepsHearing(0, 1));
     ear->stop();
     const auto frames = ear->heardFrames();
@@ -217,19 +219,19 @@ TEST_P(CaptureSystemTest, CallsAreToldFromOtherSound) {
         const Player player = play();
         EXPECT_TRUE(become(1, {}));
         const ChildProcess recorder({"parec", "--device=microphone", "/dev/null"});
-        EXPECT_TRUE(become(2, {})) << "of another program";
+        EXPECT_TRUE(become(2, {})) << "the recorder belongs to another program";
     }
     {
         Player player = play({"record=microphone"});
         EXPECT_TRUE(become(2, name));
         player.pause();
-        EXPECT_TRUE(become(1, {})) << "it only records";
+        EXPECT_TRUE(become(1, {})) << "the program only records";
     }
     {
         const Player player = play({onPipeWire ? "role=Communication" : "role=phone"});
         EXPECT_TRUE(become(1, name));
     }
-    // What PulseAudio's protocol says holds on both servers.
+    // PulseAudio clients must give the same result on both servers.
     for (const auto& [argument, number, caller] : {std::tuple("role=phone", 1U, true),
                                                    {"record=microphone", 2U, true},
                                                    {"record=test-sink-A.monitor", 1U, false}}) {
@@ -244,9 +246,9 @@ TEST_P(CaptureSystemTest, CallsAreToldFromOtherSound) {
     }
     ear.emplace(*audio);
     ASSERT_EQ(ear->start(), "");
-    const Player player = play();  // and heard, by which this program records
+    const Player player = play();  // captured, so this program has a recording stream
     EXPECT_TRUE(ear->hears(fullLevel));
-    EXPECT_TRUE(become(1, {})) << "filters and this program are none";
+    EXPECT_TRUE(become(1, {})) << "filters and this program are not reported";
     audio->streams()->onChange({});
 }
 
@@ -256,7 +258,7 @@ TEST_P(CaptureSystemTest, AnApplicationThatIsLeftOutIsNotRecorded) {
     const LinuxProcessDirectory directory;
     const AudioProcessInspector inspector(*audio->objects(), directory);
     const std::string name = GetParam() == ServerKind::pipeWire ? "tone_player" : "pulse_tone_player";
-    const auto recorded = [] {  // by this program
+    const auto recorded = [] {  // the streams that this program records
         const auto recordings = GetParam() == ServerKind::pipeWire
                                     ? outputOf({"pw-link", "--links"}).value_or("sordin:")
                                     : outputOf({"pactl", "list", "source-outputs"}).value_or("Sordin");
@@ -276,7 +278,8 @@ TEST_P(CaptureSystemTest, AnApplicationThatIsLeftOutIsNotRecorded) {
         ASSERT_EQ(ear->start(), "");
         {
             const Player later = play();
-            EXPECT_TRUE(ear->keepsHearing(0, 1.5)) << "nor one that comes later";
+            EXPECT_TRUE(ear->keepsHearing(0, 1.5))
+                << "a later stream of the application is not recorded either";
             EXPECT_FALSE(recorded());
         }
         audio->streams()->leaveOut({false, {"something-else"}});
@@ -288,7 +291,7 @@ TEST_P(CaptureSystemTest, AServerThatDiesIsToldOnceAndHeardAgainWhenItIsBack) {
     server = makeServer(GetParam());
     listen();
     std::future<std::string> early = std::async(std::launch::async, [&] { return ear->start(); });
-    server->start();  // while the start waits for it
+    server->start();  // during the wait of the start
     EXPECT_EQ(early.get(), "");
     for (int round = 0; round < 3; ++round) {
         {
@@ -300,7 +303,7 @@ TEST_P(CaptureSystemTest, AServerThatDiesIsToldOnceAndHeardAgainWhenItIsBack) {
         EXPECT_THAT(ear->losses(),
                     ElementsAre("The connection to the " + nameOf(GetParam()) + " audio server was lost."));
         ear.reset();
-        ear.emplace(*audio);  // the sessions are the same
+        ear.emplace(*audio);  // with the same sessions
         server->start();
         ear->forget();
         EXPECT_EQ(ear->start(), "");
@@ -312,7 +315,7 @@ TEST_P(CaptureSystemTest, AServerThatHangsIsToldAndSteadySoundIsNeverTakenForTha
     const Player player = play();
     ASSERT_EQ(ear->start(), "");
     EXPECT_TRUE(ear->hears(fullLevel));
-    EXPECT_TRUE(ear->keepsHearing(fullLevel, 8));  // longer than silence is taken for sound
+    EXPECT_TRUE(ear->keepsHearing(fullLevel, 8));  // longer than the limit for streams without data
     EXPECT_THAT(ear->losses(), IsEmpty());
     server->hang();
     ASSERT_TRUE(waitUntil([&] { return !ear->losses().empty(); }, 60s));
@@ -328,7 +331,7 @@ TEST(CaptureChoiceTest, AmongHundredsOfStreamsThoseThatPlayAreHeard) {
     server.start();
     const LinuxAudio audio;
     Ear ear(audio);
-    pipewire::Session session;  // counts
+    pipewire::Session session;  // counts the nodes
     const Player first(ServerKind::pipeWire);
     ASSERT_EQ(ear.start(), "");
     ASSERT_TRUE(ear.hears(fullLevel));
@@ -343,7 +346,7 @@ TEST(CaptureChoiceTest, AmongHundredsOfStreamsThoseThatPlayAreHeard) {
                    return entry.second.name == "crowd" && entry.second.described;
                })) == size;
     };
-    constexpr std::size_t size = 200;  // with many more the server needs minutes
+    constexpr std::size_t size = 200;  // with many more the server takes minutes
     {
         ChildProcess crowd({SORDIN_STREAM_CROWD, std::to_string(size)}, {.writeInput = true});
         ASSERT_TRUE(waitUntil([&] { return crowdIs(size); }, 60s));
@@ -351,7 +354,7 @@ TEST(CaptureChoiceTest, AmongHundredsOfStreamsThoseThatPlayAreHeard) {
         const auto device =
             read<std::uint32_t>(objects, systemAudioObject, audio_property::defaultOutputDevice);
         ASSERT_TRUE(objects.set(device.value_or(0), audio_property::volume(0), 1.0F));
-        EXPECT_TRUE(objects.flush(Ear::deadline)) << "the connection still answers";
+        EXPECT_TRUE(objects.flush(Ear::deadline)) << "the connection must still work";
         ear.forget();
         EXPECT_TRUE(ear.hears(fullLevel));
     }
@@ -371,7 +374,7 @@ TEST(CaptureChoiceTest, SaysWhatIsMissing) {
         return found && found->passing ? found->failure.description : "";
     };
     EXPECT_EQ(obstacle(), "Cannot reach the PipeWire audio server.");
-    server.start();  // for video only
+    server.start();  // without audio
     EXPECT_TRUE(waitUntil([&] { return obstacle() == "The PipeWire audio server has no audio output."; },
                           Ear::deadline))
         << obstacle();
@@ -408,7 +411,7 @@ TEST(CaptureChoiceTest, TheServerIsHeardThatPlaysTheSound) {
         EXPECT_EQ(device(), "test-sink-A");
     }
     ear.stop();
-    // Where PulseAudio plays, PipeWire is there for something else, as sharing screens.
+    // On desktops with PulseAudio, PipeWire may run for other purposes, such as screen sharing.
     std::optional<PrivatePulseAudio> pulse(std::in_place, AudioServerOptions{.sinks = {"pulse-sink"}},
                                            pipeWire);
     pulse->start();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Fading on a sound card, whose connectors have volumes of their own.
+// Fading on a sound card whose routes have separate volumes.
 #include "rig/child_process.h"
 #include "rig/private_audio_server.h"
 #include "system/ear.h"
@@ -18,7 +18,7 @@ using testing::FloatNear;
 
 constexpr auto deadline = 20s;
 
-/// A sound card of its own: "fake-sink" with the routes "fake-speaker" and "fake-headphones".
+/// A fake sound card: "fake-sink" with the routes "fake-speaker" and "fake-headphones".
 class Card {
 public:
     struct Write {
@@ -27,8 +27,8 @@ public:
         bool save;
     };
 
-    /// Returns when it is the default. WirePlumber 0.4 now and then believes for ever that a new card has no
-    /// route in use, so it is told.
+    /// Returns when the card is the default. WirePlumber 0.4 sometimes never selects a route of a new card,
+    /// so the constructor selects one.
     explicit Card(const AudioServer& server)
         : process_({SORDIN_FAKE_CARD}, {.readOutput = true, .writeInput = true}) {
         while (const auto line = process_.readLine(deadline)) {
@@ -46,7 +46,7 @@ public:
             deadline));
     }
     void say(const std::string& line) { process_.writeLine(line); }
-    /// What the card is told, by whomever: "save" is whether the session manager is to remember it.
+    /// The next volume written to the card; "save" is whether the session manager stores it.
     std::optional<Write> nextWrite(std::chrono::milliseconds within = deadline) {
         const auto line = process_.readLine(within);
         if (!line) {
@@ -55,7 +55,7 @@ public:
         const auto json = nlohmann::json::parse(*line);
         return Write{json["route"], json["volumes"], json["save"]};
     }
-    /// Whether it comes to be told this volume. The server is not asked: many questions confuse it.
+    /// Whether the card receives this volume. Does not query the server, which many queries would disturb.
     testing::AssertionResult isTold(const std::string& route, float volume) {
         auto said = testing::AssertionFailure();
         while (const auto write = nextWrite()) {
@@ -75,7 +75,7 @@ class CardVolumeTest : public VolumeSystemTest {
 protected:
     static constexpr float usersVolume = 0.343F;  // 70 %
 
-    /// Waits until a new card is the default, and sets its volume by its own keys.
+    /// Waits until a new card is the default, and sets its volume as by hardware keys.
     AudioObjectId useCard(Card& card) {
         const auto device = defaultDevice("fake-sink");
         EXPECT_TRUE(sees(device, 0.4F));
@@ -119,8 +119,8 @@ TEST_F(CardVolumeTest, AFadeGoesOnWhileTheSessionManagerConfiguresTheCapture) {
     ASSERT_EQ(ear.start(), "");
     const auto capture = dynamic_cast<PrivateAudioServer&>(*server).nodeId("sordin");
     ASSERT_TRUE(capture);
-    // The server reads nothing more of a client until what it asked another one for is done. Clients that
-    // wait for each other stop all sound of the desktop.
+    // The server stops reading from a client until another client has carried out its request. Clients that
+    // wait for each other would stop all sound of the desktop.
     card.say("configure " + std::to_string(*capture) + " 2000");
     controller->duck(0, 0.15);
     EXPECT_TRUE(card.isTold("fake-speaker", 0));
@@ -138,13 +138,13 @@ TEST_F(CardVolumeTest, HeadphonesPluggedInMeanwhileKeepTheirOwnVolume) {
     AudioObjectId headphones = speaker;
     ASSERT_TRUE(waitUntil([&] { return (headphones = defaultDevice("fake-sink")) != speaker; }, deadline));
     EXPECT_FALSE(objects->present(speaker));
-    ASSERT_TRUE(card.isTold("fake-headphones", 0.064F));  // by the session manager, as all new ones
+    ASSERT_TRUE(card.isTold("fake-headphones", 0.064F));  // by the session manager, as on every new route
     controller->restore(0.1);
     queue->sync([] {});
     while (const auto write = card.nextWrite(500ms)) {
-        EXPECT_FALSE(write->route == "fake-headphones" && !write->save) << "one of ours";
+        EXPECT_FALSE(write->route == "fake-headphones" && !write->save) << "Sordin wrote to the headphones";
     }
-    EXPECT_TRUE(defaults->number(PendingRestore::key));  // the speaker has yet to get its volume
+    EXPECT_TRUE(defaults->number(PendingRestore::key));  // the restore of the speaker is still pending
     card.say("route fake-speaker");
     EXPECT_TRUE(card.isTold("fake-speaker", usersVolume));
     EXPECT_TRUE(recordIsGone());
@@ -163,7 +163,7 @@ TEST_F(CardVolumeTest, ACardFadedByAProgramThatDiedIsNotLeftDownByARestartedServ
     }
     server->start();
     Card card(*server);
-    // What it was told first, though nothing of ours runs.
+    // The session manager writes this first, although no Sordin runs.
     EXPECT_TRUE(card.isTold("fake-speaker", 0.064F));
 }
 

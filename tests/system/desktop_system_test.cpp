@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The whole program on a desktop: a display, a window manager, a session bus, a panel, and somebody who
-// clicks.
+// The whole program on a desktop: a display, a window manager, a session bus, a panel, and mouse input.
 #include "platform/linux/session/dbus_menu.h"
 #include "system/private_display.h"
 #include "system/session_fixture.h"
@@ -38,7 +37,7 @@ protected:
     void clickIcon(int x, int y) {
         static_cast<void>(ask("/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate", {x, y}));
     }
-    /// By its text in the menu; throws if it is not there.
+    /// Chooses a menu entry by its text; throws if it does not exist.
     void choose(const QString& text) {
         const auto answer =
             ask(DbusMenu::path, "com.canonical.dbusmenu", "GetLayout", {0, -1, QStringList()});
@@ -57,7 +56,7 @@ protected:
     std::string tool(std::vector<std::string> command) const {
         return outputOf(std::move(command), home / "tools").value_or("");
     }
-    /// Windows of ours, of this width.
+    /// The program's visible windows with this width.
     [[nodiscard]] std::vector<ShownWindow> shown(int width) const {
         std::vector<ShownWindow> all;
         std::istringstream ids(tool({"xdotool", "search", "--onlyvisible", "--name", "^Sordin$"}));
@@ -97,7 +96,7 @@ TEST_F(DesktopTest, TheFirstStartShowsTheGuideEvenAtLogin) {
     startProgram();
     ASSERT_TRUE(mainComes()) << log();
     press("ctrl+q");
-    EXPECT_TRUE(quits()) << "over the guide too";
+    EXPECT_TRUE(quits()) << "quitting works from the guide, too";
     startProgram({"--hidden"});
     ASSERT_TRUE(mainComes()) << log();
     EXPECT_EQ(log().find("listening"), std::string::npos);
@@ -132,9 +131,9 @@ TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
     EXPECT_GT(opened.y(), 10);
     EXPECT_LT(opened.y(), 40);
     click({100, 700});
-    EXPECT_TRUE(comes([&] { return !isShown(panelWidth); })) << "a click elsewhere closes it";
+    EXPECT_TRUE(comes([&] { return !isShown(panelWidth); })) << "a click elsewhere closes the panel";
 
-    // By the keyboard: from the switch over the slider to the first button.
+    // With the keyboard: from the switch over the slider to the first button.
     ASSERT_TRUE(comes([&] {
         clickIcon(1270, 790);
         return isShown(panelWidth);
@@ -168,7 +167,7 @@ TEST_F(DesktopTest, TheIconOpensThePanelAndThatTheWindow) {
 TEST_F(DesktopTest, ASecondStartBringsTheFirstForward) {
     startHidden();
     EXPECT_EQ(secondStart({"--hidden"}), 0);
-    EXPECT_FALSE(isShown(mainWidth)) << "at login nobody asks for a window";
+    EXPECT_FALSE(isShown(mainWidth)) << "a start at login opens no window";
     EXPECT_EQ(secondStart(), 0);
     ASSERT_TRUE(mainComes());
     ChildProcess other({"xev", "-name", "other"}, {.log = home / "xev"});
@@ -176,7 +175,7 @@ TEST_F(DesktopTest, ASecondStartBringsTheFirstForward) {
     EXPECT_EQ(secondStart(), 0);
     EXPECT_TRUE(mainComes());
     EXPECT_THAT(shown(mainWidth), SizeIs(1));
-    EXPECT_TRUE(endsBy(SIGTERM)) << "a window that is open does not hold it";
+    EXPECT_TRUE(endsBy(SIGTERM)) << "an open window does not delay the end";
 }
 
 TEST_F(DesktopTest, WithoutAPanelTheWindowStaysWithinReach) {
@@ -186,7 +185,7 @@ TEST_F(DesktopTest, WithoutAPanelTheWindowStaysWithinReach) {
     const auto isMinimised = [&] {
         return tool({"xprop", "-id", window.id, "WM_STATE"}).find("Iconic") != std::string::npos;
     };
-    // Closed in the moment in which it appears, it may come to the front after that.
+    // A window that is closed at the moment it appears may still come to the front afterwards.
     EXPECT_TRUE(comes([&] {
         press("alt+F4");
         return comes(isMinimised, 1s);
@@ -205,7 +204,7 @@ TEST_F(DesktopTest, TheMenuWorksInAnAd) {
     EXPECT_EQ(itemProperty("IconName"), "org.sordin.Sordin-muting-symbolic");
     choose("Restore Volume");
     EXPECT_TRUE(becomes(1));
-    EXPECT_EQ(itemProperty("IconName"), "org.sordin.Sordin-muting-symbolic") << "the ad goes on";
+    EXPECT_EQ(itemProperty("IconName"), "org.sordin.Sordin-muting-symbolic") << "the ad continues";
     choose("Start at Login");
     EXPECT_TRUE(std::filesystem::exists(home / "config/autostart/org.sordin.Sordin.desktop"));
     choose("Show Panel");
@@ -213,7 +212,7 @@ TEST_F(DesktopTest, TheMenuWorksInAnAd) {
     choose("Open Sordin");
     EXPECT_TRUE(mainComes());
     static_cast<void>(ask("/StatusNotifierItem", "org.kde.StatusNotifierItem", "SecondaryActivate", {1, 1}));
-    EXPECT_TRUE(becomesSetting("enabled", false)) << "the middle button";
+    EXPECT_TRUE(becomesSetting("enabled", false)) << "a click of the middle button pauses";
     EXPECT_FALSE(recordIsThere());
     choose("Quit");
     EXPECT_TRUE(quits());
@@ -224,13 +223,13 @@ TEST_F(DesktopTest, LosingTheDisplayOrTheBusLeavesNoVolumeDown) {
     ASSERT_TRUE(mainComes());
     screen->kill();
     EXPECT_TRUE(comes([&] { return !program->running(); })) << log();
-    EXPECT_TRUE(comesBackWhole()) << "by the guard, if the program was not asked";
+    EXPECT_TRUE(comesBackWhole()) << "the guard restores if the program cannot";
     player.reset();
 
     windowManager.reset();
     screen.emplace();
     enterAd();
-    bus.reset();  // the end of the session
+    bus.reset();  // simulates the end of the session
     screen->kill();
     EXPECT_TRUE(waitUntil([&] { return !program->running(); }, deadline)) << log();
     EXPECT_TRUE(comesBackWhole());
@@ -240,7 +239,7 @@ TEST_F(DesktopTest, ADisplayThatIsNotThereIsSaidAndLosingTheCompositorLeavesNoVo
     display = {"DISPLAY=:12345", "WAYLAND_DISPLAY="};
     startProgram();
     EXPECT_EQ(program->wait(deadline), 1);
-    EXPECT_THAT(log(), HasSubstr("the display :12345 cannot be reached"));
+    EXPECT_THAT(log(), HasSubstr("cannot open the display :12345"));
 
     const std::string socket = "sordin-test";
     ChildProcess compositor({"weston", "--backend=headless-backend.so", "--socket=" + socket, "--idle-time=0",
@@ -274,7 +273,7 @@ TEST_F(DesktopTest, AssistiveTechnologyReachesAndHearsEverything) {
     ASSERT_EQ(readerRuns(false), "");
     listen();
     ASSERT_TRUE(mainComes());
-    ASSERT_EQ(readerRuns(true), "") << "it is started after the program";
+    ASSERT_EQ(readerRuns(true), "") << "the screen reader starts after the program";
     ChildProcess user({"/usr/bin/python3", SORDIN_USER}, {.log = home / "user"});
     ASSERT_TRUE(comes([&] { return !user.running(); }, 120s));
     EXPECT_EQ(user.wait(0s), 0) << contentsOf(home / "user");

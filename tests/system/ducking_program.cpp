@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// ducking_program FOLDER [without-lock] [mute-only]: what the application does around fading, to be killed by
-// tests. On standard input it takes "duck", "restore", "restore-now" and "guard", a line each, and answers
-// "done", to the last with the guard's number.
+// ducking_program FOLDER [without-lock] [mute-only]: fades like the application, for tests that kill it. It
+// reads the commands "duck", "restore", "restore-now" and "guard" from standard input, one per line, and
+// answers "done", or the guard's process id to "guard".
 #include "guard/guard_process.h"
 #include "platform/linux/audio/linux_audio.h"
 #include "platform/linux/sandbox/network_filter.h"
@@ -23,7 +23,7 @@ namespace {
 using namespace sordin;
 using namespace std::chrono_literals;
 
-/// Devices without a volume, as some digital outputs are.
+/// Devices without a volume control, like some digital outputs.
 class MuteOnly final : public ForwardingAudioObjects {
 public:
     using ForwardingAudioObjects::ForwardingAudioObjects;
@@ -47,7 +47,7 @@ int main(int argc, char** argv) {
     if (argc < 2) {
         return 2;
     }
-    // The guard and the connection to the audio server have to do with what it leaves.
+    // The guard and the connection to the audio server must work with the network filter.
     static_cast<void>(refuseNetwork());
     const std::filesystem::path folder = argv[1];
     const std::set<std::string> options(argv + 2, argv + argc);

@@ -20,11 +20,11 @@
 
 namespace sordin {
 
-/// The real capture, and what it has heard lately.
+/// The real capture, and its recent sound.
 class Ear {
 public:
     static constexpr std::chrono::seconds deadline{20};
-    static constexpr std::size_t window = 4'000;  // frames that level() and tone() look at: a quarter second
+    static constexpr std::size_t window = 4'000;  // frames that level() and tone() use: a quarter second
 
     explicit Ear(const LinuxAudio& audio)
         : capture_(std::make_shared<AsioSerialQueue>("sordin.capture"), audio.loopbackSource()) {
@@ -34,7 +34,7 @@ public:
         });
     }
 
-    /// Empty when the capture runs, else what the user would be told.
+    /// Starts the capture. Returns an empty string, or the error message for the user.
     std::string start() {
         const auto result = std::make_shared<std::promise<std::string>>();
         capture_.start(
@@ -48,13 +48,13 @@ public:
         waitFor(*result);
     }
 
-    /// Whether the last quarter second comes to have this level (RMS), within two hundredths of it.
+    /// Whether the level (RMS) of the last quarter second reaches this value within 0.02.
     testing::AssertionResult hears(double rms) {
         const auto so = [&] { return std::fabs(level() - rms) <= 0.02 * rms + 1e-4; };
         return (waitUntil(so, deadline) ? testing::AssertionSuccess() : testing::AssertionFailure())
                << level();
     }
-    /// Whether all of the next `seconds` has this level, but for zeros of at most `rest` seconds together.
+    /// Whether all of the next `seconds` has this level, except for zeros of at most `rest` seconds in total.
     bool keepsHearing(double rms, double seconds, double rest = 0) {
         forget();
         bool always = true;
@@ -68,7 +68,7 @@ public:
         return always && static_cast<double>(zeros) <= rest * SystemAudioCapture::sampleRate &&
                samples_.size() + zeros >= enough;
     }
-    /// Root mean square of the last quarter second; below 0 when less has been heard.
+    /// Root mean square of the last quarter second; below 0 if less sound has arrived.
     [[nodiscard]] double level() {
         const std::lock_guard lock(mutex_);
         return samples_.size() < window ? -1 : rmsOf(samples_.size() - window);
@@ -124,7 +124,7 @@ private:
     std::vector<float> samples_;
     std::vector<std::string> losses_;
     const std::shared_ptr<SerialQueue> queue_ = std::make_shared<AsioSerialQueue>("sordin.audio");
-    LoopbackCapture capture_;  // ends first, and what it still delivers is dropped with the queue
+    LoopbackCapture capture_;  // destroyed first; the queue drops what it still delivers
 };
 
 }  // namespace sordin

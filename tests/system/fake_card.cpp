@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 // fake_card: a sound card with the routes "fake-speaker" and "fake-headphones" and the sink "fake-sink". Like
-// the cards of ALSA it keeps a volume per route, and says of each whether it is to be saved. Ends with its
-// stdin.
-//   On stdin: "route NAME" plugs that in, "volume LEFT RIGHT" (linear) is what keys on a device do,
-//   "configure NODE TIMES" sets a parameter of another client's node, as the session manager does, which has
-//   the cards too. On stdout: {"ready":true}, and {"route":NAME,"volumes":[..],"save":..} for each Route
-//   written.
+// an ALSA card it keeps a volume per route, and whether each is to be saved. Ends when stdin ends.
+//   On stdin: "route NAME" plugs in that route, "volume LEFT RIGHT" (linear) acts like hardware keys,
+//   "configure NODE TIMES" sets a parameter of another client's node, as the session manager does, which also
+//   owns the cards. On stdout:
+//   {"ready":true}, and {"route":NAME,"volumes":[..],"save":..} for each Route parameter written.
 #include "system/input_lines.h"
 
 #include <array>
@@ -33,7 +32,7 @@ namespace {
 
 constexpr int zero = 0;  // the index of the profile and of the device in the card
 
-// What is made of macros that the compilers warn about.
+// The macros of PipeWire cause compiler warnings.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wpedantic"
 #pragma GCC diagnostic ignored "-Wold-style-cast"
@@ -77,7 +76,7 @@ struct Route {
                                             : spa_pod_copy_array(&given->value, SPA_TYPE_Float, values.data(),
                                                                  values.size());
         if (count > 0) {
-            volumes = {values[0], values[count - 1]};  // one is for all channels
+            volumes = {values[0], values[count - 1]};  // one value applies to all channels
         }
     }
 };
@@ -92,7 +91,7 @@ public:
         sinkEvents_.version = PW_VERSION_PROXY_EVENTS;
         sinkEvents_.bound = sinkBound;
     }
-    ~FakeCard() = default;  // the end of the program ends the rest
+    ~FakeCard() = default;  // the end of the process cleans up
     FakeCard(const FakeCard&) = delete;
     FakeCard& operator=(const FakeCard&) = delete;
 
@@ -113,8 +112,8 @@ private:
     static FakeCard& self(void* data) { return *static_cast<FakeCard*>(data); }
 
     static void cardBound(void* data, std::uint32_t id) { self(data).cardId_ = id; }
-    /// Made when the session manager has chosen the route, as for cards of ALSA: of a sink that comes sooner
-    /// it may believe for ever that it has no route.
+    /// Called after the session manager has chosen the route, as for ALSA cards. If the sink appears earlier,
+    /// the session manager may never assign a route.
     void makeSink() {
         pw_properties* sink =
             pw_properties_new(PW_KEY_FACTORY_NAME, "support.null-audio-sink", PW_KEY_NODE_NAME, "fake-sink",
@@ -163,7 +162,7 @@ private:
         }
     }
 
-    // What the server asks of the device.
+    // The server's calls to the device.
 
     static int addListener(void* data, spa_hook* hook, const spa_device_events* events, void* eventData) {
         FakeCard& card = self(data);
@@ -199,7 +198,7 @@ private:
     }
     static int setParameter(void* data, std::uint32_t id, std::uint32_t /*flags*/, const spa_pod* parameter) {
         if (id != SPA_PARAM_Route || parameter == nullptr) {
-            return 0;  // there is one profile
+            return 0;  // the only profile
         }
         FakeCard& card = self(data);
         int index = -1;
@@ -234,7 +233,7 @@ private:
         return static_cast<spa_pod*>(spa_pod_builder_pop(&builder, &frame));
     }
 
-    /// An entry of the list of routes, or the active one with its volume.
+    /// An entry of the list of routes, or the active route with its volume.
     [[nodiscard]] spa_pod* routeParameter(spa_pod_builder& builder, std::uint32_t id,
                                           std::uint32_t index) const {
         const Route& route = routes_[index];
@@ -269,7 +268,7 @@ private:
 
     void changed(std::initializer_list<Parameter> parameters) {
         for (const Parameter parameter : parameters) {
-            parameters_[parameter].flags ^= SPA_PARAM_INFO_SERIAL;  // a change of this bit means a new value
+            parameters_[parameter].flags ^= SPA_PARAM_INFO_SERIAL;  // toggling this bit announces a new value
         }
         emitInfo();
     }

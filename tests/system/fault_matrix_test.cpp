@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The real program, and an audio server that fails at every stage of an ad: in the end the volume is what it
-// was.
+// The real program, and an audio server that fails at every stage of an ad. The volume must come back.
 #include "platform/linux/audio/linux_audio.h"
 #include "random_seed.h"
 #include "system/sordin_fixture.h"
@@ -25,7 +24,7 @@ protected:
         objects = audio->objects();
     }
 
-    // Stages: each ends at a moment of its own in what the program does.
+    // Stages: each ends at a different point of the program's work.
 
     void start() {
         startProgram();
@@ -49,11 +48,11 @@ protected:
     }
     void stayDown() {
         ASSERT_NO_FATAL_FAILURE(beDown());
-        ASSERT_TRUE(comesToBeRemembered({0, 0})) << "so that a new server is born silent";
+        ASSERT_TRUE(comesToBeRemembered({0, 0})) << "a new server must start with the faded volume";
     }
     void fadeUp() {
         ASSERT_NO_FATAL_FAILURE(beDown());
-        player.reset();  // an ad whose sound stays away is over
+        player.reset();  // an ad whose sound stops ends
         ASSERT_TRUE(waitUntil([this] { return volumeNow() > 0.01F; }, deadline)) << log();
     }
     void end() {
@@ -71,7 +70,7 @@ protected:
     void serverHangs() {
         server->hang();
         quitIfEnding();
-        std::this_thread::sleep_for(3s);  // longer than anything in the program waits for it
+        std::this_thread::sleep_for(3s);  // longer than every timeout of the program
         server->goOn();
     }
     void deviceGoes() {
@@ -90,8 +89,8 @@ protected:
         return read<float>(*objects, id.value_or(0), audio_property::volume(0)).value_or(-1);
     }
 
-    /// Whether the device comes to have the user's volume. Asked over a connection that
-    /// is there all the time: a server that has hung does not answer every new one.
+    /// Whether the device gets back the user's volume. Queries over a connection that was opened earlier,
+    /// because a server that has hung does not answer every new connection.
     [[nodiscard]] testing::AssertionResult comesBack(std::chrono::milliseconds within = deadline) const {
         const auto id = objects->adopt({device, "", 1, {}});
         float volume = -1;
@@ -104,14 +103,14 @@ protected:
                << testing::PrintToString(server->volume(device)) << "\n"
                << log();
     }
-    /// Whether a volume comes to be stored: a server that is killed before would itself have
-    /// forgotten it. PulseAudio stores after ten seconds, and only what it has then.
+    /// Whether the server stores this volume. A server that is killed before that has lost the volume itself.
+    /// PulseAudio stores the current volume after ten seconds.
     [[nodiscard]] bool comesToBeRemembered(const std::vector<float>& volume) const {
         const auto stored = [&] { return sameVolume(storedVolume(*server, device), volume); };
         return GetParam() == ServerKind::pulseAudio || waitUntil(stored, deadline);
     }
 
-    /// From a new start of the program to its end.
+    /// Starts the program, runs one stage and one fault, and ends the program.
     void run(const Named& stage, const Named& fault) {
         SCOPED_TRACE(std::string(stage.name) + ", " + fault.name);
         ending = false;
@@ -141,14 +140,15 @@ protected:
             if (fault.step == &FaultMatrixTest::serverIsKilled) {
                 const auto before = log().size();
                 play(pieces() / "ads.wav");
-                EXPECT_TRUE(says("an ad began", before)) << "it hears the new server\n" << log();
+                EXPECT_TRUE(says("an ad began", before)) << "Sordin must capture from the new server\n"
+                                                         << log();
                 player.reset();
                 EXPECT_TRUE(says("an ad ended", before)) << log();
                 EXPECT_TRUE(comesBack());
             }
             EXPECT_TRUE(endsBy(SIGTERM));
         }
-        EXPECT_TRUE(comesBack(0s)) << "and stays";
+        EXPECT_TRUE(comesBack(0s)) << "the volume must stay";
     }
 
     std::string device;
@@ -183,7 +183,7 @@ TEST_P(FaultMatrixTest, WhateverFailsWheneverTheVolumeComesBack) {
         return;
     }
     for (int round = 0; round < 2; ++round) {
-        // What PulseAudio has not stored nobody knows before the first fade.
+        // Before the first fade, PulseAudio has not stored the volume, so it could not return.
         for (std::size_t stage = pulse ? 2 : 0; stage < stages.size(); ++stage) {
             for (const auto& fault : faults) {
                 ASSERT_NO_FATAL_FAILURE(run(stages.at(stage), fault)) << round;

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The whole program in a real GNOME Shell, on X11 and on Wayland. What is on the screen is asked of the
-// shell.
+// The whole program in a real GNOME Shell, on X11 and on Wayland. The tests query the shell's screen.
 #include "system/private_display.h"
 #include "system/session_fixture.h"
 
@@ -18,7 +17,7 @@ class GnomeTest : public SessionTest, public testing::WithParamInterface<Session
 protected:
     GnomeTest() {
         display = {"XDG_CURRENT_DESKTOP=GNOME"};
-        // Settings in a file, so that no other service is needed.
+        // Settings in a file need no other service.
         std::filesystem::create_directories(home / "config/glib-2.0/settings");
         writeText(home / "config/glib-2.0/settings/keyfile",
                   "[org/gnome/shell]\nwelcome-dialog-last-shown-version='99'\n"
@@ -55,19 +54,19 @@ protected:
             throw std::runtime_error("GNOME Shell does not start:\n" + contentsOf(home / "shell"));
         }
         eval("Main.overview.hide()");
-        // Over the bar, and so over what is clicked.
+        // Notifications would cover the top bar and receive the clicks.
         eval("Main.messageTray.bannerBlocked = true");
         if (wayland) {
             display = {"XDG_CURRENT_DESKTOP=GNOME", "XDG_SESSION_TYPE=wayland", "WAYLAND_DISPLAY=sordin-test",
                        "DISPLAY=" + shellVariable("DISPLAY"), "XAUTHORITY=" + shellVariable("XAUTHORITY")};
         }
     }
-    /// What the shell gives to the programs that it starts.
+    /// An environment variable that the shell passes to its programs.
     std::string shellVariable(const std::string& name) {
         return eval("imports.gi.GLib.getenv('" + name + "')").get<std::string>();
     }
 
-    /// What the shell makes of an expression; null if that fails.
+    /// The value of an expression in the shell; null if it fails.
     json eval(const std::string& expression) {
         const auto reply = call("org.gnome.Shell", "/org/gnome/Shell", "org.gnome.Shell", "Eval",
                                 {QString::fromStdString(expression)});
@@ -76,10 +75,10 @@ protected:
     bool becomesTrue(const std::string& expression) {
         return comes([&] { return eval(expression) == true; });
     }
-    /// Of an actor of the shell, in pixels of the screen. Throws if it is not laid out in time.
+    /// The middle of an actor of the shell, in screen pixels. Throws if the actor is not laid out in time.
     QPoint middle(const std::string& actor) {
         json place;
-        // Before, its coordinates are NaN, which become null.
+        // Before the layout, coordinates are NaN, which become null.
         const bool laidOut = comes([&] {
             place =
                 eval("(a => a.get_transformed_position().concat(a.get_transformed_size()))(" + actor + ")");
@@ -96,7 +95,7 @@ protected:
                   "click", "--repeat", std::to_string(times), "--delay", "60", button},
                  home / "tools");
     }
-    /// Where our window of this width is; not valid while it is not shown.
+    /// The place of the program's window with this width; invalid if it is not visible.
     QRect shown(int width) {
         const json place = eval("(w => w ? [w.x, w.y, w.width, w.height] : null)"
                                 "(global.get_window_actors().filter(a => a.visible).map(a => a.meta_window)"
@@ -131,13 +130,14 @@ TEST_P(GnomeTest, TheIconThePanelAndTheWindowAreWhereTheyBelong) {
     EXPECT_EQ(eval("global.get_window_actors().every(a => a.meta_window.skip_taskbar"
                    " || a.meta_window.is_override_redirect())"),
               true)
-        << "not in the list of windows";
+        << "the panel must not be in the list of windows";
     click({100, 700});
-    EXPECT_TRUE(comes([&] { return !shown(panelWidth).isValid(); })) << "a click on the desktop closes it";
+    EXPECT_TRUE(comes([&] { return !shown(panelWidth).isValid(); }))
+        << "a click on the desktop closes the panel";
 
     EXPECT_EQ(secondStart(), 0);
     ASSERT_TRUE(becomesTrue(mainIsInFront)) << log();
-    EXPECT_EQ(eval("global.display.focus_window.decorated"), true) << "it has a title bar";
+    EXPECT_EQ(eval("global.display.focus_window.decorated"), true) << "the window has a title bar";
 
     eval("global.display.focus_window.minimize()");
     ASSERT_TRUE(becomesTrue("!(" + mainIsInFront + ")"));
@@ -152,7 +152,7 @@ TEST_P(GnomeTest, TheIconThePanelAndTheWindowAreWhereTheyBelong) {
 
     if (GetParam() == Session::x11) {
         startShell();
-        EXPECT_TRUE(becomesTrue(icon + " !== undefined")) << "a shell that was started anew";
+        EXPECT_TRUE(becomesTrue(icon + " !== undefined")) << "the icon must appear in a restarted shell";
     }
     EXPECT_TRUE(endsBy(SIGTERM));
 }

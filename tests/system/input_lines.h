@@ -12,13 +12,13 @@
 
 namespace sordin {
 
-/// Stdin line by line in a PipeWire loop, for the programs that tests start. The loop ends with stdin.
+/// Reads stdin line by line in a PipeWire loop, for the test programs. The loop ends with stdin.
 class InputLines {
 public:
     InputLines(pw_main_loop* loop, std::function<void(const std::string&)> handler)
         : loop_(loop), handler_(std::move(handler)) {
 #pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wpedantic"  // the macro
+#pragma GCC diagnostic ignored "-Wpedantic"  // for the macro
         pw_loop_add_io(pw_main_loop_get_loop(loop), STDIN_FILENO, SPA_IO_IN | SPA_IO_HUP, false, read, this);
 #pragma GCC diagnostic pop
     }

@@ -8,11 +8,11 @@
 
 namespace sordin {
 
-/// An X server of a test's own (Xvfb), made the one that $DISPLAY names. Ends with the object.
+/// A private X server (Xvfb), to which $DISPLAY points. It ends with the object.
 class PrivateDisplay {
 public:
     PrivateDisplay() {
-        const auto display = server_.readLine(std::chrono::seconds(20));  // written when it is ready
+        const auto display = server_.readLine(std::chrono::seconds(20));  // written when the server is ready
         if (!display) {
             throw std::runtime_error("Xvfb did not start");
         }
@@ -21,14 +21,14 @@ public:
         unsetenv("XDG_SESSION_TYPE");
     }
 
-    /// Ends the server at once; nothing is said to its clients.
+    /// Kills the server without notifying its clients.
     void kill() {
         server_.kill(SIGKILL);
         server_.wait(std::chrono::minutes(1));
     }
 
 private:
-    // Not its stdout itself, which it would close and open again as something else.
+    // Not stdout itself, which the server would close and reopen as another file.
     ChildProcess server_{
         {"sh", "-c", "exec Xvfb -displayfd 3 -noreset -nolisten tcp -screen 0 1280x800x24 3>&1 >&2"},
         {.readOutput = true}};

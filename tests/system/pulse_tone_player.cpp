@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // pulse_tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [target=SINK] [role=ROLE] [record=SOURCE]
-// Does through PulseAudio what tone_player does through PipeWire.
+// The PulseAudio version of tone_player.
 #include "system/tone.h"
 
 #include <array>

@@ -13,7 +13,7 @@
 
 namespace sordin {
 
-/// The audio servers that every test of sound is run with.
+/// The audio servers with which the sound tests run.
 enum class ServerKind { pipeWire, pulseAudio };
 
 inline std::string nameOf(ServerKind kind) {

@@ -7,11 +7,11 @@
 
 namespace sordin {
 
-/// The real program in a session with a bus of its own, where the test is the panel and who asks.
+/// The real program in a session with a private bus. The test acts as the panel and as a client.
 class SessionTest : public SordinTest, protected BusTalk {
 protected:
     SessionTest() {
-        beginServer();  // which turns the bus off that is there
+        beginServer();  // also disables the inherited bus
         bus.emplace();
         connection.emplace(QDBusConnection::connectToBus(QString::fromStdString(bus->address()), "desktop"));
     }
@@ -22,14 +22,14 @@ protected:
     }
 
     void showPanel() { panel.emplace(*connection); }
-    /// Starts with the icon alone, and waits until the panel shows it.
+    /// Starts with the icon only, and waits until the panel shows it.
     void startHidden() {
         showPanel();
         listen({"--hidden"});
         ASSERT_TRUE(comes([&] { return !panel->items().empty(); })) << log();
     }
 
-    /// What the icon answers.
+    /// Calls a method of the icon and returns the answer.
     [[nodiscard]] QDBusMessage ask(const char* path, const char* interface, const char* method,
                                    const QVariantList& arguments = {}) {
         return call(panel->items().back(), path, interface, method, arguments);
@@ -44,7 +44,7 @@ protected:
         return answer.arguments().value(0).value<QDBusVariant>().variant().toString();
     }
 
-    /// Whether a setting comes to have this value on the disk.
+    /// Whether a setting gets this value on disk.
     bool becomesSetting(const char* key, const nlohmann::json& value) {
         return comes([&] {
             const auto all =
@@ -52,7 +52,7 @@ protected:
             return all.is_object() && all.contains(key) && all[key] == value;
         });
     }
-    /// Whether the program ends by itself, in order.
+    /// Whether the program ends by itself with status 0.
     testing::AssertionResult quits() {
         const bool so = comes([&] { return !program->running(); }) && program->wait(deadline) == 0;
         return (so ? testing::AssertionSuccess() : testing::AssertionFailure()) << log();

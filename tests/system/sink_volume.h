@@ -17,18 +17,18 @@
 
 namespace sordin {
 
-/// The linear volume, as servers keep it, of a slider's place from 0 to 1.
+/// The linear volume for a slider position from 0 to 1, as servers store it.
 inline float cubed(double volume) {
     return static_cast<float>(volume * volume * volume);
 }
 
-/// Whether two volumes, linear, by channel, are the same but for what a server rounds.
+/// Whether two linear volumes by channel are equal within the server's rounding.
 inline bool sameVolume(const std::vector<float>& a, const std::vector<float>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                       [](float x, float y) { return std::fabs(x - y) < 1e-4F; });
 }
 
-/// Whether a sink comes to have this volume, linear, by channel; it says which it has otherwise.
+/// Whether a sink gets this linear volume by channel. The failure message has the actual volume.
 inline testing::AssertionResult sinkBecomes(const AudioServer& server, const std::string& sink,
                                             const std::vector<float>& volume,
                                             std::chrono::milliseconds within) {
@@ -41,8 +41,7 @@ inline testing::AssertionResult sinkBecomes(const AudioServer& server, const std
            << testing::PrintToString(now);
 }
 
-/// The volume that PipeWire's session manager has stored for a virtual sink, linear, by channel; empty if it
-/// has none.
+/// The linear volume by channel that PipeWire's session manager has stored for a virtual sink; empty if none.
 inline std::vector<float> storedVolume(const AudioServer& server, const std::string& sink) {
     const auto folder = server.folder() / "state/wireplumber";
     // WirePlumber 0.4 writes SINK:channelVolumes=0.1;0.1, 0.5 SINK={..., "channelVolumes":[0.1, 0.1]}.

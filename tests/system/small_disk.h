@@ -14,11 +14,11 @@
 
 namespace sordin {
 
-/// A file system of 64 KiB in memory over a folder, which the calling thread and the processes that it starts
-/// from now on see, and nobody else. The end of the thread ends it.
+/// A file system of 64 KiB in memory, mounted over a folder. Only the calling thread and the processes that
+/// it starts later see it. It ends with the thread.
 class SmallDisk {
 public:
-    /// Throws std::system_error where the system does not allow that. Call before there are other threads.
+    /// Throws std::system_error if the system does not allow it. Call before starting other threads.
     explicit SmallDisk(std::filesystem::path folder) : folder_(std::move(folder)) {
         const uid_t user = getuid();
         const gid_t group = getgid();
@@ -32,7 +32,7 @@ public:
         check(mount("tmpfs", folder_.c_str(), "tmpfs", 0, "size=64k"));
     }
 
-    /// Leaves no byte free.
+    /// Fills the disk completely.
     void fill() const {
         const int file = open((folder_ / "filler").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         const std::string block(4096, 'x');
@@ -51,7 +51,7 @@ private:
             throw std::system_error(errno, std::generic_category());
         }
     }
-    /// Such a file takes all at once.
+    /// Writes a file of /proc in one call, as these require.
     static void write(const char* path, const std::string& text) {
         const int file = open(path, O_WRONLY | O_CLOEXEC);
         const auto written = ::write(file, text.data(), text.size());

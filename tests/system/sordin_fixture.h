@@ -24,7 +24,7 @@
 
 namespace sordin {
 
-/// Keeps every volume that a device takes, in the order of time.
+/// Records all volumes of a device in order of time.
 class VolumeRecorder {
 public:
     struct Change {
@@ -65,7 +65,7 @@ private:
     std::jthread thread_{[this](const std::stop_token& stop) { record(stop); }};
 };
 
-/// The real program, on an audio server of the test's own, with a home of its own.
+/// The real program with a private audio server and a private home.
 class SordinTest : public testing::Test {
 protected:
     static constexpr std::chrono::seconds deadline{30};
@@ -82,7 +82,7 @@ protected:
         server->start();
     }
 
-    /// With a home of its own, and unless the test has added to it, without a display.
+    /// The environment with a private home, and without a display unless the test adds one.
     [[nodiscard]] std::vector<std::string> environment() const {
         std::vector<std::string> all{"XDG_CONFIG_HOME=" + (home / "config").string(),
                                      "XDG_DATA_HOME=" + (home / "data").string(),
@@ -99,7 +99,7 @@ protected:
         program.emplace(command, ChildOptions{.environment = environment(), .log = home / "log"});
     }
     [[nodiscard]] std::string log() const { return contentsOf(home / "log"); }
-    /// Whether the program comes to say so, in what it has not said `before`.
+    /// Whether the program prints this text after the first `before` bytes of its log.
     bool says(const std::string& text, std::size_t before = 0, std::chrono::milliseconds within = deadline) {
         return waitUntil([&] { return log().find(text, before) != std::string::npos; }, within);
     }
@@ -108,7 +108,7 @@ protected:
         ASSERT_TRUE(says("status: listening")) << log();
     }
 
-    /// Plays a recording, in the background, until the end of the test.
+    /// Plays a recording in the background until the end of the test.
     void play(const std::filesystem::path& recording) {
         const auto* const command = serverKind == ServerKind::pipeWire ? "pw-play" : "paplay";
         player.emplace(std::vector<std::string>{command, recording.string()},
@@ -122,17 +122,17 @@ protected:
         ASSERT_TRUE(becomes(0));
     }
 
-    /// Whether the sink comes to have this volume, on all channels.
+    /// Whether the sink gets this volume on all channels.
     testing::AssertionResult becomes(float volume, std::chrono::milliseconds within = deadline) {
         return sinkBecomes(*server, sink, {volume, volume}, within) << "\n" << log();
     }
-    /// Whether it comes to be full, with nothing left to be given back.
+    /// Whether the sink gets its full volume and no restore is pending.
     testing::AssertionResult comesBackWhole(std::chrono::milliseconds within = deadline) {
         const auto full = becomes(1, within);
         const bool done = waitUntil([this] { return !recordIsThere(); }, within);
         return full && !done ? testing::AssertionFailure() << "the record is there" : full;
     }
-    /// Whether the program ends as it should by a signal.
+    /// Whether the program ends properly on a signal.
     testing::AssertionResult endsBy(int signal) {
         program->kill(signal);
         const bool so = program->wait(deadline) == (signal == SIGKILL ? 128 + SIGKILL : 0);
@@ -145,10 +145,10 @@ protected:
         return nlohmann::json::parse(contentsOf(home / "data/Sordin/history.json"), nullptr, false);
     }
 
-    /// Recordings that the build has made: "ads.wav" are two commercials, again and again; "excerpt.wav" has
-    /// programme before and behind the two; "talk.wav" is programme alone.
+    /// Recordings made by the build: "ads.wav" repeats two commercials; "excerpt.wav" has programme before
+    /// and after them; "talk.wav" has programme only.
     static std::filesystem::path pieces() { return SORDIN_BROADCAST; }
-    /// Where the commercials are in the excerpt.
+    /// The time of the commercials in the excerpt.
     static replay::Interval excerptAd() { return replay::readAdLabels(pieces() / "excerpt.txt").at(0); }
 
     TemporaryFolder home;
@@ -159,7 +159,7 @@ protected:
     std::optional<ChildProcess> player;
 };
 
-/// How often a series is run: a few times, or with ./test --long all of them.
+/// The number of repetitions of a series: `few`, or `all` with ./test --long.
 inline int repetitions(int few, int all) {
     return std::getenv("SORDIN_LONG") != nullptr ? all : few;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The whole program against a real audio server, with a real player.
+// The whole program with a real audio server and a real player.
 #include "platform/linux/audio/linux_audio.h"
 #include "random_seed.h"
 #include "system/sordin_fixture.h"
@@ -15,7 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-/// A figure of /proc/PID/status.
+/// A number from /proc/PID/status.
 long statusFigure(pid_t process, const std::string& name) {
     std::ifstream status("/proc/" + std::to_string(process) + "/status");
     for (std::string line; std::getline(status, line);) {
@@ -31,7 +31,7 @@ long openFiles(pid_t process) {
     return std::distance(begin(files), end(files));
 }
 
-/// Whether a volume is one that a fade of so many steps passes through.
+/// Whether a fade of this many steps passes through this volume.
 bool onCurve(float volume, int steps) {
     for (int i = 0; i <= steps; ++i) {
         const double t = static_cast<double>(i) / steps;
@@ -44,10 +44,10 @@ bool onCurve(float volume, int steps) {
 
 class SordinSystemTest : public SordinTest {};
 
-/// With each of the audio servers.
+/// Runs with each of the audio servers.
 class SordinServerTest : public SordinTest, public testing::WithParamInterface<ServerKind> {
 protected:
-    /// Records what comes out of the loudspeaker.
+    /// A command that records the output of the loudspeaker.
     [[nodiscard]] std::vector<std::string> recorder(const std::filesystem::path& file) const {
         if (GetParam() == ServerKind::pipeWire) {
             return {"pw-record", "--target",   sink,         "-P", "{ stream.capture.sink=true }",
@@ -63,7 +63,7 @@ INSTANTIATE_TEST_SUITE_P(Sordin, SordinServerTest, bothServers, serverName);
 
 TEST_P(SordinServerTest, AnAdInABroadcastIsFadedOutAndBackAndRemembered) {
     beginServer({.monitorVolumes = true}, GetParam());
-    // Without words, which hold an ad for a while after it.
+    // Without transcription, because phrases prolong an ad.
     writeText(home / "config/Sordin/defaults.json", R"({"onboarded": true, "transcription": false})");
     listen();
     const LinuxAudio audio;
@@ -93,7 +93,7 @@ TEST_P(SordinServerTest, AnAdInABroadcastIsFadedOutAndBackAndRemembered) {
         EXPECT_TRUE(onCurve(change->volume, change < lowest ? 7 : 30)) << change->volume;
     }
     EXPECT_EQ(changes.back().volume, 1);
-    // The times are the detector's, wide enough for a loaded machine.
+    // The times of the detector, with a tolerance for a loaded machine.
     const auto ad = excerptAd();
     const double down = lowest->time - began;
     const double up = changes.back().time - began;
@@ -111,7 +111,7 @@ TEST_P(SordinServerTest, AnAdInABroadcastIsFadedOutAndBackAndRemembered) {
     EXPECT_FALSE(events[0]["reasons"].empty());
     EXPECT_FALSE(recordIsThere());
 
-    // And so it was heard: silence in the fade, sound before it.
+    // The recording must show it, too: silence during the fade, sound before it.
     const auto level = [this](double from, double seconds) {
         const auto log = home / "level";
         std::filesystem::remove(log);
@@ -134,11 +134,11 @@ TEST_F(SordinSystemTest, NothingButItsEndEndsAFadeAndEverySignalGivesTheVolumeBa
         ChildProcess second({SORDIN_PROGRAM}, {.environment = environment(), .log = home / "second"});
         EXPECT_EQ(second.wait(60s), 1);
         EXPECT_THAT(contentsOf(home / "second"), testing::HasSubstr("already running"));
-        EXPECT_TRUE(recordIsThere()) << "a second start leaves the first alone";
+        EXPECT_TRUE(recordIsThere()) << "a second start does not disturb the first";
         EXPECT_TRUE(endsBy(signal));
-        EXPECT_NEAR(server->volume(sink).at(0), 0.512F, 1e-3F);  // already, not soon
+        EXPECT_NEAR(server->volume(sink).at(0), 0.512F, 1e-3F);  // already restored, not soon
         EXPECT_FALSE(recordIsThere());
-        EXPECT_EQ(history().at(0)["kind"], "muted");  // the ad was closed and written
+        EXPECT_EQ(history().at(0)["kind"], "muted");  // the ad was ended and saved
         player.reset();
     }
     EXPECT_EQ(history().size(), 3U);
@@ -153,12 +153,12 @@ TEST_P(SordinServerTest, AKilledProgramLeavesNoVolumeDown) {
         SCOPED_TRACE(i);
         listen();
         play(pieces() / "ads.wav");
-        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds(random)));  // any moment will do
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds(random)));  // a random moment
         ASSERT_TRUE(endsBy(SIGKILL));
-        ASSERT_TRUE(comesBackWhole()) << "by the guard";
+        ASSERT_TRUE(comesBackWhole()) << "the guard must restore";
         player.reset();
     }
-    // And without a guard, at the next start.
+    // Without a guard, the next start restores.
     enterAd();
     for (const auto& process : std::filesystem::directory_iterator("/proc")) {
         const std::string parent = process.path() / "status";
@@ -195,9 +195,9 @@ TEST_F(SordinSystemTest, WithoutDisplayServerAndLocaleItPrintsOneLine) {
     for (const bool onboarded : {true, false}) {
         writeText(home / "config/Sordin/defaults.json", onboarded ? R"({"onboarded": true})" : "{}");
         startProgram();
-        ASSERT_TRUE(says("there is no display")) << log();
+        ASSERT_TRUE(says("no display")) << log();
         ASSERT_TRUE(!onboarded || says("status: failed")) << log();
-        EXPECT_TRUE(endsBy(SIGINT)) << "which touches no volume, so that there is nothing to confirm";
+        EXPECT_TRUE(endsBy(SIGINT)) << "no volume was changed, so there is nothing to confirm";
         std::istringstream lines(log());
         std::vector<std::string> printed;
         for (std::string line; std::getline(lines, line);) {
@@ -205,14 +205,14 @@ TEST_F(SordinSystemTest, WithoutDisplayServerAndLocaleItPrintsOneLine) {
                 printed.push_back(line);
             }
         }
-        EXPECT_THAT(printed,
-                    ElementsAre(testing::HasSubstr(onboarded ? "; Ctrl+C ends it" : "first-run guide")));
+        EXPECT_THAT(printed, ElementsAre(testing::HasSubstr(onboarded ? "; press Ctrl+C to quit"
+                                                                      : "first-run guide")));
     }
 }
 
 TEST_F(SordinSystemTest, ListeningForLongCostsNoMoreThanAtFirst) {
-    // The decoder comes and stays with the first suspicious word, which may be long in coming: the short form
-    // does without.
+    // The decoder starts with the first suspicious words and then stays. That may take long, so the short
+    // form runs without it.
     const int warmUp = repetitions(15, 180);
     if (warmUp < 60) {
         writeText(home / "config/Sordin/defaults.json", R"({"onboarded": true, "transcription": false})");
@@ -228,7 +228,7 @@ TEST_F(SordinSystemTest, ListeningForLongCostsNoMoreThanAtFirst) {
     const auto first = figures();
     std::this_thread::sleep_for(std::chrono::seconds(repetitions(45, 600)));
     const auto last = figures();
-    EXPECT_LT(last[0], first[0] + 2048) << "KiB";
+    EXPECT_LT(last[0], first[0] + 2048) << "resident memory in KiB";
     EXPECT_EQ(last[1], first[1]) << "open files";
     EXPECT_EQ(last[2], first[2]) << "threads";
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The real program where its files cannot be written or read, in places and languages that it was not written
-// in.
+// The real program when its files cannot be written or read, and with unusual folders and locales.
 #include "system/small_disk.h"
 #include "system/sordin_fixture.h"
 
@@ -20,7 +19,7 @@ namespace fs = std::filesystem;
 
 class StorageFaultsTest : public SordinTest {
 protected:
-    /// The files in the user's folders, with what is in them, but for one that is not the program's.
+    /// The files in the user's folders with their contents, without the file that fills the disk.
     [[nodiscard]] std::map<std::string, std::string> files() const {
         std::map<std::string, std::string> all;
         for (const auto& entry : fs::recursive_directory_iterator(home / "disk")) {
@@ -30,14 +29,14 @@ protected:
         }
         return all;
     }
-    /// The guard gives back what a killed program leaves, and a program that ends gives it back itself.
+    /// After a kill the guard restores, otherwise the program itself.
     void fadeAndEnd(int signal) {
         ASSERT_NO_FATAL_FAILURE(enterAd());
         ASSERT_TRUE(endsBy(signal));
         ASSERT_TRUE(becomes(0.512F)) << signal;
         player.reset();
     }
-    /// How often the program has said something.
+    /// How often the program has printed a text.
     [[nodiscard]] long timesSaid(const std::string& text) const {
         std::ifstream lines(home / "log");
         long times = 0;
@@ -56,7 +55,7 @@ TEST_F(StorageFaultsTest, AFullAndAReadOnlyDiskLoseNothingAndLeaveNoVolumeDown) 
     } catch (const std::system_error& error) {
         GTEST_SKIP() << "no file system of the test's own: " << error.what();
     }
-    for (const char* folder : {"config", "data"}) {  // where links lead
+    for (const char* folder : {"config", "data"}) {  // the targets of the links
         fs::remove_all(home / folder);
         fs::create_directories(home / "disk" / folder / "Sordin");
         fs::create_directory_symlink(fs::path("disk") / folder, home / folder);
@@ -72,18 +71,18 @@ TEST_F(StorageFaultsTest, AFullAndAReadOnlyDiskLoseNothingAndLeaveNoVolumeDown) 
     disk->fill();
     for (const int signal : {SIGKILL, SIGTERM}) {
         ASSERT_NO_FATAL_FAILURE(fadeAndEnd(signal));
-        EXPECT_EQ(files(), before) << "with a full disk";
+        EXPECT_EQ(files(), before) << "a full disk must lose nothing";
     }
     disk->setReadOnly(true);
     ASSERT_NO_FATAL_FAILURE(fadeAndEnd(SIGKILL));
-    EXPECT_EQ(timesSaid("settings will not be kept"), 1);
-    EXPECT_EQ(timesSaid("the history will not be kept"), 1);
+    EXPECT_EQ(timesSaid("settings will not be saved"), 1);
+    EXPECT_EQ(timesSaid("the history will not be saved"), 1);
     EXPECT_EQ(files(), before);
 
     disk->setReadOnly(false);
     disk->makeRoom();
     ASSERT_NO_FATAL_FAILURE(fadeAndEnd(SIGTERM));
-    EXPECT_EQ(timesSaid("will not be kept"), 0);
+    EXPECT_EQ(timesSaid("will not be saved"), 0);
     EXPECT_EQ(history().size(), 2U) << history();
 }
 
@@ -130,18 +129,18 @@ TEST_F(StorageFaultsTest, WhateverLiesWhereItsFilesShouldBeItWorksAndKeepsIt) {
         fs::remove_all(config);
         fs::remove_all(data);
         make();
-        startProgram();  // which takes this for its first start
+        startProgram();  // as if it were the first start
         ASSERT_TRUE(says("status: starting")) << log();
         EXPECT_TRUE(endsBy(SIGTERM));
     }
-    EXPECT_TRUE(fs::is_fifo(data / "history.json")) << "in its place until there is something to write";
+    EXPECT_TRUE(fs::is_fifo(data / "history.json")) << "stays in place until the first write";
     const auto keptAside = std::count_if(fs::directory_iterator(config), {}, [](const auto& entry) {
         return entry.path().string().find(".damaged-") != std::string::npos;
     });
-    EXPECT_EQ(keptAside, 2) << "the folder and the link";
+    EXPECT_EQ(keptAside, 2) << "the folder and the link must be kept";
 }
 
-/// Where temporary folders have a name that has to be quoted wherever anything can be quoted.
+/// Temporary folders get a name that needs quoting everywhere.
 struct OddPlace {
     OddPlace() {
         fs::create_directories(odd);
@@ -171,7 +170,8 @@ TEST_F(OddHomeTest, WorksInAnyFolderAndWithADecimalComma) {
         listen();
         play(pieces() / "ads.wav");
         ASSERT_TRUE(says("an ad began")) << log();
-        ASSERT_TRUE(sinkBecomes(*server, sink, {0.001F, 0.000125F}, deadline)) << log();  // an eighth, cubed
+        ASSERT_TRUE(sinkBecomes(*server, sink, {0.001F, 0.000125F}, deadline))
+            << log();  // an eighth of the volume, cubed
     };
     ASSERT_NO_FATAL_FAILURE(enterPartly());
     EXPECT_THAT(contentsOf("/proc/" + std::to_string(program->pid()) + "/maps"),
@@ -181,7 +181,7 @@ TEST_F(OddHomeTest, WorksInAnyFolderAndWithADecimalComma) {
     EXPECT_THAT(record["pendingRestoreRatios"].get<std::string>(), testing::StartsWith("1 0.125"));
     ASSERT_TRUE(endsBy(SIGKILL));
     player.reset();
-    EXPECT_TRUE(sinkBecomes(*server, sink, {0.512F, 0.064F}, deadline)) << "by the guard";
+    EXPECT_TRUE(sinkBecomes(*server, sink, {0.512F, 0.064F}, deadline)) << "the guard must restore";
     ASSERT_NO_FATAL_FAILURE(enterPartly());
     EXPECT_TRUE(endsBy(SIGTERM));
     EXPECT_TRUE(sinkBecomes(*server, sink, {0.512F, 0.064F}, 0s));
@@ -200,7 +200,7 @@ TEST_F(ModelFaultsTest, WithoutModelsTheProgramSaysSoAndListens) {
     fs::create_directories(usr / "libexec");
     fs::copy(SORDIN_PROGRAM, usr / "bin/sordin");
     fs::copy(SORDIN_HELPER_FOLDER, usr / "libexec/sordin");
-    writeText(usr / "CMakeCache.txt", "");  // as a build, which takes no model that is installed
+    writeText(usr / "CMakeCache.txt", "");  // marks a build tree, which never uses installed models
     const std::string whole = contentsOf(SORDIN_SOUND_MODEL);
     ASSERT_GT(whole.size(), 1'000U);
     std::string flipped = whole;
@@ -209,10 +209,10 @@ TEST_F(ModelFaultsTest, WithoutModelsTheProgramSaysSoAndListens) {
     newer[8] = 2;
     beginServer();
     const std::vector<std::pair<std::optional<std::string>, std::string>> models{
-        {std::nullopt, "there is no sound model"},
-        {whole.substr(0, whole.size() / 2), "has not the size that it says"},
-        {flipped, "the checksum differs"},
-        {newer, "of another version"}};
+        {std::nullopt, "no sound model found"},
+        {whole.substr(0, whole.size() / 2), "differs from its header"},
+        {flipped, "wrong checksum"},
+        {newer, "unsupported version"}};
     for (const auto& [model, warning] : models) {
         fs::remove(usr / "share/sordin/sound-model.bin");
         if (model) {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// stream_crowd COUNT: one program with that many streams, which are offered at once and play nothing, until
-// its stdin ends.
+// stream_crowd COUNT: a program with COUNT streams, which appear at once and play nothing until stdin ends.
 #include "system/input_lines.h"
 
 #include <array>
@@ -11,7 +10,7 @@
 
 namespace {
 
-/// False if it cannot be had.
+/// Connects a stream; false if that fails.
 bool join(pw_core* core) {
     spa_audio_info_raw format{};
     format.format = SPA_AUDIO_FORMAT_F32;
@@ -26,7 +25,7 @@ bool join(pw_core* core) {
     pw_stream* stream = pw_stream_new(core, "crowd",
                                       pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY,
                                                         "Playback", PW_KEY_NODE_NAME, "crowd", nullptr));
-    // To no device: that is much work for the session manager.
+    // Without a target device, which costs the session manager much work.
     return stream != nullptr && pw_stream_connect(stream, PW_DIRECTION_OUTPUT, PW_ID_ANY,
                                                   PW_STREAM_FLAG_MAP_BUFFERS, &parameter, 1) == 0;
 }

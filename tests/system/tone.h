@@ -10,7 +10,7 @@
 
 namespace sordin {
 
-/// A sine, 48 kHz, as the arguments of a player say: FREQUENCY AMPLITUDE [left-only] [channels=1]
+/// A sine at 48 kHz, configured by a player's arguments: FREQUENCY AMPLITUDE [left-only] [channels=1]
 /// [target=SINK] [role=ROLE] [record=SOURCE].
 class Tone {
 public:
@@ -34,7 +34,7 @@ public:
         }
     }
 
-    /// The next frames of it, interleaved.
+    /// Writes the next frames, interleaved.
     void fill(std::span<float> samples) {
         for (std::size_t i = 0; i + channels <= samples.size(); i += channels) {
             const auto value = static_cast<float>(amplitude_ * std::sin(phase_));
@@ -46,9 +46,9 @@ public:
     }
 
     std::uint8_t channels = 2;
-    std::string target;  ///< empty: where the server sends it
+    std::string target;  ///< empty for the server's choice
     std::string role;    ///< of the stream; empty for none
-    std::string source;  ///< what the player records all the while; empty for nothing
+    std::string source;  ///< source to record while playing; empty for none
 
 private:
     const double step_;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // tone_player FREQUENCY AMPLITUDE [left-only] [channels=1] [target=SINK] [role=ROLE] [record=SOURCE]
-// Plays a sine through PipeWire until its stdin ends. Lines "pause" and "play" on stdin do that. Says
+// Plays a sine through PipeWire until stdin ends. Reads the commands "pause" and "play" from stdin. Prints
 // "streaming" whenever it plays.
 #include "system/input_lines.h"
 #include "system/tone.h"
@@ -91,10 +91,10 @@ struct TonePlayer {
         pw_stream_queue_buffer(self.stream, buffer);
     }
 
-    Tone tone;  // once it plays only the thread of process() uses it
+    Tone tone;  // while playing, only the thread of process() uses it
     pw_main_loop* loop = pw_main_loop_new(nullptr);
     pw_stream* stream = nullptr;
-    pw_stream* recorder = nullptr;  // while it records too
+    pw_stream* recorder = nullptr;  // while it also records
     pw_stream_events events{};
     pw_stream_events recorderEvents{};
 };

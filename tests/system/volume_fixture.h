@@ -21,7 +21,7 @@
 
 namespace sordin {
 
-/// The real volume controller on an audio server of the test's own.
+/// The real volume controller on a private audio server.
 class VolumeSystemTest : public testing::Test {
 protected:
     using Channels = std::vector<float>;
@@ -29,7 +29,7 @@ protected:
     static constexpr auto sinkA = "test-sink-A";
     static constexpr auto sinkB = "test-sink-B";
 
-    /// What a channel has at this place of a mixer's slider.
+    /// The linear volume of a channel at this slider position.
     static float cubed(double slider) { return static_cast<float>(slider * slider * slider); }
 
     void begin(ServerKind kind = ServerKind::pipeWire, const AudioServerOptions& options = {}) {
@@ -47,7 +47,7 @@ protected:
         controller->recoverFromCrash();
     }
 
-    /// The program ends without a word: nothing is restored.
+    /// Ends the program without a restore.
     void crash() {
         controller.reset();
         queue.reset();
@@ -55,7 +55,7 @@ protected:
         audio.reset();
     }
 
-    /// Waits until the program sees a sink as the default, and returns it.
+    /// Waits until the program sees this sink as the default, and returns its id.
     AudioObjectId defaultDevice(const std::string& name) {
         AudioObjectId device = 0;
         EXPECT_TRUE(waitUntil(
@@ -76,7 +76,7 @@ protected:
     bool recordIsGone() {
         return waitUntil([&] { return !defaults->number(PendingRestore::key); }, deadline);
     }
-    /// Whether the program comes to see this volume.
+    /// Whether the program reads this volume.
     bool sees(AudioObjectId device, float scalar) {
         return waitUntil(
             [&] {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A program that fades, its real guard, and a death that nobody is told of.
+// A program that fades, its real guard, and a death without notice.
 #include "guard/guard_start.h"
 #include "platform/linux/storage/pending_restore_lock.h"
 #include "random_seed.h"
@@ -28,7 +28,7 @@ constexpr auto sinkB = "test-sink-B";
 
 using Channels = std::vector<float>;
 
-/// A guard, which is no child of the test's.
+/// A guard, which is not a child of the test.
 class Guard {
 public:
     explicit Guard(pid_t pid) : pid_(pid), process_(static_cast<int>(syscall(SYS_pidfd_open, pid, 0))) {}
@@ -45,8 +45,8 @@ private:
     FileDescriptor process_;
 };
 
-/// Counts how often a file is opened and closed from now on. A look now and then at the lock itself could
-/// miss the moment in which another process holds it.
+/// Counts opens and closes of a file from now on. Polling the lock itself could miss the moment in which
+/// another process holds it.
 class FileUses {
 public:
     explicit FileUses(const std::filesystem::path& file) : events_(inotify_init1(IN_CLOEXEC)) {
@@ -56,7 +56,7 @@ public:
     [[nodiscard]] bool reach(int opened, int closed) {
         pollfd ready{events_.get(), POLLIN, 0};
         while (opened_ < opened || closed_ < closed) {
-            inotify_event event{};  // without a name, since the file itself is watched
+            inotify_event event{};  // without a name, because it watches the file itself
             if (poll(&ready, 1, std::chrono::milliseconds(deadline).count()) != 1 ||
                 read(events_.get(), &event, sizeof event) != sizeof event) {
                 return false;
@@ -91,7 +91,7 @@ protected:
         program->writeLine(command);
         return program->readLine(deadline).value_or("");
     }
-    /// To the end: the last step but one is nearly as low.
+    /// Ducks and waits for the last step, because the step before it is nearly as low.
     void duck() {
         ask("duck");
         ASSERT_TRUE(waitUntil([this] { return server.volume(sinkA) == Channels{0, 0}; }, deadline));
@@ -110,7 +110,7 @@ protected:
         return sinkBecomes(server, sink, channels, 0s);
     }
     [[nodiscard]] bool hasRecord() const { return exists(folder / "pending-restore.json"); }
-    /// Whether nobody holds the lock, sooner or later.
+    /// Whether the lock becomes free.
     [[nodiscard]] bool lockIsFree() const {
         return PendingRestoreLock(folder.path(), deadline).state() == State::held;
     }
@@ -133,13 +133,13 @@ TEST_F(VolumeGuardSystemTest, GivesBackWheneverTheProgramIsKilled) {
         startProgram();
         const Guard watching = guard();
         if (round % 3 == 0) {
-            ask("duck");  // while it fades
+            ask("duck");  // a kill during the fade
             someTime(160);
         } else {
             duck();
         }
         if (round % 3 == 2) {
-            ask("restore");  // while it comes back, and just after
+            ask("restore");  // a kill during the restore, and just after it
             someTime(700);
         }
         killProgram();
@@ -147,13 +147,13 @@ TEST_F(VolumeGuardSystemTest, GivesBackWheneverTheProgramIsKilled) {
         EXPECT_TRUE(is(sinkA, before)) << round;
         EXPECT_FALSE(hasRecord()) << round;
     }
-    EXPECT_TRUE(becomes(sinkB, others)) << "never touched";
+    EXPECT_TRUE(becomes(sinkB, others)) << "no other sink is changed";
 }
 
 TEST_F(VolumeGuardSystemTest, HearsWhatTheProgramSaidLastThoughItIsGoneAndNeverLowers) {
     struct Case {
         bool restored;
-        int usersPercent;  // after the fade; 0 is none
+        int usersPercent;  // after the fade; 0 for no change
         Channels volume;
     };
     for (const auto& [restored, percent, volume] :
@@ -196,7 +196,7 @@ TEST_F(VolumeGuardSystemTest, ANewStartAtOnceAndTheGuardDoNotDisturbEachOther) {
         const Guard watching = guard();
         duck();
         killProgram();
-        startProgram();  // one of the two gives back
+        startProgram();  // either the guard or the new start restores
         ASSERT_TRUE(watching.ends());
         EXPECT_TRUE(becomes(sinkA, before));
         EXPECT_TRUE(waitUntil([&] { return !hasRecord(); }, deadline));
@@ -222,7 +222,7 @@ TEST_F(VolumeGuardSystemTest, OutlivesTheSignalsThatEndASessionButNotTheProgram)
     for (const int signal : {SIGTERM, SIGHUP, SIGINT, SIGPIPE}) {
         watching.signal(signal);
     }
-    EXPECT_EQ(getsid(watching.pid()), watching.pid()) << "a session of its own";
+    EXPECT_EQ(getsid(watching.pid()), watching.pid()) << "the guard must lead a separate session";
     const auto onlyWhatItBecomes = [&] {
         std::vector<std::string> beyondItsOwn;
         for (const auto& entry :
@@ -234,13 +234,13 @@ TEST_F(VolumeGuardSystemTest, OutlivesTheSignalsThatEndASessionButNotTheProgram)
         }
         return beyondItsOwn == std::vector<std::string>{"sordin-volume-restorer"};
     };
-    EXPECT_TRUE(waitUntil(onlyWhatItBecomes, deadline)) << "its own libraries are open while it starts";
+    EXPECT_TRUE(waitUntil(onlyWhatItBecomes, deadline)) << "libraries are open only during the start";
     duck();
     killProgram();
     ASSERT_TRUE(watching.ends());
     EXPECT_TRUE(becomes(sinkA, before));
 
-    // With nothing in force it goes without a change, whatever the volume is.
+    // Without a pending restore, the guard ends and changes no volume.
     for (const bool restored : {true, false}) {
         startProgram();
         const Guard idle = guard();
@@ -259,7 +259,7 @@ TEST_F(VolumeGuardSystemTest, OutlivesTheSignalsThatEndASessionButNotTheProgram)
 
 TEST_F(VolumeGuardSystemTest, IsStartedAgainForTheNextDuckIfItHasDied) {
     startProgram();
-    for (const int end : {SIGKILL, SIGSTOP}) {  // one that takes nothing any more
+    for (const int end : {SIGKILL, SIGSTOP}) {  // a stopped guard accepts no messages
         const Guard first = guard();
         first.signal(end);
         if (end == SIGKILL) {
@@ -292,7 +292,7 @@ TEST_F(VolumeGuardSystemTest, LeavesEverythingToWhoHoldsTheLock) {
     ASSERT_EQ(lock.state(), State::held);
     killProgram();
     ASSERT_TRUE(watching.ends());
-    EXPECT_TRUE(is(sinkA, {0, 0})) << "as it was left";
+    EXPECT_TRUE(is(sinkA, {0, 0})) << "the volume must not change";
     EXPECT_TRUE(hasRecord());
 }
 
@@ -308,8 +308,8 @@ TEST_F(VolumeGuardSystemTest, WaitsForADeviceThatIsAway) {
         EXPECT_TRUE(becomes(sink, {0, 0}));
         server.destroySink(sink);
         FileUses lock(folder.path() / "pending-restore.lock");
-        killProgram();  // closes it too
-        EXPECT_TRUE(lock.reach(1, 2)) << "released while the guard still waits, for a new start";
+        killProgram();  // also closes the lock
+        EXPECT_TRUE(lock.reach(1, 2)) << "the guard must release the lock for a new start while it waits";
         return watching;
     };
     {
@@ -323,9 +323,9 @@ TEST_F(VolumeGuardSystemTest, WaitsForADeviceThatIsAway) {
     }
     {
         const Guard watching = dieWithoutDevice("hdmi");
-        watching.signal(SIGTERM);  // now that the record is all that counts
+        watching.signal(SIGTERM);  // only the record remains
         ASSERT_TRUE(watching.ends());
-        EXPECT_TRUE(hasRecord()) << "for the next start";
+        EXPECT_TRUE(hasRecord()) << "the record is for the next start";
     }
     EXPECT_TRUE(is(sinkA, before));
 }

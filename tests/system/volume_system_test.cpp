@@ -36,8 +36,8 @@ TEST_P(VolumeOfServerTest, FadesAVirtualSinkAndBringsVolumeAndBalanceBack) {
     server->setDefaultSink(sinkB);
     defaultDevice(sinkB);
     controller->restore(0.6);
-    EXPECT_TRUE(becomes(sinkA, {1, 1})) << "whatever the default is now";
-    EXPECT_THAT(server->volume(sinkB), ElementsAre(1.0F, 1.0F)) << "never touched";
+    EXPECT_TRUE(becomes(sinkA, {1, 1})) << "the restore does not depend on the default device";
+    EXPECT_THAT(server->volume(sinkB), ElementsAre(1.0F, 1.0F)) << "no other sink is changed";
 }
 
 TEST_F(VolumeSystemTest, EachChangeOfTheDefaultIsSeenThoughOthersConnectAllTheTime) {
@@ -64,7 +64,7 @@ TEST_P(VolumeOfServerTest, AServerThatDiesWhileFadedGetsTheVolumeBackWhenItRetur
     server->setVolume(sinkA, {80, 40});
     const Channels before{0.512F, 0.064F};
     ASSERT_TRUE(becomes(sinkA, before));
-    const auto saved = [&] {  // PipeWire's session manager stores virtual sinks at once
+    const auto saved = [&] {  // the session manager stores the volume of virtual sinks
         return GetParam() != ServerKind::pipeWire || storedVolume(*server, sinkA) == Channels{0, 0};
     };
     const auto device = defaultDevice(sinkA);
@@ -81,7 +81,7 @@ TEST_P(VolumeOfServerTest, AServerThatDiesWhileFadedGetsTheVolumeBackWhenItRetur
         server->start();
         ASSERT_TRUE(waitUntil([&] { return objects->present(device); }, deadline));
         if (!restoredWhileAway) {
-            EXPECT_TRUE(becomes(sinkA, {0, 0})) << "still faded";
+            EXPECT_TRUE(becomes(sinkA, {0, 0})) << "the sink is still faded";
             controller->restore(0.1);
         }
         EXPECT_TRUE(becomes(sinkA, before)) << restoredWhileAway;
@@ -109,7 +109,7 @@ TEST_P(VolumeOfServerTest, ASinkThatGoesWhileFadedGetsItsVolumeBackWhenItReturns
     server->createSink("usb");
     EXPECT_TRUE(becomes("usb", {0.216F, 0.216F}));
     EXPECT_TRUE(recordIsGone());
-    EXPECT_TRUE(objects->present(usb));  // the same object
+    EXPECT_TRUE(objects->present(usb));  // the same object id
     EXPECT_THAT(server->volume(sinkA), ElementsAre(1.0F, 1.0F));
 }
 
@@ -125,7 +125,7 @@ TEST_P(VolumeOfServerTest, ACrashWithoutAServerIsMendedWhenTheServerAppears) {
     crash();
     server->stop();
     startProgram();
-    controller->duck(0, 0.15);  // nothing to fade, and nothing to overwrite
+    controller->duck(0, 0.15);  // no device to fade, and the record must stay
     queue->sync([] {});
     EXPECT_TRUE(defaults->number(PendingRestore::key));
     server->start();
@@ -149,7 +149,7 @@ TEST_P(VolumeOfServerTest, MuteIsReadAndWrittenAndKeptForADeviceThatIsAway) {
     EXPECT_TRUE(waitUntil([&] { return server->muted(sinkA); }, deadline));
     EXPECT_TRUE(objects->set(device, mute, std::uint32_t{0}));
     EXPECT_TRUE(waitUntil([&] { return !server->muted(sinkA); }, deadline));
-    // What is no property, no value or no object is refused.
+    // Invalid properties, values and objects are rejected.
     EXPECT_FALSE(objects->set(device, mute, 1.0F));
     EXPECT_FALSE(objects->set(device, audio_property::volume(0), std::nanf("")));
     EXPECT_FALSE(objects->set(device, audio_property::volume(1), 1.0F));
@@ -180,7 +180,7 @@ TEST_P(VolumeOfServerTest, AfterFlushTheServerHasTheVolume) {
         ASSERT_EQ(defaultDevice(sinkA), device);
     }
     server->kill();
-    EXPECT_TRUE(objects->flush(100ms)) << "it has taken all before";
+    EXPECT_TRUE(objects->flush(100ms)) << "the server has processed all writes";
     objects->set(device, audio_property::volume(0), 1.0F);
     EXPECT_FALSE(objects->flush(100ms));
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The look of the desktop, as its settings portal tells it.
+// The appearance settings of the desktop, from its settings portal.
 #include "rig/private_bus.h"
 #include "ui/style/appearance.h"
 

@@ -7,7 +7,7 @@
 #include <QGuiApplication>
 #include <cstdio>
 
-/// A view that is wrong says so in a warning and goes on.
+/// Errors in views are only warnings of Qt, so fail on them.
 static void failOnWarningOfView(QtMsgType /*type*/, const QMessageLogContext& /*context*/,
                                 const QString& message) {
     if (message.contains("qrc:")) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// ui_pictures FOLDER: pictures of every view in every state that looks different, light and dark; then of the
-// views that are short of room, in all the usual font sizes, with the longer texts of another language, and
-// in other locales. For people to look at; QT_SCALE_FACTOR=2 doubles their size.
+// ui_pictures FOLDER: takes pictures of every view in every state, light and dark. It repeats the views with
+// little room in all common font sizes, with the longer texts of another language, and in other locales.
+// QT_SCALE_FACTOR=2 doubles their size.
 #include "ui/ui_engine.h"
 #include "ui/wording/wording_catalogue.h"
 #include "ui_fixture.h"
@@ -14,7 +14,7 @@
 namespace sordin {
 namespace {
 
-/// Doubles every vowel: texts a third longer, as in German or Finnish, which can still be read.
+/// Doubles every vowel. Texts become a third longer, as in German or Finnish, but stay readable.
 class LongerTexts : public QTranslator {
 public:
     LongerTexts() { static_cast<void>(wording_.read(":/wording/linux.ts")); }
@@ -36,7 +36,7 @@ public:
     void TestBody() override {}
 
     void make() {
-        wallClock = currentReferenceDate() - 600;  // the test's time moves on while it listens
+        wallClock = currentReferenceDate() - 600;  // the test's clock advances while it listens
         for (const bool dark : {false, true}) {
             use(10, dark, "");
             listening();
@@ -76,7 +76,7 @@ private:
         look_ = (dark ? "dark" : "light") + name;
     }
     void take(const QString& name) {
-        QTest::qWait(400);  // what moves has come to rest
+        QTest::qWait(400);  // until animations have ended
         window_->grabWindow().save(pictures_ + "/" + look_ + "-" + name + ".png");
     }
     void open(std::unique_ptr<QQuickWindow> window) {
@@ -215,7 +215,7 @@ private:
         }
         engine->setOnboardingComplete(true);
     }
-    /// The smallest window with as much in it as there can be.
+    /// The smallest window with the most content.
     void crowded() {
         start();
         fillHistory();

@@ -38,7 +38,7 @@ TEST_F(ModelsTest, HistoryFollowsTheEngineRowByRow) {
     const QPersistentModelIndex b = model.index(0);
     add(adAgo("C", 30, 10));
     EXPECT_THAT(apps(model), ElementsAre("C", "B", "A"));
-    EXPECT_EQ(b.row(), 1) << "what a view shows stays where it is";
+    EXPECT_EQ(b.row(), 1) << "existing rows keep their place";
     AdHistory full = engine->history();
     full.insert(full.begin(), adAgo("D", 20, 10));
     full.pop_back();
@@ -73,7 +73,7 @@ TEST_F(ModelsTest, HistoryListsTestsOnlyIfWanted) {
     const auto simulated = model.index(2);
     EXPECT_TRUE(real.data(AdHistoryModel::realRole).toBool());
     EXPECT_FALSE(simulated.data(AdHistoryModel::realRole).toBool());
-    EXPECT_EQ(real.data(AdHistoryModel::confidenceRole).toInt(), 85) << "truncated";
+    EXPECT_EQ(real.data(AdHistoryModel::confidenceRole).toInt(), 85) << "percentages are truncated";
     EXPECT_EQ(simulated.data(AdHistoryModel::durationRole).toString(), "6s");
     const QString details = real.data(AdHistoryModel::detailsRole).toString();
     EXPECT_TRUE(details.endsWith(" · Audio, Keywords"));
@@ -84,7 +84,7 @@ TEST_F(ModelsTest, HistoryListsTestsOnlyIfWanted) {
     plain.reasons.clear();
     add(plain);
     EXPECT_TRUE(model.index(0).data(AdHistoryModel::detailsRole).toString().endsWith(" · –"));
-    EXPECT_FALSE(model.summary(0).isRightToLeft()) << "the order of its parts stays";
+    EXPECT_FALSE(model.summary(0).isRightToLeft()) << "the order of the parts stays";
 }
 
 TEST_F(ModelsTest, AClearedHistoryComesBackBehindWhatIsNew) {
@@ -92,7 +92,7 @@ TEST_F(ModelsTest, AClearedHistoryComesBackBehindWhatIsNew) {
     clearing.setEngine(engine.get());
     EXPECT_FALSE(clearing.canClear());
     clearing.clear();
-    EXPECT_FALSE(clearing.canUndo()) << "there was nothing";
+    EXPECT_FALSE(clearing.canUndo()) << "there was nothing to clear";
 
     const auto kept = [this] { return AdHistoryFile(folder / "Sordin/history.json", historyQueue).load(); };
     const AdHistory before{adAgo("B", 60, 10), adAgo("A", 120, 10, EventKind::testOnly)};
@@ -127,7 +127,8 @@ TEST_F(ModelsTest, StatisticsSayHowMuchCameFromWhere) {
     EXPECT_EQ(browser.data(AppStatsModel::shareRole).toDouble(), 0.25);
     EXPECT_EQ(browser.data(AppStatsModel::detailsRole).toString(), "Average 20s · last yesterday");
     engine->setHistory({adAgo("Radio", 60, 0)});
-    EXPECT_EQ(model.index(0).data(AppStatsModel::shareRole).toDouble(), 0) << "no time at all, not a fault";
+    EXPECT_EQ(model.index(0).data(AppStatsModel::shareRole).toDouble(), 0)
+        << "without any duration the share is 0";
 
     engine->setIgnored("Radio", true);
     engine->setIgnored("Phone", true);
@@ -163,7 +164,8 @@ TEST_F(ModelsTest, SignalsKeepTheirRows) {
     EXPECT_EQ(resets.count(), 0);
     EXPECT_GE(changes.count(), 1);
     EXPECT_EQ(model.index(0).data(SignalsModel::levelRole).toDouble(), 1);
-    EXPECT_EQ(model.index(0).data(SignalsModel::valueRole).toString(), "1.70") << "as it is";
+    EXPECT_EQ(model.index(0).data(SignalsModel::valueRole).toString(), "1.70")
+        << "values above 1 are shown unchanged";
     EXPECT_EQ(model.index(1).data(SignalsModel::levelRole).toDouble(), 0);
     engine->setIsEnabled(false);
     settle();

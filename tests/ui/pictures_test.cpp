@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What is painted, looked at in the pixels.
+// Checks the pixels of painted items.
 #include "ui/model/confidence_level.h"
 #include "ui/model/timeline_strip.h"
 #include "ui/model/trail_chart.h"
@@ -49,16 +49,16 @@ TEST_F(PicturesTest, TheLevelIsAsLongAsTheConfidenceAndTheTickAtTheThreshold) {
         }
         return length;
     };
-    bar.setProperty("threshold", 2.0);  // out of sight
-    EXPECT_NEAR(lengthOf(0.5, blue), 100, 2) << "but for its round ends";
-    EXPECT_NEAR(lengthOf(0, blue), 4, 1) << "a stub";
+    bar.setProperty("threshold", 2.0);  // hidden
+    EXPECT_NEAR(lengthOf(0.5, blue), 100, 2) << "except for the round ends";
+    EXPECT_NEAR(lengthOf(0, blue), 4, 1) << "the minimum length";
     EXPECT_NEAR(lengthOf(-3, blue), 4, 1);
     EXPECT_NEAR(lengthOf(1.5, blue), 200, 2);
     bar.setProperty("over", true);
     EXPECT_NEAR(lengthOf(0.5, red), 100, 2);
     bar.setProperty("threshold", 0.75);
     EXPECT_EQ(lengthOf(1, black), 2);
-    EXPECT_EQ(picture(bar, {200, 8}).pixel(149, 0), black) << "centred, over the whole height";
+    EXPECT_EQ(picture(bar, {200, 8}).pixel(149, 0), black) << "centered, over the whole height";
     EXPECT_EQ(picture(bar, {200, 8}).pixel(150, 7), black);
 }
 
@@ -73,12 +73,12 @@ TEST_F(PicturesTest, MarksAreWhereTheAdsWere) {
     engine->setHistory({adAgo("now", 600, 60, EventKind::simulated), adAgo("short", 1800, 0.5),
                         adAgo("edge", 3900, 600), adAgo("over", 5400, 60)});
     const auto marks = strip.marks(now);
-    ASSERT_EQ(marks.size(), 3U) << "what was over before the bar begins is not there";
+    ASSERT_EQ(marks.size(), 3U) << "ads that ended before the range have no mark";
     EXPECT_NEAR(marks[0].place.left(), 300, 0.2);
     EXPECT_NEAR(marks[0].place.width(), 6, 0.01);
     EXPECT_FALSE(marks[0].real);
     EXPECT_NEAR(marks[1].place.left(), 180, 0.2);
-    EXPECT_EQ(marks[1].place.width(), 3) << "to be seen at all";
+    EXPECT_EQ(marks[1].place.width(), 3) << "the minimum width of a mark";
     EXPECT_EQ(marks[2].place.left(), 0);
     EXPECT_EQ(marks[2].row, 2);
 
@@ -86,9 +86,9 @@ TEST_F(PicturesTest, MarksAreWhereTheAdsWere) {
     EXPECT_EQ(image.pixel(303, 17), blue);
     EXPECT_EQ(image.pixel(181, 17), red);
     EXPECT_EQ(image.pixel(290, 17), gray);
-    EXPECT_NE(image.pixel(0, 0), gray) << "round corners";
+    EXPECT_NE(image.pixel(0, 0), gray) << "the corners are round";
     EXPECT_EQ(strip.rowAt(302), 0);
-    EXPECT_EQ(strip.rowAt(184), 1) << "a little beside";
+    EXPECT_EQ(strip.rowAt(184), 1) << "a hit slightly beside the mark";
     EXPECT_EQ(strip.rowAt(295), -1);
     strip.setProperty("hours", 24);
     EXPECT_EQ(strip.marks(now).size(), 4U);
@@ -111,7 +111,7 @@ TEST_F(PicturesTest, TheChartHasItsRuleAlwaysAndItsLineOverTheTrail) {
     };
     const QRect all(0, 0, 400, 140);
     EXPECT_EQ(chart.rowAt(100), -1);
-    EXPECT_EQ(count(picture(chart, all.size()), red, all), 0) << "no engine";
+    EXPECT_EQ(count(picture(chart, all.size()), red, all), 0) << "no line without an engine";
     chart.setEngine(engine.get());
     const QImage empty = picture(chart, all.size());
     EXPECT_GT(count(empty, red, all), 100);
@@ -130,7 +130,7 @@ TEST_F(PicturesTest, TheChartHasItsRuleAlwaysAndItsLineOverTheTrail) {
     const QVariantMap first = chart.point(0);
     const QVariantMap end = chart.point(last);
     EXPECT_GT(first["confidence"].toDouble(), end["confidence"].toDouble());
-    EXPECT_LT(first["y"].toDouble(), end["y"].toDouble()) << "higher up";
+    EXPECT_LT(first["y"].toDouble(), end["y"].toDouble()) << "a higher confidence is higher up";
     EXPECT_LT(first["x"].toDouble(), end["x"].toDouble());
     EXPECT_EQ(chart.rowAt(end["x"].toDouble() + 10), last);
     EXPECT_EQ(chart.rowAt(0), 0);

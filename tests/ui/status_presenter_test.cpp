@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The icon and its menu, as the engine goes through its states.
+// The icon and its menu in all states of the engine.
 #include "ui/panel_place.h"
 #include "ui/status_presenter.h"
 #include "ui_fixture.h"
@@ -24,7 +24,7 @@ struct FakeStatusItem final : StatusItem {
         return found != menu.end() ? *found : throw std::runtime_error("there is no " + name.toStdString());
     }
     void choose(const QString& name) const {
-        const auto triggered = entry(name).triggered;  // the menu is another when it returns
+        const auto triggered = entry(name).triggered;  // copied, because the call replaces the menu
         triggered("token");
     }
 
@@ -52,7 +52,7 @@ TEST_F(StatusPresenterTest, TheIconFollowsTheEngine) {
     EXPECT_EQ(item.symbol, "waveform");
     EXPECT_EQ(item.text, "Listening");
     EXPECT_EQ(item.menu.front().text, "Listening");
-    EXPECT_FALSE(item.menu.front().enabled) << "it is not to be chosen";
+    EXPECT_FALSE(item.menu.front().enabled) << "the status entry cannot be chosen";
     hearAdBegin();
     EXPECT_EQ(item.symbol, "speaker.slash.fill");
     EXPECT_EQ(item.text, "Ad detected, muted");
@@ -74,7 +74,7 @@ TEST_F(StatusPresenterTest, TheIconFollowsTheEngine) {
     EXPECT_EQ(item.symbol, "speaker.zzz");
     EXPECT_EQ(item.text, "Paused");
     engine->simulate(5);
-    EXPECT_EQ(item.symbol, "speaker.slash.fill") << "also when it is paused";
+    EXPECT_EQ(item.symbol, "speaker.slash.fill") << "the icon shows the ad also while paused";
 }
 
 TEST_F(StatusPresenterTest, TheMenuReachesEverything) {
@@ -123,10 +123,10 @@ TEST(PanelPlace, TheIconIsWhereADesktopSaysUnlessThePointerKnowsBetter) {
     };
     for (const auto& [told, pointer, icon] : {
              Case{{640, 10}, QPoint(650, 12), {640, 10}},
-             Case{{640, 55}, QPoint(300, 500), {640, 55}},    // chosen with the keyboard
-             Case{{640, 790}, QPoint(300, 500), {640, 790}},  // in a bar that takes no room
-             Case{{0, 27}, QPoint(1100, 14), {1100, 14}},     // the left end of the bar
-             Case{{550, 5}, QPoint(1100, 14), {1100, 14}},    // in units of something else
+             Case{{640, 55}, QPoint(300, 500), {640, 55}},    // activated with the keyboard
+             Case{{640, 790}, QPoint(300, 500), {640, 790}},  // in a panel that reserves no space
+             Case{{0, 27}, QPoint(1100, 14), {1100, 14}},     // the left end of the panel
+             Case{{550, 5}, QPoint(1100, 14), {1100, 14}},    // in other units
              Case{{550, 400}, QPoint(600, 790), {600, 790}},
              Case{{}, QPoint(600, 790), {600, 790}},
              Case{{640, 10}, std::nullopt, {640, 10}},
@@ -146,14 +146,14 @@ TEST(PanelPlace, IsWholeBesideTheIconWhereverTheBarIs) {
         QPoint place;
     };
     for (const auto& [click, free, place] : {
-             Case{{640, 10}, screen.adjusted(0, 30, 0, 0), {495, 36}},      // bar above
-             Case{{640, 790}, screen.adjusted(0, 0, 0, -30), {495, 564}},   // below
+             Case{{640, 10}, screen.adjusted(0, 30, 0, 0), {495, 36}},      // panel at the top
+             Case{{640, 790}, screen.adjusted(0, 0, 0, -30), {495, 564}},   // panel at the bottom
              Case{{1275, 790}, screen.adjusted(0, 0, 0, -30), {984, 564}},  // in the corner
-             Case{{10, 400}, screen.adjusted(40, 0, 0, 0), {46, 186}},      // at the left
-             Case{{640, 10}, screen, {495, 24}},                            // a bar that takes no room
+             Case{{10, 400}, screen.adjusted(40, 0, 0, 0), {46, 186}},      // panel at the left
+             Case{{640, 10}, screen, {495, 24}},                            // a panel that reserves no space
              Case{{640, 790}, screen, {495, 576}},
-             Case{{-600, 10}, QRect(-1280, 30, 1280, 770), {-745, 36}},  // on a screen at the left
-             Case{{5, 5}, QRect(0, 0, 200, 100), {6, 6}},                // no room at all
+             Case{{-600, 10}, QRect(-1280, 30, 1280, 770), {-745, 36}},  // on a screen to the left
+             Case{{5, 5}, QRect(0, 0, 200, 100), {6, 6}},                // too little space
          }) {
         EXPECT_EQ(panelPlace(click, size, free), place)
             << click.x() << ' ' << click.y() << " gives " << panelPlace(click, size, free).x() << ' '

@@ -56,7 +56,7 @@ TEST_F(TextsTest, SummariesCountRealAds) {
     texts.setEngine(engine.get());
     const QSignalSpy changes(&texts, &SummaryTexts::changed);
     wallClock = currentReferenceDate();
-    // Yesterday, whatever the time of day is now.
+    // Yesterday, at any time of day.
     const double yesterday = QTime(0, 0).secsTo(QTime::currentTime()) + 3600.0;
     engine->setHistory(
         {adAgo("A", 0, 12), adAgo("A", 0, 500, AdEvent::Kind::testOnly), adAgo("B", yesterday, 60)});
@@ -70,7 +70,7 @@ TEST_F(TextsTest, SummariesCountRealAds) {
 TEST(DateText, RelativeDatesAreInWords) {
     const QDateTime now(QDate(2024, 3, 31), QTime(12, 0), QTimeZone::utc());
     constexpr qint64 day = 86'400;
-    // The clock may be set back, and 29 February is the end of the month before.
+    // The clock may be set back, and 29 February counts as the end of the month.
     const std::vector<std::pair<qint64, const char*>> cases{
         {-5000, "now"},           {0, "now"},
         {1, "1 second ago"},      {59, "59 seconds ago"},
@@ -101,7 +101,7 @@ TEST(DateText, DatesAreWrittenAsTheUsersLocaleDoes) {
     for (const auto& [locale, text] : cases) {
         QLocale::setDefault(QLocale(QLatin1String(locale)));
         QString written = dateAndTime(date);
-        // Newer locale data has narrow spaces.
+        // Newer locale data contains narrow spaces.
         EXPECT_EQ(written.replace(QChar(0x202F), ' ').replace(QChar(0xA0), ' ').toStdString(), text)
             << locale;
     }
@@ -110,9 +110,9 @@ TEST(DateText, DatesAreWrittenAsTheUsersLocaleDoes) {
         QLocale::setDefault(locale);
         const std::string written = dateAndTime(date).toStdString();
         EXPECT_EQ(written.find(locale.dayName(2).toStdString()), std::string::npos)
-            << "a weekday: " << written;
+            << "contains a weekday: " << written;
         EXPECT_NE(written.find(locale.toString(9).toStdString()), std::string::npos)
-            << "no seconds: " << written;
+            << "lacks seconds: " << written;
     }
     QLocale::setDefault(QLocale::c());
 }

@@ -7,14 +7,14 @@
 
 namespace sordin {
 
-/// An ad that began so many seconds ago.
+/// An ad that started this many seconds ago.
 inline AdEvent adAgo(const QString& app, double ago, double duration,
                      AdEvent::Kind kind = AdEvent::Kind::muted) {
     return {
         QUuid::createUuid(), currentReferenceDate() - ago, duration, app, 0.857, {"Audio", "Keywords"}, kind};
 }
 
-/// The real engine, with a history of the test's.
+/// The real engine with a history made by the test.
 class UiTest : public EngineTest {
 protected:
     UiTest() { create(); }
@@ -23,7 +23,7 @@ protected:
         capture->completion(std::nullopt);
         settle();
     }
-    /// As when an ad has ended.
+    /// Adds an event, as at the end of an ad.
     void add(const AdEvent& event) {
         AdHistory history = engine->history();
         history.insert(history.begin(), event);

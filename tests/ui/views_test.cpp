@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The views as a user has them: clicked at, typed at and read.
+// The views as users operate them: with mouse and keyboard, and by their texts.
 #include "ui/ui_engine.h"
 #include "ui_fixture.h"
 
@@ -26,13 +26,13 @@ protected:
         opened.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&opened));
     }
-    /// 0 is Live.
+    /// Opens a page by its index; 0 is Live.
     void openPage(int index) {
         openWindow();
         item("sidebar")->setProperty("currentIndex", index);
     }
 
-    /// By its object name, in what is shown; pages that were left do not count.
+    /// A visible item by its object name; pages that were left do not count.
     [[nodiscard]] QQuickItem* find(const QString& name, const QQuickItem* within = nullptr) const {
         const QQuickItem* parent = within != nullptr ? within : window->contentItem()->parentItem();
         for (QQuickItem* child : (parent != nullptr ? parent : window->contentItem())->childItems()) {
@@ -60,7 +60,7 @@ protected:
         return found != nullptr && found->isVisible();
     }
     void click(QQuickItem* target) {
-        window->grabWindow();  // puts everything where it belongs
+        window->grabWindow();  // performs the layout
         const QPointF centre = target->mapToScene({target->width() / 2, target->height() / 2});
         QTest::mouseClick(window.get(), Qt::LeftButton, {}, centre.toPoint());
         settle();
@@ -82,12 +82,12 @@ TEST_F(ViewsTest, TheLivePageSaysWhatIsGoingOn) {
     EXPECT_FALSE(shown("source"));
     EXPECT_FALSE(shown("permissionNotice"));
     EXPECT_FALSE(shown("transcriptCard"));
-    EXPECT_EQ(textOf("threshold"), "Mute threshold 57%") << "truncated";
+    EXPECT_EQ(textOf("threshold"), "Mute threshold 57%") << "percentages are truncated";
     window->grabWindow();
     const double height = item("statusCard")->height();
     hearAdBegin();
     window->grabWindow();
-    EXPECT_EQ(item("statusCard")->height(), height) << "nothing moves when an ad begins";
+    EXPECT_EQ(item("statusCard")->height(), height) << "the layout must not change when an ad begins";
     EXPECT_EQ(textOf("statusText"), "Ad detected, muted");
     EXPECT_EQ(textOf("source"), "Source: Radio");
     EXPECT_TRUE(shown("source"));
@@ -95,7 +95,7 @@ TEST_F(ViewsTest, TheLivePageSaysWhatIsGoingOn) {
     EXPECT_EQ(textOf("confidence"), "89%") << "0.9 in single precision, truncated";
     item("restore")->forceActiveFocus(Qt::TabFocusReason);
     press(Qt::Key_Return);
-    EXPECT_EQ(window->activeFocusItem(), item("enabled")) << "the button hides";
+    EXPECT_EQ(window->activeFocusItem(), item("enabled")) << "the focused button was hidden";
     EXPECT_FALSE(shown("restore"));
     EXPECT_TRUE(engine->adActive());
     streams->changed({{ApplicationStream::Kind::playsCall, "9", {}, "Phone"}});
@@ -114,16 +114,16 @@ TEST_F(ViewsTest, TheLivePageSaysWhatIsGoingOn) {
     EXPECT_FALSE(engine->isEnabled());
     EXPECT_EQ(textOf("statusText"), "Paused");
     engine->setIsEnabled(true);
-    EXPECT_TRUE(item("enabled")->property("checked").toBool()) << "it still follows";
+    EXPECT_TRUE(item("enabled")->property("checked").toBool()) << "the switch still follows the engine";
 
     item("sensitivity")->forceActiveFocus();
     engine->setSensitivity(0.573);
     press(Qt::Key_Right);
-    EXPECT_EQ(engine->sensitivity(), 0.6) << "whole percents, from wherever the pointer left it";
+    EXPECT_EQ(engine->sensitivity(), 0.6) << "keys move to multiples of 5 %, from any position";
     for (int i = 0; i < 5; ++i) {
         press(Qt::Key_Left);
     }
-    EXPECT_EQ(engine->sensitivity(), 0.35) << "what is shown is truncated: no error adds up";
+    EXPECT_EQ(engine->sensitivity(), 0.35) << "truncation must not accumulate";
     press(Qt::Key_Home);
     EXPECT_EQ(engine->sensitivity(), 0);
     press(Qt::Key_Left);
@@ -150,7 +150,7 @@ TEST_F(ViewsTest, TroubleOffersWhatHelps) {
     EXPECT_FALSE(shown("settingsHint"));
     click("grant");
     EXPECT_EQ(permissions->opened, std::vector<std::string>{"Privacy_ScreenCapture"});
-    EXPECT_TRUE(shown("settingsHint")) << "nothing was opened";
+    EXPECT_TRUE(shown("settingsHint")) << "no settings page could be opened";
     permissions->grantedWhenAsked = true;
     click("grant");
     EXPECT_FALSE(shown("permissionNotice") || shown("settingsHint"));
@@ -180,10 +180,10 @@ TEST_F(ViewsTest, TheHistoryIsListedFilteredClearedAndBroughtBack) {
     click("clear");
     EXPECT_TRUE(engine->history().empty());
     EXPECT_TRUE(shown("noAds"));
-    EXPECT_TRUE(item("undo")->hasActiveFocus()) << "for the keyboard";
+    EXPECT_TRUE(item("undo")->hasActiveFocus()) << "the keyboard focus moves to Undo";
     item("sidebar")->setProperty("currentIndex", 0);
     item("sidebar")->setProperty("currentIndex", 1);
-    ASSERT_TRUE(shown("undoBar")) << "also after a look at another page";
+    ASSERT_TRUE(shown("undoBar")) << "the bar must survive a change of pages";
     click("undo");
     EXPECT_EQ(engine->history().size(), 2U);
     EXPECT_FALSE(shown("undoBar"));
@@ -194,18 +194,19 @@ TEST_F(ViewsTest, TheHistoryIsListedFilteredClearedAndBroughtBack) {
     QTest::mouseClick(window.get(), Qt::LeftButton, {}, first.toPoint());
     EXPECT_EQ(textOf("ago"), "1 h ago");
     press(Qt::Key_Right);
-    EXPECT_EQ(textOf("ago"), "6 h ago") << "by keys";
+    EXPECT_EQ(textOf("ago"), "6 h ago") << "arrow keys change the range";
 
     QQuickItem* strip = item("strip");
     window->grabWindow();
     QTest::mouseMove(window.get(), strip->mapToScene({strip->width() - 2, 5}).toPoint());
     ASSERT_TRUE(QTest::qWaitFor([this] { return shown("tip"); }));
     EXPECT_THAT(textOf("tip"), testing::MatchesRegex("Radio, 30s, .* · Audio, Keywords, Muted, 85% conf\\."));
-    EXPECT_GE(item("tip")->y(), strip->height()) << "not over the marks";
+    EXPECT_GE(item("tip")->y(), strip->height()) << "the tooltip must not cover the marks";
     item("sidebar")->setProperty("currentIndex", 2);
     EXPECT_FALSE(shown("noStatistics"));
     item("sidebar")->setProperty("currentIndex", 1);
-    EXPECT_TRUE(item("showTests")->property("checked").toBool()) << "each visit starts anew";
+    EXPECT_TRUE(item("showTests")->property("checked").toBool())
+        << "each visit of the page starts with the default";
 }
 
 TEST_F(ViewsTest, FiveHundredAdsAreOneListThatScrollsWithItsPage) {
@@ -217,18 +218,19 @@ TEST_F(ViewsTest, FiveHundredAdsAreOneListThatScrollsWithItsPage) {
     openPage(1);
     window->grabWindow();
     QQuickItem* list = item("list");
-    EXPECT_LT(list->findChildren<QQuickItem*>().size(), 600) << "a row has a dozen parts";
+    EXPECT_LT(list->findChildren<QQuickItem*>().size(), 600)
+        << "only visible rows are created; a row has a dozen items";
     const auto topOf = [this](const char* name) { return item(name)->mapToScene({}).y(); };
     const double strip = topOf("strip");
-    EXPECT_GT(strip, 100) << "the list begins with what is above it";
+    EXPECT_GT(strip, 100) << "the header scrolls with the list";
     const double clear = topOf("clear");
     press(Qt::Key_PageDown);
     EXPECT_LT(topOf("strip"), strip - 200);
-    EXPECT_EQ(topOf("clear"), clear) << "stays within reach";
-    EXPECT_EQ(item("detail")->property("contentY").toDouble(), 0) << "one scroller";
+    EXPECT_EQ(topOf("clear"), clear) << "the button must stay visible";
+    EXPECT_EQ(item("detail")->property("contentY").toDouble(), 0) << "only the list scrolls";
     press(Qt::Key_Tab);
-    EXPECT_GT(topOf("range"), 0) << "what has the focus is in sight";
-    EXPECT_EQ(list->width(), item("strip")->width() + 32) << "rows end where the strip does";
+    EXPECT_GT(topOf("range"), 0) << "the focused item must be visible";
+    EXPECT_EQ(list->width(), item("strip")->width() + 32) << "rows and strip have the same right edge";
 }
 
 TEST_F(ViewsTest, TheTestPageTriesAndForgets) {
@@ -247,7 +249,7 @@ TEST_F(ViewsTest, TheTestPageTriesAndForgets) {
     EXPECT_TRUE(item("simulate")->isEnabled());
     beginListening();
     hearAdBegin();
-    EXPECT_FALSE(item("simulate")->isEnabled()) << "during a real ad";
+    EXPECT_FALSE(item("simulate")->isEnabled()) << "no simulation during a real ad";
     EXPECT_EQ(textOf("testTranscript"), "Transcription runs only on suspicious speech segments.");
     EXPECT_FALSE(shown("noSpeech"));
     recogniser->permitted = false;
@@ -278,7 +280,7 @@ TEST_F(ViewsTest, SettingsChangeTheEngine) {
     QQuickItem* duck = item("duck");
     QTest::mouseClick(window.get(), Qt::LeftButton, {},
                       duck->mapToScene({duck->width() * 0.33, duck->height() / 2}).toPoint());
-    EXPECT_EQ(engine->duckPercent(), 15) << "in steps";
+    EXPECT_EQ(engine->duckPercent(), 15) << "the slider moves in steps";
     const auto* range = QAccessible::queryAccessibleInterface(duck)->valueInterface();
     EXPECT_EQ(range->minimumValue().toDouble(), 0);
     EXPECT_EQ(range->maximumValue().toDouble(), 50);
@@ -306,7 +308,7 @@ TEST_F(ViewsTest, TheGuideIsFinishedByItsLastButtonAlone) {
     EXPECT_FALSE(engine->onboardingComplete());
     EXPECT_TRUE(sheet->property("visible").toBool());
     EXPECT_FALSE(shown("enabled") || item("sidebar")->isEnabled())
-        << "behind it nothing can be used by any means";
+        << "items behind the guide must be disabled";
     EXPECT_EQ(textOf("sheetTitle"), "Welcome to Sordin");
     EXPECT_FALSE(shown("back"));
     click("primary");
@@ -335,9 +337,9 @@ TEST_F(ViewsTest, TheGuideIsFinishedByItsLastButtonAlone) {
     const int starts = capture->starts;
     press(Qt::Key_Return);
     EXPECT_TRUE(engine->onboardingComplete());
-    EXPECT_EQ(capture->starts, starts) << "switched off";
+    EXPECT_EQ(capture->starts, starts) << "the program is switched off";
     engine->setOnboardingComplete(false);
-    EXPECT_EQ(sheet->property("step").toInt(), 0) << "from the beginning again";
+    EXPECT_EQ(sheet->property("step").toInt(), 0) << "the guide starts from the beginning";
     engine->setIsEnabled(true);
     settle();
 }
@@ -368,7 +370,8 @@ TEST_F(ViewsTest, NothingOfTheGuideOrThePanelIsOutOfReachInLargeType) {
     window->findChild<QObject*>("sheet")->setProperty("step", 3);
     window->grabWindow();
     EXPECT_LT(bottom("primary"), window->height());
-    EXPECT_GT(bottom("lastWords"), item("primary")->mapToScene({}).y()) << "too much for the smallest window";
+    EXPECT_GT(bottom("lastWords"), item("primary")->mapToScene({}).y())
+        << "the text must exceed the smallest window";
     press(Qt::Key_PageDown);
     EXPECT_LE(bottom("lastWords"), item("primary")->mapToScene({}).y());
     window.reset();
@@ -379,7 +382,8 @@ TEST_F(ViewsTest, ThePanelHasTheMostImportantAtHand) {
     openPanel();
     EXPECT_EQ(window->width(), 290);
     const QQuickItem* last = item("open");
-    EXPECT_GT(window->height(), last->mapToScene({0, last->height()}).y()) << "all of it is inside";
+    EXPECT_GT(window->height(), last->mapToScene({0, last->height()}).y())
+        << "the last item must be inside the window";
     EXPECT_EQ(window->minimumSize(), window->size());
     EXPECT_EQ(window->maximumSize(), window->size());
     EXPECT_EQ(textOf("statusText"), "Starting…");
@@ -390,7 +394,8 @@ TEST_F(ViewsTest, ThePanelHasTheMostImportantAtHand) {
     beginListening();
     hearAdBegin();
     window->grabWindow();
-    EXPECT_GT(window->height(), last->mapToScene({0, last->height()}).y()) << "with one button more";
+    EXPECT_GT(window->height(), last->mapToScene({0, last->height()}).y())
+        << "also with an additional button";
     QAccessible::queryAccessibleInterface(item("restore"))->actionInterface()->doAction("Press");
     settle();
     EXPECT_FALSE(shown("restore"));
@@ -409,7 +414,7 @@ TEST_F(ViewsTest, AnApplicationIsLeftOutByItsMenu) {
     press(Qt::Key_Return);
     EXPECT_EQ(engine->ignoredNames(), QStringList{"Radio"});
     EXPECT_THAT(textOf("appDetails"), testing::EndsWith(" · Not listened to"));
-    EXPECT_EQ(window->activeFocusItem(), item("options")) << "as before";
+    EXPECT_EQ(window->activeFocusItem(), item("options")) << "the focus returns to the button";
     const auto pressed = [this](const char* name) {
         QAccessible::queryAccessibleInterface(item(name))->actionInterface()->doAction("Press");
         settle();
@@ -440,7 +445,7 @@ TEST_F(ViewsTest, TheKeyboardReachesEverything) {
     }
     EXPECT_EQ(reached, (std::vector<QString>{"testMode", "simulate", "forget", "sidebar"}));
     press(Qt::Key_Tab);
-    EXPECT_TRUE(window->activeFocusItem()->property("visualFocus").toBool()) << "to be seen";
+    EXPECT_TRUE(window->activeFocusItem()->property("visualFocus").toBool()) << "the focus must be visible";
     press(Qt::Key_Space);
     EXPECT_TRUE(engine->testMode());
 
@@ -452,8 +457,7 @@ TEST_F(ViewsTest, TheKeyboardReachesEverything) {
         press(Qt::Key_Tab);
         reached.push_back(focused());
         if (i == 0) {
-            EXPECT_EQ(window->activeFocusItem()->property("text").toString(), "6 h")
-                << "the one that is chosen";
+            EXPECT_EQ(window->activeFocusItem()->property("text").toString(), "6 h") << "the selected entry";
         }
     }
     EXPECT_EQ(reached, (std::vector<QString>{"range", "list", "showTests", "clear", "sidebar"}));

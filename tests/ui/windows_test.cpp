@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The windows as they come and go.
+// Creation and destruction of the windows.
 #include "ui/windows.h"
 #include "ui_fixture.h"
 
@@ -17,7 +17,7 @@ protected:
         ASSERT_TRUE(QTest::qWaitForWindowExposed(windows.main()));
     }
     void openPanel() {
-        QTest::qWait(310);  // a click right after it was closed is the one that closed it
+        QTest::qWait(310);  // a click right after closing counts as the click that closed it
         windows.togglePanel({600, 10});
         ASSERT_NE(windows.panel(), nullptr);
         ASSERT_TRUE(QTest::qWaitForWindowActive(windows.panel()));
@@ -44,11 +44,11 @@ TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {
     windows.main()->resize(1000, 700);
     const QPointer<QQuickWindow> first = windows.main();
     windows.showMain();
-    EXPECT_EQ(windows.main(), first) << "one is enough";
+    EXPECT_EQ(windows.main(), first) << "there is only one main window";
     EXPECT_EQ(page(), 3);
     windows.main()->close();
     EXPECT_EQ(windows.main(), nullptr);
-    EXPECT_TRUE(comes([&] { return first.isNull(); })) << "nothing of it is kept";
+    EXPECT_TRUE(comes([&] { return first.isNull(); })) << "the closed window must be destroyed";
     openMain();
     EXPECT_EQ(page(), 0);
     EXPECT_EQ(windows.main()->size(), QSize(1000, 700));
@@ -60,7 +60,7 @@ TEST_F(WindowsTest, TheGuideSaysWhereTheProgramIsOnceTheWindowIsClosed) {
     engine->setOnboardingComplete(false);
     openMain();
     for (const bool shown : {false, true}) {
-        iconIsShown = shown;  // panels register icons after the first window is there
+        iconIsShown = shown;  // panels register icons after the first window appears
         for (const int step : {2, 3}) {
             windows.main()->findChild<QObject*>("sheet")->setProperty("step", step);
         }
@@ -74,7 +74,7 @@ TEST_F(WindowsTest, ThePanelGoesWhenItIsLeft) {
     windows.togglePanel({600, 10});
     EXPECT_EQ(windows.panel(), nullptr);
     windows.togglePanel({600, 10});
-    EXPECT_EQ(windows.panel(), nullptr) << "the click that took its focus";
+    EXPECT_EQ(windows.panel(), nullptr) << "the click that took the focus must not reopen it";
 
     openPanel();
     QTest::keyClick(windows.panel(), Qt::Key_Escape);
@@ -82,13 +82,13 @@ TEST_F(WindowsTest, ThePanelGoesWhenItIsLeft) {
 
     openPanel();
     QTest::mouseClick(windows.panel(), Qt::LeftButton, {}, {-20, 10});
-    EXPECT_EQ(windows.panel(), nullptr) << "a click elsewhere";
+    EXPECT_EQ(windows.panel(), nullptr) << "a click elsewhere closes the panel";
 
     openPanel();
     QQuickWindow other;
     other.show();
     other.requestActivate();
-    EXPECT_TRUE(comes([&] { return windows.panel() == nullptr; })) << "another window";
+    EXPECT_TRUE(comes([&] { return windows.panel() == nullptr; })) << "another window closes the panel";
 
     openPanel();
     click(windows.panel(), "enabled");

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The texts are those of the first platform: what they say of it is replaced on this one, and nothing else.
+// The source texts describe the first platform. The Linux wording must replace all texts about that platform,
+// and no others.
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
@@ -12,10 +13,10 @@
 namespace sordin {
 namespace {
 
-/// A text by where it is used and how it begins.
+/// A text, by its context and its beginning.
 using Text = std::pair<std::string, std::string>;
 
-/// All of what the views say, read from their sources in the program.
+/// All texts of the views, read from their sources.
 std::vector<Text> textsOfViews() {
     std::vector<Text> texts;
     QDirIterator views(":/qt/qml/Sordin", {"*.qml"}, QDir::Files, QDirIterator::Subdirectories);
@@ -59,7 +60,7 @@ TEST(Wording, SaysNothingOfAnotherPlatformAndUsesEveryReplacement) {
             continue;
         }
         const Text text(context, match.captured(2).replace("&amp;", "&").toStdString());
-        EXPECT_GT(std::count(texts.begin(), texts.end(), text), 0) << "no view says: " << text.second;
+        EXPECT_GT(std::count(texts.begin(), texts.end(), text), 0) << "no view contains: " << text.second;
         EXPECT_NE(said(text), text.second) << context;
     }
     EXPECT_FALSE(context.empty());

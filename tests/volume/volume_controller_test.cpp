@@ -14,7 +14,7 @@ class VolumeControllerTest : public VolumeTest {};
 
 TEST_F(VolumeControllerTest, DucksInSevenAndRestoresInThirtyStepsAlongTheCurve) {
     controller->duck(0, 0.15);
-    EXPECT_THAT(writes, SizeIs(0)) << "the caller is not held up";
+    EXPECT_THAT(writes, SizeIs(0)) << "the caller does not wait";
     pass(1000);
     ASSERT_THAT(writes, SizeIs(7));
     for (int i = 0; i < 7; ++i) {
@@ -22,7 +22,7 @@ TEST_F(VolumeControllerTest, DucksInSevenAndRestoresInThirtyStepsAlongTheCurve) 
         const double t = (i + 1) / 7.0;
         EXPECT_EQ(write.milliseconds, 20 * i);
         EXPECT_NEAR(write.volume, 0.8 - 0.8 * t * t * (3 - 2 * t), 1e-6);
-        EXPECT_TRUE(write.pending) << "the record comes before any change";
+        EXPECT_TRUE(write.pending) << "the record precedes every change";
     }
     EXPECT_EQ(writes.back().volume, 0);
     EXPECT_FLOAT_EQ(static_cast<float>(*pending()), 0.8F);
@@ -43,7 +43,7 @@ TEST_F(VolumeControllerTest, DucksInSevenAndRestoresInThirtyStepsAlongTheCurve) 
 TEST_F(VolumeControllerTest, KeepsAShareOfTheVolume) {
     duck(0.25F);
     EXPECT_FLOAT_EQ(volumeOf(speakers), 0.2F);
-    duck(0);  // a second duck changes nothing
+    duck(0);  // a second duck has no effect
     EXPECT_FLOAT_EQ(volumeOf(speakers), 0.2F);
     restore();
     EXPECT_EQ(volumeOf(speakers), 0.8F);
@@ -71,7 +71,7 @@ TEST_F(VolumeControllerTest, TurnsAroundInMidRampWithoutAJump) {
     writes.clear();
     duck(0.5F);
     EXPECT_NEAR(writes.front().volume, halfway, 0.05);
-    EXPECT_FLOAT_EQ(volumeOf(speakers), 0.4F) << "half of the true volume, not of the half-faded one";
+    EXPECT_FLOAT_EQ(volumeOf(speakers), 0.4F) << "half of the user's volume, not of the faded one";
     EXPECT_FLOAT_EQ(static_cast<float>(*pending()), 0.8F);
     restore();
     EXPECT_EQ(volumeOf(speakers), 0.8F);
@@ -87,7 +87,7 @@ TEST_F(VolumeControllerTest, UsesTheFrontChannelsOrTheMuteSwitch) {
     restore();
     EXPECT_FLOAT_EQ(volumeOf(speakers, 1), 0.5F);
 
-    device.fixed = {2};  // one of two is no volume control
+    device.fixed = {2};  // a single settable channel of two is not a volume control
     device.mute = 0;
     duck();
     EXPECT_EQ(device.mute, 1U);
@@ -111,7 +111,7 @@ TEST_F(VolumeControllerTest, UsesTheFrontChannelsOrTheMuteSwitch) {
     device.fixed.clear();
     device.readable = false;
     duck();
-    EXPECT_THAT(writes, SizeIs(0)) << "what cannot be read cannot be brought back";
+    EXPECT_THAT(writes, SizeIs(0)) << "a volume that cannot be read could not be restored";
     objects->makeDefault(0);
     duck();
     objects->makeDefault(headphones);
@@ -148,8 +148,8 @@ TEST_F(VolumeControllerTest, RestoresTheDeviceThatItDucked) {
     EXPECT_FLOAT_EQ(volumeOf(headphones), 0.5F);
     controller->restore(0.6);
     pass(300);
-    duck(0, 0);  // on the headphones now, while the speakers are on their way back
-    EXPECT_EQ(volumeOf(speakers), 0.8F) << "finished at once, not left half faded";
+    duck(0, 0);  // on the headphones, while the speakers' restore is running
+    EXPECT_EQ(volumeOf(speakers), 0.8F) << "the running restore finishes at once";
     EXPECT_FLOAT_EQ(static_cast<float>(*pending()), 0.5F);
     pass(1000);
     restore();
@@ -165,12 +165,12 @@ TEST_F(VolumeControllerTest, RestoresAtOnceAtTheEndOfTheProgram) {
     EXPECT_EQ(volumeOf(speakers), 0.8F);
     EXPECT_FALSE(pending());
     pass(1000);
-    EXPECT_THAT(writes, SizeIs(1)) << "no ramp goes on";
+    EXPECT_THAT(writes, SizeIs(1)) << "no ramp continues";
 
     duck();
     restore(200);
     controller->restoreImmediately();
-    EXPECT_EQ(volumeOf(speakers), 0.8F) << "a restore on its way is finished";
+    EXPECT_EQ(volumeOf(speakers), 0.8F) << "a running restore finishes";
     EXPECT_FALSE(pending());
 
     defaults->set(PendingRestore::key, 0.3);
@@ -194,7 +194,7 @@ TEST_F(VolumeControllerTest, StopsWhenItGoesAwayAndKeepsTheRecord) {
     pass(1000);
     EXPECT_THAT(writes, SizeIs(0));
     EXPECT_TRUE(pending()) << "the next start brings the volume back";
-    objects->makeDefault(headphones);  // nobody listens any more
+    objects->makeDefault(headphones);  // the listener has been removed
 }
 
 TEST_F(VolumeControllerTest, SurvivesAThousandOfEverything) {

@@ -15,7 +15,7 @@
 
 namespace sordin {
 
-/// A controller over devices in memory, with the time in the test's hand.
+/// A controller over devices in memory. The test controls the time.
 class VolumeTest : public testing::Test {
 protected:
     static constexpr AudioObjectId speakers = 10;
@@ -26,7 +26,7 @@ protected:
         AudioObjectId device;
         std::uint32_t element;
         float volume;
-        bool pending;  // whether the record was there when it was written
+        bool pending;  // whether the record existed at the time of the write
     };
 
     VolumeTest() {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the guard is told, and when: at no moment may a device be down without the guard knowing it.
+// The messages to the guard and their times: whenever a device is down, the guard must know it.
 #include "fakes/fake_volume_guard.h"
 #include "volume/volume_fixture.h"
 
@@ -18,20 +18,20 @@ protected:
         objects->onFlush = [this] { note("confirmed"); };
     }
 
-    /// Repetitions once.
+    /// Records an event; repetitions count once.
     void note(const std::string& event) {
         if (events.empty() || events.back() != event) {
             events.push_back(event);
         }
     }
 
-    /// Leaves a device with nothing but a mute switch.
+    /// Leaves the device only a mute switch.
     void makeSwitch(AudioObjectId device) {
         objects->devices[device].volumes.clear();
         objects->devices[device].mute = 0;
     }
 
-    /// Speakers that went while they were faded, and were restored meanwhile.
+    /// Speakers that went away while they were faded, and were restored while away.
     void leaveSpeakersUnrestored() {
         controller->recoverFromCrash();
         duck();
@@ -60,7 +60,7 @@ TEST_F(VolumeGuardTest, IsToldBeforeAnythingElseAndClearedAfterEverythingElse) {
     events.clear();
     controller->restore(0.6);
     pass(300);
-    duck(0.25F);  // turned around: still the true volume
+    duck(0.25F);  // reversed: still the user's volume
     ASSERT_TRUE(toldVolume());
     EXPECT_EQ(toldVolume()->volume, 0.8F);
     events.clear();
@@ -82,7 +82,7 @@ TEST_F(VolumeGuardTest, IsClearedOnlyWhenTheAudioSystemHasAnswered) {
         objects->answers = false;
         atOnce ? controller->restoreImmediately() : restore();
         pass(3'000);
-        ASSERT_TRUE(toldVolume()) << "nobody knows whether the volume has arrived";
+        ASSERT_TRUE(toldVolume()) << "the volume is not confirmed yet";
         EXPECT_TRUE(pending());
         objects->answers = true;
         pass(1'000);
@@ -93,7 +93,7 @@ TEST_F(VolumeGuardTest, IsClearedOnlyWhenTheAudioSystemHasAnswered) {
     objects->answers = false;
     restore();
     objects->answers = true;
-    duck();  // another, before it was asked again
+    duck();  // another duck, before the retry
     pass(3'000);
     EXPECT_TRUE(toldVolume());
     EXPECT_TRUE(pending());
@@ -105,18 +105,18 @@ TEST_F(VolumeGuardTest, KnowsAMutedDeviceWhichTheRecordDoesNot) {
     guard->onTold = [&] { muteWhenTold = objects->devices[speakers].mute; };
     for (const bool atOnce : {false, true}) {
         duck();
-        EXPECT_EQ(muteWhenTold, 0U) << "told before";
+        EXPECT_EQ(muteWhenTold, 0U) << "informed before the change";
         EXPECT_EQ(objects->devices[speakers].mute, 1U);
         EXPECT_EQ(toldMuted(), "speakers");
         atOnce ? controller->restoreImmediately() : restore();
         EXPECT_FALSE(guard->told);
-        EXPECT_EQ(muteWhenTold, 0U) << "cleared after";
+        EXPECT_EQ(muteWhenTold, 0U) << "cleared after the change";
     }
     controller->recoverFromCrash();
     duck();
     objects->leave(speakers);
     restore();
-    EXPECT_EQ(toldMuted(), "speakers") << "it has yet to be unmuted";
+    EXPECT_EQ(toldMuted(), "speakers") << "the device is not unmuted yet";
     objects->comeBack(speakers);
     pass(1);
     EXPECT_FALSE(guard->told);
@@ -143,7 +143,7 @@ TEST_F(VolumeGuardTest, IsToldOfWhatAnEarlierRunLeftDown) {
 TEST_F(VolumeGuardTest, ADeviceThatIsAwayIsNotForgottenForAMutedOne) {
     makeSwitch(headphones);
     leaveSpeakersUnrestored();
-    ASSERT_TRUE(toldVolume()) << "the speakers have yet to take their volume";
+    ASSERT_TRUE(toldVolume()) << "the speakers' restore is pending";
     duck();
     EXPECT_EQ(toldMuted(), "headphones");
     restore();

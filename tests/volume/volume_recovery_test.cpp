@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a crash left down comes back.
+// Recovery of volumes after a crash.
 #include "volume/volume_fixture.h"
 
 #include <cmath>
@@ -11,7 +11,7 @@ using testing::SizeIs;
 
 class VolumeRecoveryTest : public VolumeTest {
 protected:
-    /// The program dies with the volume down, and starts anew.
+    /// The program dies while ducked, and starts again.
     void crashWhileDucked() {
         duck();
         controller.reset();
@@ -41,7 +41,7 @@ TEST_F(VolumeRecoveryTest, NeverLowers) {
     EXPECT_THAT(writes, SizeIs(0));
     EXPECT_TRUE(defaults->values.empty());
 
-    defaults->set(PendingRestore::key, 0.7);  // all that another implementation keeps
+    defaults->set(PendingRestore::key, 0.7);  // a record that has only a volume
     recover();
     EXPECT_EQ(volumeOf(speakers), 0.9F);
     objects->devices[speakers].volumes[0] = 0.2F;
@@ -51,7 +51,7 @@ TEST_F(VolumeRecoveryTest, NeverLowers) {
     objects->devices[speakers].readable = false;
     defaults->set(PendingRestore::key, 0.9);
     recover();
-    EXPECT_FLOAT_EQ(volumeOf(speakers), 0.7F) << "unreadable counts as full";
+    EXPECT_FLOAT_EQ(volumeOf(speakers), 0.7F) << "an unreadable volume counts as full";
     EXPECT_TRUE(defaults->values.empty());
 }
 
@@ -63,8 +63,8 @@ TEST_F(VolumeRecoveryTest, WaitsForADeviceBeforeAnyDuck) {
     duck();
     EXPECT_THAT(writes, SizeIs(0));
     objects->makeDefault(speakers);
-    duck(0.5F);  // comes before the news of the device
-    EXPECT_FLOAT_EQ(static_cast<float>(*pending()), 0.8F) << "recovered first, then ducked from there";
+    duck(0.5F);  // posted before the notification of the device
+    EXPECT_FLOAT_EQ(static_cast<float>(*pending()), 0.8F) << "the recovery precedes the duck";
     EXPECT_FLOAT_EQ(volumeOf(speakers), 0.4F);
     restore();
     EXPECT_EQ(volumeOf(speakers), 0.8F);
@@ -77,14 +77,14 @@ TEST_F(VolumeRecoveryTest, ReachesADeviceThatIsAway) {
     objects->makeDefault(headphones);
     recover();
     EXPECT_EQ(volumeOf(headphones), 0.5F);
-    EXPECT_TRUE(pending()) << "not yet";
+    EXPECT_TRUE(pending()) << "the restore is still pending";
     objects->comeBack(speakers);
     pass(1);
     EXPECT_EQ(volumeOf(speakers), 0.8F);
     EXPECT_TRUE(defaults->values.empty());
 
     defaults->values = {};
-    objects->devices.erase(speakers);  // a device that this run has never seen
+    objects->devices.erase(speakers);  // this run has never seen the device
     PendingRestore{0.6F, OutputDeviceRecord{"usb", "", 1, {}}}.write(*defaults);
     recover();
     EXPECT_TRUE(pending());
@@ -150,10 +150,10 @@ TEST_F(VolumeRecoveryTest, ADeviceThatIsAwayGetsItsVolumeThoughAnotherWasFadedSi
             restore();
         }
         EXPECT_EQ(volumeOf(headphones), 0.5F);
-        EXPECT_FALSE(defaults->values.empty()) << "what the speakers are owed";
+        EXPECT_FALSE(defaults->values.empty()) << "the speakers' pending restore stays";
         controller = std::make_shared<VolumeController>(queue, objects, defaults);
         recover();
-        objects->devices[speakers].volumes[0] = 0;  // as its server remembers it
+        objects->devices[speakers].volumes[0] = 0;  // as its server stored it
         objects->comeBack(speakers);
         pass(1);
         EXPECT_EQ(volumeOf(speakers), 0.8F);
@@ -161,10 +161,10 @@ TEST_F(VolumeRecoveryTest, ADeviceThatIsAwayGetsItsVolumeThoughAnotherWasFadedSi
     }
     leaveSpeakersOutOfAnAd();
     duck();
-    objects->comeBack(speakers);  // in the middle of the other's ad
+    objects->comeBack(speakers);  // during the ad on the headphones
     pass(1);
     EXPECT_EQ(volumeOf(speakers), 0.8F);
-    EXPECT_EQ(pending(), 0.5) << "that of the headphones";
+    EXPECT_EQ(pending(), 0.5) << "the headphones' record stays";
     restore();
     EXPECT_TRUE(defaults->values.empty());
 }
@@ -194,7 +194,7 @@ TEST_F(VolumeRecoveryTest, TheRecordReadsBackWhole) {
     }
     written.write(*defaults);
     defaults->set("pendingRestoreReference", 1e30);
-    EXPECT_EQ(PendingRestore::read(*defaults)->device->reference, 1.5F) << "where mixers end";
+    EXPECT_EQ(PendingRestore::read(*defaults)->device->reference, 1.5F) << "the maximum of mixers";
     PendingRestore{0.5F, std::nullopt}.write(*defaults);
     EXPECT_THAT(defaults->values, SizeIs(1));
     for (const auto& [kept, volume] : {std::pair(-0.1, 0.0F), {1.1, 1.0F}}) {

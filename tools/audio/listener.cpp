@@ -12,7 +12,7 @@
 
 namespace sordin::audio {
 
-/// Lives on the audio queue.
+/// Measures levels. Use it on the audio queue only.
 class Listener::Meter {
 public:
     Meter(std::shared_ptr<AudioObjects> objects, const ProcessDirectory& directory, Printer& printer)

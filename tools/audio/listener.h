@@ -10,7 +10,8 @@
 
 namespace sordin::audio {
 
-/// Listens, prints the level every half second, and listens again after the audio server was away.
+/// Captures the system's audio, prints its level every half second, and restarts after the audio server was
+/// unavailable.
 class Listener {
 public:
     Listener(std::unique_ptr<SystemAudioCapture> capture, std::shared_ptr<AudioObjects> objects,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// sordin-audio: hearing and fading the real audio system by hand, for developers and for tests.
+// sordin-audio: captures and fades the real audio system by command, for developers and tests.
 #include "audio/listener.h"
 #include "audio/options.h"
 #include "audio/printer.h"
@@ -33,7 +33,7 @@ constexpr auto restoreSeconds = 0.6;
 constexpr auto listingDeadline = 2s;
 constexpr auto flushDeadline = 500ms;
 
-/// Signals that end the program, as a descriptor; blocked in all threads that start later.
+/// Returns a descriptor for the termination signals, which are blocked in all threads that start later.
 int endingSignals() {
     sigset_t signals{};
     sigemptyset(&signals);
@@ -44,7 +44,7 @@ int endingSignals() {
     return signalfd(-1, &signals, SFD_CLOEXEC);
 }
 
-/// All parts, put together as the application does.
+/// The parts of the application without the detector and the engine.
 class Program {
 public:
     Program(const Options& options, Printer& printer)
@@ -64,7 +64,7 @@ public:
         listener_.start();
     }
 
-    /// False if that was the last.
+    /// Executes a command. Returns false after the last one.
     bool obey(const std::string& line) {
         std::istringstream words(line);
         std::string command;
@@ -113,7 +113,7 @@ private:
     Listener listener_;
 };
 
-/// Reads commands until the end of input, a signal or the end of the time.
+/// Executes commands until the end of input, a termination signal or the end of the time.
 void run(Program& program, int signals, std::optional<double> seconds) {
     const auto start = std::chrono::steady_clock::now();
     std::string input;
@@ -121,7 +121,7 @@ void run(Program& program, int signals, std::optional<double> seconds) {
         int left = -1;
         if (seconds) {
             const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
-            constexpr double longest = 86'400'000;  // a day, as long as poll() can wait
+            constexpr double longest = 86'400'000;  // a day in milliseconds, within the range of poll()
             left = static_cast<int>(std::clamp((*seconds - passed.count()) * 1000, 0.0, longest));
         }
         std::array<pollfd, 2> sources{{{STDIN_FILENO, POLLIN, 0}, {signals, POLLIN, 0}}};
@@ -157,7 +157,7 @@ int main(int argc, char** argv) {
             return 0;
         }
         const int signals = endingSignals();
-        std::signal(SIGPIPE, SIG_IGN);  // the audio server may go while it is being told something
+        std::signal(SIGPIPE, SIG_IGN);  // the audio server may close the connection during a write
         Printer printer(options.json);
         Program program(options, printer);
         run(program, signals, options.seconds);

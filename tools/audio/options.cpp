@@ -61,32 +61,32 @@ Options parseOptions(std::vector<std::string> arguments) {
             options.help = true;
             break;
         default:
-            throw std::invalid_argument("unknown option, or one without its value");
+            throw std::invalid_argument("unknown option or missing value");
         }
     }
     if (static_cast<std::size_t>(optind) < arguments.size()) {
-        throw std::invalid_argument("there is nothing to give but options");
+        throw std::invalid_argument("unexpected argument");
     }
     return options;
 }
 
 std::string helpText() {
     return R"(Usage: sordin-audio [OPTION...]
-Hears what the computer plays and fades the default output device, for developers: the same parts as the
-application, without a detector. What an earlier run left faded is brought back first.
+Captures what the computer plays and fades the default output device, for developers. Uses the same
+parts as the application, except the detector. First restores a volume that an earlier run left faded.
 
-      --folder=FOLDER   where what has to be brought back is kept (default: the application's own)
-      --json            one JSON object a line
-      --seconds=S       end after S seconds
-      --help            this text
+      --folder=FOLDER   folder of the pending restores (default: the application's)
+      --json            print one JSON object per line
+      --seconds=S       exit after S seconds
+      --help            print this help
 
-Every half second it prints the level of what was heard, the default device with its volume, and who is playing.
-On standard input it takes, a line each:
-  duck [FRACTION [SECONDS]]   fade down to FRACTION of the volume (0) within SECONDS (0.15)
+Prints twice a second the level of the captured audio, the default output device with its volume, and
+the applications that play. Reads commands from standard input, one per line:
+  duck [FRACTION [SECONDS]]   fade to FRACTION (0) of the volume within SECONDS (0.15)
   restore [SECONDS]           fade back within SECONDS (0.6)
-  restore-now                 put the volume back at once
-  stop, start                 stop and start listening
-  quit                        put the volume back and end, as the end of input, SIGINT, SIGTERM and SIGHUP do
+  restore-now                 restore the volume at once
+  stop, start                 stop and start capturing
+  quit                        restore the volume and exit, like the end of input, SIGINT, SIGTERM, SIGHUP
 )";
 }
 

@@ -8,15 +8,15 @@
 
 namespace sordin::audio {
 
-/// What the command line asks for.
+/// The parsed command line.
 struct Options {
     bool help = false;
     bool json = false;
-    std::optional<double> seconds;  ///< how long to run; for ever if absent
-    std::filesystem::path folder;   ///< where what has to be restored is kept
+    std::optional<double> seconds;  ///< how long to run; no limit if absent
+    std::filesystem::path folder;   ///< the folder of the pending restores
 };
 
-/// Throws std::invalid_argument with one line.
+/// Throws std::invalid_argument with a message of one line.
 [[nodiscard]] Options parseOptions(std::vector<std::string> arguments);
 
 /// The text of --help.

@@ -11,26 +11,26 @@
 
 namespace sordin::audio {
 
-/// What was heard in a while.
+/// Levels and state of an interval of half a second.
 struct Level {
     double rms = 0;   ///< full scale is 1
     double peak = 0;  ///< largest magnitude
     std::int64_t frames = 0;
-    std::string device;  ///< the default one; empty if there is none
+    std::string device;  ///< the default output device; empty if there is none
     std::optional<float> volume;
     std::vector<std::string> playing;
     std::string source;
 };
 
-/// Prints what happens, each line with the seconds since the start. Any thread.
+/// Prints events, each on a line with the seconds since the start. Any thread.
 class Printer {
 public:
     explicit Printer(bool json) : json_(json) {}
 
-    /// A change of state, for example "listening", with what the user would be told.
+    /// Prints a change of state, for example "listening", with the text for the user.
     void state(const std::string& state, const std::string& detail = {});
     void level(const Level& level);
-    /// The device's volume was written.
+    /// Prints a write of the device's volume.
     void volume(const std::string& device, float volume);
 
 private:

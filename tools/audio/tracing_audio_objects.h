@@ -9,7 +9,7 @@
 
 namespace sordin::audio {
 
-/// Audio objects whose volumes are printed as they are written.
+/// Audio objects that print each written volume.
 class TracingAudioObjects final : public ForwardingAudioObjects {
 public:
     TracingAudioObjects(std::shared_ptr<AudioObjects> objects, Printer& printer)

@@ -8,10 +8,10 @@
 
 namespace sordin::demo {
 
-/// What the demonstration plays. Times are seconds from its start.
+/// The broadcast of the demonstration. Times are in seconds from its start.
 struct Broadcast {
     double duration = 0;
-    std::vector<replay::Interval> breaks;  ///< where the commercials are, in the order of time
+    std::vector<replay::Interval> breaks;  ///< the commercial breaks, in chronological order
 };
 
 /// Reads the length of a recording and its label track. Throws replay::InputError.

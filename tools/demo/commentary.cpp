@@ -21,18 +21,16 @@ constexpr double lineInterval = 10;  // seconds of the broadcast
 constexpr auto drawInterval = 100ms;
 const float threshold = replay::Settings().threshold;
 
-// Of docs/detection.md, "With and without words", radio at the default sensitivity.
+// Figures from docs/detection.md, "With and without words": radio at the default sensitivity.
 constexpr auto usualText =
-    "Usual figures, on an hour of made-up radio: the standard rules fade 88 % of the ads and 6.0 % of the\n"
-    "programme, the tuned rules 74 % and 1.1 %. Sordin fades an ad only after it has sounded like one for a\n"
-    "while: half of the breaks fade within 4.4 s by the standard rules, within 9.1 s by the tuned ones. "
-    "Most\n"
-    "of the programme is faded after a break: the volume is back after 9.1 s (half of the breaks), by the "
-    "tuned\n"
-    "rules after 2.3 s. In a broadcast this short, a second more or less is nearly a percent. All figures:\n"
-    "docs/detection.md. ./run demo --tuned shows the tuned rules.\n";
+    "Usual figures (an hour of synthetic radio): the standard rules fade 88 % of the ads and 6.0 % of the\n"
+    "program, the tuned rules 74 % and 1.1 %. Sordin fades an ad only after it has sounded like one\n"
+    "for a while: half of the breaks fade within 4.4 s by the standard rules, within 9.1 s by the tuned\n"
+    "ones. Most of the programme is faded after a break: the volume is back after 9.1 s (half of the breaks),\n"
+    "by the tuned rules after 2.3 s. In a broadcast this short, a second more or less is nearly a percent.\n"
+    "All figures: docs/detection.md. ./run demo --tuned shows the tuned rules.\n";
 
-/// Minutes, seconds and, where `tenths`, their tenths.
+/// Formats a time as minutes and seconds, with tenths if `tenths`.
 std::string clockText(double time, bool tenths) {
     constexpr double minute = 60;
     constexpr double perSecond = 10;
@@ -49,7 +47,7 @@ std::string percentText(std::optional<float> share) {
     return share ? std::to_string(std::lround(*share * percent)) + " %" : "?";
 }
 
-/// A bar that fills up with the confidence, with a mark where an ad begins.
+/// Returns a bar for the confidence with a mark at the threshold.
 std::string bar(float confidence) {
     constexpr float cells = 30;
     const auto full = static_cast<std::size_t>(std::lround(confidence * cells));
@@ -86,7 +84,7 @@ void Commentary::introduce(const std::string& manner) const {
     }
     std::printf(
         "Watch the confidence: it rises during commercials, and the volume fades when it has stayed above\n"
-        "%s for a moment. Expect that some seconds after a break begins, and the volume back some\n"
+        "%s for a moment. Expect the fade some seconds after a break begins, and the restored volume some\n"
         "seconds after it ends.\n\n",
         percentText(threshold).c_str());
     std::fflush(stdout);
@@ -110,10 +108,9 @@ void Commentary::summarize(const Faded& byOtherRules) {
     wipeMovingLine();
     const auto share = [](double part, double whole) { return whole > 0 ? 100 * part / whole : 0; };
     const auto print = [&](const std::string& rules, const Faded& faded) {
-        std::printf(
-            "%s: %.0f of %.0f seconds of ads (%.0f %%), %.0f of %.0f seconds of programme (%.0f %%)\n",
-            rules.c_str(), faded.ads, heard_.ads, share(faded.ads, heard_.ads), faded.programme,
-            heard_.programme, share(faded.programme, heard_.programme));
+        std::printf("%s: %.0f of %.0f seconds of ads (%.0f %%), %.0f of %.0f seconds of program (%.0f %%)\n",
+                    rules.c_str(), faded.ads, heard_.ads, share(faded.ads, heard_.ads), faded.programme,
+                    heard_.programme, share(faded.programme, heard_.programme));
     };
     std::printf("\nFaded\n");
     print("  by the " + nameOf(rules_) + " rules, as shown", faded_);
@@ -128,7 +125,7 @@ void Commentary::noteBreaks(double time) {
             note(each.start, "Broadcast: commercials begin");
         }
         if (last_ < each.end && time >= each.end) {
-            note(each.end, "Broadcast: the programme goes on");
+            note(each.end, "Broadcast: the program continues");
         }
     }
 }

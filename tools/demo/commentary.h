@@ -10,35 +10,35 @@
 
 namespace sordin::demo {
 
-/// Prints the demonstration on standard output: what to watch, what happens when, and how much of it was
-/// right. On a terminal the last line is rewritten in place; elsewhere a line is printed every ten seconds of
-/// the broadcast. All times are seconds of the broadcast.
+/// Prints the demonstration to standard output: what to watch, the events, and a summary of what was right.
+/// On a terminal, the last line is updated in place; otherwise a line is printed every ten seconds of the
+/// broadcast. All times are in seconds of the broadcast.
 class Commentary {
 public:
     struct State {
-        std::optional<float> confidence;  ///< 0 to 1; none if it is not known
-        std::optional<float> volume;      ///< of the output device, 0 to 1; none if it is not known
+        std::optional<float> confidence;  ///< 0 to 1; none if unknown
+        std::optional<float> volume;      ///< of the output device, 0 to 1; none if unknown
         bool faded = false;               ///< whether the volume is down
     };
 
-    /// `rules`: those by which the broadcast is heard.
+    /// `rules` are the rules that the demonstration uses.
     Commentary(Broadcast broadcast, Rules rules);
     ~Commentary();
     Commentary(const Commentary&) = delete;
     Commentary& operator=(const Commentary&) = delete;
 
-    /// How long the broadcast is, when its first break comes and what to watch. `manner`: whole sentences
-    /// that say how it is heard.
+    /// Prints the length of the broadcast, the time of its first break, and what to watch. `manner` describes
+    /// in whole sentences how the demonstration runs.
     void introduce(const std::string& manner) const;
 
-    /// The state from `time` until the next call. Call often, in the order of time.
+    /// Sets the state from `time` until the next call. Call it often, in chronological order.
     void at(double time, const State& state);
 
-    /// Prints a line about something that happened at `time`.
+    /// Prints a line about an event at `time`.
     void note(double time, const std::string& text);
 
-    /// Prints what was faded until the last at(), what the other set of rules fades, and what is usual and
-    /// why.
+    /// Prints what was faded until the last at(), what the other set of rules fades, and the usual figures
+    /// with an explanation.
     void summarize(const Faded& byOtherRules);
 
 private:
@@ -52,9 +52,9 @@ private:
     const bool terminal_;
     double last_ = 0;
     State state_;
-    double nextLine_;  // off a terminal
+    double nextLine_;  // time of the next line if not on a terminal
     std::chrono::steady_clock::time_point drawn_{};
-    bool moving_ = false;  // whether the moving line is on the screen
+    bool moving_ = false;  // whether the line to update is on the screen
     Faded heard_;          // all seconds so far, faded or not
     Faded faded_;
 };

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// sordin-demo-fast: the demonstration as fast as the machine can, by a replay of the broadcast. No audio
-// server, no volume: what is shown is what the program would do.
+// sordin-demo-fast: the demonstration at full speed, by a replay of the broadcast. It uses no audio server
+// and no real volume; it shows what the program would do.
 #include "demo/commentary.h"
 #include "demo/interruption.h"
 #include "rig/child_process.h"
@@ -40,13 +40,13 @@ void demonstrate(demo::Rules rules, const std::string& program, const std::strin
     const auto broadcast = demo::readBroadcast(recording, labels);
     demo::Commentary commentary(broadcast, rules);
     commentary.introduce(
-        "Sordin's detector hears it as fast as it can, by sordin-replay. Times are those of the "
-        "broadcast, and\nthe volume is what Sordin would make of it.");
+        "Sordin's detector analyzes it at full speed with sordin-replay. Times are those of the "
+        "broadcast, and\nthe volume is the one that Sordin would set.");
     ChildProcess replay({program, "--rules", nameOf(rules), "--hops", recording}, {.readOutput = true});
     demo::Commentary::State state;
     double adStart = 0;
     while (!demo::Interruption::came()) {
-        constexpr auto patience = 100ms;  // to notice a signal
+        constexpr auto patience = 100ms;  // keeps the program responsive to signals
         const auto line = replay.readLine(patience);
         if (!line && !replay.running()) {
             break;
@@ -64,7 +64,7 @@ void demonstrate(demo::Rules rules, const std::string& program, const std::strin
         return;
     }
     if (replay.wait(1s) != 0) {
-        throw std::runtime_error("the replay failed");  // which has said why
+        throw std::runtime_error("the replay failed");  // the replay has printed the reason
     }
     commentary.at(broadcast.duration, state);
     if (const auto other = demo::replayed(program, otherThan(rules), recording, broadcast)) {

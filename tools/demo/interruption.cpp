@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 
-// A signal handler reaches only globals.
+// A signal handler can use only globals.
 std::atomic<int> received = 0;
 static_assert(std::atomic<int>::is_always_lock_free);
 

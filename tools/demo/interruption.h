@@ -3,16 +3,17 @@
 
 namespace sordin::demo {
 
-/// Keeps the signals that ask a program to end (SIGINT, SIGTERM, SIGHUP, and SIGPIPE when nobody reads the
-/// output any more) from ending it before it has cleaned up. One at a time; make it first in main().
+/// Defers the termination signals (SIGINT, SIGTERM, SIGHUP, and SIGPIPE, which occurs if the reader of the
+/// output has ended) until the program has cleaned up. At most one instance; create it at the start of
+/// main().
 class Interruption {
 public:
     Interruption();
-    ~Interruption();  ///< ends the process by the signal that has come, if one has
+    ~Interruption();  ///< if a signal was received, ends the process by it
     Interruption(const Interruption&) = delete;
     Interruption& operator=(const Interruption&) = delete;
 
-    /// Whether one has come. Any thread.
+    /// Whether a signal was received. Any thread.
     [[nodiscard]] static bool came();
 };
 

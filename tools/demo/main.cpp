@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// sordin-demo: Sordin at work without a desktop. An audio server of its own, a player that plays a broadcast
-// to it, the real program listening; what it does is printed as it happens. With --windows the program shows
-// them on the display that there is (tools/demo/make-pictures).
+// sordin-demo: shows Sordin at work without a desktop. A player plays a broadcast to a private audio server,
+// and the real program listens; events are printed as they happen. With --windows, the program shows its
+// windows on the current display (tools/demo/make-pictures).
 #include "demo/commentary.h"
 #include "demo/interruption.h"
 #include "platform/linux/pipewire/audio_objects.h"
@@ -40,10 +40,10 @@ constexpr int failed = 1;
 constexpr int misused = 2;
 constexpr auto deadline = 10s;
 
-/// A signal has come. It is no error: the process ends by it.
+/// Thrown after a signal. Not an error: the process then ends by the signal.
 struct Interrupted {};
 
-/// Waits for a condition; false if it does not come true in time. Throws Interrupted.
+/// Waits for a condition; returns false after the deadline. Throws Interrupted.
 template <class Condition>
 bool waitFor(Condition condition) {
     const bool so = waitUntil([&] { return demo::Interruption::came() || condition(); }, deadline);
@@ -53,7 +53,7 @@ bool waitFor(Condition condition) {
     return so;
 }
 
-/// Whether a program plays.
+/// Returns whether a process plays.
 bool plays(const AudioObjects& objects, pid_t program) {
     const auto processes =
         read<std::vector<AudioObjectId>>(objects, systemAudioObject, audio_property::processList);
@@ -65,7 +65,7 @@ bool plays(const AudioObjects& objects, pid_t program) {
     return false;
 }
 
-/// The confidence that the program has, which changes twice a second.
+/// Reads the program's confidence, which changes twice a second.
 class ConfidenceReader {
 public:
     explicit ConfidenceReader(const std::string& busAddress)
@@ -95,20 +95,20 @@ private:
     std::optional<float> confidence_;
 };
 
-/// Notes what the program writes to its log from now on.
+/// Prints what the program writes to its log from now on.
 class LogReader {
 public:
     explicit LogReader(const std::filesystem::path& log) : log_(log, std::ios::ate) {}
 
     void follow(double time, demo::Commentary& commentary) {
-        log_.clear();  // there may be more by now
+        log_.clear();  // clears the end-of-file state, because the log may have grown
         for (char character = 0; log_.get(character);) {
             if (character != '\n') {
                 line_ += character;
                 continue;
             }
             const std::string line = std::exchange(line_, {});
-            // These two come with every ad, whose own lines say more.
+            // These two accompany every ad, whose own lines contain more.
             if (line.rfind("status: listening", 0) != 0 && line.rfind("status: ad in progress", 0) != 0) {
                 commentary.note(time, "Sordin: " + line);
             }
@@ -117,15 +117,15 @@ public:
 
 private:
     std::ifstream log_;
-    std::string line_;  // so far
+    std::string line_;  // the incomplete last line
 };
 
-/// Notes fades of the volume, each once it is over.
+/// Prints each fade of the volume once it is complete.
 class VolumeReader {
 public:
-    /// Whether the volume is down.
+    /// Returns whether the volume is down.
     bool follow(double time, float volume, demo::Commentary& commentary) {
-        constexpr double stillness = 0.1;  // seconds; between two steps of a fade less time passes
+        constexpr double stillness = 0.1;  // seconds; longer than the time between two steps of a fade
         if (!settled_) {
             settled_ = last_ = volume;
         }
@@ -146,9 +146,9 @@ public:
     }
 
 private:
-    std::optional<float> settled_;  // the highest that it has rested at
+    std::optional<float> settled_;  // the highest volume at rest
     float last_ = 0;
-    double moved_ = 0;  // the last time
+    double moved_ = 0;  // time of the last change
     double began_ = 0;
     bool moving_ = false;
 };
@@ -157,16 +157,15 @@ void demonstrate(demo::Rules rules, const std::string& program, const std::strin
                  const std::string& recording, const std::string& labels, bool windows) {
     const auto broadcast = demo::readBroadcast(recording, labels);
     demo::Commentary commentary(broadcast, rules);
-    commentary.introduce(
-        "Sordin hears it as it plays, from a sound server of its own, so your loudspeakers stay "
-        "silent. Ctrl+C ends it.");
+    commentary.introduce("Sordin listens as it plays on a private audio server, so your loudspeakers stay "
+                         "silent.\nPress Ctrl+C to quit.");
     const char* display = windows ? std::getenv("DISPLAY") : nullptr;
-    const std::string shownOn = display != nullptr ? display : "";  // the server's environment has none
+    const std::string shownOn = display != nullptr ? display : "";  // the server clears the environment
     PrivateAudioServer server({.sinks = {"Loudspeakers"}, .pulse = false});
     server.start();
     const PrivateBus bus;
 
-    // As if the first-run guide had been finished; settings and history end with the demonstration.
+    // Skips the first-run guide. Settings and history are discarded with the demonstration.
     const std::filesystem::path home = server.folder() / "home";
     std::filesystem::create_directories(home / "config/Sordin");
     writeText(home / "config/Sordin/defaults.json", std::string(R"({"onboarded": true, "tunedDetection": )") +
@@ -181,7 +180,7 @@ void demonstrate(demo::Rules rules, const std::string& program, const std::strin
                          .log = log});
     const auto listens = [&] { return contentsOf(log).find("status: listening") != std::string::npos; };
     if (!waitFor([&] { return listens() || !sordin.running(); }) || !listens()) {
-        throw std::runtime_error("Sordin does not listen: " + contentsOf(log));
+        throw std::runtime_error("Sordin failed to start listening: " + contentsOf(log));
     }
 
     const auto session = std::make_shared<pipewire::Session>();
@@ -191,7 +190,7 @@ void demonstrate(demo::Rules rules, const std::string& program, const std::strin
     VolumeReader volumeReader;
     ChildProcess player({"pw-play", recording}, {.log = server.folder() / "player"});
     if (!waitFor([&] { return plays(objects, player.pid()) || !player.running(); }) || !player.running()) {
-        throw std::runtime_error("the player does not play: " + contentsOf(server.folder() / "player"));
+        throw std::runtime_error("the player failed to play: " + contentsOf(server.folder() / "player"));
     }
     const auto start = std::chrono::steady_clock::now();
     while (player.running() && !demo::Interruption::came()) {
@@ -206,7 +205,7 @@ void demonstrate(demo::Rules rules, const std::string& program, const std::strin
         std::this_thread::sleep_for(10ms);
     }
     sordin.kill(SIGTERM);
-    const auto status = sordin.wait(deadline);  // also when interrupted: it is not to be killed
+    const auto status = sordin.wait(deadline);  // also after a signal, so that it is not killed
     if (demo::Interruption::came()) {
         throw Interrupted();
     }
@@ -216,7 +215,7 @@ void demonstrate(demo::Rules rules, const std::string& program, const std::strin
     }
     commentary.summarize(*other);
     if (status != 0) {
-        throw std::runtime_error("Sordin did not end well: " + contentsOf(log));
+        throw std::runtime_error("Sordin did not exit cleanly: " + contentsOf(log));
     }
 }
 
@@ -231,7 +230,7 @@ int main(int argc, char** argv) {
         return misused;
     }
     const demo::Interruption interruption;
-    setenv("LC_ALL", "C.UTF-8", 1);  // for whatever is started too: all that is shown is in English
+    setenv("LC_ALL", "C.UTF-8", 1);  // also for child programs: all output is in English
     const QCoreApplication qt(argc, argv);
     try {
         const auto& [rules, rest] = *arguments;
@@ -239,7 +238,7 @@ int main(int argc, char** argv) {
     } catch (const Interrupted&) {
         return failed;
     } catch (const std::exception& error) {
-        // An interruption that has also ended the audio server is no error of that.
+        // After a signal, errors are expected, because the signal may also have ended the audio server.
         if (!demo::Interruption::came()) {
             std::fprintf(stderr, "sordin-demo: %s\n", error.what());
         }

@@ -31,7 +31,7 @@ std::optional<Arguments> readArguments(int argc, char** argv, std::size_t count)
 std::optional<Faded> replayed(const std::string& program, Rules rules, const std::string& recording,
                               const Broadcast& broadcast) {
     using namespace std::chrono_literals;
-    constexpr auto patience = 100ms;  // to notice a signal
+    constexpr auto patience = 100ms;  // keeps the program responsive to signals
     ChildProcess replay({program, "--rules", nameOf(rules), "--json", recording}, {.readOutput = true});
     std::optional<std::string> line;
     while (!(line = replay.readLine(patience)) && replay.running()) {
@@ -40,7 +40,7 @@ std::optional<Faded> replayed(const std::string& program, Rules rules, const std
         }
     }
     if (!line || replay.wait(1s) != 0) {
-        throw std::runtime_error("the replay by the " + nameOf(rules) + " rules failed");
+        throw std::runtime_error("the replay with the " + nameOf(rules) + " rules failed");
     }
     const auto report = nlohmann::json::parse(*line);
     Faded faded;

@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: MIT
-// sordin-rescore HOPS LABELS [HOPS LABELS]...: what other rules would make of recordings whose hops were
-// printed by sordin-replay --hops --transcribe (standard rules, default threshold), for tools/detection/tune.
+// sordin-rescore HOPS LABELS [HOPS LABELS]...: applies other rules to recordings whose hops were printed by
+// sordin-replay --hops --transcribe (standard rules, default threshold). Used by tools/detection/tune.
 //
-// The recordings' transcription sessions and learned ads stay those of the print-out; everything after them,
-// from the keyword level to the ads, is computed anew by the program's own classes.
+// The transcription sessions and learned ads are taken from the printed hops. The program's own classes
+// compute everything after them again, from the keyword level to the ads.
 //
-// Prints first a JSON array with the length and the ads of each recording in seconds, then for each line of
-// the input, {"rules": {NAME: NUMBER, ...}, "sensitivities": [NUMBER, ...]}, a line with an array for each
-// recording; in it one for words off and one for words on; in these for each sensitivity the seconds of ads
-// and of programme in which the volume would have been down, and how often it would have gone down. With
-// "delays": true follow the median and the 90th percentile of the reaction to breaks and of the release after
-// them, in seconds or null. Rules that are not named are standard.
+// The first output line is a JSON array with the length and the ads of each recording in seconds. Each input
+// line, {"rules": {NAME: NUMBER, ...}, "sensitivities": [NUMBER, ...]}, yields an output line: an array with
+// an entry per recording. Each entry contains an array without words and one with words, with an entry per
+// sensitivity: the seconds of ads and of other content in which the volume would have been down, and how
+// often it would have gone down. With "delays": true, the median and the 90th percentile of the reaction to
+// breaks follow, then those of the release after them, in seconds or null. Rules that are not named keep
+// their standard value.
 #include "detection/ad_segmenter.h"
 #include "detection/heuristic_ad_scorer.h"
 #include "detection/keyword_memory.h"
@@ -39,12 +40,12 @@ using nlohmann::json;
 constexpr double hopSeconds = 0.5;
 
 struct Hop {
-    double time = 0;             // its end, seconds
-    DetectionSignals signals;    // but for the keyword level and the time since the last ad
-    std::optional<float> score;  // of the transcript that was read
+    double time = 0;             // end of the hop in seconds
+    DetectionSignals signals;    // without the keyword level and the time since the last ad
+    std::optional<float> score;  // of the transcript that was read at this hop
     bool sessionBegins = false;
-    double adSeconds = 0;  // of ads in the half second after it
-    float confidence = 0;  // as it was printed
+    double adSeconds = 0;  // seconds of ads in the half second after the hop
+    float confidence = 0;  // as printed
     bool inAd = false;     // after the hop
 };
 
@@ -93,7 +94,7 @@ Recording readRecording(const std::string& hops, const std::string& labels) {
         for (std::string text; std::getline(input, text);) {
             const json line = json::parse(text);
             if (!line.contains("t")) {
-                continue;  // the report that follows the hops
+                continue;  // the report after the hops
             }
             recording.hops.push_back(hopFrom(line, transcribing));
             transcribing = line.at("transcribing");
@@ -105,16 +106,17 @@ Recording readRecording(const std::string& hops, const std::string& labels) {
         }
     } catch (const json::exception& error) {
         throw std::runtime_error(hops + ":" + std::to_string(recording.hops.size() + 1) +
-                                 ": no line of sordin-replay --hops --transcribe (" + error.what() + ")");
+                                 ": not a line of sordin-replay --hops --transcribe (" + error.what() + ")");
     }
     if (recording.hops.empty()) {
-        throw std::runtime_error(hops + ": there are no hops");
+        throw std::runtime_error(hops + ": no hops");
     }
     recording.seconds = recording.hops.back().time;
     return recording;
 }
 
-/// Steps through a recording; calls `take` with each hop, its confidence, and whether an ad is on after it.
+/// Steps through a recording. Calls `take` with each hop, its confidence, and whether an ad is in progress
+/// after it.
 template <class Action>
 void score(const Recording& recording, const DetectorRules& rules, float threshold, bool words, Action take) {
     KeywordMemory keywords;
@@ -149,15 +151,15 @@ void score(const Recording& recording, const DetectorRules& rules, float thresho
     }
 }
 
-/// Throws if the standard rules do not give what was printed: then it was printed by others.
+/// Throws if the standard rules do not reproduce the printed values, because other rules then produced them.
 void check(const Recording& recording, const std::string& name) {
-    constexpr float tolerance = 1e-4F;  // the print-out has seven digits
+    constexpr float tolerance = 1e-4F;  // the printed numbers have seven digits
     score(recording, standardRules(), detectionThreshold(0.5), true,
           [&](const Hop& hop, float confidence, bool inAd) {
               if (!(std::abs(confidence - hop.confidence) < tolerance) || inAd != hop.inAd) {
                   throw std::runtime_error(
-                      name + ": at " + std::to_string(hop.time) +
-                      " s it is not what the standard rules give with words at sensitivity 0.5");
+                      name + ": the hop at " + std::to_string(hop.time) +
+                      " s is not what the standard rules give with words at sensitivity 0.5");
               }
           });
 }
@@ -208,7 +210,7 @@ DetectorRules rulesFrom(const json& named) {
     take("exitMargin", rules.exitMargin);
     take("holdSeconds", rules.holdSeconds);
     if (taken != named.size()) {
-        throw std::runtime_error("there are rules of unknown names in " + named.dump());
+        throw std::runtime_error("unknown names of rules in " + named.dump());
     }
     return rules;
 }

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What Debian's package manager knows of this machine."""
+"""Queries of Debian's package database."""
 import functools
 import re
 import subprocess
@@ -14,17 +14,17 @@ def output(*command, **options):
 
 
 def names(relations):
-    """The packages in a list of dependencies; of alternatives all of them."""
+    """The package names in a list of dependencies, including all alternatives."""
     return {re.split(r"[\s(:]", d.strip())[0] for d in re.split(r"[,|]", relations)} - {""}
 
 
 @functools.lru_cache
 def installed_files():
-    """The packages of each file in /usr. (Asking dpkg for one after the other takes half a minute.)"""
+    """The packages of each file in /usr. (One dpkg query per file would take half a minute.)"""
     packages = {}
     for listing in Path("/var/lib/dpkg/info").glob("*.list"):
         for path in listing.read_text().splitlines():
-            # Where /lib is a link into /usr, a package may list either.
+            # If /lib is a link into /usr, packages list files under either path.
             path = path.removeprefix("/usr")
             packages.setdefault(path, set()).add(listing.stem.split(":")[0])
     return packages
@@ -36,7 +36,7 @@ def owners(path):
 
 
 def closure(packages):
-    """These packages and all that they depend upon, as installed here."""
+    """These packages and all their installed dependencies."""
     form = "${Package}\t${Depends}, ${Pre-Depends}\t${Provides}\n"
     depends, providers = {}, {}
     for line in output("dpkg-query", "--show", "--showformat", form).splitlines():
@@ -53,7 +53,7 @@ def closure(packages):
 
 
 def bare_system():
-    """The packages of a system on which nothing was installed yet."""
+    """The packages of a minimal system."""
     form = "${Package}\t${Essential}\t${Priority}\n"
     rows = (line.split("\t") for line in output("dpkg-query", "--show", "--showformat", form).splitlines())
     return closure({p for p, essential, priority in rows if essential == "yes" or priority == "required"})

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// sordin-render-icon DRAWING SIZE PICTURE: an SVG file as a PNG file of SIZE by SIZE pixels.
+// sordin-render-icon DRAWING SIZE PICTURE: renders an SVG file to a PNG file of SIZE by SIZE pixels.
 #include <QFile>
 #include <QImage>
 #include <QPainter>
@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
     }
     QSvgRenderer drawing(QFile::decodeName(argv[1]));
     if (!drawing.isValid()) {
-        std::fprintf(stderr, "sordin-render-icon: %s is no drawing\n", argv[1]);
+        std::fprintf(stderr, "sordin-render-icon: %s is not a valid SVG drawing\n", argv[1]);
         return 1;
     }
     QImage picture(size, size, QImage::Format_ARGB32_Premultiplied);
@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
     drawing.render(&painter, QRectF(0, 0, size, size));
     painter.end();
     if (!picture.save(QFile::decodeName(argv[3]), "PNG")) {
-        std::fprintf(stderr, "sordin-render-icon: %s cannot be written\n", argv[3]);
+        std::fprintf(stderr, "sordin-render-icon: cannot write %s\n", argv[3]);
         return 1;
     }
     return 0;

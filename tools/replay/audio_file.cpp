@@ -11,7 +11,7 @@ namespace sordin::replay {
 
 namespace {
 
-/// Says what keeps a file from being read at all; the decoder's own words for it are vague.
+/// Reports why a file cannot be read at all, because libsndfile's messages for that are vague.
 void checkReadable(const std::string& path) {
     auto file = openInput(path);
     if (file.peek() == std::ifstream::traits_type::eof()) {
@@ -21,13 +21,13 @@ void checkReadable(const std::string& path) {
 
 }  // namespace
 
-/// libsndfile's handle, averaging channels.
+/// A libsndfile handle that averages channels.
 class AudioFile::Decoder {
 public:
     explicit Decoder(const std::string& path) : file_(sf_open(path.c_str(), SFM_READ, &info_), sf_close) {
         if (!file_) {
-            throw InputError(path + ": not a recording in a format that can be read (" + message(nullptr) +
-                             "). --help lists them; other ones have to be converted first, for example by "
+            throw InputError(path + ": unsupported audio format (" + message(nullptr) +
+                             "). --help lists the supported formats; convert other files first, for example: "
                              "ffmpeg -i FILE -ac 1 -ar 16000 out.wav");
         }
         if (info_.channels < 1 || info_.samplerate < 1) {
@@ -37,7 +37,7 @@ public:
 
     [[nodiscard]] double sampleRate() const { return info_.samplerate; }
 
-    /// Replaces `mono` by up to a second of audio; empty at the end.
+    /// Replaces `mono` with up to a second of audio; empty at the end.
     void read(std::vector<float>& mono) {
         const auto channels = static_cast<std::size_t>(info_.channels);
         interleaved_.resize(static_cast<std::size_t>(info_.samplerate) * channels);
@@ -109,7 +109,7 @@ bool AudioFile::read(std::vector<float>& samples) {
         const auto length = decoder_->length();
         damage_ = decoder_->error();
         if (!damage_ && length && decoder_->position() < *length) {
-            damage_ = "it is shorter than it says";
+            damage_ = "the file is truncated";
         }
         return !samples.empty();
     }
@@ -119,7 +119,7 @@ bool AudioFile::read(std::vector<float>& samples) {
 
 void AudioFile::readBuffers(const std::function<void(std::vector<float>)>& take,
                             const std::function<void(std::optional<double>)>& onProgress) {
-    // A whole number of them makes a hop, so at its end the clock of a replay shows just that.
+    // A hop is a whole number of buffers, so that the replay's clock stands exactly at the end of each hop.
     constexpr std::ptrdiff_t bufferFrames = 320;
     std::vector<float> waiting;
     bool more = true;

@@ -12,30 +12,31 @@
 
 namespace sordin::replay {
 
-/// Rate at which recordings are replayed, as the capture delivers: Hz, mono.
+/// The sample rate of replays in Hz, the same as that of the capture.
 inline constexpr double replayRate = 16'000;
 
-/// A recording, read piece by piece as 16 kHz mono; several channels are averaged.
+/// A recording, read in pieces as 16 kHz mono. Multiple channels are averaged.
 class AudioFile {
 public:
-    /// Opens what libsndfile reads. Throws InputError.
+    /// Opens a file in any format of libsndfile. Throws InputError.
     explicit AudioFile(const std::string& path);
     ~AudioFile();
     AudioFile(const AudioFile&) = delete;
     AudioFile& operator=(const AudioFile&) = delete;
 
-    /// Appends the next stretch of at most about a second to `samples`; false at the end of the recording.
+    /// Appends up to about a second to `samples`. Returns false at the end of the recording.
     bool read(std::vector<float>& samples);
 
-    /// Calls `take` with all that is left, in buffers of 20 ms, of which whole numbers make a hop, the last
-    /// one shorter; `onProgress`, if there is one, after each stretch with what progress() says then.
+    /// Calls `take` with the rest of the recording in buffers of 20 ms, the last one shorter. A hop is a
+    /// whole number of buffers. Calls `onProgress`, if it is not empty, with progress() after about each
+    /// second.
     void readBuffers(const std::function<void(std::vector<float>)>& take,
                      const std::function<void(std::optional<double>)>& onProgress = {});
 
-    /// How much has been read, 0 to 1; none when the file does not tell its length.
+    /// Returns the share that has been read, 0 to 1; none if the file's length is unknown.
     [[nodiscard]] std::optional<double> progress() const;
 
-    /// Once read() has returned false: why the recording ended before its end, if it did.
+    /// After read() has returned false: why the recording ended early; none if it did not.
     [[nodiscard]] const std::optional<std::string>& damage() const { return damage_; }
 
 private:

@@ -13,7 +13,7 @@ namespace sordin::replay {
 
 namespace {
 
-/// One line: what it sets, not yet what it keeps.
+/// A parsed line: the values that it sets, without those that it keeps.
 struct CueLine {
     double time = 0;
     nlohmann::json fields;

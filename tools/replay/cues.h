@@ -10,22 +10,22 @@
 
 namespace sordin::replay {
 
-/// What the stand-ins for classifier and transcriber answer at one time.
+/// The values that the stand-ins for classifier and transcriber return at a time.
 struct CueState {
     SoundClassification classification;
     std::string transcript;
     bool available = true;
 };
 
-/// The answers over a whole recording.
+/// The values over a whole recording.
 class CueTrack {
 public:
-    /// No cues: the state is the initial one for ever.
+    /// Creates a track without cues; the state is always the initial one.
     CueTrack() = default;
 
     /// Reads JSON lines with "t" (seconds, required) and any of "music", "speech", "jingle", "transcript" and
-    /// "available"; what is absent keeps its value. The lines may come in any order; of equal times the later
-    /// line wins. Throws InputError, which names `name` and the line.
+    /// "available"; absent fields keep their value. The lines can have any order; for equal times, the later
+    /// line counts. Throws InputError with `name` and the line number.
     static CueTrack read(std::istream& input, const std::string& name);
     static CueTrack read(const std::filesystem::path& path);
 
@@ -35,13 +35,14 @@ public:
     /// Whether any line sets "transcript" or "available".
     [[nodiscard]] bool namesTranscripts() const { return namesTranscripts_; }
 
-    /// The state for a hop that ends at `time`: all cues up to and including it. Ask in the order of time.
+    /// Returns the state for a hop that ends at `time`, including the cues at that time. Call it in
+    /// chronological order.
     [[nodiscard]] const CueState& at(double time);
 
 private:
     struct Cue {
         double time;
-        CueState state;  // whole, with what earlier cues said
+        CueState state;  // complete, including values of earlier cues
     };
 
     std::vector<Cue> cues_;  // by time

@@ -95,7 +95,7 @@ std::vector<Interval> joined(const std::vector<Interval>& ads) {
     return breaks;
 }
 
-/// Reaction and late release of each real stretch that was found at least in part.
+/// Measures the reaction to and the late release of each real interval that was found at least in part.
 void measureDelays(const std::vector<Interval>& found, const std::vector<Interval>& truth, double duration,
                    EventFigures& result) {
     std::vector<double> reactions;
@@ -108,7 +108,7 @@ void measureDelays(const std::vector<Interval>& found, const std::vector<Interva
             continue;
         }
         const auto last = std::find_if(found.rbegin(), found.rend(), touches);
-        // What reaches into the next one is not late there.
+        // A found interval that reaches into the next real one is not late there.
         const double next = t + 1 < truth.size() ? truth[t + 1].start : duration;
         reactions.push_back(std::max(0.0, first->start - real.start));
         releases.push_back(std::max(0.0, std::min(last->end, next) - real.end));

@@ -5,7 +5,7 @@
 
 namespace sordin::replay {
 
-/// A file that was given cannot be used. The text is one line that names the file and says why.
+/// An input file cannot be used. The message is one line with the name of the file and the reason.
 class InputError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;

@@ -12,7 +12,7 @@
 
 namespace sordin::replay {
 
-/// Opens a file for reading; throws InputError.
+/// Opens a file for reading. Throws InputError.
 [[nodiscard]] inline std::ifstream openInput(const std::filesystem::path& path) {
     std::error_code ignored;
     if (std::filesystem::is_directory(path, ignored)) {

@@ -24,13 +24,13 @@ struct Label {
 Label parseLabel(const std::string& line, const std::string& where) {
     const std::size_t first = line.find('\t');
     if (first == std::string::npos) {
-        throw InputError(where + ": not a start, an end and a label separated by tabs");
+        throw InputError(where + ": expected start, end and label separated by tabs");
     }
     const std::size_t second = std::min(line.find('\t', first + 1), line.size());
     const auto start = parseNumber(line.substr(0, first));
     const auto end = parseNumber(line.substr(first + 1, second - first - 1));
     if (!start || !end || *end < *start) {
-        throw InputError(where + ": start and end are not two times in their order");
+        throw InputError(where + ": start and end are not two times in ascending order");
     }
     return {{*start, *end}, second < line.size() ? line.substr(second + 1) : std::string()};
 }

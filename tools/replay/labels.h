@@ -8,7 +8,7 @@
 
 namespace sordin::replay {
 
-/// A stretch of a recording, seconds from its start; `end` is not before `start`.
+/// An interval of a recording in seconds from its start; `end` is not before `start`.
 struct Interval {
     double start = 0;
     double end = 0;
@@ -16,13 +16,14 @@ struct Interval {
     [[nodiscard]] double length() const { return end - start; }
 };
 
-/// Seconds that two stretches share.
+/// Returns the length of the intersection of two intervals in seconds.
 [[nodiscard]] double overlap(const Interval& a, const Interval& b);
 
-/// Reads where the ads really are from a label track: start, end and label in each line, separated by tabs.
-/// When any label begins with "ad" (in any case), only those stretches are ads, otherwise all are. Points and
-/// lines that begin with a backslash (audio editors keep frequencies there) are passed over; stretches that
-/// touch or overlap become one. In the order of time. Throws InputError, which names `name` and the line.
+/// Reads the real ads from a label track: start, end and label on each line, separated by tabs. If any label
+/// begins with "ad" (in any case), only those intervals are ads; otherwise all are. Points and lines that
+/// begin with a backslash (audio editors store frequencies there) are skipped; intervals that touch or
+/// overlap are merged. The result is in chronological order. Throws InputError with `name` and the line
+/// number.
 [[nodiscard]] std::vector<Interval> readAdLabels(std::istream& input, const std::string& name);
 [[nodiscard]] std::vector<Interval> readAdLabels(const std::filesystem::path& path);
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// sordin-replay: the detector over recordings, for developers and for the curious.
+// sordin-replay: runs the detector over recordings.
 #include "classifier/sound_model_file.h"
 #ifdef __linux__
 #include "platform/linux/speech/linux_speech_recogniser.h"
@@ -27,7 +27,7 @@ using namespace sordin::replay;
 constexpr int failed = 1;
 constexpr int misused = 2;
 
-/// Bytes that are no UTF-8, as file names may hold, are replaced rather than refused.
+/// Replaces invalid UTF-8, which file names can contain, so that printing does not fail.
 void printLine(const nlohmann::ordered_json& json) {
     std::cout << json.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
 }
@@ -40,24 +40,24 @@ void printReport(const Options& options, const Report& report) {
     }
 }
 
-/// The sound model that the options ask for.
+/// The sound model that the options select.
 class Models {
 public:
-    /// Reads a model that is named; throws SoundModelError.
+    /// Loads a model named in the options. Throws SoundModelError.
     Models(const Options& options, const char* calledBy) : calledBy_(calledBy), settled_(options.noModel) {
         if (options.model) {
             use(*options.model);
         }
     }
 
-    /// The model; the program's own is read when it is first asked for. None, with a warning, if there is
-    /// none.
+    /// Returns the model; the installed one is loaded at the first call. If there is none, prints a warning
+    /// and returns null.
     [[nodiscard]] std::shared_ptr<const sordin::SoundModel> get() {
         if (!settled_) {
             if (const auto path = sordin::findDataFile(sordin::programPath(calledBy_), "sound-model.bin")) {
                 use(*path);
             } else {
-                std::cerr << "sordin-replay: there is no sound model, so neither music nor speech is heard\n";
+                std::cerr << "sordin-replay: no sound model found, so music and speech are not recognized\n";
             }
         }
         settled_ = true;
@@ -75,19 +75,19 @@ private:
     std::shared_ptr<const sordin::SoundModel> model_;
 };
 
-/// The recogniser of one recording, which hears as in a program just started; none, with a warning once, if
-/// it is not installed.
+/// Creates a recognizer for each recording, in the same state as in a newly started program.
 class Recognisers {
 public:
     explicit Recognisers(const char* calledBy) : program_(sordin::programPath(calledBy)) {}
 
+    /// Returns null, with a single warning, if the speech model is not installed.
     [[nodiscard]] std::shared_ptr<sordin::SpeechRecogniser> get() {
         auto recogniser = platformRecogniser();
         if (recogniser != nullptr && recogniser->available()) {
             return recogniser;
         }
         if (!warned_) {
-            std::cerr << "sordin-replay: there is no speech model, so nothing is transcribed\n";
+            std::cerr << "sordin-replay: no speech model found, so nothing is transcribed\n";
             warned_ = true;
         }
         return nullptr;
@@ -107,16 +107,16 @@ private:
     bool warned_ = false;
 };
 
-/// Replays one recording by one set of rules and prints what was found; false if it heard less than
-/// there was: it ended early by damage, or the speech decoder failed.
-/// Adds to `picture`, if there is one.
+/// Replays one recording with one set of rules, prints the result, and adds it to `picture` if that is not
+/// null. Returns false if the audio was not processed completely: the recording is damaged, or the speech
+/// decoder failed.
 bool replayByRules(const Options& options, const NamedRules& rules, Models& models, Recognisers& recognisers,
                    const std::string& path, Picture* picture) {
     CueTrack cues = options.cues ? CueTrack::read(std::filesystem::path(*options.cues)) : CueTrack();
     const auto truth =
         options.truth ? std::optional(readAdLabels(std::filesystem::path(*options.truth))) : std::nullopt;
     AudioFile recording(path);
-    // Cues that name scores are there to be believed.
+    // Scores in the cues replace those of the sound model.
     const auto model = cues.namesScores() ? nullptr : models.get();
     const auto recogniser =
         cues.namesTranscripts() || !options.settings.transcription ? nullptr : recognisers.get();
@@ -160,7 +160,8 @@ bool replayByRules(const Options& options, const NamedRules& rules, Models& mode
         picture->panels.push_back(std::move(panel));
     }
     if (speechFailure) {
-        std::cerr << "sordin-replay: " << path << ": not all was transcribed (" << *speechFailure << ")\n";
+        std::cerr << "sordin-replay: " << path << ": the transcription is incomplete (" << *speechFailure
+                  << ")\n";
     }
     if (recording.damage()) {
         std::cerr << "sordin-replay: " << path << ": the recording is damaged (" << *recording.damage()
@@ -169,7 +170,7 @@ bool replayByRules(const Options& options, const NamedRules& rules, Models& mode
     return !speechFailure && !recording.damage();
 }
 
-/// The same by all rules that are asked for, and draws the picture.
+/// Replays one recording with all selected rules and draws the picture.
 bool replayFile(const Options& options, Models& models, Recognisers& recognisers, const std::string& path) {
     Picture picture;
     picture.file = std::filesystem::path(path).filename().string();
@@ -228,7 +229,7 @@ int main(int argc, char** argv) {
         return failed;
     }
     if (!std::cout.flush()) {
-        std::cerr << "sordin-replay: the output cannot be written\n";
+        std::cerr << "sordin-replay: cannot write the output\n";
         return failed;
     }
     return status;

@@ -82,10 +82,10 @@ void check(const Options& options, bool bothLevels) {
         throw UsageError("no recording given");
     }
     if (options.files.size() > 1 && (options.cues || options.truth || options.picture)) {
-        throw UsageError("--cues, --truth and --picture go with one recording only");
+        throw UsageError("--cues, --truth and --picture work with one recording only");
     }
     if (options.hops && options.rules.size() > 1) {
-        throw UsageError("--hops goes with one set of rules only");
+        throw UsageError("--hops works with one set of rules only");
     }
 }
 
@@ -102,7 +102,7 @@ Options parseOptions(std::vector<std::string> arguments) {
     Options options;
     bool thresholdGiven = false;
     bool sensitivityGiven = false;
-    optind = 0;  // starts anew, also for a second call
+    optind = 0;  // resets getopt, also for a second call
     opterr = 0;
     int code = 0;
     while ((code = getopt_long(static_cast<int>(arguments.size()), argv.data(), ":h", longOptions.data(),
@@ -156,7 +156,7 @@ Options parseOptions(std::vector<std::string> arguments) {
         case ':':
             throw UsageError(std::string(argv[static_cast<std::size_t>(optind - 1)]) + " needs a value");
         default: {
-            // Of a short one among others getopt is still at the word.
+            // For a short option in a group, getopt has not advanced beyond the word.
             const bool isShort = optopt > version;
             throw UsageError("bad option '" +
                              (isShort ? std::string{'-', static_cast<char>(optopt)}
@@ -174,33 +174,27 @@ Options parseOptions(std::vector<std::string> arguments) {
 
 std::string helpText() {
     return "Usage: sordin-replay [OPTION]... FILE...\n"
-           "Runs Sordin's ad detector over recordings, as if they were playing, and prints the ads that it "
-           "finds.\n"
-           "Reads WAV, FLAC, Ogg Vorbis, Opus, MP3, AIFF, AU, CAF and the other formats of libsndfile; "
-           "others "
-           "(M4A,\n"
-           "MP4, WebM) have to be converted first, for example: ffmpeg -i FILE -ac 1 -ar 16000 out.wav\n"
+           "Runs Sordin's ad detector over recordings as if they were playing, and prints the ads found.\n"
+           "Reads WAV, FLAC, Ogg Vorbis, Opus, MP3, AIFF, AU, CAF and the other formats of libsndfile.\n"
+           "Convert others (M4A, MP4, WebM) first, for example: ffmpeg -i FILE -ac 1 -ar 16000 out.wav\n"
            "\n"
            "  --json              print one JSON object per recording instead of a table\n"
            "  --hops              print one JSON object per half-second hop instead of a table\n"
-           "  --cues FILE         JSON lines of what classifier and transcriber answer\n"
-           "  --truth FILE        label track of where the ads really are; measures the detector against it\n"
-           "  --model FILE        sound model that hears what is music and speech (default: the program's "
-           "own)\n"
-           "  --no-model          hear neither, unless the cues say so\n"
-           "  --threshold T       confidence that makes an ad, 0 to 1 (default 0.575)\n"
-           "  --sensitivity S     the same as the program's slider, 0 to 1: threshold 0.8 - 0.45 S\n"
-           "  --rules R           standard (default), tuned, as with the program's switch \"Tuned "
-           "detection\", or "
-           "both\n"
+           "  --cues FILE         read results of classifier and transcriber from JSON lines\n"
+           "  --truth FILE        compare with a label track of the real ads\n"
+           "  --model FILE        use this sound model (default: the installed one)\n"
+           "  --no-model          use no sound model; music and speech come only from the cues\n"
+           "  --threshold T       confidence that begins an ad, 0 to 1 (default 0.575)\n"
+           "  --sensitivity S     the program's sensitivity, 0 to 1: threshold 0.8 - 0.45 S\n"
+           "  --rules R           standard (default), tuned (the program's \"Tuned detection\") or both\n"
            "  --picture FILE      draw confidence, ads and words over time into an SVG file\n"
-           "  --transcribe        print what was said while something looked suspicious\n"
-           "  --no-transcription  as with transcription switched off\n"
-           "  -h, --help          show this and exit\n"
-           "  --version           show the version and exit\n"
+           "  --transcribe        print the transcripts of suspicious segments\n"
+           "  --no-transcription  disable transcription\n"
+           "  -h, --help          print this help\n"
+           "  --version           print the version\n"
            "\n"
-           "Exit status: 0 all recordings replayed, 1 a file could not be used or nothing could be written,\n"
-           "2 the command line makes no sense. See sordin-replay(1) for the formats.\n";
+           "Exit status: 0 if all recordings were replayed, 1 if a file could not be used or written,\n"
+           "2 if the command line is invalid. See sordin-replay(1) for the formats.\n";
 }
 
 }  // namespace sordin::replay

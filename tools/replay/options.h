@@ -10,13 +10,13 @@
 
 namespace sordin::replay {
 
-/// Rules and what they are called.
+/// A set of rules and its name.
 struct NamedRules {
-    std::string name;  ///< empty if none were asked for: then they are not named in the output
+    std::string name;  ///< empty if --rules was not given; the output then omits the name
     DetectorRules rules;
 };
 
-/// What the command line asks for.
+/// The parsed command line.
 struct Options {
     bool help = false;
     bool version = false;
@@ -27,19 +27,19 @@ struct Options {
     std::optional<std::string> model;
     bool noModel = false;
     std::optional<std::string> truth;
-    Settings settings;                  ///< its rules are those of `rules`, one after the other
+    Settings settings;                  ///< its rules are replaced by each of `rules` in turn
     std::vector<NamedRules> rules{{}};  ///< not empty
     std::optional<std::string> picture;
     std::vector<std::string> files;
 };
 
-/// The command line makes no sense. The text is one line.
+/// The command line is invalid. The message is one line.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 };
 
-/// Throws UsageError. With --help or --version nothing else matters.
+/// Throws UsageError. After --help or --version, the other options are not checked.
 [[nodiscard]] Options parseOptions(std::vector<std::string> arguments);
 
 /// The text of --help.

@@ -15,19 +15,19 @@ namespace sordin::replay {
 
 namespace {
 
-// All lengths in SVG user units, which are pixels at 100 %.
-constexpr double left = 70;  // of the plots; the names are left of it
+// All lengths are in SVG user units, which are pixels at 100 %.
+constexpr double left = 70;  // left edge of the plots, with the names to its left
 constexpr double plotWidth = 1140;
 constexpr double width = left + plotWidth + 20;
 constexpr double headHeight = 56;
 constexpr double plotHeight = 110;
-constexpr double laneHeight = 11;  // of one line of phrases
+constexpr double laneHeight = 11;  // height of a line of phrases
 constexpr std::size_t lanes = 3;
 constexpr double sessionHeight = 4;
 constexpr double truthHeight = 9;
 constexpr double axisHeight = 34;
 constexpr double panelHeight = plotHeight + sessionHeight + 3 + lanes * laneHeight + 10;
-constexpr double letterWidth = 5;   // about, in the phrases' size
+constexpr double letterWidth = 5;   // approximate, at the font size of the phrases
 constexpr double longestRow = 600;  // seconds
 
 constexpr auto style = R"(<style>
@@ -45,10 +45,10 @@ text { font: 11px sans-serif; fill: #333 }
 </style>
 )";
 
-/// Text as XML takes it: valid UTF-8 without control characters, markup escaped.
+/// Returns text for XML: valid UTF-8 without control characters, with markup escaped.
 std::string xmlText(const std::string& text) {
     using nlohmann::json;
-    // The writer of JSON puts a replacement character for what is no UTF-8.
+    // The JSON writer replaces invalid UTF-8.
     const auto valid =
         json::parse(json(text).dump(-1, ' ', false, json::error_handler_t::replace)).get<std::string>();
     std::string escaped;
@@ -83,7 +83,7 @@ std::string line(const char* kind, double x1, double y1, double x2, double y2) {
                      x2, y2);
 }
 
-/// With `tooltip` shown under the pointer, if there is one.
+/// Shows `tooltip` under the pointer unless it is empty.
 std::string box(const char* kind, double x, double y, double boxWidth, double height,
                 const std::string& tooltip = {}) {
     const std::string tag =
@@ -110,7 +110,7 @@ std::string head(const Picture& picture) {
     return svg;
 }
 
-/// One stretch of the recording, drawn from `top` down.
+/// An interval of the recording, drawn from `top` down.
 class Row {
 public:
     Row(const Interval& time, double pixelsPerSecond, double top)
@@ -152,7 +152,7 @@ private:
         return y_ + plotHeight * (1 - static_cast<double>(confidence));
     }
 
-    /// What of a stretch of time lies in this row.
+    /// Adds the part of an interval that lies in this row.
     void addBox(const char* kind, const Interval& interval, double top, double height,
                 const std::string& tooltip) {
         const double start = std::max(interval.start, time_.start);
@@ -199,7 +199,7 @@ private:
     }
 
     void drawWords(const Panel& panel) {
-        std::array<double, lanes> taken{};  // where the text of each lane ends
+        std::array<double, lanes> taken{};  // end of the text in each lane
         for (const Transcript& transcript : panel.result.transcripts) {
             addBox("session", transcript.interval, y_, sessionHeight, transcript.text);
             for (const auto& [time, phrase] : transcript.phrases) {
@@ -210,7 +210,7 @@ private:
                 svg_ += line("confidence", position, y_ - 2, position, y_ + sessionHeight);
                 const auto lane = std::find_if(taken.begin(), taken.end(),
                                                [position](double end) { return end <= position; });
-                // Where all lanes are taken the tick stands for the phrase: the tooltip has the text.
+                // If all lanes are taken, only the mark is drawn; the tooltip has the text.
                 if (lane != taken.end()) {
                     const auto below = static_cast<double>(lane - taken.begin() + 1) * laneHeight;
                     svg_ +=

@@ -16,22 +16,22 @@ struct Panel {
         float confidence;
     };
 
-    std::string rules;  ///< what they are called
+    std::string rules;  ///< name of the rules
     float threshold = 0;
-    std::vector<Point> points;  ///< in the order of time
+    std::vector<Point> points;  ///< in chronological order
     ReplayResult result;
 };
 
-/// What is drawn of a recording.
+/// The contents of a picture.
 struct Picture {
     std::string file;
-    std::optional<std::vector<Interval>> truth;  ///< where the ads really are
-    std::vector<Panel> panels;                   ///< of the same recording, at least one
+    std::optional<std::vector<Interval>> truth;  ///< the real ads
+    std::vector<Panel> panels;                   ///< replays of the same recording, at least one
 };
 
-/// An SVG document: ten minutes of the recording a row, and in each row for each panel the confidence, the
-/// threshold, the ads found and the advertising phrases heard, over the ads of the truth and the time. The
-/// whole transcripts are in it as tooltips.
+/// Returns an SVG document with ten minutes of the recording per row. Each row shows for each panel the
+/// confidence, the threshold, the ads found and the advertising phrases heard, above the real ads and the
+/// time. The transcripts are included as tooltips.
 [[nodiscard]] std::string pictureSvg(const Picture& picture);
 
 }  // namespace sordin::replay

@@ -5,22 +5,22 @@
 
 namespace sordin::replay {
 
-/// A bar on standard error. Draws only on a terminal, and only when standard output is one too: otherwise its
-/// lines would mix with whatever reads the output.
+/// A progress bar on standard error. It is shown only if both standard error and standard output are
+/// terminals, so that it does not mix with redirected output.
 class ProgressBar {
 public:
-    /// `wanted` false draws nothing at all.
+    /// If `wanted` is false, nothing is shown.
     explicit ProgressBar(bool wanted);
-    ~ProgressBar();  ///< wipes the bar away
+    ~ProgressBar();  ///< clears the bar
     ProgressBar(const ProgressBar&) = delete;
     ProgressBar& operator=(const ProgressBar&) = delete;
 
-    /// `share` of the work done, 0 to 1; none draws nothing.
+    /// `share` is the completed part, 0 to 1; none shows nothing.
     void show(std::optional<double> share);
 
 private:
     bool visible_;
-    int shown_ = -1;  // percent on the screen
+    int shown_ = -1;  // displayed percentage
 };
 
 }  // namespace sordin::replay

@@ -17,10 +17,10 @@ namespace sordin::replay {
 
 namespace {
 
-/// Seconds that the clock shows at the start: far from 0, which would count as the end of a session just now.
+/// The clock's initial time in seconds; at 0, a transcription session would seem to have just ended.
 constexpr double clockStart = 1e9;
 
-/// A pipeline on a clock and a queue that are moved by hand.
+/// A pipeline with a manual clock and queue.
 class Player {
 public:
     Player(const Settings& settings, Hearing hearing, const HopHandler& onHop)
@@ -40,7 +40,7 @@ public:
         };
         if (onHop) {
             pipeline_->onHop = [this, onHop](const auto& observation) {
-                // The pipeline reads the transcript of a session that ran before the hop.
+                // The pipeline reads the transcript only of a session that was active before the hop.
                 const bool read = transcribing_ && !observation.signals.silent;
                 onHop({position(), observation,
                        read ? std::optional(keywords_->score(transcriber_->text())) : std::nullopt});
@@ -90,7 +90,7 @@ private:
         return std::make_shared<OnDeviceTranscriber>(recogniser_);
     }
 
-    /// Notes what the session says that runs, if one does.
+    /// Records the text of the active session, if any.
     void followSession() {
         const bool active = transcriber_->active();
         if (active && !transcribing_) {
@@ -145,7 +145,7 @@ ReplayResult replay(AudioFile& recording, const std::string& name, const Setting
                           onProgress);
     ReplayResult result = player.finish();
     if (result.duration == 0) {
-        throw InputError(name + ": the recording holds no audio");
+        throw InputError(name + ": the recording contains no audio");
     }
     return result;
 }

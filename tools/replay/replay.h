@@ -21,66 +21,66 @@ struct SoundModel;
 
 namespace sordin::replay {
 
-/// How the detector is set.
+/// The settings of the detector.
 struct Settings {
     float threshold = 0.575F;
     bool transcription = true;
     DetectorRules rules;
 };
 
-/// What the detector hears with.
+/// The sources of classification and transcription.
 struct Hearing {
     CueTrack cues;
-    std::shared_ptr<const SoundModel> model;       ///< classifies the sound; without one the cues do
-    std::shared_ptr<SpeechRecogniser> recogniser;  ///< transcribes; without one the cues do
+    std::shared_ptr<const SoundModel> model;       ///< classifies the sound; the cues do if it is null
+    std::shared_ptr<SpeechRecogniser> recogniser;  ///< transcribes; the cues do if it is null
 };
 
-/// One ad as the program would have faded it.
+/// An ad that the program would have faded.
 struct FoundAd {
-    Interval interval;  ///< from the end of the hop that starts it to the end of the hop that ends it
+    Interval interval;  ///< from the end of the hop that starts the ad to the end of the hop that ends it
     float peak = 0;     ///< highest confidence, 0 to 1
     std::vector<std::string> reasons;
-    bool cutOff = false;  ///< the recording ended before the ad
+    bool cutOff = false;  ///< the recording ended during the ad
 };
 
-/// What was said while something looked suspicious, as it was understood then.
+/// A transcription session, with the text as it was recognized then.
 struct Transcript {
-    /// An advertising phrase, when it was first understood.
+    /// An advertising phrase and when it was first recognized.
     struct HeardPhrase {
         double time;            ///< seconds from the start of the recording
-        std::string_view text;  ///< a constant of the program
+        std::string_view text;  ///< points to a constant
     };
 
     Interval interval;
     std::string text;
-    float score = 0;  ///< the highest while it ran: how much it reads like an advertisement, 0 to 1
-    std::vector<HeardPhrase> phrases;  ///< in the order of time
+    float score = 0;                   ///< highest keyword score during the session, 0 to 1
+    std::vector<HeardPhrase> phrases;  ///< in chronological order
 };
 
 struct ReplayResult {
     double duration = 0;  ///< seconds
     std::vector<FoundAd> ads;
     std::vector<Transcript> transcripts;
-    std::optional<std::string> speechFailure;  ///< why not all that could be was transcribed
+    /// Why the transcription is incomplete; none if it is complete.
+    std::optional<std::string> speechFailure;
 };
 
 /// One hop of a recording.
 struct ReplayedHop {
-    double time;  ///< its end, seconds from the start of the recording
+    double time;  ///< end of the hop, seconds from the start of the recording
     const DetectionPipeline::HopObservation& observation;
-    /// How much the transcript that was read on this hop reads like an advertisement, 0 to 1; none if none
-    /// was.
+    /// Keyword score of the transcript that was read at this hop, 0 to 1; none if none was read.
     std::optional<float> transcriptScore;
 };
 
 /// Called after each hop.
 using HopHandler = std::function<void(const ReplayedHop&)>;
-/// Called now and then with the share of the recording done, 0 to 1 (none when unknown).
+/// Called from time to time with the completed share of the recording, 0 to 1 (none if unknown).
 using ProgressHandler = std::function<void(std::optional<double>)>;
 
-/// Runs the detector over a recording as if it were playing, with the clock at the sample position, so that
-/// the same recording always gives the same result. The handlers may be empty. Throws InputError for a
-/// recording without any audio.
+/// Runs the detector over a recording as if it were playing. The clock follows the sample position, so that
+/// the same recording always gives the same result. The handlers may be empty. Throws InputError if the
+/// recording contains no audio.
 [[nodiscard]] ReplayResult replay(AudioFile& recording, const std::string& name, const Settings& settings,
                                   Hearing hearing, const HopHandler& onHop,
                                   const ProgressHandler& onProgress);

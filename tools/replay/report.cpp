@@ -13,8 +13,8 @@ namespace {
 
 using nlohmann::ordered_json;
 
-/// The shortest decimal that is read back as the float, so that 0.575 reads 0.575; null for what JSON cannot
-/// say.
+/// Returns the shortest decimal that converts back to the same float, so that 0.575 is printed as 0.575; null
+/// for values that JSON does not support.
 ordered_json number(float value) {
     if (!std::isfinite(value)) {
         return nullptr;

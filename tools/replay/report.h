@@ -11,24 +11,24 @@
 
 namespace sordin::replay {
 
-/// Everything that is said of one recording in the end.
+/// The complete result for one recording.
 struct Report {
     std::string file;
-    std::string rules;  ///< what the rules are called; empty: they are not named
+    std::string rules;  ///< name of the rules; if empty, the report omits it
     ReplayResult result;
     std::optional<Evaluation> evaluation;
-    double speed = 0;          ///< recording's seconds per second that the replay took
-    bool transcripts = false;  ///< whether they are wanted
+    double speed = 0;          ///< seconds of the recording per second of the replay
+    bool transcripts = false;  ///< whether to include the transcripts
 };
 
-/// One line of --hops: what the detector knew and decided; with `transcripts` also how much the transcript
-/// reads like an advertisement.
+/// Formats one line of --hops: the detector's inputs and decisions; with `transcripts` also the keyword score
+/// of the transcript.
 [[nodiscard]] nlohmann::ordered_json hopJson(const ReplayedHop& hop, bool transcripts);
 
 [[nodiscard]] nlohmann::ordered_json reportJson(const Report& report);
 
-/// A table of the ads, their totals, how they match the truth if it is known, and the speed; ends with a line
-/// end.
+/// Formats a table of the ads, their totals, the comparison with the real ads if they are known, and the
+/// speed. The text ends with a newline.
 [[nodiscard]] std::string reportText(const Report& report);
 
 }  // namespace sordin::replay

@@ -12,7 +12,7 @@
 
 namespace sordin::replay {
 
-/// A classifier that hears nothing and answers what it was last told.
+/// A classifier that ignores the audio and returns the scores of the last follow().
 class CueClassifier final : public SoundClassifying {
 public:
     void follow(const CueState& state) { current_ = state.classification; }
@@ -26,7 +26,7 @@ private:
     SoundClassification current_;
 };
 
-/// A transcriber that hears nothing; while a session runs, its text is the one it was last told.
+/// A transcriber that ignores the audio. During a session, its text is that of the last follow().
 class CueTranscriber final : public SpeechTranscribing {
 public:
     void follow(const CueState& state);
@@ -44,14 +44,14 @@ private:
     std::string text_;
 };
 
-/// Another recogniser, of which it remembers whether a session has failed: the program goes on without a word
-/// then, but a replay that heard less than it should is not the same replay.
+/// Forwards to another recognizer and records whether a session failed. The program continues silently after
+/// such a failure, but an incomplete replay has to be reported.
 class WatchedRecogniser final : public SpeechRecogniser {
 public:
     explicit WatchedRecogniser(std::shared_ptr<SpeechRecogniser> recogniser)
         : recogniser_(std::move(recogniser)) {}
 
-    /// What went wrong first.
+    /// Returns the first failure.
     [[nodiscard]] std::optional<std::string> failure() const;
 
     [[nodiscard]] bool authorised() const override { return recogniser_->authorised(); }
@@ -74,7 +74,7 @@ private:
     };
 
     std::shared_ptr<SpeechRecogniser> recogniser_;
-    std::shared_ptr<Failure> failure_ = std::make_shared<Failure>();  // sessions may outlive this
+    std::shared_ptr<Failure> failure_ = std::make_shared<Failure>();  // sessions may outlive this object
 };
 
 }  // namespace sordin::replay

@@ -12,7 +12,7 @@ std::string formatted(const char* format, ...) {
     std::array<char, 256> text;
     va_list arguments;
     va_start(arguments, format);
-    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it does not see va_start
+    // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): the check does not recognize va_start
     std::vsnprintf(text.data(), text.size(), format, arguments);
     va_end(arguments);
     return text.data();

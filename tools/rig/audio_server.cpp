@@ -14,7 +14,7 @@
 namespace sordin {
 namespace {
 
-/// A folder that the whole process is pointed to.
+/// Creates a folder and directs the whole process to it by environment variables.
 std::shared_ptr<const TemporaryFolder> privateFolder() {
     auto folder = std::make_shared<const TemporaryFolder>();
     std::istringstream folders("HOME home XDG_RUNTIME_DIR run XDG_CONFIG_HOME config XDG_STATE_HOME state "
@@ -81,7 +81,7 @@ void AudioServer::wait(const std::string& what, const std::vector<ChildProcess*>
         logs += "\n-- " + file.path().filename().string() + "\n" +
                 log.substr(log.size() - std::min<std::size_t>(log.size(), 800));
     }
-    throw std::runtime_error("no " + what + logs);
+    throw std::runtime_error("timeout or failure while waiting for " + what + logs);
 }
 
 }  // namespace sordin

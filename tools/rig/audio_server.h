@@ -14,62 +14,63 @@ namespace sordin {
 
 struct AudioServerOptions {
     std::vector<std::string> sinks{"test-sink-A", "test-sink-B"};  ///< null sinks, the preferred one first
-    bool monitorVolumes = false;  ///< PipeWire: what monitors of these sinks deliver follows their volume
-    bool pulse = true;            ///< PipeWire: the PulseAudio server too; without sinks it makes "auto_null"
+    bool monitorVolumes = false;  ///< PipeWire: the monitors of these sinks follow their volume
+    /// PipeWire: also start the PulseAudio server, which creates "auto_null" if there are no sinks.
+    bool pulse = true;
 };
 
-/// An audio server of a test's own, without D-Bus and without hardware, of one kind or another. The
-/// constructor points the whole process to it by environment variables, so make it before there are threads.
-/// Errors are std::runtime_error.
+/// A private audio server for a test, without D-Bus and hardware. The constructor directs the whole process
+/// to it by environment variables, so create it before any thread. Errors are std::runtime_error.
 class AudioServer {
 public:
     virtual ~AudioServer() = default;
     AudioServer(const AudioServer&) = delete;
     AudioServer& operator=(const AudioServer&) = delete;
 
-    /// Returns when the server is ready. May be called again after stop() and the kills: what has been saved
-    /// of volumes is then still there.
+    /// Starts the server and waits until it is ready. May be called again after stop() or kill(); stored
+    /// volumes persist.
     virtual void start() = 0;
-    /// Ends all in order.
+    /// Shuts the server down.
     virtual void stop() = 0;
-    /// Ends all at once; nothing is said to clients.
+    /// Kills the server without notice to its clients.
     virtual void kill() = 0;
-    /// It hangs: it answers nothing, but its connections stay. Until it is told to go on.
+    /// Suspends the server: it does not respond, but its connections remain. goOn() resumes it.
     virtual void hang() = 0;
     virtual void goOn() = 0;
 
-    /// The default sink as the server has decided; empty if there is none.
+    /// Returns the server's default sink; empty if there is none.
     [[nodiscard]] virtual std::string defaultSink() const = 0;
-    /// Makes it the user's choice and returns when the server has followed.
+    /// Sets the user's choice and waits until the server has applied it.
     virtual void setDefaultSink(const std::string& sink) = 0;
 
-    /// Per channel and linear, of the active route if the sink belongs to a card; empty if there is no such
-    /// sink.
+    /// Returns the linear volume per channel, of the active route if the sink belongs to a card; empty if the
+    /// sink does not exist.
     [[nodiscard]] virtual std::vector<float> volume(const std::string& sink) const = 0;
     [[nodiscard]] virtual bool muted(const std::string& sink) const = 0;
-    /// "running", "idle", "suspended", ...; empty if there is no such sink.
+    /// Returns "running", "idle", "suspended", ...; empty if the sink does not exist.
     [[nodiscard]] virtual std::string sinkState(const std::string& sink) const = 0;
-    /// A null sink that is preferred to none of the first ones. Returns when it can be used.
+    /// Creates a null sink with a lower priority than the initial ones, and waits until it is usable.
     virtual void createSink(const std::string& sink) = 0;
     virtual void destroySink(const std::string& sink) = 0;
 
-    /// As a mixer of the desktop does it (which saves it): percents of the cubic scale, one or one per
-    /// channel. Needs a PulseAudio server. May return before volume() follows.
+    /// Sets the volume like a desktop mixer, which also stores it: percent on the cubic scale, one value or
+    /// one per channel. Needs a PulseAudio server. May return before volume() shows the change.
     void setVolume(const std::string& sink, const std::vector<int>& percents) const;
     void setMute(const std::string& sink, bool mute) const;
 
-    /// "state" in it has what a session manager has saved, "log" what the processes wrote.
+    /// Its folder "state" contains the data of the session manager, "log" the output of the processes.
     [[nodiscard]] const TemporaryFolder& folder() const { return *folder_; }
 
 protected:
     explicit AudioServer(AudioServerOptions options);
-    /// In the environment of another.
+    /// Shares the folder and environment of another server.
     AudioServer(AudioServerOptions options, const AudioServer& beside);
 
     [[nodiscard]] const AudioServerOptions& options() const { return options_; }
-    /// Runs a command and expects it to succeed.
+    /// Runs a command; throws if it fails.
     void run(const std::vector<std::string>& arguments) const;
-    /// Waits for `condition` while all of `processes` run; says else that there is no `what`.
+    /// Waits for `condition` while all of `processes` run. On failure, throws an error that names `what` and
+    /// contains the logs.
     void wait(const std::string& what, const std::vector<ChildProcess*>& processes,
               const std::function<bool()>& condition) const;
 

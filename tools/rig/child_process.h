@@ -24,18 +24,18 @@
 namespace sordin {
 
 struct ChildOptions {
-    std::vector<std::string> environment{};  ///< NAME=value, on top of what the test has
-    std::filesystem::path log{};  ///< where stdout and stderr are appended; empty: those of the test
+    std::vector<std::string> environment{};  ///< NAME=value, in addition to the test's own
+    std::filesystem::path log{};  ///< file to which stdout and stderr are appended; empty: those of the test
     bool readOutput = false;      ///< stdout goes to readLine() and readAll()
-    bool writeInput = false;      ///< stdin is what writeLine() says; otherwise it is empty
+    bool writeInput = false;      ///< stdin comes from writeLine(); otherwise it is empty
 };
 
-/// A program that a test starts; ends with the object, and at the latest with the thread that started it.
+/// A program that a test starts. It ends with the object, or with the thread that started it.
 class ChildProcess {
 public:
     using Milliseconds = std::chrono::milliseconds;
 
-    /// The program is looked for in $PATH; one that is not there ends with status 127.
+    /// Searches the program in $PATH; a program that does not exist ends with status 127.
     explicit ChildProcess(std::vector<std::string> arguments, const ChildOptions& options = {}) {
         std::vector<char*> argv = pointers(arguments);
         std::vector<std::string> environment = options.environment;
@@ -50,10 +50,10 @@ public:
         std::vector<char*> envp = pointers(environment);
         std::array<int, 2> input{-1, -1};
         std::array<int, 2> output{-1, -1};
-        // A socket can be written to without SIGPIPE.
+        // Unlike a pipe, a socket can be written to without SIGPIPE.
         if ((options.writeInput && socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, input.data()) != 0) ||
             (options.readOutput && pipe2(output.data(), O_CLOEXEC) != 0)) {
-            throw std::runtime_error("no pipe");
+            throw std::runtime_error("cannot create a pipe");
         }
         const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
         const int log = options.log.empty()
@@ -82,10 +82,10 @@ public:
             closeIfOpen(theirs);
         }
         if (pid_ < 0) {
-            throw std::runtime_error("no process for " + arguments.front());
+            throw std::runtime_error("cannot create a process for " + arguments.front());
         }
     }
-    /// Asks it to end, and ends it if it has not within two seconds.
+    /// Sends SIGTERM, and SIGKILL if the program does not end within two seconds.
     ~ChildProcess() {
         kill(SIGTERM);
         if (!wait(std::chrono::seconds(2))) {
@@ -108,20 +108,21 @@ public:
         return !status_;
     }
 
-    /// Does not wait for the end.
+    /// Does not wait for the end of the program.
     void kill(int signal) {
         if (running()) {
             ::kill(pid_, signal);
         }
     }
 
-    /// Its exit status, 128 + the signal's number if one ended it; nothing while it runs on.
+    /// Waits for the end. Returns the exit status, or 128 + the signal that ended the program; none if it
+    /// still runs.
     std::optional<int> wait(Milliseconds deadline) {
         waitUntil([&] { return !running(); }, deadline);
         return status_;
     }
 
-    /// What a program that has ended would be told is dropped.
+    /// Sends a line; the line is dropped if the program has ended.
     void writeLine(std::string text) {
         text += '\n';
         static_cast<void>(send(input_, text.data(), text.size(), MSG_NOSIGNAL));
@@ -131,7 +132,7 @@ public:
         input_ = -1;
     }
 
-    /// The next line of its output without the newline; nothing at the deadline and at the end.
+    /// Returns the next line of the output without the newline; none at the deadline or at the end.
     std::optional<std::string> readLine(Milliseconds deadline) {
         const auto end = std::chrono::steady_clock::now() + deadline;
         std::size_t length = 0;
@@ -144,7 +145,7 @@ public:
         read_.erase(0, length + 1);
         return line;
     }
-    /// What has not been read yet, to the end or the deadline.
+    /// Returns the unread output up to the end or the deadline.
     std::string readAll(Milliseconds deadline) {
         const auto end = std::chrono::steady_clock::now() + deadline;
         while (readMore(end)) {
@@ -193,7 +194,8 @@ private:
     std::string read_;
 };
 
-/// What a program writes to stdout; nothing if it fails or takes longer. Its stderr goes to the log.
+/// Returns what a program writes to stdout; none if it fails or exceeds the deadline. Its stderr goes to the
+/// log.
 inline std::optional<std::string> outputOf(std::vector<std::string> arguments,
                                            const std::filesystem::path& log = {},
                                            std::chrono::milliseconds deadline = std::chrono::seconds(10)) {

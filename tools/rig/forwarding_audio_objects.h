@@ -8,7 +8,7 @@
 
 namespace sordin {
 
-/// Other audio objects as they are, for those who want to change or watch a part of them.
+/// Forwards to other audio objects; base class for decorators.
 class ForwardingAudioObjects : public AudioObjects {
 public:
     explicit ForwardingAudioObjects(std::shared_ptr<AudioObjects> objects) : objects_(std::move(objects)) {}

@@ -13,8 +13,8 @@ namespace {
 using nlohmann::json;
 using namespace std::chrono_literals;
 
-/// All objects of the server; an empty list while there is no server. The tool may wait for ever for an
-/// object that went while it was listing; then it is asked again.
+/// Returns all objects of the server; an empty list if there is no server. pw-dump can hang if an object
+/// disappears while it lists them; it is then run again.
 json dump() {
     constexpr int attempts = 3;
     for (int i = 0; i < attempts; ++i) {
@@ -28,7 +28,7 @@ json dump() {
     return json::array();
 }
 
-/// `null` where there is no such thing, as everywhere below.
+/// Returns `null` if the value does not exist, like all functions below.
 json at(const json& value, const char* pointer) {
     const json::json_pointer path(pointer);
     return value.contains(path) ? value.at(path) : json();
@@ -43,7 +43,8 @@ json nodeOf(const json& objects, const std::string& name) {
     return {};
 }
 
-/// What a mixer shows: of a card the properties of the active route, otherwise those of the node.
+/// Returns the properties that a mixer shows: those of the active route of a card, otherwise those of the
+/// node.
 json volumeProperties(const std::string& sink) {
     const json objects = dump();
     const json node = nodeOf(objects, sink);
@@ -170,7 +171,7 @@ void PrivateAudioServer::destroySink(const std::string& sink) {
 }
 
 void PrivateAudioServer::writeConfiguration() {
-    remove_all(folder() / "run");  // a killed server leaves its sockets
+    remove_all(folder() / "run");  // a killed server leaves its sockets behind
     for (const char* name : {"run/pulse", "home", "cache", "data", "state", "log",
                              "config/pipewire/pipewire.conf.d", "config/wireplumber/main.lua.d",
                              "config/wireplumber/bluetooth.lua.d", "config/wireplumber/wireplumber.conf.d"}) {
@@ -184,7 +185,7 @@ void PrivateAudioServer::writeConfiguration() {
     }
     writeText(folder() / "config/pipewire/pipewire.conf.d/sinks.conf",
               "context.objects = [\n" + sinks + "]\n");
-    // WirePlumber 0.4 reads Lua, 0.5 the other form.
+    // WirePlumber 0.4 reads Lua, 0.5 the other format.
     writeText(folder() / "config/wireplumber/main.lua.d/51-test.lua",
               "alsa_monitor.enabled = false\n"
               "v4l2_monitor.enabled = false\n"
@@ -199,7 +200,7 @@ void PrivateAudioServer::writeConfiguration() {
 }
 
 void PrivateAudioServer::runOnce(const std::vector<std::string>& sinks) {
-    // A file of the format AU: 16 bits, 48 kHz, two channels, a hundredth of a second.
+    // An AU file: 16 bits, 48 kHz, two channels, a hundredth of a second.
     using namespace std::string_literals;
     writeText(folder() / "silence.au",
               ".snd\0\0\0\x18\xff\xff\xff\xff\0\0\0\x03\0\0\xbb\x80\0\0\0\x02"s + std::string(1920, '\0'));
@@ -237,7 +238,7 @@ bool PrivateAudioServer::ready() const {
         }
     }
     if (options().sinks.empty() && !options().pulse) {
-        // The metadata is there but empty, and pw-dump leaves out what is empty.
+        // The metadata object exists but is empty, and pw-dump omits empty metadata.
         const auto found = outputOf({"pw-metadata", "0", "default.audio.sink"}, "/dev/null");
         return found.value_or("").starts_with("Found");
     }

@@ -9,7 +9,7 @@
 
 namespace sordin {
 
-/// PipeWire, its session manager and its PulseAudio server. Stops with the object.
+/// PipeWire with its session manager and its PulseAudio server. Stops with the object.
 class PrivateAudioServer final : public AudioServer {
 public:
     explicit PrivateAudioServer(AudioServerOptions options = {});
@@ -31,14 +31,15 @@ public:
     void createSink(const std::string& sink) override;
     void destroySink(const std::string& sink) override;
 
-    /// As sinkState() of any node.
+    /// Like sinkState(), for any node.
     [[nodiscard]] std::string nodeState(const std::string& node) const;
-    /// The id of the node; nothing if there is none of this name.
+    /// Returns the id of a node; none if it does not exist.
     [[nodiscard]] std::optional<int> nodeId(const std::string& node) const;
 
 private:
     void writeConfiguration();
-    /// Plays silence to each, since PipeWire 1.4 does not report the volume of a sink that has never run.
+    /// Plays silence to each sink, because PipeWire 1.4 does not report the volume of a sink that has never
+    /// run.
     void runOnce(const std::vector<std::string>& sinks);
     [[nodiscard]] std::string sinkProperties(const std::string& sink, int priority) const;
     [[nodiscard]] bool ready() const;

@@ -11,9 +11,9 @@
 
 namespace sordin {
 
-/// A private session bus, which DBUS_SESSION_BUS_ADDRESS then names. (A process looks there once only; later
-/// buses it reaches by address().) Ends with the object. The bus starts no service that is installed on this
-/// machine, which may have a Sordin too.
+/// A private session bus. Sets DBUS_SESSION_BUS_ADDRESS, which a process reads only once; connect to later
+/// buses by address(). Ends with the object. The bus does not start installed services, because the machine
+/// may have an installed Sordin.
 class PrivateBus {
 public:
     PrivateBus()
@@ -22,7 +22,7 @@ public:
                   {.log = folder_ / "log", .readOutput = true}) {
         const auto address = daemon_.readLine(std::chrono::seconds(20));
         if (!address) {
-            throw std::runtime_error("dbus-daemon does not start: " + contentsOf(folder_ / "log"));
+            throw std::runtime_error("dbus-daemon failed to start: " + contentsOf(folder_ / "log"));
         }
         address_ = *address;
         setenv("DBUS_SESSION_BUS_ADDRESS", address_.c_str(), 1);
@@ -30,13 +30,13 @@ public:
 
     [[nodiscard]] const std::string& address() const { return address_; }
 
-    /// From now on the bus starts this service when a program calls it. `file` is a D-Bus service file.
+    /// Lets the bus start a service when a program calls it. `file` is a D-Bus service file.
     void offer(const std::filesystem::path& file) const {
         copy_file(file, folder_ / "services" / file.filename());
     }
 
 private:
-    /// That of a session bus, as dbus-daemon(1) describes it, without the standard service folders.
+    /// The configuration of a session bus according to dbus-daemon(1), without the standard service folders.
     [[nodiscard]] std::string configuration() const {
         const std::string folder = folder_.path().string();
         create_directory(folder_ / "services");

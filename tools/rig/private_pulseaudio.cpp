@@ -14,7 +14,7 @@ namespace {
 
 using nlohmann::json;
 
-/// The folder in usr/lib that holds `what`.
+/// Returns the folder in usr/lib that contains `what`.
 std::filesystem::path folderWith(const std::string& what) {
     const std::filesystem::path libraries = SORDIN_PULSEAUDIO "/usr/lib";
     std::error_code missing;
@@ -35,7 +35,7 @@ std::string libraries() {
     return "LD_LIBRARY_PATH=" + folder.string() + ":" + (folder / "pulseaudio").string() + ":" + modules();
 }
 
-/// `null` while there is no such sink.
+/// Returns `null` if the sink does not exist.
 json sinkInfo(const std::string& name) {
     const auto text = outputOf({"pactl", "--format=json", "list", "sinks"}, "/dev/null");
     const json sinks = json::parse(text.value_or("[]"), nullptr, false);
@@ -64,7 +64,7 @@ void PrivatePulseAudio::start() {
         std::filesystem::create_directories(folder() / name);
     }
     const auto socket = folder() / "run/pulse/native";
-    std::filesystem::remove(socket);  // a killed server leaves it
+    std::filesystem::remove(socket);  // a killed server leaves its socket behind
     const std::string program = SORDIN_PULSEAUDIO "/usr/bin/pulseaudio";
     std::vector<std::string> arguments{
         program, "-n", "--daemonize=no", "--use-pid-file=no", "--exit-idle-time=-1", "-p", modules()};

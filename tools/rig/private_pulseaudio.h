@@ -9,12 +9,12 @@
 
 namespace sordin {
 
-/// The PulseAudio server that tools/dev/unpack-pulseaudio has unpacked, with what a desktop has it load:
-/// volumes are remembered, idle sinks sleep, and without sinks there is "auto_null". Stops with the object.
+/// The PulseAudio server unpacked by tools/dev/unpack-pulseaudio, with the modules of a desktop: it stores
+/// volumes, suspends idle sinks, and creates "auto_null" if there are no sinks. Stops with the object.
 class PrivatePulseAudio final : public AudioServer {
 public:
     explicit PrivatePulseAudio(AudioServerOptions options = {});
-    /// At the socket of another server, which does not use it.
+    /// Uses the socket of another server, which must not use it.
     PrivatePulseAudio(AudioServerOptions options, const AudioServer& beside);
     ~PrivatePulseAudio() override;
     PrivatePulseAudio(const PrivatePulseAudio&) = delete;

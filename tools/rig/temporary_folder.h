@@ -9,7 +9,7 @@
 
 namespace sordin {
 
-/// A folder of a test's own, removed in the end.
+/// A temporary folder, removed with the object.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
@@ -30,7 +30,7 @@ private:
     std::filesystem::path path_;
 };
 
-/// All of a file; empty if there is none.
+/// Returns the contents of a file; empty if it does not exist.
 inline std::string contentsOf(const std::filesystem::path& path) {
     std::ostringstream text;
     text << std::ifstream(path, std::ios::binary).rdbuf();

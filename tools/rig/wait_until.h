@@ -6,7 +6,7 @@
 
 namespace sordin {
 
-/// Asks every few milliseconds until it holds; false if it does not by the deadline. Asks at least once.
+/// Polls a condition every few milliseconds, at least once. Returns false if it is not true by the deadline.
 template <class Condition>
 bool waitUntil(Condition condition, std::chrono::milliseconds deadline) {
     const auto end = std::chrono::steady_clock::now() + deadline;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// sordin-transcribe: what the speech decoder makes of recordings, for developers.
+// sordin-transcribe: runs the speech decoder over recordings, for developers.
 #include "classifier/speech_mask_file.h"
 #include "detection/keyword_transcript_scorer.h"
 #include "platform/decoding_recogniser.h"
@@ -36,15 +36,13 @@ using namespace sordin;
 
 constexpr auto usage =
     "Usage: sordin-transcribe [--mask FILE|none] [--cleaned FOLDER] RECORDING...\n"
-    "Transcribes each recording as one session and prints a JSON object with its texts, each with the time "
-    "in\n"
-    "seconds at which it was there, the words of the last one, each with its length in seconds and how well "
-    "it\n"
-    "fits its sounds, the highest keyword score of a text, the duration, and the processor time that was "
-    "spent.\n"
-    "--mask hears through another speech mask than the installed one, or through none.\n"
-    "--cleaned writes what the decoder hears of each recording: RECORDING.s16, 16-bit samples at 16 kHz.\n"
-    "The last line has the time that loading took and the highest use of memory in MB.\n";
+    "Transcribes each recording as one session. Prints a JSON object with all texts, each with the time\n"
+    "in seconds at which it appeared; the words of the last text, each with its length in seconds and its\n"
+    "acoustic match; the highest keyword score of a text; the duration; and the processor time.\n"
+    "--mask selects another speech mask than the installed one, or none.\n"
+    "--cleaned writes the decoder's input for each recording to FOLDER/RECORDING.s16: 16-bit mono at 16 "
+    "kHz.\n"
+    "The last line contains the processor time for loading and the peak memory in MB.\n";
 
 double processorSeconds(pid_t process) {
     clockid_t clock{};
@@ -64,10 +62,9 @@ double highestMegabytes(pid_t process) {
     return 0;
 }
 
-/// What a decoder said last.
 struct Heard {
-    std::vector<HeardWord> words;  // before anything is left out of them
-    std::string failure;           // for a transcriber a failure is only the end of its texts
+    std::vector<HeardWord> words;  // of the last text, before the recognizer filters them
+    std::string failure;           // empty, or why the decoder stopped, which a transcriber does not report
 };
 
 class KeepingDecoder final : public SpeechDecoder {
@@ -163,7 +160,7 @@ public:
         transcriber_.begin();
         recogniser_->drain();
         if (!transcriber_.available()) {
-            throw std::runtime_error("the speech model cannot be loaded");
+            throw std::runtime_error("cannot load the speech model");
         }
     }
 

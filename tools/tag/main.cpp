@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// sordin-tag: what the sound model says of a recording, label by label, for developers.
+// sordin-tag: prints the sound model's confidence in each label for recordings, for developers.
 #include "classifier/network_sound_tagger.h"
 #include "classifier/sound_model_file.h"
 #include "replay/audio_file.h"
@@ -20,14 +20,13 @@ namespace {
 
 using namespace sordin;
 
-constexpr auto usage = "Usage: sordin-tag [--model FILE] RECORDING...\n"
-                       "Prints for every half second of each recording, from 1 s on, a JSON object with the "
-                       "time in seconds\n"
-                       "and the model's confidence in each of its labels. The recording is heard as 16 kHz "
-                       "mono, silence\n"
-                       "included. Without --model it takes the model that came with the program.\n";
+constexpr auto usage =
+    "Usage: sordin-tag [--model FILE] RECORDING...\n"
+    "Prints a JSON object for every half second of each recording, from 1 s on, with the time in seconds\n"
+    "and the model's confidence in each label. The recording is converted to 16 kHz mono; silence is\n"
+    "kept. Without --model, the installed model is used.\n";
 
-/// The command line makes no sense.
+/// The command line is invalid.
 class UsageError : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
@@ -36,7 +35,7 @@ public:
 void tag(const SoundModel& model, const std::string& path) {
     replay::AudioFile recording(path);
     NetworkSoundTagger tagger(model);
-    std::size_t frames = 0;  // up to the end of the buffer at work
+    std::size_t frames = 0;  // up to the end of the current buffer
     tagger.onLabels([&frames](std::span<const SoundLabel> labels) {
         nlohmann::ordered_json line{{"t", static_cast<double>(frames) / replay::replayRate}};
         for (const SoundLabel& label : labels) {
@@ -73,7 +72,7 @@ void run(std::vector<std::string> arguments, const char* calledBy) {
         throw UsageError("no recording given");
     }
     if (!path) {
-        throw std::runtime_error("there is no sound model");
+        throw std::runtime_error("no sound model found");
     }
     const SoundModel model = loadSoundModel(*path);
     for (const std::string& recording : arguments) {

@@ -87,7 +87,8 @@ AdHistory AdHistoryModel::wanted() const {
     return events;
 }
 
-/// A new event at the front, and perhaps the loss of the last, moves no other row: a view keeps its place.
+/// A new event at the front, possibly with the last one dropped, moves no other row, so that a view keeps its
+/// position.
 void AdHistoryModel::follow() {
     AdHistory events = wanted();
     if (events == shown_) {

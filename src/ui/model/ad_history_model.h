@@ -8,7 +8,7 @@
 
 namespace sordin {
 
-/// The remembered ads as a list, newest first.
+/// The ads of the history as a list, newest first.
 class AdHistoryModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -19,12 +19,12 @@ class AdHistoryModel : public QAbstractListModel {
 public:
     enum Role {
         appRole = Qt::UserRole,
-        realRole,        ///< bool: faded, not watched or simulated
+        realRole,        ///< bool: a muted ad, neither a test nor a simulation
         startRole,       ///< QDateTime
         detailsRole,     ///< start and reasons
         durationRole,    ///< text
-        confidenceRole,  ///< whole percents, truncated
-        summaryRole,     ///< all of it in one text
+        confidenceRole,  ///< whole percent, truncated
+        summaryRole,     ///< everything in one text
     };
 
     using QAbstractListModel::QAbstractListModel;
@@ -32,27 +32,27 @@ public:
     [[nodiscard]] SordinEngine* engine() const { return engine_.get(); }
     void setEngine(SordinEngine* engine);
 
-    /// Whether watched and simulated ads are listed too. On at first.
+    /// Whether ads of test mode and simulations are included. Initially true.
     [[nodiscard]] bool showTests() const { return showTests_; }
     void setShowTests(bool show);
 
     [[nodiscard]] int count() const { return static_cast<int>(shown_.size()); }
 
-    /// What is listed, newest first.
+    /// The listed events, newest first.
     [[nodiscard]] const AdHistory& events() const { return shown_; }
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
-    /// summaryRole of a row; empty for a row that is not there.
+    /// Returns summaryRole of a row; empty if the row does not exist.
     Q_INVOKABLE [[nodiscard]] QString summary(int row) const;
 
 Q_SIGNALS:
     void engineChanged();
     void showTestsChanged();
     void countChanged();
-    /// What is listed is another.
+    /// The list of events changed.
     void eventsChanged();
 
 private:

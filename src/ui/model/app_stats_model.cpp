@@ -71,7 +71,7 @@ void AppStatsModel::follow() {
             stats.push_back({name, 0, 0, 0});
         }
     }
-    if (!stats.empty() && stats == stats_) {  // the rows stay, and with them the focus
+    if (!stats.empty() && stats == stats_) {  // keeping the rows keeps the focus
         Q_EMIT dataChanged(index(0), index(count() - 1), {ignoredRole});
         return;
     }

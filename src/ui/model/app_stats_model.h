@@ -8,9 +8,8 @@
 
 namespace sordin {
 
-/// What came from each application, the one with the longest time first, and then the applications that are
-/// not listened to and had no ads. Changes with the history and with these; what is said relative to now is
-/// as of then.
+/// Statistics per application, the longest total time first, followed by ignored applications without ads.
+/// Updates with the history and the ignored applications; relative dates refer to the last update.
 class AppStatsModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -20,10 +19,10 @@ class AppStatsModel : public QAbstractListModel {
 public:
     enum Role {
         appRole = Qt::UserRole,
-        summaryRole,  ///< how many and how long
-        shareRole,    ///< of the time of the first application, 0 to 1
-        detailsRole,  ///< average and last
-        ignoredRole,  ///< whether it is not listened to
+        summaryRole,  ///< number and duration of the ads
+        shareRole,    ///< relative to the first application's total, 0 to 1
+        detailsRole,  ///< average and last ad
+        ignoredRole,  ///< whether the application is excluded from listening
     };
 
     using QAbstractListModel::QAbstractListModel;
@@ -44,7 +43,7 @@ private:
     void follow();
 
     FollowedEngine engine_;
-    std::vector<AppStat> stats_;  // those without ads have a count of 0
+    std::vector<AppStat> stats_;  // ignored applications without ads have a count of 0
 };
 
 }  // namespace sordin

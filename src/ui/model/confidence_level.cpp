@@ -11,8 +11,7 @@ namespace sordin {
 
 namespace {
 
-constexpr int frame =
-    42;  // milliseconds: as many pictures as a film has are smooth enough for so small a thing
+constexpr int frame = 42;  // milliseconds; a film's frame rate is smooth enough for a small bar
 
 }  // namespace
 

@@ -8,18 +8,18 @@
 
 namespace sordin {
 
-/// The current ad confidence and the threshold, both 0 to 1: a track, a level from the left, which changes
-/// its colour at the threshold, and a tick.
+/// A bar for the current ad confidence and the threshold, both 0 to 1: a track, a level from the left, which
+/// changes its color at the threshold, and a tick.
 class ConfidenceLevel : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
-    /// The length of the level, to which it moves. Above 1 the track is full; a stub is there at 0 and below.
+    /// The target length of the level. Values above 1 fill the track; 0 and below show a stub.
     Q_PROPERTY(double confidence READ confidence WRITE setConfidence NOTIFY confidenceChanged)
-    /// How long it moves to another length, in milliseconds; it jumps where nobody sees it.
+    /// The duration of a change in milliseconds; without animation while the bar is not visible.
     Q_PROPERTY(int duration MEMBER duration_ NOTIFY durationChanged)
-    /// The level has `reached` for its colour, otherwise `level`.
+    /// Whether the level has the color `reached` instead of `level`.
     Q_PROPERTY(bool over MEMBER over_ NOTIFY overChanged)
-    /// Where the tick is; not clamped.
+    /// The position of the tick; not clamped.
     Q_PROPERTY(double threshold MEMBER threshold_ NOTIFY thresholdChanged)
     Q_PROPERTY(QColor track MEMBER track_ NOTIFY styleChanged)
     Q_PROPERTY(QColor level MEMBER level_ NOTIFY styleChanged)
@@ -45,8 +45,8 @@ private:
     void move();
 
     double confidence_ = 0;
-    double from_ = 0;   // where the movement began
-    double shown_ = 0;  // where it is
+    double from_ = 0;   // start of the animation
+    double shown_ = 0;  // current value of the animation
     int duration_ = 0;
     QTimer frames_;
     QElapsedTimer moving_;

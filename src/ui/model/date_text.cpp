@@ -65,18 +65,18 @@ QString timeText(const QTime& time) {
         static const QRegularExpression plain(QStringLiteral("([hH]+)([:.])(m+)"));
         if (plain.match(format).hasMatch()) {
             format.replace(plain, QStringLiteral("\\1\\2\\3\\2ss"));
-        } else {  // words between the numbers: the long form has those of the seconds, and a time zone
+        } else {  // words between the numbers: use the long form, without its time zone
             static const QRegularExpression zone(QStringLiteral("[,\\s]*[(\\[]?t[)\\]]?\\s*"));
             format = locale.timeFormat(QLocale::LongFormat).remove(zone);
         }
     }
-    // Qt 6.4 does not know CLDR's code for periods of the day, which Taiwan's form has.
+    // Qt 6.4 does not support CLDR's code for periods of the day, which the format for Taiwan contains.
     format.replace(QLatin1Char('B'), QLatin1String("AP"));
     return locale.toString(time, format);
 }
 
 QString dateAndTime(const QDateTime& date) {
-    // Qt has no medium form: the long one without its weekday, and with what belongs to that alone.
+    // Qt has no medium format: remove the weekday and its separators from the long one.
     static const QRegularExpression weekdayFirst(QStringLiteral("^dddd(?:'[^']*'|[^dMy'])*"));
     static const QRegularExpression weekdayLast(QStringLiteral("(?:[\\s,،-]|'de')*dddd.*$"));
     const QLocale locale;

@@ -6,18 +6,18 @@
 
 namespace sordin {
 
-/// A date in the past as people say it: "now", "5 minutes ago", "yesterday", "last week", "3 years ago". What
-/// lies ahead, after a clock was set back, is "now".
+/// Returns a relative date: "now", "5 minutes ago", "yesterday", "last week", "3 years ago". Future dates,
+/// which a clock that was set back can cause, are "now".
 [[nodiscard]] QString relativeDate(const QDateTime& date, const QDateTime& now);
 
-/// A time of day to the second, in the short form of the user's locale.
+/// Returns a time of day with seconds, in the short format of the user's locale.
 [[nodiscard]] QString timeText(const QTime& time);
 
-/// A date with its time of day to the second, the month abbreviated, in the form of the user's locale.
+/// Returns a date and time with seconds, the month abbreviated, in the format of the user's locale.
 [[nodiscard]] QString dateAndTime(const QDateTime& date);
 
-/// Text that may be of any language as a part of a longer one. Text written from right to left gets isolating
-/// characters (Unicode Standard Annex 9), so that it does not turn the order of the parts around.
+/// Prepares text in any language for use within a longer text. Right-to-left text gets isolating characters
+/// (Unicode Standard Annex 9), so that it does not reorder its surroundings.
 [[nodiscard]] QString isolated(const QString& text);
 
 }  // namespace sordin

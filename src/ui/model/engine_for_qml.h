@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Makes the engine, which knows nothing of QML, a type that views can name.
+// Exposes the engine as a type to QML; the engine itself does not depend on QML.
 #pragma once
 
 #include "engine/sordin_engine.h"
@@ -12,7 +12,7 @@ struct EngineForQml {
     Q_GADGET
     QML_FOREIGN(sordin::SordinEngine)
     QML_NAMED_ELEMENT(SordinEngine)
-    QML_UNCREATABLE("There is one engine, which the application makes.")
+    QML_UNCREATABLE("The application creates the engine.")
 };
 
 }  // namespace sordin

@@ -8,10 +8,11 @@
 
 namespace sordin {
 
-/// The engine that an object shows; none by default, and none again once the engine is gone.
+/// The engine that an object shows; initially null, and null again after the engine is destroyed.
 class FollowedEngine {
 public:
-    /// Changes it, and ends what `follower` heard of the one before. False if it is the same.
+    /// Sets the engine and disconnects `follower` from the previous one. Returns false if the engine is the
+    /// same.
     bool change(SordinEngine* engine, const QObject* follower) {
         if (engine == engine_) {
             return false;

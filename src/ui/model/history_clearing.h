@@ -9,13 +9,13 @@
 
 namespace sordin {
 
-/// Clears the history of ads, and for a while can undo that, whatever page is open and whatever ads come
-/// meanwhile. Lives on the main thread.
+/// Clears the ad history and can undo that for a while, even if pages change or new ads arrive. Main thread
+/// only.
 class HistoryClearing : public QObject {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(sordin::SordinEngine* engine READ engine WRITE setEngine NOTIFY engineChanged REQUIRED)
-    /// Whether anything is remembered.
+    /// Whether the history contains any event.
     Q_PROPERTY(bool canClear READ canClear NOTIFY canClearChanged)
     Q_PROPERTY(bool canUndo READ canUndo NOTIFY canUndoChanged)
 
@@ -30,9 +30,9 @@ public:
     [[nodiscard]] bool canClear() const { return engine_ && !engine_->history().empty(); }
     [[nodiscard]] bool canUndo() const { return !cleared_.empty(); }
 
-    /// Forgets everything at once, and on the disk.
+    /// Clears the history at once, also on the disk.
     Q_INVOKABLE void clear();
-    /// Brings back what the last clear() has forgotten, behind what has come since. Nothing if there is none.
+    /// Restores the events of the last clear() after those added since. Does nothing if canUndo() is false.
     Q_INVOKABLE void undo();
 
 Q_SIGNALS:

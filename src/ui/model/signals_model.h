@@ -8,7 +8,8 @@
 
 namespace sordin {
 
-/// The detector's signals, a row each, in its order. Rows stay while their names do.
+/// The detector's signals in the detector's order, one row each. The rows are kept while their names stay the
+/// same.
 class SignalsModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -18,8 +19,8 @@ class SignalsModel : public QAbstractListModel {
 public:
     enum Role {
         nameRole = Qt::UserRole,
-        levelRole,  ///< 0 to 1
-        valueRole,  ///< text, two decimals, not clamped
+        levelRole,  ///< clamped to 0 to 1
+        valueRole,  ///< text with two decimals, not clamped
     };
 
     using QAbstractListModel::QAbstractListModel;

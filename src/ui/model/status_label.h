@@ -8,7 +8,7 @@
 
 namespace sordin {
 
-/// What the engine is doing, in words and by colour. Every place that shows it uses this.
+/// The engine's state as text and color, for every place that shows it.
 class StatusLabel : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -16,11 +16,11 @@ class StatusLabel : public QObject {
     Q_PROPERTY(QString text READ text NOTIFY changed)
     Q_PROPERTY(QString callText READ callText NOTIFY changed)
     Q_PROPERTY(Tone tone READ tone NOTIFY changed)
-    /// The capture could not be started, or has ended by itself.
+    /// The capture could not start or ended by itself.
     Q_PROPERTY(bool failed READ failed NOTIFY changed)
 
 public:
-    /// The colours of the theme.
+    /// The colors of the theme.
     enum class Tone { gray, orange, yellow, green, red };
     Q_ENUM(Tone)
 
@@ -29,9 +29,9 @@ public:
     [[nodiscard]] SordinEngine* engine() const { return engine_.get(); }
     void setEngine(SordinEngine* engine);
 
-    /// A short line; of a failure, its message. Empty without an engine.
+    /// A short line; for a failure, its message. Empty without an engine.
     [[nodiscard]] QString text() const;
-    /// Why nothing is listened to while a call is on; empty if there is none.
+    /// The reason for not listening during a call; empty if there is no call.
     [[nodiscard]] QString callText() const;
     [[nodiscard]] Tone tone() const;
     [[nodiscard]] bool failed() const {

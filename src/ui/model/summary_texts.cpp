@@ -18,7 +18,7 @@ SummaryTexts::SummaryTexts(QObject* parent) : QObject(parent) {
     waitForMidnight();
 }
 
-/// An hour at most: a timer does not count the time that the computer sleeps, and clocks are set.
+/// At most an hour: timers do not count time asleep, and the clock can be set.
 void SummaryTexts::waitForMidnight() {
     using namespace std::chrono_literals;
     const QDateTime now = QDateTime::currentDateTime();

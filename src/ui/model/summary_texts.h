@@ -9,12 +9,12 @@
 
 namespace sordin {
 
-/// Figures over the remembered ads, as texts. They change with the history and at midnight.
+/// Figures of the ad history as texts. They update with the history and at midnight.
 class SummaryTexts : public QObject {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(sordin::SordinEngine* engine READ engine WRITE setEngine NOTIFY engineChanged REQUIRED)
-    /// One line: how many today, and how long.
+    /// One line with the number and the duration of today's ads.
     Q_PROPERTY(QString today READ today NOTIFY changed)
     Q_PROPERTY(QString adsToday READ adsToday NOTIFY changed)
     Q_PROPERTY(QString mutedToday READ mutedToday NOTIFY changed)

@@ -16,7 +16,7 @@ namespace {
 constexpr double groundRadius = 6;
 constexpr double markRadius = 2;
 constexpr double narrowestMark = 3;
-constexpr double tolerance = 3;  // around a mark, for the pointer
+constexpr double tolerance = 3;  // around a mark, in points
 
 }  // namespace
 
@@ -52,7 +52,7 @@ std::vector<TimelineStrip::Mark> TimelineStrip::marks(const QDateTime& now) cons
         const AdEvent& event = events[row];
         const double age = static_cast<double>(localDateTime(event.start).msecsTo(now)) / 1000;
         if (age - event.duration > span) {
-            continue;  // over before the bar begins
+            continue;  // ended before the bar begins
         }
         const double left = std::max((1 - age / span) * width(), 0.0);
         const double length = std::max(event.duration / span * width(), narrowestMark);

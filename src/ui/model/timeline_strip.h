@@ -12,12 +12,13 @@
 
 namespace sordin {
 
-/// The ads of the last hours as marks on a bar, now at its right end. Positions are as of the last painting.
+/// The ads of the last hours as marks on a bar, whose right end is the present. Positions are those of the
+/// last painting.
 class TimelineStrip : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
     Q_PROPERTY(sordin::AdHistoryModel* events READ events WRITE setEvents NOTIFY eventsChanged REQUIRED)
-    /// What the bar spans.
+    /// The time span of the bar.
     Q_PROPERTY(int hours MEMBER hours_ NOTIFY changed REQUIRED)
     Q_PROPERTY(QColor ground MEMBER ground_ NOTIFY changed)
     Q_PROPERTY(QColor real MEMBER real_ NOTIFY changed)
@@ -25,8 +26,8 @@ class TimelineStrip : public QQuickPaintedItem {
 
 public:
     struct Mark {
-        int row;       ///< in the model
-        QRectF place;  ///< in the item's coordinates
+        int row;       ///< row in the model
+        QRectF place;  ///< in item coordinates
         bool real;
     };
 
@@ -35,12 +36,12 @@ public:
     [[nodiscard]] AdHistoryModel* events() const { return events_; }
     void setEvents(AdHistoryModel* events);
 
-    /// What is drawn at a moment, later ones over earlier ones.
+    /// Returns the marks to draw at the time `now`; later ones cover earlier ones.
     [[nodiscard]] std::vector<Mark> marks(const QDateTime& now) const;
     void paint(QPainter* painter) override;
 
-    /// The row of the topmost mark at a place, as it was painted, with a few points of tolerance; -1 if there
-    /// is none.
+    /// Returns the row of the topmost mark at `x` in the last painting, with a tolerance of a few points; -1
+    /// if there is none.
     Q_INVOKABLE [[nodiscard]] int rowAt(double x) const;
 
 Q_SIGNALS:
@@ -50,7 +51,7 @@ Q_SIGNALS:
 private:
     QPointer<AdHistoryModel> events_;
     QDateTime painted_;
-    QTimer repaint_;  // as time passes
+    QTimer repaint_;  // moves the marks as time passes
     int hours_ = 6;
     QColor ground_;
     QColor real_;

@@ -44,7 +44,7 @@ QPointF TrailChart::place(const TrailPoint& point) const {
     const QRectF area = plot();
     const double first = engine_->trail().front().time;
     const double span = engine_->trail().back().time - first;
-    // Of a single moment, or of a clock that was set back, the newest is at the right.
+    // With a single point, or after the clock was set back, the newest point is at the right edge.
     const double share = span > 0 ? std::clamp((point.time - first) / span, 0.0, 1.0) : 1;
     return {area.left() + share * area.width(), heightOf(point.confidence)};
 }
@@ -70,7 +70,7 @@ void TrailChart::paintAxes(QPainter& painter) const {
     for (int i = 0; i <= lines; ++i) {
         const double value = static_cast<double>(i) / lines;
         const double y = std::round(heightOf(value));
-        painter.fillRect(QRectF(area.left(), y, area.width(), 1), grid_);  // cheaper than a line
+        painter.fillRect(QRectF(area.left(), y, area.width(), 1), grid_);  // faster than drawLine()
         if (i % 2 == 0) {
             painter.setPen(label_);
             painter.drawText(QRectF(0, y + 0.5 - lineHeight / 2, area.left() - 8, lineHeight),

@@ -11,8 +11,8 @@
 
 namespace sordin {
 
-/// The confidence of the last minutes as a line over time, with the threshold as a dashed rule. The vertical
-/// axis is 0 to 1 whatever comes; the horizontal one is as long as the trail.
+/// The confidence of the last minutes as a line over time, with the threshold as a dashed line. The vertical
+/// axis is always 0 to 1; the horizontal axis spans the trail.
 class TrailChart : public QQuickPaintedItem {
     Q_OBJECT
     QML_ELEMENT
@@ -22,7 +22,7 @@ class TrailChart : public QQuickPaintedItem {
     Q_PROPERTY(QColor grid MEMBER grid_ NOTIFY styleChanged)
     Q_PROPERTY(QColor label MEMBER label_ NOTIFY styleChanged)
     Q_PROPERTY(QFont font MEMBER font_ NOTIFY styleChanged)
-    /// The row of the trail that is pointed at; -1 for none.
+    /// The row of the point under the pointer; -1 for none.
     Q_PROPERTY(int highlighted MEMBER highlighted_ NOTIFY styleChanged)
 
 public:
@@ -33,10 +33,10 @@ public:
 
     void paint(QPainter* painter) override;
 
-    /// The row of the point nearest to a place; -1 if there is none.
+    /// Returns the row of the point nearest to `x`; -1 if there is none.
     Q_INVOKABLE [[nodiscard]] int rowAt(double x) const;
-    /// "x" and "y" in the item's coordinates, "confidence", "time" (a text); empty for a row that is not
-    /// there.
+    /// Returns "x" and "y" (item coordinates), "confidence" and "time" (text); empty if the row does not
+    /// exist.
     Q_INVOKABLE [[nodiscard]] QVariantMap point(int row) const;
 
 Q_SIGNALS:

@@ -10,7 +10,7 @@ T.CheckBox {
     implicitHeight: Math.max(22, implicitContentHeight)
     font: Theme.body
     Accessible.name: text
-    Accessible.onPressAction: if (enabled) toggle() // by itself Qt 6.8 reports a click that changes nothing
+    Accessible.onPressAction: if (enabled) toggle()  // Qt 6.8 by itself reports a click that changes nothing
 
     indicator: Rectangle {
         width: 18

@@ -2,7 +2,7 @@
 import QtQuick
 import Sordin.Style
 
-// Around what the keyboard would operate.
+// Marks the control with keyboard focus.
 Rectangle {
     required property Item control
     property int gap: 2

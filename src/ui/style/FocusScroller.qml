@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
 
-// Scrolls `area` to what gets the focus in it, and by pages.
+// Scrolls `area` to the focused item within it, and by pages.
 QtObject {
     id: scroller
     required property Flickable area
-    property Item beside: null // belongs to it, and moves with its content
+    property Item beside: null  // an item outside the area that moves with its content
     readonly property Item focused: area ? area.Window.activeFocusItem : null
     readonly property int margin: 12
 
@@ -29,7 +29,7 @@ QtObject {
         }
     }
 
-    // For Keys.onPressed: true if the key was one that scrolls.
+    // For Keys.onPressed: returns true if the key scrolls by a page.
     function turn(key: int): bool {
         const pages = key === Qt.Key_PageDown ? 1 : key === Qt.Key_PageUp ? -1 : 0;
         scrollTo(area.contentY + pages * (area.height - 4 * margin));

@@ -2,7 +2,7 @@
 import QtQuick
 import Sordin.Style
 
-// How much of something, 0 to 1.
+// A bar for a value from 0 to 1.
 Rectangle {
     id: gauge
     required property real value

@@ -6,7 +6,7 @@ Text {
     font: Theme.body
     color: Theme.text
     wrapMode: Text.Wrap
-    horizontalAlignment: Text.AlignLeft // names in Arabic or Hebrew too
+    horizontalAlignment: Text.AlignLeft  // also for names in Arabic or Hebrew
     textFormat: Text.PlainText
     renderType: Text.NativeRendering
     Accessible.role: Accessible.StaticText

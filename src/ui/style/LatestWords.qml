@@ -2,7 +2,7 @@
 import QtQuick
 import Sordin.Style
 
-// The end of a text that grows: as many of its last words as fit on `lines`.
+// Shows the end of a growing text: as many of the last words as fit on `lines`.
 Label {
     id: label
     required property string words
@@ -21,7 +21,7 @@ Label {
         }
         const all = words.split(" ");
         let [tooMany, few] = [0, all.length - 1];
-        while (few - tooMany > 1) { // how many to leave out
+        while (few - tooMany > 1) {  // binary search for the number of words to omit
             const middle = Math.floor((tooMany + few) / 2);
             text = "… " + all.slice(middle).join(" ");
             if (lineCount > lines) {

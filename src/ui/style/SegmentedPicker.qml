@@ -3,7 +3,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Sordin.Style
 
-// One of a few values. `options` is a list of { text, value }.
+// Selects one of a few values. `options` is a list of { text, value }.
 Rectangle {
     id: picker
     required property var options
@@ -33,7 +33,7 @@ Rectangle {
                 text: modelData.text
                 font: Theme.callout
                 checked: picker.value === modelData.value
-                focusPolicy: checked ? Qt.StrongFocus : Qt.ClickFocus // one stop for the Tab key
+                focusPolicy: checked ? Qt.StrongFocus : Qt.ClickFocus  // one tab stop for the whole picker
                 Accessible.name: picker.label + ": " + text
                 Accessible.onPressAction: picker.picked(modelData.value)
                 Accessible.onToggleAction: picker.picked(modelData.value)

@@ -9,7 +9,7 @@ T.Slider {
     implicitWidth: 160
     implicitHeight: 24
     opacity: enabled ? 1 : 0.45
-    // The range, by the names that assistive technology reads.
+    // The names under which assistive technology reads the range.
     readonly property real minimumValue: from
     readonly property real maximumValue: to
     Accessible.onIncreaseAction: move(1)
@@ -24,7 +24,7 @@ T.Slider {
             move(steps);
         }
     }
-    // Steps, not an assignment, which would end what the value is bound to.
+    // Changes the value in steps, because an assignment would break its binding.
     function move(steps: int) {
         for (let i = 0; i < Math.abs(steps) && value !== (steps > 0 ? to : from); ++i) {
             if (steps > 0) {

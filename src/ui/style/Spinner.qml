@@ -2,7 +2,7 @@
 import QtQuick
 import Sordin.Style
 
-// Something is under way, nobody knows how far.
+// Indicates an activity of unknown duration.
 Item {
     id: spinner
     implicitWidth: 18

@@ -12,7 +12,7 @@ T.Switch {
     font: Theme.body
     opacity: enabled ? 1 : 0.45
     Accessible.name: text
-    Accessible.onPressAction: if (enabled) toggle() // by itself Qt 6.8 reports a click that changes nothing
+    Accessible.onPressAction: if (enabled) toggle()  // Qt 6.8 by itself reports a click that changes nothing
 
     indicator: Rectangle {
         id: knobTrack

@@ -9,7 +9,7 @@ Image {
 
     width: size
     height: size
-    sourceSize: Qt.size(size, size) // multiplied by the screen's scale
+    sourceSize: Qt.size(size, size)  // in logical pixels
     source: name === "" ? "" : "image://symbol/" + name + "/" + hex(color)
     fillMode: Image.PreserveAspectFit
     Accessible.ignored: true

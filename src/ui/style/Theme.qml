@@ -3,7 +3,8 @@ pragma Singleton
 import QtQuick
 import Sordin.Style
 
-// Colours, fonts and measures. Text on its ground has a contrast of at least 4.5, symbols and marks of 3, in both looks.
+// Colors, fonts and measures. In both appearances, text has a contrast of at least 4.5 to its background,
+// symbols and marks of at least 3.
 QtObject {
     readonly property bool dark: Appearance.dark
     readonly property bool still: Appearance.reducedMotion
@@ -18,7 +19,7 @@ QtObject {
     readonly property color text: dark ? "#f1f2f4" : "#1b1d22"
     readonly property color secondary: dark ? "#a9adb6" : "#5f646e"
     readonly property color quaternary: dark ? "#3a3d44" : "#e3e5ea"
-    readonly property color edge: dark ? "#7c818b" : "#8a909b" // of what controls are made of
+    readonly property color edge: dark ? "#7c818b" : "#8a909b"  // outlines of controls
     readonly property color hover: dark ? "#14ffffff" : "#0d000000"
     readonly property color pressed: dark ? "#22ffffff" : "#1a000000"
     readonly property color red: dark ? "#ff7b74" : "#d62f26"
@@ -29,7 +30,7 @@ QtObject {
     readonly property color gray: dark ? "#9a9ea7" : "#747983"
 
     readonly property real points: Qt.application.font.pointSize > 0 ? Qt.application.font.pointSize : 10
-    // For lengths that have to hold text: 1 at 10 points and below.
+    // Scales lengths that have to hold text: 1 for fonts of 10 points or less.
     readonly property real scale: Math.max(1, points / 10)
     readonly property font caption: sized(0.92, Font.Normal)
     readonly property font callout: sized(0.97, Font.Normal)
@@ -50,13 +51,13 @@ QtObject {
         return 0.2126 * linear(c.r) + 0.7152 * linear(c.g) + 0.0722 * linear(c.b);
     }
 
-    // WCAG 2.1, 1 to 21.
+    // The contrast ratio of WCAG 2.1, 1 to 21.
     function contrast(a: color, b: color): real {
         const [low, high] = [luminance(a), luminance(b)].sort((x, y) => x - y);
         return (high + 0.05) / (low + 0.05);
     }
 
-    // Whether a colour of the user's can carry text and stand out.
+    // Whether a user's accent color has enough contrast for text and marks.
     function readable(c: color): bool {
         return c.valid && contrast(c, accentText) >= 4.5 && contrast(c, card) >= 3;
     }

@@ -2,7 +2,8 @@
 import QtQuick
 import Sordin.Style
 
-// A few words beside a place in its parent, no wider than that: above the place where there is room, or `below` it.
+// A short text beside the point `at` in its parent and no wider than the parent: above the point if there is
+// room, else `below` it.
 Rectangle {
     id: tip
     required property point at

@@ -29,9 +29,9 @@ const QString colourSchemeKey = QStringLiteral("color-scheme");
 const QString accentKey = QStringLiteral("accent-color");
 const QString animationsKey = QStringLiteral("enable-animations");
 
-constexpr int patience = 2000;  // milliseconds; what comes later is still heard as a change
+constexpr int patience = 2000;  // milliseconds; later replies are handled as changes
 
-/// Three shares from 0 to 1, as the portal has them; anything else is no colour.
+/// Returns the portal's color, three components from 0 to 1; an invalid color for any other value.
 QColor colourIn(const QVariant& value) {
     if (!value.canConvert<QDBusArgument>()) {
         return {};
@@ -57,11 +57,11 @@ QColor colourIn(const QVariant& value) {
 
 Appearance::Appearance(QObject* parent, QDBusConnection bus) : QObject(parent), bus_(std::move(bus)) {
     qApp->installEventFilter(this);
-    // Qt finds the types of a slot by their names, and not all that it has itself are known by then.
+    // Qt looks up slot argument types by name, and this one is not registered yet.
     qRegisterMetaType<QDBusVariant>("QDBusVariant");
     if (bus_.isConnected() && !bus_.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
                                             SLOT(settingChanged(QString, QString, QDBusVariant)))) {
-        qCWarning(appearanceLog, "changes of the desktop's look are not followed: %s",
+        qCWarning(appearanceLog, "cannot subscribe to changes of the desktop's appearance: %s",
                   qPrintable(bus_.lastError().message()));
     }
     ask(appearanceGroup, colourSchemeKey);
@@ -97,7 +97,7 @@ void Appearance::ask(const QString& group, const QString& key) {
 
 void Appearance::settingChanged(const QString& group, const QString& key, const QDBusVariant& value) {
     QVariant content = value.variant();
-    if (content.canConvert<QDBusVariant>()) {  // older portals wrap it twice
+    if (content.canConvert<QDBusVariant>()) {  // older portals wrap the value twice
         content = content.value<QDBusVariant>().variant();
     }
     if (group == appearanceGroup && key == colourSchemeKey) {

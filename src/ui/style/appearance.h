@@ -10,23 +10,23 @@
 
 namespace sordin {
 
-/// How the desktop wants programs to look: asked of its settings portal, and followed while it changes; where
-/// there is no portal, what the palette says. Lives on the main thread.
+/// The desktop's appearance settings, from the settings portal; without a portal, from the palette. Follows
+/// changes. Main thread only.
 class Appearance : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool dark READ dark NOTIFY changed)
-    /// The user's colour for what is chosen or on; invalid where there is none.
+    /// The user's accent color; invalid if there is none.
     Q_PROPERTY(QColor accent READ accent NOTIFY changed)
-    /// Nothing should move without need.
+    /// Whether to avoid animations.
     Q_PROPERTY(bool reducedMotion READ reducedMotion NOTIFY changed)
 
 public:
-    // Not constructible without an argument: QML would make an instance of its own.
+    // Not default-constructible, because QML would otherwise create another instance.
     explicit Appearance(QObject* parent, QDBusConnection bus = QDBusConnection::sessionBus());
 
-    /// The one that views use; the application makes it and keeps it.
+    /// Sets the instance that the views use; the application owns it.
     static void use(Appearance* appearance) { used() = appearance; }
     static Appearance* create(QQmlEngine* qml, QJSEngine* engine);
 
@@ -34,7 +34,7 @@ public:
     [[nodiscard]] QColor accent() const;
     [[nodiscard]] bool reducedMotion() const { return reducedMotion_; }
 
-    /// Overrides what the desktop says, for pictures and tests.
+    /// Overrides the desktop's setting, for screenshots and tests.
     void force(bool dark);
 
     bool eventFilter(QObject* object, QEvent* event) override;
@@ -45,13 +45,13 @@ Q_SIGNALS:
 private Q_SLOTS:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
-private:  // NOLINT(readability-redundant-access-specifiers): no slots any more
+private:  // NOLINT(readability-redundant-access-specifiers): ends the slots
     void ask(const QString& group, const QString& key);
 
     static Appearance*& used();
     QDBusConnection bus_;
     std::optional<bool> forced_;
-    unsigned colourScheme_ = 0;  // of the portal: 1 prefers dark, 2 light
+    unsigned colourScheme_ = 0;  // portal value: 1 prefers dark, 2 light
     QColor portalAccent_;
     bool reducedMotion_ = false;
 };

@@ -7,8 +7,8 @@
 
 namespace sordin {
 
-/// Symbols as pictures of one colour: "image://symbol/NAME/AARRGGBB". A name that is not known is an empty
-/// picture. Any thread.
+/// Renders symbols in one color: "image://symbol/NAME/AARRGGBB". An unknown name yields a transparent image.
+/// Any thread.
 class SymbolProvider : public QQuickImageProvider {
 public:
     SymbolProvider() : QQuickImageProvider(Image) {}

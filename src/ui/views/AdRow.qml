@@ -18,7 +18,7 @@ Item {
     Accessible.role: Accessible.ListItem
     Accessible.name: summary
 
-    Rectangle { // where the keyboard is
+    Rectangle {  // keyboard focus
         anchors { fill: parent; leftMargin: 8; rightMargin: 8 }
         visible: row.ListView.isCurrentItem && row.ListView.view.activeFocus
         radius: 8

@@ -4,7 +4,7 @@ import QtQuick.Layouts
 import Sordin.Model
 import Sordin.Style
 
-// Which applications the ads came from.
+// Statistics and options per application.
 ColumnLayout {
     id: page
     required property SordinEngine engine

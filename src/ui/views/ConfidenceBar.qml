@@ -3,7 +3,7 @@ import QtQuick
 import Sordin.Model
 import Sordin.Style
 
-// The current ad confidence against the threshold.
+// The current ad confidence relative to the threshold.
 ConfidenceLevel {
     id: bar
     implicitWidth: 120

@@ -8,7 +8,7 @@ Switch {
 
     text: qsTr("Enabled")
     checked: engine.isEnabled
-    // Assistive technology changes this without a click.
+    // Assistive technology changes `checked` without a click.
     onCheckedChanged: {
         if (checked !== engine.isEnabled) {
             engine.isEnabled = checked;

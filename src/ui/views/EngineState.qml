@@ -3,7 +3,7 @@ import QtQuick
 import Sordin.Model
 import Sordin.Style
 
-// The engine's state in words, and its colour in the current look.
+// The engine's state as text, and its color in the current appearance.
 StatusLabel {
     readonly property color color: [Theme.gray, Theme.orange, Theme.yellow, Theme.green, Theme.red][tone]
 }

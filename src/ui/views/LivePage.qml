@@ -4,7 +4,7 @@ import QtQuick.Layouts
 import Sordin.Model
 import Sordin.Style
 
-// What the detector does right now.
+// The detector's current state.
 ColumnLayout {
     id: page
     required property SordinEngine engine
@@ -30,7 +30,7 @@ ColumnLayout {
             }
             ColumnLayout {
                 spacing: 2
-                // As high with a source as without: nothing moves when an ad begins.
+                // The height is the same with and without a source, so that nothing moves when an ad begins.
                 Layout.minimumHeight: statusText.implicitHeight + 2 + source.implicitHeight
                 Label {
                     id: statusText
@@ -65,7 +65,7 @@ ColumnLayout {
                 visible: page.engine.adFaded
                 text: qsTr("Restore Volume")
                 onClicked: {
-                    if (visualFocus) { // it is about to hide
+                    if (visualFocus) {  // the button is about to hide
                         nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason);
                     }
                     page.engine.restoreVolume();

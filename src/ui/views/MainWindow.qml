@@ -17,10 +17,10 @@ T.ApplicationWindow {
         { key: "settings", title: qsTr("Settings"), symbol: "gearshape", page: settings },
     ]
 
-    // Whether the desktop shows the program's icon, as last read by who handles `guideTurned`.
+    // Whether the desktop shows the program's icon. The handler of `guideTurned` updates it.
     property bool iconIsShown: true
 
-    // While it is shown: it scrolls by itself.
+    // Set while this page is shown; it scrolls by itself.
     readonly property TimelinePage timelinePage: page.item as TimelinePage
 
     signal quit()
@@ -33,7 +33,8 @@ T.ApplicationWindow {
     minimumHeight: 540
     color: Theme.window
 
-    Shortcut { sequence: "Ctrl+Q"; context: Qt.ApplicationShortcut; onActivated: window.quit() } // over the guide too
+    // Also while the guide is open.
+    Shortcut { sequence: "Ctrl+Q"; context: Qt.ApplicationShortcut; onActivated: window.quit() }
     Shortcut { sequence: "Ctrl+W"; onActivated: window.close() }
 
     HistoryClearing { id: historyClearing; engine: window.engine }
@@ -47,7 +48,7 @@ T.ApplicationWindow {
     RowLayout {
         anchors.fill: parent
         spacing: 0
-        // Not all that a page shows can have the focus, which would bring it into sight.
+        // Keys have to scroll, because a page may have parts that cannot take the focus.
         Keys.onPressed: event => event.accepted = (window.timelinePage?.scrolling ?? scrolling).turn(event.key)
         Rectangle {
             id: side
@@ -77,7 +78,7 @@ T.ApplicationWindow {
                     height: 34
                     text: modelData.title
                     highlighted: ListView.isCurrentItem
-                    focusPolicy: Qt.NoFocus // the list has it
+                    focusPolicy: Qt.NoFocus  // the list has the focus
                     onClicked: ListView.view.currentIndex = index
                     Accessible.role: Accessible.ListItem
                     Accessible.name: text
@@ -131,7 +132,8 @@ T.ApplicationWindow {
                 y: window.timelinePage ? 0 : 24
                 width: detail.width - 48
                 height: window.timelinePage ? detail.height : item ? Math.max(item.implicitHeight, detail.height - 48) : 0
-                // Behind the guide nothing can be used, not even by assistive technology, which modality does not stop.
+                // The page is not loaded behind the guide, because modality does not keep assistive
+                // technology from using it.
                 active: window.engine.onboardingComplete
                 sourceComponent: window.sections[sidebar.currentIndex].page
                 onSourceComponentChanged: detail.contentY = 0
@@ -139,7 +141,7 @@ T.ApplicationWindow {
             FocusScroller { id: scrolling; area: detail }
         }
     }
-    // Whether the focus was last moved by keys, so that it is to be seen.
+    // Whether the focus last moved by keyboard and has to be visible.
     readonly property bool byKeyboard: activeFocusItem !== null && (activeFocusItem.focusReason === Qt.TabFocusReason || activeFocusItem.focusReason === Qt.BacktabFocusReason)
 
     OnboardingSheet {

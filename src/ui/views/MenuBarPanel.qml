@@ -5,7 +5,7 @@ import QtQuick.Window
 import Sordin.Model
 import Sordin.Style
 
-// What drops down from the icon. Leaving it closes it.
+// The panel that opens at the icon. It closes when it loses the focus.
 Window {
     id: panel
     required property SordinEngine engine
@@ -13,8 +13,8 @@ Window {
     signal quit()
 
     title: qsTr("Sordin")
-    // One size, which compositors that tile leave alone. Each bound follows the content itself: one that follows
-    // `height`, which it changes, is a binding loop.
+    // A fixed size, so that tiling compositors leave the window floating. All bounds depend on the content;
+    // depending on `height` would be a binding loop.
     readonly property int contentHeight: Math.ceil(column.implicitHeight) + 24
     width: 290
     minimumWidth: 290
@@ -41,7 +41,7 @@ Window {
             id: column
             x: 12
             y: 12
-            width: 266 // known before the texts wrap
+            width: 266  // constant, because wrapped texts depend on it
             spacing: 10
             RowLayout {
                 spacing: 8
@@ -62,7 +62,7 @@ Window {
                 text: qsTr("Restore Volume")
                 Layout.fillWidth: true
                 onClicked: {
-                    if (visualFocus) { // it is about to hide
+                    if (visualFocus) {  // the button is about to hide
                         nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason);
                     }
                     panel.engine.restoreVolume();

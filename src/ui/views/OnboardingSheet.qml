@@ -5,12 +5,12 @@ import QtQuick.Templates as T
 import Sordin.Model
 import Sordin.Style
 
-// The first-run guide, over the main window for as long as it has not been finished. Nothing else closes it.
+// The first-run guide over the main window. Only finishing it closes it.
 T.Popup {
     id: sheet
     required property SordinEngine engine
     required property int lastStep
-    property bool iconIsShown: true // in the desktop's panel
+    property bool iconIsShown: true  // in the desktop's panel
     property int step: 0
 
     parent: T.Overlay.overlay
@@ -33,7 +33,7 @@ T.Popup {
     function goBack() {
         --step;
         if (step === 0) {
-            primary.forceActiveFocus(); // the button is gone
+            primary.forceActiveFocus();  // the back button is hidden now
         }
     }
 
@@ -59,7 +59,7 @@ T.Popup {
             objectName: "guideScroller"
             Layout.fillWidth: true
             Layout.fillHeight: true
-            Layout.rightMargin: -20 // where the bar is
+            Layout.rightMargin: -20  // room for the scroll bar
             clip: true
             boundsBehavior: Flickable.StopAtBounds
             contentWidth: width
@@ -67,7 +67,7 @@ T.Popup {
             T.ScrollBar.vertical: ScrollBar { }
             Loader {
                 id: page
-                x: 2 // for the frame of what has the focus
+                x: 2  // room for the focus frame
                 width: scroller.width - 24
                 sourceComponent: sheet.step === 0 ? welcome : sheet.step === 1 ? systemAudio : sheet.step === 2 ? speech : muting
                 onSourceComponentChanged: scroller.contentY = 0
@@ -160,7 +160,7 @@ T.Popup {
         Layout.fillWidth: true
         RowLayout {
             spacing: 8
-            height: permission.implicitHeight + 12 // that of a button
+            height: permission.implicitHeight + 12  // the height of a button
             Symbol {
                 visible: statusRow.granted || !statusRow.optional
                 name: statusRow.granted ? "checkmark.circle.fill" : "exclamationmark.circle"
@@ -241,7 +241,7 @@ T.Popup {
                 objectName: "whereItIs"
                 text: sheet.iconIsShown
                       ? qsTr("Use the menu bar icon to pause Sordin or change sensitivity. Test Mode lets you watch detection without any muting.")
-                      : qsTr("This desktop shows no icon for Sordin: its window, which opening Sordin again brings back, has everything. Test Mode lets you watch detection without any muting.")
+                      : qsTr("This desktop shows no icon for Sordin. Its window has all controls; open Sordin again to bring it back. Test Mode lets you watch detection without any muting.")
                 lineHeight: 1.15
                 Layout.fillWidth: true
             }

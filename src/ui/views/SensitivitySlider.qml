@@ -12,8 +12,8 @@ Slider {
     onValueChanged: if (value !== engine.sensitivity) engine.sensitivity = value
     Accessible.name: qsTr("Sensitivity")
 
-    // To multiples of 5 %, each the number nearest to it: a sum of steps may be shown as one percent less. The pointer is
-    // free.
+    // Moves to multiples of 5 %, each as the nearest floating-point number: accumulated steps could display
+    // one percent less. The pointer can select any value.
     function move(steps: int) {
         const twentieths = engine.sensitivity * 20;
         const next = steps > 0 ? Math.floor(twentieths + 1e-9) + steps : Math.ceil(twentieths - 1e-9) + steps;

@@ -3,7 +3,8 @@ import QtQuick
 import QtQuick.Layouts
 import Sordin.Style
 
-// What to do by hand, after a button found no program to open. `anchor` is one of Permissions::openSettings.
+// Instructions for the user if no program for a setting was found. For `anchor`, see
+// Permissions::openSettings().
 Caption {
     required property string anchor
     required property bool granted

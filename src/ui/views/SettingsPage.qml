@@ -71,7 +71,7 @@ ColumnLayout {
             }
         }
         Caption {
-            text: qsTr("Fitted to labelled broadcasts: the volume comes back sooner after an ad, and less of the programme is muted.")
+            text: qsTr("Tuned on labeled broadcasts: the volume returns sooner after an ad, and less of the programme is muted.")
             Layout.fillWidth: true
         }
     }
@@ -89,7 +89,7 @@ ColumnLayout {
             }
         }
         Caption {
-            text: qsTr("A call is on while an application plays sound and records from a microphone, or marks what it plays as a call.")
+            text: qsTr("A call is on while an application plays sound and records from a microphone, or marks its sound as a call.")
             Layout.fillWidth: true
         }
     }

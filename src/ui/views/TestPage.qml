@@ -4,7 +4,7 @@ import QtQuick.Layouts
 import Sordin.Model
 import Sordin.Style
 
-// Watching the detector without any muting, and trying the muting without an ad.
+// Dry run of the detector, and a simulated ad to test muting.
 ColumnLayout {
     id: page
     required property SordinEngine engine

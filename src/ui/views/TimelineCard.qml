@@ -26,7 +26,7 @@ Card {
         id: strip
         objectName: "strip"
         readonly property int row: pointer.hovered ? rowAt(pointer.point.position.x) : -1
-        z: 1 // its tip lies over what is below it
+        z: 1  // the tip covers the items below
         Layout.fillWidth: true
         implicitHeight: 34
         events: card.events
@@ -42,7 +42,7 @@ Card {
             objectName: "tip"
             visible: strip.row >= 0
             at: Qt.point(pointer.point.position.x, strip.height)
-            below: true // not over the marks
+            below: true  // must not cover the marks
             text: card.events.summary(strip.row)
         }
     }

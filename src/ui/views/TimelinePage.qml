@@ -5,7 +5,7 @@ import QtQuick.Templates as T
 import Sordin.Model
 import Sordin.Style
 
-// The record of the ads: what scrolls is the list, with everything above it; the buttons stay below.
+// The ad history. The list scrolls together with everything above it; the buttons stay below.
 Item {
     id: page
     required property SordinEngine engine
@@ -18,7 +18,8 @@ Item {
     Item {
         anchors { fill: parent; bottomMargin: controls.height + 40 }
         clip: true
-        // Beside the list rather than its header: in its focus scope, the keyboard would get stuck in one of both.
+        // A sibling of the list instead of its header: in the header's focus scope, keyboard navigation would
+        // get stuck.
         ColumnLayout {
             id: head
             y: (list.headerItem?.y ?? 0) - list.contentY
@@ -47,7 +48,7 @@ Item {
                 Label { objectName: "noAds"; text: qsTr("No ads detected yet."); color: Theme.secondary }
             }
         }
-        // Of five hundred rows only those in sight exist.
+        // Only the visible rows of up to five hundred exist.
         ListView {
             id: list
             objectName: "list"
@@ -64,12 +65,13 @@ Item {
             header: Item {
                 width: 1
                 height: head.height + 22
-                onHeightChanged: page.scrolling.scrollTo(-Infinity) // the list would keep its first row in place
+                // Otherwise the list keeps its first row in place.
+                onHeightChanged: page.scrolling.scrollTo(-Infinity)
             }
             footer: Item { width: 1; height: 6 }
             delegate: AdRow { width: ListView.view.width }
 
-            Rectangle { // the card of the rows
+            Rectangle {  // the card behind the rows
                 parent: list.contentItem
                 z: -1
                 visible: list.count > 0
@@ -108,7 +110,7 @@ Item {
             enabled: page.clearing.canClear
             onClicked: {
                 page.clearing.clear();
-                undo.forceActiveFocus(Qt.TabFocusReason); // this button can no longer have it
+                undo.forceActiveFocus(Qt.TabFocusReason);  // this button cannot keep the focus
             }
         }
     }

@@ -8,22 +8,22 @@
 
 namespace sordin {
 
-/// Replaces texts of the views by those of a catalogue in Qt's translation source format (.ts). The catalogue
-/// has a dozen entries, so it is read as it stands when the program starts, and no build needs Qt's
-/// translation tools.
+/// Replaces texts of the views with those of a catalog in Qt's translation source format (.ts). The program
+/// parses this file at start, because a dozen entries need no compiled catalog, so that the build does not
+/// need Qt's translation tools.
 class WordingCatalogue : public QTranslator {
     Q_OBJECT
 
 public:
     using QTranslator::QTranslator;
 
-    /// Reads the catalogue's finished and unfinished messages without plural forms. False, and no message, if
-    /// the file cannot be opened or is no well-formed catalogue.
+    /// Reads the catalog's messages, finished and unfinished, without plural forms. On failure, returns false
+    /// and leaves the catalog empty.
     [[nodiscard]] bool read(const QString& file);
 
     [[nodiscard]] bool isEmpty() const override;
 
-    /// A null string where the catalogue has no such text. Disambiguations and numbers are ignored.
+    /// Returns a null string for unknown texts. Ignores disambiguations and numbers.
     [[nodiscard]] QString translate(const char* context, const char* sourceText, const char* disambiguation,
                                     int n) const override;
 

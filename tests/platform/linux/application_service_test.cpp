@@ -22,9 +22,10 @@ protected:
 TEST_F(ApplicationServiceTest, OneHasTheNameAndTheOthersAskItToTheFront) {
     std::optional<ApplicationService> first(std::in_place, program, note);
     EXPECT_EQ(first->name(), Name::ours);
-    ApplicationService second(desktop, [](const QString&) { ADD_FAILURE() << "it is not this one's"; });
+    ApplicationService second(
+        desktop, [](const QString&) { ADD_FAILURE() << "the second service must not be activated"; });
     ASSERT_EQ(second.name(), Name::taken);
-    // Another process waits for the answer; here it is another thread.
+    // Another process would wait for the answer. Here, another thread does.
     const auto activate = [&] {
         bool answered = false;
         const std::unique_ptr<QThread> thread(QThread::create([&] { answered = second.activateOther(); }));
@@ -39,8 +40,8 @@ TEST_F(ApplicationServiceTest, OneHasTheNameAndTheOthersAskItToTheFront) {
     EXPECT_THAT(tokens, ElementsAre("", "token"));
 
     first.reset();
-    EXPECT_FALSE(activate()) << "nobody has the name";
-    EXPECT_EQ(ApplicationService(program, note).name(), Name::ours) << "which is free again";
+    EXPECT_FALSE(activate()) << "the name has no owner";
+    EXPECT_EQ(ApplicationService(program, note).name(), Name::ours) << "the name is free again";
 }
 
 TEST_F(ApplicationServiceTest, TheDesktopAsksInAnyOfItsWays) {
@@ -74,11 +75,11 @@ TEST_F(ApplicationServiceTest, ActionsOfTheDesktopAreDone) {
     {
         ApplicationService service(program, note);
         const QString refused = "org.freedesktop.DBus.Error.InvalidArgs";
-        EXPECT_EQ(act("Pause"), refused) << "there is none yet";
+        EXPECT_EQ(act("Pause"), refused) << "there is no action yet";
         service.setActions(actions());
         EXPECT_EQ(act("Pause"), "");
         EXPECT_EQ(act("Resume"), refused);
-        EXPECT_EQ(act("Pause", {7}), refused) << "it takes nothing";
+        EXPECT_EQ(act("Pause", {7}), refused) << "the action takes no argument";
         EXPECT_THAT(started, ElementsAre(false));
     }
     started.clear();
@@ -86,8 +87,8 @@ TEST_F(ApplicationServiceTest, ActionsOfTheDesktopAreDone) {
     service.setActions(actions());
     EXPECT_EQ(act("Pause"), "");
     EXPECT_EQ(act("Pause"), "");
-    EXPECT_THAT(started, ElementsAre(true, false)) << "the bus started it for the first call";
-    EXPECT_THAT(tokens, IsEmpty()) << "no window is asked for";
+    EXPECT_THAT(started, ElementsAre(true, false)) << "the bus started the program for the first call";
+    EXPECT_THAT(tokens, IsEmpty()) << "no window is requested";
 }
 
 TEST_F(ApplicationServiceTest, ItsNameIsTakenAgainOnABusThatWasStartedAnew) {

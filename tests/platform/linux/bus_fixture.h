@@ -14,7 +14,7 @@
 
 namespace sordin {
 
-/// Talking on a bus while its messages are handled.
+/// Sends messages on a bus and processes incoming ones while it waits.
 class BusTalk {
 protected:
     template <class Condition>
@@ -40,7 +40,7 @@ protected:
     }
 };
 
-/// A bus of the test's own with two on it: the program, and the desktop that asks it.
+/// A private bus with two connections: the program, and the desktop that calls it.
 class BusParties : protected BusTalk {
 protected:
     BusParties()
@@ -51,7 +51,7 @@ protected:
         QDBusConnection::disconnectFromBus("desktop");
     }
 
-    /// What the desktop gets for an answer.
+    /// The answer to a call from the desktop.
     [[nodiscard]] QDBusMessage ask(const QString& path, const QString& interface, const QString& method,
                                    const QVariantList& arguments = {}) const {
         return answer(desktop, question(program.baseService(), path, interface, method, arguments));

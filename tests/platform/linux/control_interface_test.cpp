@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What scripts are told and may do, held against the description that is installed for them.
+// The D-Bus interface, compared with its installed description.
 #include "bus_fixture.h"
 #include "platform/linux/session/control_interface.h"
 #include "platform/linux/session/running_program.h"
@@ -23,7 +23,7 @@ constexpr auto objectPath = ApplicationService::path;
 constexpr auto controlName = ControlInterface::name;
 constexpr auto properties = "org.freedesktop.DBus.Properties";
 
-/// Its members, each with types and access: "property Enabled b readwrite", "method Toggle out b".
+/// The members of an interface with types and access: "property Enabled b readwrite", "method Toggle out b".
 std::map<QString, QString> membersIn(const QString& xml) {
     std::map<QString, QString> members;
     QXmlStreamReader reader(xml);
@@ -46,7 +46,7 @@ std::map<QString, QString> membersIn(const QString& xml) {
             } else if (inside && (element == "method" || element == "signal")) {
                 member = attribute("name");
                 members[member] = element;
-            } else if (inside) {  // an argument or a note
+            } else if (inside) {  // an argument or an annotation
                 members[member] += ' ' + attribute("direction") + attribute("type") + attribute("value");
             }
         }
@@ -58,7 +58,7 @@ std::map<QString, QString> membersIn(const QString& xml) {
 class ControlInterfaceTest : public BusTest {
 protected:
     [[nodiscard]] QVariant is(const char* name) const { return property(objectPath, controlName, name); }
-    /// The end of the error's name; empty if there is none.
+    /// The last part of the error name; empty if there is no error.
     [[nodiscard]] QString errorOf(const QDBusMessage& answer) const {
         return answer.errorName().section('.', -1);
     }
@@ -101,7 +101,7 @@ TEST_F(ControlInterfaceTest, IsWhatItsDescriptionSays) {
     ASSERT_THAT(described, SizeIs(12));
     EXPECT_EQ(membersIn(introspection()), described);
 
-    // And does as it says.
+    // The answers must match the description.
     auto answer = ask(objectPath, properties, "GetAll", {controlName});
     auto all = qdbus_cast<QVariantMap>(answer.arguments().value(0));
     for (const auto& [name, member] : described) {
@@ -131,13 +131,13 @@ TEST_F(ControlInterfaceTest, IsDrivenByScripts) {
     control.emplace(service, parts, std::chrono::hours(1));
     for (const bool answered : {false, true, false, true, false, true, false}) {
         EXPECT_EQ(ask(objectPath, "", "Toggle").arguments(), QVariantList{answered})
-            << "without the interface's name";
+            << "without an interface name";
         EXPECT_EQ(is("Enabled"), answered);
     }
     EXPECT_EQ(write("Enabled", true), "");
-    EXPECT_THAT(writes, ElementsAre(false, true, false)) << "what comes at once is brought together";
+    EXPECT_THAT(writes, ElementsAre(false, true, false)) << "rapid switches are combined";
     control.emplace(service, parts);
-    EXPECT_THAT(writes, ElementsAre(false, true, false, true)) << "the last word holds";
+    EXPECT_THAT(writes, ElementsAre(false, true, false, true)) << "the last switch counts";
     EXPECT_EQ(write("TunedDetection", true), "");
     EXPECT_EQ(is("TunedDetection"), true);
     EXPECT_EQ(write("IgnoredApplications", QStringList{"a", "b"}), "");
@@ -147,8 +147,7 @@ TEST_F(ControlInterfaceTest, IsDrivenByScripts) {
     state.confidence = 0.75;
     EXPECT_EQ(is("Confidence"), 0.75);
 
-    // As the program does that has been started to say it; another process waits for the answer, here it is
-    // another thread.
+    // The program that sends the request runs in another process. Here, another thread waits for the answer.
     const auto callRunning = [&] {
         std::optional<QString> problem;
         const std::unique_ptr<QThread> thread(
@@ -160,7 +159,7 @@ TEST_F(ControlInterfaceTest, IsDrivenByScripts) {
     EXPECT_EQ(callRunning(), "");
     EXPECT_EQ(restores, 2);
     control.reset();
-    EXPECT_TRUE(callRunning().startsWith("does not answer")) << callRunning().toStdString();
+    EXPECT_TRUE(callRunning().startsWith("does not respond")) << callRunning().toStdString();
     program.unregisterService(ApplicationService::id);
     EXPECT_EQ(callRunning(), "is not running");
     EXPECT_TRUE(callRunningProgram(QDBusConnection("none"), "RestoreNow").has_value());
@@ -179,7 +178,7 @@ TEST_F(ControlInterfaceTest, IsReportedToPanelsAndScripts) {
     EXPECT_TRUE(reported("Listening, 25 %"));
     state.confidence = 0.875;
     control->stateChanged();
-    state.tunedDetection = true;  // says nothing to a panel
+    state.tunedDetection = true;  // not part of the report
     control->stateChanged();
     static_cast<void>(is("Status"));
     state.statusText = "Ad detected, muted";
@@ -216,7 +215,8 @@ TEST_F(ControlInterfaceTest, TheDesktopsActionsAreDone) {
                               {action, QVariantList(), QVariantMap()}));
     };
     act("ToggleEnabled");
-    EXPECT_THAT(writes, ElementsAre(true)) << "who starts the program by it wants it to listen";
+    EXPECT_THAT(writes, ElementsAre(true))
+        << "starting the program through the action must not switch it off";
     act("ToggleEnabled");
     EXPECT_TRUE(comes([&] { return writes == std::vector{true, false}; }));
     act("RestoreVolume");
@@ -225,7 +225,7 @@ TEST_F(ControlInterfaceTest, TheDesktopsActionsAreDone) {
 
 TEST_F(ControlInterfaceTest, TellsWhatChangesOnceAndNothingElse) {
     PropertyEar ear(desktop, program.baseService(), objectPath);
-    EXPECT_EQ(write("Enabled", true), "") << "which it is: by then the bus knows who listens";
+    EXPECT_EQ(write("Enabled", true), "") << "no change; registers the listener with the bus";
     state.status = "ad";
     control->stateChanged();
     state.adActive = true;
@@ -240,7 +240,7 @@ TEST_F(ControlInterfaceTest, TellsWhatChangesOnceAndNothingElse) {
     state.source.clear();
     control->stateChanged();
     ASSERT_TRUE(comes([&] { return ear.changes.size() > 1; }));
-    EXPECT_EQ(ear.changes[1], (QVariantMap{{"Source", ""}})) << "and nothing of the confidence";
+    EXPECT_EQ(ear.changes[1], (QVariantMap{{"Source", ""}})) << "the confidence sends no signal";
 }
 
 TEST_F(ControlInterfaceTest, RefusesWhatIsWrong) {
@@ -264,7 +264,7 @@ TEST_F(ControlInterfaceTest, RefusesWhatIsWrong) {
     EXPECT_EQ(restores, 0);
 
     control.reset();
-    EXPECT_EQ(call("RestoreNow"), "UnknownInterface") << "the program is about to end";
+    EXPECT_EQ(call("RestoreNow"), "UnknownInterface") << "the interface has been removed";
     EXPECT_THAT(membersIn(introspection()), IsEmpty());
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Calls of every sort to everything that the program has on the bus. What is no message at all the bus itself
-// keeps from it; all else may come.
+// Random calls of all members of the program on the bus. The bus itself rejects malformed messages, so
+// everything else can arrive.
 #include "bus_fixture.h"
 #include "platform/linux/session/control_interface.h"
 #include "platform/linux/session/status_notifier_item.h"
@@ -23,7 +23,7 @@ struct Member {
     QString path;
     QString interface;
     QString name;
-    QStringList types;  ///< of what a method takes
+    QStringList types;  ///< types of the arguments
 };
 
 class DbusFuzzTest : public BusTest {
@@ -41,7 +41,7 @@ protected:
     ~DbusFuzzTest() override { ::close(null); }
     Q_DISABLE_COPY_MOVE(DbusFuzzTest)
 
-    /// What there is to be called, as the program says it itself.
+    /// Reads the members from the introspection of an object.
     void learn(const char* path) {
         const auto answer = ask(path, "org.freedesktop.DBus.Introspectable", "Introspect");
         QXmlStreamReader reader(answer.arguments().value(0).toString());
@@ -106,7 +106,7 @@ protected:
     }
     QVariant anything(int depth = 3) {
         using Limits = std::numeric_limits<double>;
-        constexpr std::size_t nested = 4;  // so many of these have something in them
+        constexpr std::size_t nested = 4;  // this many types are containers
         const std::vector<std::function<QVariant()>> makers{
             [&] { return map(depth); },
             [&] { return list(depth); },
@@ -133,7 +133,7 @@ protected:
         const std::size_t first = depth > 0 ? 0 : nested;
         return makers[first + below(makers.size() - first)]();
     }
-    /// Of a type that the program takes.
+    /// A random value of a type that the program accepts.
     QVariant ofType(const QString& type) {
         const std::map<QString, std::function<QVariant()>> makers{
             {"s", [&] { return text(); }},
@@ -157,13 +157,13 @@ protected:
              }}};
         const auto maker = makers.find(type);
         if (maker == makers.end()) {
-            ADD_FAILURE() << "nothing is made for " << type.toStdString();
+            ADD_FAILURE() << "no generator for the type " << type.toStdString();
             return {};
         }
         return maker->second();
     }
 
-    /// A method with what it takes; sometimes it is another method, or takes something else.
+    /// A call of a random method, sometimes with a wrong name or wrong arguments.
     QDBusMessage call() {
         Member method = anyOf(methods);
         QVariantList arguments;
@@ -190,7 +190,7 @@ protected:
             program.baseService(), property.path, "org.freedesktop.DBus.Properties", "Set",
             {property.interface, property.name, wrapped(onceIn(4) ? QVariant(onceIn(2)) : anything())});
     }
-    /// As if it came from those whom the program listens to.
+    /// A signal that seems to come from a service to which the program listens.
     QDBusMessage news() {
         auto message = QDBusMessage::createTargetedSignal(
             program.baseService(), onceIn(2) ? "/StatusNotifierWatcher" : "/org/freedesktop/DBus",
@@ -199,7 +199,7 @@ protected:
         message.setArguments(list(3));
         return message;
     }
-    /// Many at a time; each has to be answered, but for those whose sender does not want it.
+    /// Sends many calls at once. Each must get an answer unless its sender does not expect one.
     void sendSome() {
         constexpr int some = 50;
         std::vector<std::pair<QDBusMessage, QDBusPendingCall>> calls;
@@ -262,9 +262,9 @@ TEST_F(DbusFuzzTest, EveryCallIsAnsweredAndNoneDoesHarm) {
         ASSERT_EQ(property(StatusNotifierItem::path, itemInterface, "Title"), "Sordin");
         ASSERT_EQ(property(DbusMenu::path, "com.canonical.dbusmenu", "Version"), 3U);
     }
-    EXPECT_TRUE(comes([&] { return openFiles() <= files; })) << "nothing that is passed stays open";
+    EXPECT_TRUE(comes([&] { return openFiles() <= files; })) << "passed file descriptors must be closed";
     for (const int reached : {clicks, toggles, chosen, activations, restores, writes}) {
-        EXPECT_GT(reached, 0) << "it gets as far as what the program does";
+        EXPECT_GT(reached, 0) << "some calls must reach the program";
     }
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The real decoder in its process, with the models that are installed.
+// The real decoder in its process, with the installed models.
 #include "detection/keyword_transcript_scorer.h"
 #include "platform/linux/speech/decoder_process.h"
 #include "platform/linux/speech/linux_speech_recogniser.h"
@@ -52,16 +52,16 @@ TEST(LinuxSpeechRecogniser, HearsAnAdvertisementAsItIsSpoken) {
                 early = KeywordTranscriptScorer().score(transcriber.text());
             }
         }
-        EXPECT_GT(early, 0.8F) << "it is sponsored, and that is said first";
+        EXPECT_GT(early, 0.8F) << "the sponsor is named at the beginning";
         EXPECT_EQ(KeywordTranscriptScorer().score(transcriber.text()), 1) << transcriber.text();
         texts.push_back(transcriber.text());
     }
-    EXPECT_EQ(texts[0], texts[1]) << "the same every time";
+    EXPECT_EQ(texts[0], texts[1]) << "decoding must be deterministic";
 }
 
 TEST(LinuxSpeechRecogniser, IsNotAvailableWithoutItsModel) {
     const TemporaryFolder elsewhere;
-    writeText(elsewhere / "CMakeCache.txt", "");  // a build tree without anything
+    writeText(elsewhere / "CMakeCache.txt", "");  // a build tree without models
     const auto recogniser =
         linuxSpeechRecogniser(std::make_shared<ManualSerialQueue>("sordin.speech"), elsewhere / "program");
     EXPECT_FALSE(recogniser->authorised() || recogniser->canRequestAuthorisation() ||
@@ -86,8 +86,7 @@ TEST(DecoderProcess, TellsWhenItDies) {
     decoder.end();
 }
 
-/// Whether a decoder with these files is refused with one line. One that is not must work or fail like any
-/// other.
+/// Whether a decoder rejects these files with one line. If not, it must work or fail like any other decoder.
 bool refused(const SpeechModelFiles& files) {
     try {
         DecoderProcess decoder(helper(), files);
@@ -121,7 +120,7 @@ TEST(DecoderProcess, DamagedModelsHarmNobody) {
     for (const double share : {0.0, 0.5}) {
         SpeechModelFiles files = whole;
         files.mask = cut(whole.mask, share);
-        EXPECT_FALSE(refused(files)) << "it works without the mask";
+        EXPECT_FALSE(refused(files)) << "the decoder works without the mask";
         files = whole;
         files.advertisingLanguage = cut(whole.advertisingLanguage, share);
         EXPECT_TRUE(refused(files)) << share;
@@ -134,7 +133,7 @@ TEST(DecoderProcess, DamagedModelsHarmNobody) {
             fs::remove_all(files.acousticModel);
             fs::copy(whole.acousticModel, files.acousticModel);
             fs::rename(cut(whole.acousticModel / part, share), files.acousticModel / part);
-            // Some damage the library does not see; what it then reads is chance.
+            // The library does not detect some damage. Results are then arbitrary.
             EXPECT_TRUE(refused(files) || (share > 0 && part != "means")) << part << " " << share;
         }
     }

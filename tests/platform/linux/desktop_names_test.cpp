@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// From a process to the name that its user knows.
+// From a process to the application name that the user knows.
 #include "platform/linux/desktop/application_id.h"
 #include "platform/linux/desktop/desktop_entry.h"
 #include "platform/linux/desktop/linux_process_directory.h"
@@ -37,7 +37,7 @@ TEST(ApplicationId, IsReadFromTheUnitsThatDesktopsMake) {
     EXPECT_EQ(ofUnit("snap.firefox.firefox-0b9d3bd2-8d5c-4f35-8a3a-0d1a5ad0f7b1.scope"), "firefox_firefox");
     EXPECT_EQ(ofUnit("snap.radio.player.service"), "radio_player");
     EXPECT_EQ(ofUnit("app-gnome-firefox-1.scope/child"), "firefox");
-    EXPECT_EQ(ofUnit("app-org.gnome.Terminal.slice/vte-spawn-0b9d3bd2.scope"), "-") << "a tab of a terminal";
+    EXPECT_EQ(ofUnit("app-org.gnome.Terminal.slice/vte-spawn-0b9d3bd2.scope"), "-") << "a terminal tab";
     EXPECT_EQ(applicationIdFromCgroup("0::/user.slice/user-1000.slice/session-2.scope\n"), std::nullopt);
     EXPECT_EQ(applicationIdFromCgroup("12:pids:/x\n1:name=systemd:/app-mpv-1.scope\n"), "mpv");
 }
@@ -70,7 +70,7 @@ TEST(DesktopEntry, GivesTheNameInTheUsersLanguage) {
     EXPECT_EQ(name("de_AT@euro"), "Radio AT");
     EXPECT_EQ(name("sr_RS.UTF-8@latin"), "Radio Latin");
     EXPECT_EQ(name("sr_RS"), "Radio");
-    EXPECT_EQ(name("fr_FR"), "Radio") << "an empty translation is none";
+    EXPECT_EQ(name("fr_FR"), "Radio") << "an empty translation does not count";
     EXPECT_EQ(desktopEntryName("[Desktop Entry]\nName=A\\sB\\\\C\\", ""), "A B\\C\\");
     EXPECT_EQ(desktopEntryName("[Desktop Entry]\nComment=x", "de"), std::nullopt);
 }
@@ -130,7 +130,7 @@ protected:
     [[nodiscard]] const fs::path& base() const { return base_.path(); }
     [[nodiscard]] const LinuxProcessDirectory& directory() const { return directory_; }
 
-    std::map<std::int32_t, std::string> sandboxed;  // what the portal knows
+    std::map<std::int32_t, std::string> sandboxed;  // processes known to the portal
 
 private:
     LinuxProcessDirectory directory_{
@@ -155,7 +155,7 @@ TEST_F(LinuxProcessDirectoryTest, NamesProcessesByWhatIsKnownOfThem) {
     writeText(process(15, "") / "comm", "someone else's\n");
     EXPECT_EQ(name(15), "someone else's");
     sandboxed = {{14, "com.example.Radio"}, {2, "org.example.Unlisted"}};
-    EXPECT_EQ(name(14), "Radio") << "not the process that has this number outside the sandbox";
+    EXPECT_EQ(name(14), "Radio") << "not the process with this id outside the sandbox";
     EXPECT_EQ(name(2), "org.example.Unlisted");
     EXPECT_EQ(name(99), "(none)");
     EXPECT_EQ(name(0), "(none)");
@@ -168,7 +168,7 @@ TEST_F(LinuxProcessDirectoryTest, NamesProcessesByWhatIsKnownOfThem) {
     entry("second", "org.radio", "Radio");
     EXPECT_THAT(directory().applicationIds("Radio"), ElementsAre("com.example.Radio", "org.radio"));
     EXPECT_THAT(directory().applicationIds("mpv Media Player"), ElementsAre("mpv Media Player"))
-        << "is hidden";
+        << "a hidden entry does not count";
     EXPECT_EQ(directory().applicationName("org.radio"), "Radio");
     EXPECT_EQ(directory().applicationName("../radio"), "../radio");
 }
@@ -179,7 +179,7 @@ TEST_F(LinuxProcessDirectoryTest, IsNotLedAstray) {
     EXPECT_EQ(name(10), "mpv Media Player");
     const auto piped = process(11, "/usr/bin/mpv");
     mkfifo((piped / "root/.flatpak-info").c_str(), 0600);
-    EXPECT_EQ(name(11), "mpv Media Player") << "without waiting at the pipe";
+    EXPECT_EQ(name(11), "mpv Media Player") << "a pipe must not block";
     const auto huge = process(12, "/usr/bin/mpv");
     writeText(huge / "root/.flatpak-info", std::string(1 << 20, '['));
     EXPECT_EQ(name(12), "mpv Media Player");

@@ -20,12 +20,12 @@ TEST(DeviceVolume, IsTheCubeRootOfTheLoudestChannelAndKeepsBalanceThroughSilence
     DeviceVolume volume;
     EXPECT_THAT(volume.appeared({0.216F, 0.108F}), IsEmpty());
     EXPECT_FLOAT_EQ(volume.scalar(), 0.6F);
-    EXPECT_THAT(volume.write(0.3F), near({0.027F, 0.0135F}));  // 0.3 cubed, and half of it
+    EXPECT_THAT(volume.write(0.3F), near({0.027F, 0.0135F}));  // 0.3 cubed, and half of that
     EXPECT_THAT(volume.write(0), ElementsAre(0.0F, 0.0F));
     volume.reported({0, 0});
     EXPECT_THAT(volume.write(0.6F), ElementsAre(0.216F, 0.108F));  // to the last bit
     volume.reported({0.216F, 0.108F});
-    volume.reported({0, 0});  // by somebody else: balance outlives that too
+    volume.reported({0, 0});  // by another program; the balance survives that, too
     EXPECT_THAT(volume.write(0.5F), near({0.125F, 0.0625F}));
 }
 
@@ -37,7 +37,7 @@ TEST(DeviceVolume, AboveFullVolumeOneStandsForTheVolumeThatTheUserHad) {
     EXPECT_THAT(volume.write(0.5F), near({0.274625F}));  // 0.65 cubed
     EXPECT_THAT(volume.write(1), ElementsAre(2.197F));
     volume.reported({2.197F});
-    volume.reported({0.5F});  // somebody else goes below
+    volume.reported({0.5F});  // another program lowers it
     EXPECT_FLOAT_EQ(volume.reference(), 1);
 }
 
@@ -47,18 +47,19 @@ TEST(DeviceVolume, TellsEchoesOfItsOwnWritesFromChangesByOthers) {
     const auto first = volume.write(0.6F);
     const auto second = volume.write(0.4F);
     const auto third = volume.write(0.2F);
-    volume.reported(first);  // late
+    volume.reported(first);  // a late echo
     EXPECT_FLOAT_EQ(volume.scalar(), 0.2F);
-    volume.reported({third[0] + 0.0001F});  // the second left out, the third rounded as Bluetooth does
+    volume.reported(
+        {third[0] + 0.0001F});  // the second is missing, the third rounded as by Bluetooth devices
     EXPECT_FLOAT_EQ(volume.scalar(), 0.2F);
-    volume.reported(third);  // and repeated
+    volume.reported(third);  // a repeated echo
     EXPECT_FLOAT_EQ(volume.scalar(), 0.2F);
-    volume.reported(second);  // now that is the user
+    volume.reported(second);  // no echo is pending: a change by the user
     EXPECT_FLOAT_EQ(volume.scalar(), 0.4F);
-    volume.reported(third);  // and so is this
+    volume.reported(third);  // another change by the user
     EXPECT_FLOAT_EQ(volume.scalar(), 0.2F);
 
-    // In the middle of a fade: what is applied last counts.
+    // During a fade, the last applied volume counts.
     const auto fourth = volume.write(0.1F);
     volume.reported({0.729F});
     EXPECT_FLOAT_EQ(volume.scalar(), 0.9F);
@@ -75,12 +76,13 @@ TEST(DeviceVolume, AWriteThatTheServerMayHaveForgottenIsWrittenAgain) {
     EXPECT_FLOAT_EQ(volume.scalar(), 1);
 
     volume.writeRemembered();
-    EXPECT_THAT(volume.appeared({0.027F, 0.0135F}), IsEmpty());  // turned down while it was away
+    EXPECT_THAT(volume.appeared({0.027F, 0.0135F}),
+                IsEmpty());  // another program lowered it while it was away
     EXPECT_FLOAT_EQ(volume.scalar(), 0.3F / 1.3F);
     EXPECT_FLOAT_EQ(volume.reference(), 1.3F);
 
     volume.reported({0.125F, 0.125F});
-    EXPECT_THAT(volume.appeared({1, 1}), IsEmpty());  // after a change by others nothing is written again
+    EXPECT_THAT(volume.appeared({1, 1}), IsEmpty());  // a change by another program cancels the pending write
     EXPECT_FLOAT_EQ(volume.scalar(), 1);
 }
 
@@ -96,18 +98,18 @@ TEST(DeviceVolume, ARecordGivesReferenceAndBalanceBack) {
     EXPECT_FLOAT_EQ(silent.scalar(), 0);
     EXPECT_THAT(silent.write(1), near({2.197F, 1.0985F}));
 
-    DeviceVolume quiet;  // with a balance that is not the user's, since the volume is not either
+    DeviceVolume quiet;  // its volume and balance are not the user's
     quiet.reported({0.064F, 0.064F});
     quiet.adopt(1, {1, 0.5F});
     EXPECT_THAT(quiet.write(0.5F), near({0.125F, 0.0625F}));
 
-    DeviceVolume raised;  // somebody has brought it back already: the next fade is about what there is now
+    DeviceVolume raised;  // restored by another program: the next fade starts from the current volume
     raised.reported({0.064F, 0.064F});
     raised.adopt(1, {1, 0.5F});
     EXPECT_THAT(raised.ratios(), ElementsAre(1.0F, 1.0F));
     EXPECT_THAT(raised.write(0.2F), near({0.008F, 0.008F}));
 
-    DeviceVolume surround;  // a record of another number of channels is of no use
+    DeviceVolume surround;  // a record with a different number of channels is ignored
     surround.reported({0, 0, 0});
     surround.adopt(1, {1, 0.5F});
     EXPECT_THAT(surround.write(1), ElementsAre(1.0F, 1.0F, 1.0F));

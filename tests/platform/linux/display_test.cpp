@@ -22,7 +22,8 @@ TEST(Display, TheEndOfAStartIsToldInPiecesAsTheProtocolHasThem) {
          {std::pair(R"(gnome-shell/Sordin/1-0-host_TIME7)",
                     R"(remove: ID="gnome-shell/Sordin/1-0-host_TIME7")"),
           {R"(a "\ b)", R"(remove: ID="a \"\\ b")"},
-          {"1234567", R"(remove: ID="1234567")"}}) {  // 20 bytes, so the zero is alone
+          {"1234567",
+           R"(remove: ID="1234567")"}}) {  // 20 bytes, so the terminating zero is in a message by itself
         const XcbReply<xcb_get_input_focus_reply_t> ready(
             xcb_get_input_focus_reply(desktop.get(), xcb_get_input_focus(desktop.get()), nullptr));
         endStartupNotification(token);
@@ -43,7 +44,7 @@ TEST(Display, TheEndOfAStartIsToldInPiecesAsTheProtocolHasThem) {
         EXPECT_STREQ(all.c_str(), told);
         EXPECT_EQ(markers.size(), 1U);
         ASSERT_GE(types.size(), 2U);
-        EXPECT_EQ(std::count(types.begin(), types.end(), types[0]), 1) << "the first is marked";
+        EXPECT_EQ(std::count(types.begin(), types.end(), types[0]), 1) << "only the first message is marked";
     }
 }
 

@@ -21,7 +21,7 @@ using testing::HasSubstr;
 
 class FileUserDefaultsTest : public testing::Test {
 private:
-    TemporaryFolder base_;  // before those that use it
+    TemporaryFolder base_;  // declared before its users
 
 protected:
     [[nodiscard]] json settings() const { return json::parse(contentsOf(file())); }
@@ -29,7 +29,7 @@ protected:
     [[nodiscard]] fs::path pendingFile() const { return folder() / "pending-restore.json"; }
     [[nodiscard]] fs::path folder() const { return base_ / "Sordin"; }
 
-    /// As after a new start of the program.
+    /// Simulates a new start of the program.
     void open() {
         defaults.reset();
         defaults = std::make_unique<FileUserDefaults>(folder(), queue);
@@ -75,7 +75,7 @@ TEST_F(FileUserDefaultsTest, KeepsTypedValuesAcrossStarts) {
 }
 
 TEST_F(FileUserDefaultsTest, WritesSettingsALittleLaterAndAtTheEnd) {
-    for (int i = 0; i < 10; ++i) {  // a slider on the move is written while it moves
+    for (int i = 0; i < 10; ++i) {  // a moving slider is saved while it moves
         defaults->set("sensitivity", 0.1 * i);
         EXPECT_EQ(fs::exists(file()), i >= 5) << i;
         pass(20ms);
@@ -139,14 +139,15 @@ TEST_F(FileUserDefaultsTest, SetsAsideWhatItCannotRead) {
         EXPECT_THAT(setAside(), testing::Contains(bad[i]));
         EXPECT_EQ(contentsOf(defaults->settingsAside()), bad[i]);
     }
-    for (const fs::path& each : {file(), pendingFile()}) {  // opens, but reading fails, as on a failing disk
+    for (const fs::path& each :
+         {file(), pendingFile()}) {  // opens, but reading fails, as on a defective disk
         fs::create_symlink("/proc/self/mem", each);
         open();
         EXPECT_FALSE(fs::is_symlink(each));
     }
     fs::create_directories(file());
     mkfifo(pendingFile().c_str(), 0600);
-    open();  // neither hangs nor minds
+    open();  // must not hang or fail
     defaults->set("enabled", true);
     defaults->set("pendingRestoreVolume", 0.5);
     open();
@@ -158,26 +159,26 @@ TEST_F(FileUserDefaultsTest, AFailedWriteLeavesTheOldFileWhole) {
     defaults->set("sensitivity", 0.25);
     defaults->flush();
     const auto old = contentsOf(file());
-    // A full disk: the folder is where nothing can be created, also for root.
+    // A full disk: a folder in which even root cannot create files.
     const fs::path kept = folder().parent_path() / "kept";
     fs::rename(folder(), kept);
-    for (const char* nowhere : {"/proc/self/nowhere", "Sordin"}) {  // the second leads to itself
+    for (const char* nowhere : {"/proc/self/nowhere", "Sordin"}) {  // the second is a symbolic link to itself
         fs::create_symlink(nowhere, folder());
         defaults->set("sensitivity", 0.75);
         defaults->set("pendingRestoreVolume", 0.5);
         defaults->flush();
         EXPECT_EQ(defaults->number("sensitivity"), 0.75);
         EXPECT_EQ(contentsOf(kept / "defaults.json"), old);
-        EXPECT_FALSE(FileUserDefaults(folder(), queue).number("sensitivity")) << "and so does a start";
+        EXPECT_FALSE(FileUserDefaults(folder(), queue).number("sensitivity")) << "a new start must also work";
         fs::remove(folder());
     }
     fs::rename(kept, folder());
-    defaults->flush();  // tries again
+    defaults->flush();  // retries
     EXPECT_EQ(settings()["sensitivity"], 0.75);
     EXPECT_EQ(json::parse(contentsOf(pendingFile()))["pendingRestoreVolume"], 0.5);
     for (const auto& entry : fs::directory_iterator(folder())) {
         EXPECT_THAT(entry.path().filename().string(), testing::Not(testing::StartsWith(".")))
-            << "left behind";
+            << "a temporary file was left behind";
     }
 }
 

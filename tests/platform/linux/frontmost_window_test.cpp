@@ -10,7 +10,7 @@
 namespace sordin {
 namespace {
 
-/// A program with a window, and what a window manager would say of it.
+/// A program with a window, and the properties that a window manager would set.
 class WindowedProgram {
 public:
     WindowedProgram() : connection_(xcb_connect(nullptr, nullptr)) {
@@ -48,12 +48,12 @@ TEST(FrontmostWindow, IsThatOfTheActiveWindowOnX11Only) {
     unsetenv("DISPLAY");
     EXPECT_FALSE(frontmostWindowProcess());
     PrivateDisplay display;
-    EXPECT_FALSE(frontmostWindowProcess()) << "nothing is active yet";
+    EXPECT_FALSE(frontmostWindowProcess()) << "no window is active yet";
     WindowedProgram program;
-    program.claimProcess(2);  // as a sandboxed program would, which counts from 1 inside
+    program.claimProcess(2);  // like a sandboxed program, whose process ids start at 1
     program.setActiveWindow(program.window());
-    EXPECT_EQ(frontmostWindowProcess(), getpid()) << "the server knows better than the window";
-    program.setActiveWindow(0x7FFFFF);  // gone in the meantime
+    EXPECT_EQ(frontmostWindowProcess(), getpid()) << "the server's process id takes precedence";
+    program.setActiveWindow(0x7FFFFF);  // no longer exists
     EXPECT_FALSE(frontmostWindowProcess());
     program.setActiveWindow(0);
     EXPECT_FALSE(frontmostWindowProcess());

@@ -12,8 +12,8 @@ using testing::IsEmpty;
 using testing::Pair;
 using testing::UnorderedElementsAre;
 
-/// A server with this program (client 1, node 10 with ports 11 and 12) and one player (client 2, node 20
-/// with ports 21, left, and 22, right).
+/// A server with this program (client 1, node 10 with ports 11 and 12) and a player (client 2, node 20 with
+/// ports 21, left, and 22, right).
 class LinkPlanTest : public testing::Test {
 protected:
     LinkPlanTest() {
@@ -67,7 +67,7 @@ TEST_F(LinkPlanTest, EachSideGoesToItsOwnAndTheMiddleToBoth) {
 TEST_F(LinkPlanTest, OwnSoundIsNeverHeardAndUnknownSoundNotYet) {
     graph.clients[2].described = false;
     EXPECT_THAT(plan(), IsEmpty());
-    graph.clients[2] = client(100);  // another connection of this process
+    graph.clients[2] = client(100);  // a second connection of this process
     EXPECT_THAT(plan(), IsEmpty());
     graph.clients.erase(2);
     EXPECT_THAT(plan(), IsEmpty());
@@ -76,7 +76,7 @@ TEST_F(LinkPlanTest, OwnSoundIsNeverHeardAndUnknownSoundNotYet) {
     graph.clients[2].throughPulse = true;
     graph.clients[2].processId = getpid();
     EXPECT_THAT(plan(), IsEmpty());
-    graph.clients[2].portalApplication = "org.example.Player";  // the same number in another sandbox
+    graph.clients[2].portalApplication = "org.example.Player";  // the same process id in another sandbox
     EXPECT_EQ(plan().size(), 2U);
 
     graph.nodes[20].described = false;
@@ -85,12 +85,12 @@ TEST_F(LinkPlanTest, OwnSoundIsNeverHeardAndUnknownSoundNotYet) {
 
 TEST_F(LinkPlanTest, FiltersAndLoopbacksAreNotHeardTwiceButMicrophonesThroughThemOnce) {
     graph.nodes[20].linkGroup = "loopback-1";
-    EXPECT_THAT(plan(), IsEmpty());  // of a sink or filter
+    EXPECT_THAT(plan(), IsEmpty());  // a loop of a sink or filter
     graph.nodes[30] = node("Stream/Input/Audio", 2);
     graph.nodes[30].linkGroup = "loopback-1";
-    EXPECT_EQ(plan().size(), 2U);  // of a microphone
+    EXPECT_EQ(plan().size(), 2U);  // a loop of a microphone
     graph.nodes[30].capturesSink = true;
-    EXPECT_THAT(plan(), IsEmpty());  // of what a sink plays
+    EXPECT_THAT(plan(), IsEmpty());  // a loop of a sink's monitor
 }
 
 TEST_F(LinkPlanTest, OfTooManyStreamsThoseThatPlayComeFirst) {

@@ -11,7 +11,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Any object of any program: keeps what it is told.
+/// An object that accepts every call and records it.
 class Helper : public QDBusVirtualObject {
 public:
     Helper(QDBusConnection bus, const QString& name) : bus_(std::move(bus)), name_(name) {
@@ -48,26 +48,26 @@ TEST_F(LinuxPermissionsTest, OnlyASandboxWithoutTheServersSocketLacksThem) {
     unsetenv("PIPEWIRE_REMOTE");
     unsetenv("PULSE_SERVER");
     const LinuxPermissions permissions(program, folder / "sandbox");
-    EXPECT_TRUE(permissions.screenCapturePreflight()) << "a server that is away is no missing permission";
+    EXPECT_TRUE(permissions.screenCapturePreflight()) << "an absent server is not a missing permission";
     writeText(folder / "sandbox", "");
     EXPECT_FALSE(permissions.screenCapturePreflight());
     setenv("PIPEWIRE_REMOTE", "other", 1);
     writeText(folder / "pipewire-0", "");
-    EXPECT_FALSE(permissions.screenCapturePreflight()) << "the socket of another server";
+    EXPECT_FALSE(permissions.screenCapturePreflight()) << "this socket belongs to another server";
     unsetenv("PIPEWIRE_REMOTE");
     EXPECT_TRUE(permissions.screenCapturePreflight());
     std::filesystem::remove(folder / "pipewire-0");
     setenv("PULSE_SERVER", ("unix:" + (folder / "pulse").string()).c_str(), 1);
     EXPECT_FALSE(permissions.screenCapturePreflight());
     writeText(folder / "pulse", "");
-    EXPECT_TRUE(permissions.screenCapturePreflight()) << "PulseAudio's";
+    EXPECT_TRUE(permissions.screenCapturePreflight()) << "PulseAudio's socket";
     unsetenv("PULSE_SERVER");
     unsetenv("XDG_RUNTIME_DIR");
 }
 
 TEST_F(LinuxPermissionsTest, OpensTheBestOfTheDesktopsProgramsThatHelp) {
     LinuxPermissions permissions(program);
-    EXPECT_FALSE(permissions.openSettings("Privacy_ScreenCapture"));  // nobody is there
+    EXPECT_FALSE(permissions.openSettings("Privacy_ScreenCapture"));  // no program is available
     {
         Helper settings(desktop, "org.gnome.Settings");
         EXPECT_TRUE(permissions.openSettings("Privacy_ScreenCapture"));
@@ -76,7 +76,8 @@ TEST_F(LinuxPermissionsTest, OpensTheBestOfTheDesktopsProgramsThatHelp) {
         EXPECT_EQ(settings.last.signature(), "sava{sv}");
         EXPECT_FALSE(permissions.openSettings("no such page"));
         EXPECT_FALSE(permissions.openSettings("Privacy_SpeechRecognition"));
-        static_cast<void>(ask("/", "org.freedesktop.DBus.Peer", "Ping"));  // what was sent has come by now
+        static_cast<void>(
+            ask("/", "org.freedesktop.DBus.Peer", "Ping"));  // earlier messages have arrived after this
         EXPECT_EQ(settings.calls.size(), 1U);
     }
     const Helper software(desktop, "org.gnome.Software");

@@ -17,7 +17,7 @@ TEST(LoginEntry, IsThereOnlyIfAskedForAndFollowsTheDesktop) {
     const fs::path autostart = folder / "config/autostart";
     const LoginEntry entry(autostart, "/usr/bin/sordin");
     EXPECT_FALSE(entry.active());
-    EXPECT_FALSE(entry.setActive(false)) << "nothing to remove";
+    EXPECT_FALSE(entry.setActive(false)) << "there is no entry to remove";
     EXPECT_FALSE(fs::exists(autostart));
     EXPECT_FALSE(entry.setActive(true));
     EXPECT_TRUE(entry.active());
@@ -29,15 +29,17 @@ TEST(LoginEntry, IsThereOnlyIfAskedForAndFollowsTheDesktop) {
         EXPECT_FALSE(entry.active()) << off;
     }
     EXPECT_FALSE(entry.setActive(true));
-    EXPECT_TRUE(entry.active()) << "the user's last word";
+    EXPECT_TRUE(entry.active()) << "the user's last choice";
     EXPECT_FALSE(entry.setActive(false));
     EXPECT_TRUE(fs::is_empty(autostart));
 
     writeText(folder / "file", "");
-    EXPECT_TRUE(LoginEntry(folder / "file", "/usr/bin/sordin").setActive(true)) << "an error";
+    EXPECT_TRUE(LoginEntry(folder / "file", "/usr/bin/sordin").setActive(true))
+        << "the error of a failed write";
 }
 
-/// What the key says, read as the Desktop Entry Specification has it: first as a string, then as a command.
+/// The command of the key Exec, unescaped as a string and then as a command, as the Desktop Entry
+/// Specification defines.
 std::string commandIn(const std::string& text) {
     const auto start = text.find("\nExec=") + 6;
     const std::string line = text.substr(start, text.find('\n', start) - start);

@@ -21,7 +21,7 @@ TEST(PendingRestoreLock, IsHeldByOneAtATimeWhereThereCanBeOne) {
         ASSERT_EQ(first.state(), State::held);
         EXPECT_EQ(PendingRestoreLock(folder).state(), State::taken);
         EXPECT_EQ(PendingRestoreLock(folder, 30ms).state(), State::taken);
-        EXPECT_EQ(PendingRestoreLock(base.path()).state(), State::held) << "another folder is another lock";
+        EXPECT_EQ(PendingRestoreLock(base.path()).state(), State::held) << "each folder has a separate lock";
     }
     EXPECT_EQ(PendingRestoreLock(folder).state(), State::held);
     writeText(base / "file", "");

@@ -25,18 +25,18 @@ TEST(PulseCatalogue, OnlyApplicationsOwnSoundIsAudible) {
     const auto audible = [&](const Player& player) { return catalogue.isAudible(player); };
     EXPECT_TRUE(audible({0, 1, {}}));
     EXPECT_FALSE(audible({0, 2, {}})) << "this program";
-    EXPECT_TRUE(audible({0, 3, {}})) << "of nobody knows whom";
-    EXPECT_FALSE(audible({0, 4, {}})) << "its program is not known yet";
-    EXPECT_FALSE(audible({0, {}, 30})) << "what another sink passes on";
+    EXPECT_TRUE(audible({0, 3, {}})) << "the owner is unknown";
+    EXPECT_FALSE(audible({0, 4, {}})) << "the program of the client is not known yet";
+    EXPECT_FALSE(audible({0, {}, 30})) << "the output of another sink";
     EXPECT_FALSE(audible({0, {}, 31})) << "a loop from a sink's monitor";
     EXPECT_TRUE(audible({0, {}, 32})) << "a loop from a microphone";
-    EXPECT_TRUE(audible({0, {}, 33})) << "received over the network, say";
+    EXPECT_TRUE(audible({0, {}, 33})) << "for example received over the network";
 
     EXPECT_TRUE(catalogue.plays({0, 1, {}}));
-    EXPECT_FALSE(catalogue.plays({0, 1, {}, true})) << "paused";
-    EXPECT_FALSE(catalogue.plays({7, 1, {}})) << "to no sink";
+    EXPECT_FALSE(catalogue.plays({0, 1, {}, true})) << "the stream is paused";
+    EXPECT_FALSE(catalogue.plays({7, 1, {}})) << "the stream has no sink";
     catalogue.sinks[0].running = false;
-    EXPECT_FALSE(catalogue.plays({0, 1, {}})) << "the device sleeps";
+    EXPECT_FALSE(catalogue.plays({0, 1, {}})) << "the device is suspended";
 }
 
 TEST(PulseCatalogue, AProcessCountsOnlyIfItIsTheOneThatItSaysItIs) {
@@ -44,7 +44,7 @@ TEST(PulseCatalogue, AProcessCountsOnlyIfItIsTheOneThatItSaysItIs) {
     const std::string file = std::filesystem::read_symlink("/proc/self/exe").filename();
     EXPECT_EQ(processHere(own, file), getpid());
     EXPECT_EQ(processHere(own, ""), getpid());
-    EXPECT_EQ(processHere(own, "player"), std::nullopt);  // the number is another's, inside a sandbox
+    EXPECT_EQ(processHere(own, "player"), std::nullopt);  // in a sandbox, the id belongs to another process
     for (const char* wrong : {"", "0", "-1", "12x", "99999999999", "2147483647", "../1"}) {
         EXPECT_EQ(processHere(wrong, file), std::nullopt) << wrong;
     }
@@ -59,20 +59,20 @@ TEST(StreamMixer, AddsUpWhatHasArrivedOfAllAndWaitsForNoneForLong) {
     mixer.add(1, ones);
     mixer.add(2, twos);
     EXPECT_THAT(mixer.take(), ElementsAre(3, 3));
-    EXPECT_THAT(mixer.take(), IsEmpty());  // the second has nothing yet
+    EXPECT_THAT(mixer.take(), IsEmpty());  // the second stream has no data yet
     mixer.add(1, ones);
     mixer.add(1, ones);
-    EXPECT_THAT(mixer.take(), ElementsAre(1, 1, 1));  // no more than the patience stays behind
+    EXPECT_THAT(mixer.take(), ElementsAre(1, 1, 1));  // waits no longer than the limit
     mixer.add(2, twos);
     EXPECT_THAT(mixer.take(), ElementsAre(3, 3));
     mixer.remove(2);
-    EXPECT_THAT(mixer.take(), ElementsAre(1, 1));  // nobody is left to be waited for
+    EXPECT_THAT(mixer.take(), ElementsAre(1, 1));  // no other stream to wait for
 
     mixer.add(1, ones);
     mixer.add(2, twos);
     mixer.remove(1);
     mixer.remove(1);
-    EXPECT_THAT(mixer.take(), ElementsAre(3, 3));  // what had arrived of the one that ended is not lost
+    EXPECT_THAT(mixer.take(), ElementsAre(3, 3));  // keeps the data of the stream that ended
     mixer.remove(2);
     EXPECT_THAT(mixer.take(), ElementsAre(1));
     EXPECT_THAT(mixer.take(), SizeIs(0));

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// sandbox_probe [inherited]: takes the network and the dumps away from itself, tries everything, prints what
-// came of it ("NAME RESULT", a line each: an error's number, or ok), and has a program that it starts do the
-// same. A filter cannot be removed again, so the test cannot do this itself.
+// sandbox_probe [inherited]: installs the network filter and disables memory dumps, tries everything, and
+// prints the results
+// ("NAME RESULT", one per line: an error number, or ok). It then starts a program that does the same. A
+// filter cannot be removed, so the test cannot do this in its own process.
 #include "platform/linux/sandbox/network_filter.h"
 #include "platform/linux/sandbox/private_memory.h"
 
@@ -27,7 +28,7 @@ void tell(const std::string& name, long result) {
     std::cout << name << ' ' << (result < 0 ? std::to_string(errno) : "ok") << '\n';
 }
 
-/// By the bare call, since the C library passes on only 32 bits.
+/// A direct system call, because the C library passes only 32 bits.
 long rawSocket(std::uint64_t family) {
     return syscall(SYS_socket, family, SOCK_DGRAM, 0);
 }
@@ -46,8 +47,8 @@ void tryFamilies() {
 }
 
 #ifdef __x86_64__
-/// socket(AF_INET, SOCK_DGRAM, 0) as a program of 32 bits calls it: its error, 0 if it worked. Where the
-/// system knows no such programs, that is the end of the process; so it is one of its own.
+/// The result of socket(AF_INET, SOCK_DGRAM, 0) from a 32-bit program: an error, or 0. Runs in a child
+/// process, because systems without 32-bit support end the process.
 int resultOf32Bits() {
     const pid_t child = fork();
     if (child == 0) {
@@ -65,18 +66,18 @@ int resultOf32Bits() {
 }
 #endif
 
-/// What goes around socket(2).
+/// Ways around socket(2).
 void tryDetours() {
     std::array<std::uint64_t, 15> parameters{};  // io_uring_params
     tell("io-uring", syscall(SYS_io_uring_setup, 1, parameters.data()));
 #ifdef __x86_64__
     std::cout << "int-80 " << resultOf32Bits() << '\n';
-    constexpr long x32 = 0x40000000;  // pointers of 32 bits
+    constexpr long x32 = 0x40000000;  // the ABI with 32-bit pointers
     tell("x32", syscall(x32 | SYS_socket, AF_INET, SOCK_DGRAM, 0));
 #endif
 }
 
-/// What a library would do that looks something up.
+/// A name lookup by a library.
 void tryLibrary() {
     addrinfo hints{};
     hints.ai_socktype = SOCK_STREAM;
@@ -107,7 +108,7 @@ void tellPrivacy() {
 int main(int argc, char** argv) {
     const bool inherited = argc > 1;
     std::promise<void> installed;
-    std::thread earlier([&] {  // one that should not be there yet
+    std::thread earlier([&] {  // a thread started before the filter
         installed.get_future().wait();
         tell("thread", rawSocket(AF_INET));
     });

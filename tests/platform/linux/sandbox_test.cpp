@@ -13,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 using Results = std::map<std::string, std::string>;
 
-/// What the next process of the probe has to say.
+/// The results of the probe's next process.
 Results read(ChildProcess& probe) {
     Results results;
     while (const auto line = probe.readLine(60s)) {
@@ -29,15 +29,15 @@ Results read(ChildProcess& probe) {
 
 TEST(Sandbox, LeavesNoWayToANetworkAndDumpsNoMemory) {
     ChildProcess probe({SORDIN_SANDBOX_PROBE}, {.readOutput = true});
-    const Results own = read(probe);        // of the process that installed it
-    const Results inherited = read(probe);  // of a program that this started
+    const Results own = read(probe);        // the process that installed the filter
+    const Results inherited = read(probe);  // a program that this process started
     const int error = std::stoi(own.at("installed"));
     if (error == ENOSYS || error == EINVAL || error == EPERM) {
         GTEST_SKIP() << "this system has no seccomp filters: error " << error;
     }
     ASSERT_EQ(error, 0);
     EXPECT_EQ(own.at("dumps"), "0");
-    EXPECT_EQ(own.at("dumpable"), "1") << "else services of the desktop could not tell who asks";
+    EXPECT_EQ(own.at("dumpable"), "1") << "desktop services could not identify the process otherwise";
     const auto refused = std::to_string(EAFNOSUPPORT);
     const auto missing = std::to_string(ENOSYS);
     Results expected{{"family--1", refused}, {"thread", refused},        {"pair-unix", "ok"},

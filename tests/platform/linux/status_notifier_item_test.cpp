@@ -70,7 +70,7 @@ TEST_F(StatusNotifierItemTest, SaysWhatAPanelShows) {
     EXPECT_TRUE(comes([&] { return panel.tipChanges() == 1 && panel.description() == "Sordin: Paused"; }));
     item.setSymbol("speaker.zzz");
     item.setSymbol("speaker.slash.fill");
-    EXPECT_TRUE(comes([&] { return panel.iconChanges() == 2; })) << "once a change";
+    EXPECT_TRUE(comes([&] { return panel.iconChanges() == 2; })) << "one signal per change";
     EXPECT_EQ(is("IconName"), "org.sordin.Sordin-muting-symbolic");
 }
 
@@ -106,7 +106,7 @@ TEST_F(StatusNotifierItemTest, IsShownByPanelsThatComeAndGo) {
         EXPECT_TRUE(comes([&] { return item.isShown(); }));
         EXPECT_THAT(panel.items(), ElementsAre(program.baseService()));
         panel.setShows(false);
-        EXPECT_TRUE(comes([&] { return !item.isShown(); })) << "a watcher without a panel";
+        EXPECT_TRUE(comes([&] { return !item.isShown(); })) << "a watcher without a panel shows no icon";
         panel.setShows(true);
         EXPECT_TRUE(comes([&] { return item.isShown(); }));
         panel.leave();
@@ -130,7 +130,7 @@ TEST_F(StatusNotifierItemTest, TheMenuSaysWhatCanBeDoneAndDoesIt) {
     EXPECT_EQ(property(menuPath, menuInterface, "Version"), 3U);
     const auto shown = children(layout());
     ASSERT_EQ(shown.size(), 4U);
-    EXPECT_EQ(shown[0].properties.value("label"), "a__b") << "no key is meant";
+    EXPECT_EQ(shown[0].properties.value("label"), "a__b") << "the underscore does not mark a key";
     EXPECT_EQ(shown[0].properties.value("enabled"), false);
     EXPECT_EQ(shown[1].properties.value("type"), "separator");
     EXPECT_EQ(shown[2].properties.value("toggle-type"), "checkmark");
@@ -144,7 +144,7 @@ TEST_F(StatusNotifierItemTest, TheMenuSaysWhatCanBeDoneAndDoesIt) {
     click(3);
     EXPECT_EQ(done, 1);
     click(3, "hovered");
-    click(1);  // which cannot be chosen
+    click(1);  // a disabled entry
     for (const int id : {0, 2, 4, 5, -1, std::numeric_limits<int>::min()}) {
         click(id);
     }
@@ -153,7 +153,7 @@ TEST_F(StatusNotifierItemTest, TheMenuSaysWhatCanBeDoneAndDoesIt) {
                            {QVariant::fromValue(QList<MenuEvent>{{3, "clicked", QDBusVariant(0), 0},
                                                                  {9, "clicked", QDBusVariant(0), 0}})});
     EXPECT_EQ(done, 2);
-    EXPECT_THAT(tokens, ElementsAre("token", "")) << "a token is for one click";
+    EXPECT_THAT(tokens, ElementsAre("token", "")) << "a token is valid for one click";
     EXPECT_THAT(qdbus_cast<QList<int>>(group.arguments().value(0)), ElementsAre(9));
     const auto group3 = ask(menuPath, menuInterface, "GetGroupProperties",
                             {QVariant::fromValue(QList<int>{3, 9}), QStringList()});
@@ -178,12 +178,12 @@ TEST_F(StatusNotifierItemTest, TheMenuTellsWhatChanges) {
     item.setMenu(entries);
     ASSERT_TRUE(comes([&] { return ear.updates.size() == 1; }));
     EXPECT_THAT(ear.updates[0], ElementsAre(std::pair(2, 0)));
-    EXPECT_EQ(ear.revisions.size(), 1U) << "the same entries";
+    EXPECT_EQ(ear.revisions.size(), 1U) << "unchanged entries send no signal";
     entries.pop_back();
     item.setMenu(entries);
     ASSERT_TRUE(comes([&] { return ear.revisions.size() == 2; }));
     EXPECT_GT(ear.revisions[1], ear.revisions[0]);
-    click(1);  // an entry with nothing behind it
+    click(1);  // an entry without an action
 }
 
 }  // namespace

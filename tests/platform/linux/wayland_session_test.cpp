@@ -22,7 +22,7 @@ TEST(WaylandSessionTest, RealServersSayWhatTheyAre) {
 
     const PrivateDisplay display;
     EXPECT_THAT(x11Monitors(), ElementsAre(MonitorSize(1280, 800)));
-    EXPECT_FALSE(waylandSession()) << "no name, so no guess";
+    EXPECT_FALSE(waylandSession()) << "without a name there is no session";
 
     std::ofstream(folder / "weston.ini") << "[output]\nname=headless\ntransform=rotate-90\nscale=2\n";
     const ChildProcess compositor(
@@ -35,7 +35,7 @@ TEST(WaylandSessionTest, RealServersSayWhatTheyAre) {
     ASSERT_TRUE(session);
     EXPECT_FALSE(session->drawsTitleBars);
     EXPECT_FALSE(session->isPlasma);
-    EXPECT_THAT(session->monitors, ElementsAre(MonitorSize(1000, 1200))) << "in pixels, and turned";
+    EXPECT_THAT(session->monitors, ElementsAre(MonitorSize(1000, 1200))) << "in pixels, and rotated";
 }
 
 TEST(WaylandSessionTest, XwaylandIsForTitleBarsAndPlasmaUnlessItsWindowsAreEnlarged) {
@@ -50,7 +50,7 @@ TEST(WaylandSessionTest, XwaylandIsForTitleBarsAndPlasmaUnlessItsWindowsAreEnlar
         EXPECT_EQ(prefersXwayland({titleBars, plasma, two}, x11), xwayland)
             << titleBars << plasma << x11.size();
     }
-    EXPECT_FALSE(prefersXwayland({false, false, {}}, {})) << "an Xwayland that does not answer";
+    EXPECT_FALSE(prefersXwayland({false, false, {}}, {})) << "Xwayland does not answer";
 }
 
 }  // namespace

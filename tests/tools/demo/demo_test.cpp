@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The demonstrations, over a broadcast of silence.
+// The demonstrations with a silent broadcast.
 #include "rig/child_process.h"
 #include "rig/temporary_folder.h"
 
@@ -22,7 +22,7 @@ constexpr auto deadline = 30s;
 
 class DemoTest : public testing::Test {
 protected:
-    /// A recording of some seconds with one break of commercials.
+    /// Writes a silent recording of `seconds` with one commercial break.
     void makeBroadcast(int seconds, const std::string& breakStart, const std::string& breakEnd) const {
         constexpr int rate = 16'000;
         SF_INFO info{0, rate, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 0, 0};
@@ -36,7 +36,7 @@ protected:
         writeText(labels, breakStart + "\t" + breakEnd + "\tad\n");
     }
 
-    /// The processes that have a variable of this environment.
+    /// The command lines of all processes with this environment variable.
     [[nodiscard]] static std::vector<std::string> processesWith(const std::string& variable) {
         std::vector<std::string> found;
         for (const auto& process : std::filesystem::directory_iterator("/proc")) {
@@ -54,7 +54,7 @@ protected:
 
 TEST_F(DemoTest, CountsWhatWasFadedAndCitesTheUsualFiguresOfTheDocumentation) {
     makeBroadcast(10, "2", "6");
-    // Stands in for sordin-replay: down from 3 s to 8 s, so 3 of the break's 4 s and 2 of the other 6 s.
+    // Replaces sordin-replay: down from 3 s to 8 s, which is 3 of the break's 4 s and 2 of the other 6 s.
     std::string hops;
     for (int hop = 1; hop <= 20; ++hop) {
         hops += R"({"t": )" + std::to_string(hop / 2.0) + R"(, "confidence": 0.6, "inAd": )" +
@@ -65,7 +65,7 @@ TEST_F(DemoTest, CountsWhatWasFadedAndCitesTheUsualFiguresOfTheDocumentation) {
                 "}\n";
     }
     const auto replay = folder / "replay";
-    // By the other rules: down from 1 s to 4 s, so 2 of the break's 4 s and 1 of the other 6 s.
+    // The other rules: down from 1 s to 4 s, which is 2 of the break's 4 s and 1 of the other 6 s.
     writeText(
         replay,
         "#!/bin/sh\n[ \"$1 $2\" = '--rules standard' ] && echo '{\"ads\": [{\"start\": 1, \"end\": 4}]}' "
@@ -82,11 +82,11 @@ TEST_F(DemoTest, CountsWhatWasFadedAndCitesTheUsualFiguresOfTheDocumentation) {
               HasSubstr("0:08.0  Sordin: an ad ended after 5.0 s: Audio, Boundary\n"),
               HasSubstr("0:10.0  confidence 60 %, volume 100 %"),
               HasSubstr(
-                  "tuned rules, as shown: 3 of 4 seconds of ads (75 %), 2 of 6 seconds of programme (33 %)"),
+                  "tuned rules, as shown: 3 of 4 seconds of ads (75 %), 2 of 6 seconds of program (33 %)"),
               HasSubstr("standard rules, in a replay: 2 of 4 seconds of ads (50 %), 1 of 6 seconds of "
-                        "programme (17 %)")));
+                        "program (17 %)")));
 
-    // Of each set of rules: of ads | of programme | reaction / ... | release / ...
+    // For each set of rules: of ads | of programme | reaction / ... | release / ...
     const std::string figures = contentsOf(SORDIN_DETECTION_FIGURES);
     const std::string set = R"( (\d+) % \| ([0-9.]+) % \| ([0-9.]+) / [0-9.]+ s \| ([0-9.]+) / [0-9.]+ s \|)";
     std::smatch usual;
@@ -101,7 +101,8 @@ TEST_F(DemoTest, CountsWhatWasFadedAndCitesTheUsualFiguresOfTheDocumentation) {
                               HasSubstr("rules after " + usual[8].str() + " s")));
 
     writeText(replay, "#!/bin/sh\nexit 1\n");
-    EXPECT_FALSE(outputOf(command, folder / "log", deadline)) << "whatever the replay said";
+    EXPECT_FALSE(outputOf(command, folder / "log", deadline))
+        << "a failed replay must fail the demonstration";
 }
 
 TEST_F(DemoTest, LeavesNothingBehindHoweverItEnds) {
@@ -117,8 +118,8 @@ TEST_F(DemoTest, LeavesNothingBehindHoweverItEnds) {
     };
     struct Case {
         std::string sordin;
-        std::string line;  // after which
-        int signal;        // comes, if one does
+        std::string line;  // wait for this line,
+        int signal;        // then send this signal, if any
     };
     for (const Case& each :
          {Case{SORDIN_PROGRAM, "A broadcast of", SIGINT}, Case{SORDIN_PROGRAM, "commercials begin", SIGTERM},
@@ -140,8 +141,8 @@ TEST_F(DemoTest, LeavesNothingBehindHoweverItEnds) {
         EXPECT_THAT(processesWith(variable), IsEmpty());
     }
     EXPECT_THAT(contentsOf(folder / "log"),
-                testing::MatchesRegex("sordin-demo: Sordin does not listen[^\n]*\n"))
-        << "and nothing of the others";
+                testing::MatchesRegex("sordin-demo: Sordin failed to start listening[^\n]*\n"))
+        << "no other messages";
 }
 
 }  // namespace

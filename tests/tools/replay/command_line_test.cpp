@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The program itself, over recordings made here.
+// The real program with recordings made by the test.
 #include "classifier/model_files.h"
 #include "detection/detector_rules.h"
 #include "fakes/fake_speech.h"
@@ -33,7 +33,7 @@ using testing::SizeIs;
 
 struct Outcome {
     int status;
-    std::string output;  // standard output, then what went to standard error
+    std::string output;  // standard output, then standard error
 };
 
 class CommandLineTest : public testing::Test {
@@ -56,7 +56,7 @@ protected:
         SF_INFO info{0, rate, channels, format, 0, 0};
         SNDFILE* const file = sf_open((folder_ / name).c_str(), SFM_WRITE, &info);
         ASSERT_TRUE(file);
-        constexpr std::size_t most = 4800;  // samples; a large write overruns the stack of some encoders
+        constexpr std::size_t most = 4800;  // samples; larger writes overflow the stack of some encoders
         for (; !interleaved.empty(); interleaved = interleaved.subspan(std::min(most, interleaved.size()))) {
             sf_write_float(file, interleaved.data(),
                            static_cast<sf_count_t>(std::min(most, interleaved.size())));
@@ -64,7 +64,7 @@ protected:
         sf_close(file);
     }
 
-    /// Steady noise, the same in every channel.
+    /// Records steady noise, equal in all channels.
     void record(const std::string& name, double seconds, int rate, int channels, int format) const {
         std::mt19937 random(1);
         std::uniform_real_distribution<float> noise(-0.2F, 0.2F);
@@ -78,7 +78,7 @@ protected:
     static constexpr int wav = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
     void recordWav(const std::string& name, double seconds) const { record(name, seconds, 16'000, 1, wav); }
 
-    /// Standard output as one JSON value a line.
+    /// Standard output as one JSON value per line.
     [[nodiscard]] std::vector<json> runJson(const std::string& arguments) const {
         const Outcome outcome = run(arguments);
         EXPECT_EQ(outcome.status, 0) << outcome.output;
@@ -106,10 +106,10 @@ private:
     TemporaryFolder folder_;
 };
 
-// Speech over music from 20 s on makes Audio 0.55, the jump of the scores Boundary 0.35, which fades by 7 % a
-// hop. Smoothed, the confidence of the hops that end at 20, 20.5, ... is .283 .448 .543 .597 .625 .639: the
-// third at or above 0.575 ends at 22.5. At 40 s the scores drop, with another jump; .4 and less from 40.5 on
-// ends the ad at 43.
+// Speech over music from 20 s on gives Audio 0.55. The jump of the scores gives Boundary 0.35, which decays
+// by 7 % per hop. The smoothed confidence of the hops that end at 20, 20.5, ... is .283 .448 .543 .597 .625
+// .639. The third value at or above 0.575 is at 22.5. At 40 s the scores drop, with another jump. Values of
+// .4 and less from 40.5 on end the ad at 43.
 constexpr auto adCues =
     "{\"t\": 20, \"music\": 1, \"speech\": 1}\n{\"t\": 40, \"music\": 0, \"speech\": 0}\n";
 
@@ -121,7 +121,7 @@ TEST_F(CommandLineTest, TranscribesWhatLooksSuspicious) {
     const json transcript = reports[0]["transcripts"][0];
     EXPECT_THAT(transcript["text"], HasSubstr("sponsored by our friends"));
     EXPECT_EQ(transcript["score"], 1);
-    EXPECT_LE(transcript["start"], 2) << "as soon as it looks like an ad";
+    EXPECT_LE(transcript["start"], 2) << "the session starts as soon as the sound is suspicious";
     EXPECT_NEAR(transcript["end"].get<double>() - transcript["start"].get<double>(), 15.5, 0.5);
     EXPECT_THAT(reports[0]["ads"][0]["reasons"], testing::Contains("Keywords"));
     auto again = runJson("--json --transcribe --cues scores offer.wav");
@@ -135,7 +135,7 @@ TEST_F(CommandLineTest, TranscribesWhatLooksSuspicious) {
     EXPECT_FALSE(without[0].contains("transcripts"));
     write("words", "{\"t\": 0, \"music\": 1, \"speech\": 1, \"transcript\": \"what the cues say\"}\n");
     const auto told = runJson("--json --transcribe --cues words offer.wav");
-    EXPECT_EQ(told[0]["transcripts"][0]["text"], "what the cues say") << "cues are there to be believed";
+    EXPECT_EQ(told[0]["transcripts"][0]["text"], "what the cues say") << "cues replace the transcriber";
     EXPECT_EQ(runJson("--hops --transcribe --cues words offer.wav").back()["transcripts"],
               told[0]["transcripts"]);
     EXPECT_EQ(run("--transcribe --no-transcription offer.wav").status, 2);
@@ -222,7 +222,8 @@ TEST_F(CommandLineTest, PrintsEveryHop) {
     EXPECT_EQ(starts, 1);
     EXPECT_EQ(ends, 0);
     EXPECT_EQ(hops.back()["inAd"], true);
-    EXPECT_EQ(runJson("--hops --cues radio.cues radio.wav"), hops) << "to the last digit";
+    EXPECT_EQ(runJson("--hops --cues radio.cues radio.wav"), hops)
+        << "a second replay must give the same digits";
 
     const auto both = runJson("--hops --json --cues radio.cues radio.wav");
     ASSERT_THAT(both, SizeIs(101));
@@ -240,7 +241,7 @@ TEST_F(CommandLineTest, PrintsEveryHop) {
     }
     EXPECT_EQ(scored, hops);
 
-    // All rules alike but for the numbers.
+    // Other rules change only the numbers.
     const auto tuned = runJson("--hops --json --rules tuned --cues radio.cues radio.wav");
     EXPECT_NEAR(tuned[39]["contributions"][0][1].get<double>(),
                 static_cast<double>(tunedRules().weights.audio), 1e-6);
@@ -252,7 +253,7 @@ TEST_F(CommandLineTest, PrintsEveryHop) {
     EXPECT_EQ(reports[1]["ads"], tuned.back()["ads"]);
     EXPECT_THAT(run("--rules tuned --no-model radio.wav").output,
                 HasSubstr("radio.wav: 0:50.3 of audio, tuned rules\n"));
-    EXPECT_FALSE(both.back().contains("rules")) << "as long as nobody asks for any";
+    EXPECT_FALSE(both.back().contains("rules")) << "the output names the rules only with --rules";
 }
 
 TEST_F(CommandLineTest, DrawsARecording) {
@@ -263,7 +264,7 @@ TEST_F(CommandLineTest, DrawsARecording) {
         runJson("--json --picture p.svg --rules both --cues radio.cues --truth radio.txt 'r&d <1>.wav'");
     ASSERT_THAT(reports, SizeIs(2));
 
-    // Where boxes lie, in seconds: a row of 600 s is 1140 wide and begins at 70.
+    // The intervals of the boxes in seconds. A row of 600 s is 1140 wide and begins at 70.
     std::map<std::string, std::vector<std::pair<double, double>>> boxes;
     std::vector<qsizetype> points;
     std::vector<QString> texts;
@@ -279,7 +280,8 @@ TEST_F(CommandLineTest, DrawsARecording) {
         };
         const QString kind = attributes.value(QLatin1String("class")).toString();
         constexpr double scale = 600.0 / 1140;
-        if (reader.name() == QLatin1String("rect") && number("width") != 18) {  // those are the legend's
+        if (reader.name() == QLatin1String("rect") &&
+            number("width") != 18) {  // 18 is the width in the legend
             const double start = (number("x") - 70) * scale;
             boxes[kind.toStdString()].emplace_back(std::round(start * 2) / 2,
                                                    std::round(number("width") * scale * 2) / 2);
@@ -295,7 +297,7 @@ TEST_F(CommandLineTest, DrawsARecording) {
     EXPECT_THAT(texts,
                 testing::IsSupersetOf({"r&d <1>.wav", "standard", "tuned", "labels", "0:00", "11:00"}));
     EXPECT_NEAR(phraseAt, 21, 0.1);
-    EXPECT_THAT(points, testing::ElementsAre(1200, 1200, 121, 121)) << "the two rules, row by row";
+    EXPECT_THAT(points, testing::ElementsAre(1200, 1200, 121, 121)) << "both rules, row by row";
     EXPECT_THAT(boxes["truth"],
                 testing::ElementsAre(std::pair(20.0, 20.0), std::pair(590.0, 10.0), std::pair(0.0, 30.0)));
     ASSERT_THAT(boxes["found"], SizeIs(2));
@@ -306,7 +308,7 @@ TEST_F(CommandLineTest, DrawsARecording) {
     EXPECT_THAT(boxes["session"], testing::Not(testing::IsEmpty()));
 }
 
-// What is computed anew from the hops alone must be what the whole detector does.
+// Rescoring the hops must give the same result as the whole detector.
 TEST_F(CommandLineTest, HopsCanBeScoredAnewByOtherRules) {
     recordWav("radio.wav", 90);
     write("radio.cues", std::string(adCues) + "{\"t\": 21, \"transcript\": \"promo code\"}\n"
@@ -378,8 +380,8 @@ TEST_F(CommandLineTest, HopsCanBeScoredAnewByOtherRules) {
         EXPECT_THAT(contentsOf(folder() / ".err"), HasSubstr(why));
     };
     expectError("tuned", "", "not what the standard rules give");
-    expectError("without", "", "without:1: no line of sordin-replay --hops --transcribe");
-    expectError("radio.txt", "", "radio.txt:1: no line");
+    expectError("without", "", "without:1: not a line of sordin-replay --hops --transcribe");
+    expectError("radio.txt", "", "radio.txt:1: not a line");
     expectError("radio.hops", R"({"rules": {"music": 1}, "sensitivities": []})", "unknown names");
 }
 
@@ -408,7 +410,7 @@ TEST_F(CommandLineTest, ReadsManyFormatsAlikeAndSilenceToo) {
     EXPECT_THAT(hops[1]["contributions"], SizeIs(0));
 }
 
-// Whatever it hears, this model answers speech with 1 / (1 + exp(-2)) and singing with 1 / (1 + exp(-1)).
+// For every input, this model gives 1 / (1 + exp(-2)) for speech and 1 / (1 + exp(-1)) for singing.
 TEST_F(CommandLineTest, HearsWithTheModelUnlessTheCuesNameScores) {
     auto random = seededRandom();
     SoundModel model = smallModel(random);
@@ -422,7 +424,7 @@ TEST_F(CommandLineTest, HearsWithTheModelUnlessTheCuesNameScores) {
     for (const std::string cues : {"", "--cues words.cues "}) {
         const auto hops = runJson("--hops --model sound.bin " + cues + "radio.wav");
         ASSERT_THAT(hops, SizeIs(20));
-        EXPECT_EQ(hops[0]["speech"], 0) << "nothing is said before a second";
+        EXPECT_EQ(hops[0]["speech"], 0) << "there is no result before one second";
         for (std::size_t i = 1; i < hops.size(); ++i) {
             EXPECT_NEAR(hops[i]["speech"].get<double>(), 1 / (1 + std::exp(-2)), 1e-6) << i;
             EXPECT_NEAR(hops[i]["music"].get<double>(), 1 / (1 + std::exp(-1)), 1e-6) << i;
@@ -443,9 +445,9 @@ TEST_F(CommandLineTest, FindsTheCommercialsOfABroadcastAndKnowsThemAgain) {
     const json report = runJson("--json " + broadcast).at(0);
     EXPECT_GT(report["truth"]["recall"], 0.85);
     EXPECT_LT(report["truth"]["reaction"]["percentile90"], 4);
-    EXPECT_THAT(report["ads"], SizeIs(2)) << "the break, and later one of its commercials";
+    EXPECT_THAT(report["ads"], SizeIs(2)) << "the break, and the commercial that is repeated later";
 
-    // By the sound model instead, and without words.
+    // With the sound model, without transcription.
     const json heard = runJson("--json --no-transcription --truth broadcast.txt broadcast.flac").at(0);
     EXPECT_GT(heard["truth"]["recall"], 0.75);
     EXPECT_LT(heard["truth"]["falseSecondsPerHour"], 400);
@@ -458,7 +460,7 @@ TEST_F(CommandLineTest, FindsTheCommercialsOfABroadcastAndKnowsThemAgain) {
         ASSERT_EQ(hop.value("transcribing", false), false);
         ASSERT_EQ(hop.value("keyword", 0.0), 0);
     }
-    EXPECT_EQ(silenced.back()["file"], "broadcast.flac") << "with labels, the figures come last";
+    EXPECT_EQ(silenced.back()["file"], "broadcast.flac") << "with labels, the figures are the last line";
 }
 
 TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
@@ -478,12 +480,12 @@ TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
     expectError(1, "nowhere.wav", "nowhere.wav: No such file or directory");
     expectError(1, ".", ".: is a folder");
     expectError(1, "empty.wav", "empty.wav: the file is empty");
-    expectError(1, "--no-model none.wav", "none.wav: the recording holds no audio");
-    expectError(1, "text.wav", "text.wav: not a recording in a format that can be read");
+    expectError(1, "--no-model none.wav", "none.wav: the recording contains no audio");
+    expectError(1, "text.wav", "text.wav: unsupported audio format");
     expectError(1, "--cues bad.cues good.wav", "bad.cues:2: not a JSON object");
     expectError(1, "--cues nowhere.cues good.wav", "nowhere.cues: No such file or directory");
     expectError(1, "--truth nowhere.txt good.wav", "nowhere.txt: No such file or directory");
-    expectError(1, "--model bad.bin good.wav", "bad.bin: no sound model");
+    expectError(1, "--model bad.bin good.wav", "bad.bin: not a sound model");
     expectError(1, "--model nowhere.bin good.wav", "nowhere.bin: No such file or directory");
     expectError(2, "--model bad.bin --no-model good.wav", "exclude each other");
     expectError(2, "", "no recording given");
@@ -506,7 +508,7 @@ TEST_F(CommandLineTest, SaysInOneLineWhatIsWrong) {
     const std::string full =
         "cd '" + folder().string() + "' && '" SORDIN_REPLAY "' good.wav >/dev/full 2>.err";
     EXPECT_EQ(WEXITSTATUS(std::system(full.c_str())), 1);
-    EXPECT_THAT(contentsOf(folder() / ".err"), HasSubstr("the output cannot be written"));
+    EXPECT_THAT(contentsOf(folder() / ".err"), HasSubstr("cannot write the output"));
 }
 
 TEST_F(CommandLineTest, ReportsWhatItReadOfADamagedRecording) {
@@ -515,7 +517,7 @@ TEST_F(CommandLineTest, ReportsWhatItReadOfADamagedRecording) {
     record("cut.flac", 10, 16'000, 1, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     fs::resize_file(folder() / "cut.flac", fs::file_size(folder() / "cut.flac") / 2);
     EXPECT_THAT(run("cut.wav").output, HasSubstr("cut.wav: 0:04.0 of audio\n"))
-        << "a cut WAV file counts as ending where it ends";
+        << "a truncated WAV file ends where its data ends";
     const auto flac = run("cut.flac");
     EXPECT_EQ(flac.status, 1);
     EXPECT_THAT(flac.output, HasSubstr(" of audio\n"));
@@ -530,7 +532,7 @@ TEST_F(CommandLineTest, ExplainsItself) {
           "--rules", "--picture", "--no-transcription", "--version"}) {
         EXPECT_THAT(help.output, HasSubstr(option));
         EXPECT_THAT(contentsOf(SORDIN_REPLAY_MANUAL), HasSubstr("Fl -" + option.substr(2)))
-            << "missing in the manual";
+            << "the manual lacks this option";
     }
     EXPECT_THAT(run("--version").output, MatchesRegex("sordin-replay [0-9]+\\.[0-9]+\\.[0-9]+\n"));
 }

@@ -38,7 +38,7 @@ TEST(CueTrack, KeepsWhatLaterCuesDoNotName) {
     EXPECT_EQ(state->transcript, "caf\xC3\xA9");
     state = &cues.at(100);
     EXPECT_EQ(state->classification.music, 0.75F);
-    EXPECT_EQ(state->classification.speech, 0.25F) << "of equal times the later line wins";
+    EXPECT_EQ(state->classification.speech, 0.25F) << "for equal times, the later line counts";
     EXPECT_FALSE(state->available);
     EXPECT_TRUE(CueTrack().at(1e9).available);
 }

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Audio in and out, and the front end, which is the same as the program's: see docs/model-card.md."""
+"""Audio files, codecs and the front end, which equals the program's: see docs/model-card.md."""
 import math
 import pathlib
 import subprocess
@@ -30,7 +30,7 @@ def decode(path, seconds=None):
 
 
 def decode_raw(data, options, seconds=None):
-    """The same, of the bytes of a file, by ffmpeg; `options` name the format where the bytes do not."""
+    """Like decode(), from the bytes of a file, with ffmpeg. `options` state the format of headerless data."""
     command = ["ffmpeg", "-nostdin", "-v", "error", *options, "-i", "-", "-ac", "1", "-ar", str(RATE)]
     if seconds:
         command += ["-t", str(seconds)]
@@ -39,7 +39,7 @@ def decode_raw(data, options, seconds=None):
 
 
 def through_codec(samples, codec, rate, bitrate):
-    """What is left of samples after a lossy codec (an encoder of ffmpeg) at a sample rate and a bit rate."""
+    """Encodes samples with a lossy codec (an encoder of ffmpeg) at a sample rate (Hz) and bit rate (kbit/s), and decodes them."""
     container = {
         "libmp3lame": "mp3",
         "libopus": "ogg",
@@ -82,7 +82,7 @@ def through_codec(samples, codec, rate, bitrate):
 
 
 def mel(frequency):
-    """Hz on the mel scale."""
+    """Converts Hz to mel."""
     return 1127.0 * np.log(1 + np.asarray(frequency) / 700.0)
 
 

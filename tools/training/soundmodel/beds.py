@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
-"""Music like that under commercials, made rather than recorded: bands (mma), instruments alone and melodies (MIDI),
-drum grooves (samples of drum kits), and synthesizers (csound). Deterministic for a seed.
+"""Generates music like that under commercials: bands (mma), solo instruments and melodies (MIDI), drum grooves (samples
+of drum kits), and synthesizers (csound). The result depends only on the seed.
 
-Instruments alone are as frequent as bands, because they are the hardest to hear under a voice. Pieces for the
-calibration (split "tune") use a sound font and drum kits that no piece for training uses.
+Solo instruments are as frequent as bands, because they are the hardest to hear under a voice. Pieces for the calibration
+(split "tune") use a sound font and drum kits that no training piece uses.
 """
 import concurrent.futures
 import pathlib
@@ -30,7 +30,7 @@ SOUND_FONTS = {
 }
 TUNE_KITS = ("Millo-Drums_v.1", "HardElectro1", "circAfrique v4")
 
-#: Files of each kind by split. A file has about a minute and a half.
+#: Number of files of each kind by split. A file lasts about 90 s.
 COUNTS = {
     "train": {"band": 60, "solo": 60, "drums": 45, "synth": 50},
     "tune": {"band": 6, "solo": 8, "drums": 4, "synth": 4},
@@ -60,7 +60,7 @@ FM7 Em7 Dm7 CM7
 Am G F E7""".splitlines()
 ]
 STRUMMED = ("strum", "pick", "strum", "stab")
-#: General MIDI programs (from 0) and how they are played.
+#: General MIDI programs (counted from 0) and their playing styles.
 INSTRUMENTS = [
     *[(program, STRUMMED) for program in (24, 24, 25, 25, 25, 26, 27, 27, 28, 29, 30, 105, 104, 107)],
     *[(program, ("pick", "stab", "block", "melody")) for program in (0, 0, 1, 2, 3, 4, 5, 6, 7)],
@@ -114,7 +114,7 @@ class MidiTrack:
 
 
 def play_bar(rng, midi, channel, how, chord, start, beat, center, swing, pattern):
-    """One bar of four beats of an instrument; `pattern` is what stays the same from bar to bar."""
+    """One bar of four beats of an instrument; `pattern` holds the choices that every bar repeats."""
     root, intervals = chord
     low = center - 12 + (root - center) % 12
     if how == "strum":
@@ -180,7 +180,7 @@ def pattern_of(rng):
 
 
 def solo(rng, seconds=90):
-    """MIDI data: one instrument after the other, each alone or with one more, with stops and endings."""
+    """MIDI data: a sequence of instruments, each solo or as a duo, with stops and endings."""
     midi, start = MidiTrack(), 0.2
     while start < seconds:
         beat = 60 / rng.uniform(65, 160)
@@ -217,7 +217,7 @@ def solo(rng, seconds=90):
 
 
 def grooves():
-    """Grooves of mma's library: {name: its variants (intro, end, fill)}."""
+    """Grooves of mma's library: {name: variants (intro, end, fill)}."""
     found = {}
     for path in sorted(LIBRARY.glob("*.mma")):
         if "metronome" not in path.name:
@@ -236,7 +236,7 @@ PITCHED = "Bass Walk Chord Arpeggio Scale Melody Solo Aria Plectrum"
 
 
 def band(rng, seconds=90):
-    """Source of mma: grooves one after the other; of some the drums alone, or without the drums."""
+    """mma source: a sequence of grooves, some reduced to the drums and some without drums."""
     known = grooves()
     names = sorted(known)
     lines, length, number = [], 0.0, 1
@@ -260,7 +260,7 @@ def band(rng, seconds=90):
 
 
 def compiled(source):
-    """MIDI data of a source of mma; empty if mma refuses it."""
+    """MIDI data that mma compiles from a source; empty if mma rejects the source."""
     with tempfile.TemporaryDirectory() as scratch:
         path = pathlib.Path(scratch) / "band.mma"
         path.write_text(source)
@@ -325,7 +325,7 @@ RHYTHMS = [
 
 
 def drums(rng, kit, seconds=90):
-    """A drum groove of one kit after the other, with fills, stops and other tempi."""
+    """A sequence of drum grooves, each of one kit, with fills, stops and changes of tempo."""
     sound = np.zeros(int((seconds + 12) * RATE))
     names, start = sorted(kit), 0.0
 
@@ -455,7 +455,7 @@ CHORDAL = (1, 1, 3, 4, 7, 7, 7, 9, 12)
 
 
 def score(rng, seconds=90):
-    """Score for the orchestra: arpeggios, bass lines, pads and machine drums, together or alone."""
+    """csound score: arpeggios, bass lines, pads and machine drums, together or solo."""
     lines, start = [], 0.1
     hertz = lambda note: 440 * 2 ** ((note - 69) / 12)
     while start < seconds:
@@ -524,7 +524,7 @@ def rendered(midi, font):
 
 
 def even(samples):
-    """Pieces of one file at nearly the same level, as a producer would set them."""
+    """Concatenates the pieces of one file at nearly equal levels."""
     power = uniform_filter1d(np.asarray(samples, np.float64) ** 2, 4 * RATE)
     return samples * (power / power.max() + 1e-3) ** -0.4
 
@@ -575,7 +575,7 @@ def make_beds(work):
         for kind, count in counts.items()
         for number in range(count)
     ]
-    # Some of every kind first, so that a run that is stopped leaves a usable mixture.
+    # Alternate between the kinds, so that an interrupted run leaves a usable mixture.
     jobs.sort(key=lambda job: job[3])
     with concurrent.futures.ProcessPoolExecutor(2) as pool:
         for _ in pool.map(bed, jobs):

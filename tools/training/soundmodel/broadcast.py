@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""Broadcasts put together from recordings that nothing was learned from, with the truth about them: where the ads are,
-and what a perfect classifier would say. And long stretches of speech, songs, music and noise without any ad."""
+"""Assembles broadcasts from recordings that were not trained on, with labels (positions of the ads) and perfect scores, and
+half an hour each of speech, songs, music and noise without ads."""
 import dataclasses
 import json
 import pathlib
@@ -14,8 +14,8 @@ from soundmodel.features import ducked, frame_power, loudness, read
 BELOW = (6, 20)  # dB that the music of an ad lies below the voice
 DRY = 0.2  # share of ads without music
 DUCKED = 0.4  # share of ads whose music comes up in the pauses of the voice
-#: Name: minutes, minutes of programme between breaks, minutes of a break, codec. The dense ones change often, which is
-#: hard; the hour has the clock of a real station.
+#: Name: minutes, minutes of programme between breaks, minutes of a break, codec. The dense broadcasts have many
+#: boundaries, which are hard to detect; the hour has breaks as rare as those of a real station.
 BROADCASTS = {
     "dense-1": (22, (1, 2.5), (0.8, 2), None),
     "dense-2": (22, (1, 2.5), (0.8, 2), ("libmp3lame", 32000, 64)),
@@ -26,9 +26,9 @@ BROADCASTS = {
     "dense-6": (22, (1, 2.5), (0.8, 2), ("libopus", 48000, 24)),
 }
 DENSE = ("dense-1", "dense-2", "dense-3")
-FURTHER = ("dense-4", "dense-5", "dense-6")  # for the calibration, which needs more than the figures do
+FURTHER = ("dense-4", "dense-5", "dense-6")  # only for the calibration, which needs more material
 SINGLES = ("speech", "song", "music", "noise")  # half an hour of each
-#: How often programme is what. There are few songs for the calibration, so they are rarer there.
+#: Shares of the kinds of programme. The split "tune" has few songs, so they are rarer there.
 PROGRAMME = {
     "held": {"talk": 0.35, "conversation": 0.2, "song": 0.25, "music": 0.2},
     "tune": {"talk": 0.4, "conversation": 0.2, "song": 0.1, "music": 0.3},
@@ -64,7 +64,7 @@ def tight(samples, longest=0.35):
 
 @dataclasses.dataclass
 class Material:
-    """Recordings of a split by kind, as (name, samples)."""
+    """Recordings of a split by kind: (name, samples)."""
 
     folder: pathlib.Path
     rng: np.random.Generator
@@ -79,13 +79,13 @@ class Material:
             self.pieces[kind] = [(n, s) for n, s in self.pieces[kind] if len(s) > self.shortest * RATE]
 
     def take(self, kind, seconds, name=None):
-        """A stretch of one recording, from its beginning again if it is too short."""
+        """A stretch of one recording. A short recording is repeated."""
         choice = [p for p in self.pieces[kind] if name is None or p[0] == name]
-        if kind == "speech":  # a voice each, not a minute each, though
+        if kind == "speech":  # prefers equal shares of voices over equal shares of minutes
             weight = np.array([min(len(s), 120 * RATE) for _, s in choice], float)
         else:
             weight = np.ones(len(choice))
-        if kind == "music":  # and a source each, not a piece each: one has 26
+        if kind == "music":  # prefers equal shares of sources: one source has 26 pieces
             source = [n.split("__")[0] for n, _ in choice]
             weight /= np.sqrt([source.count(each) for each in source])
         name, samples = choice[self.rng.choice(len(choice), p=weight / weight.sum())]
@@ -95,7 +95,7 @@ class Material:
         return name, np.resize(stretch, length) if len(stretch) < length else stretch.copy()
 
     def speech(self, seconds, name=None):
-        """Somebody who talks without long pauses."""
+        """Speech of one voice without long pauses."""
         for _ in range(50):
             who, samples = self.take("speech", 2.5 * seconds, name)
             if level_of(samples) < 1e-3:
@@ -112,7 +112,7 @@ class Material:
         return samples + self.rng.uniform(0.05, 0.4) * fftconvolve(samples, answer)[: len(samples)]
 
     def programme(self, kind, seconds):
-        """(samples, music, speech): one stretch of programme and whether there is music and speech in it."""
+        """(samples, music, speech): one stretch of programme, and whether it contains music and speech."""
         if kind == "talk":
             _, samples = self.speech(seconds)
             if self.rng.random() < 0.3:
@@ -137,7 +137,7 @@ class Material:
         return self.take("music", seconds)[1], 1, 0
 
     def spot(self, seconds):
-        """(samples, music) of one advertisement: a voice, most times over music, compressed."""
+        """(samples, music) of one advertisement: a compressed voice, usually over music."""
         _, voice = self.speech(seconds)
         voice = at_level(voice, -20)
         dry = self.rng.random() < DRY
@@ -158,7 +158,7 @@ class Material:
 
 def broadcast(material, mixture, minutes, between, breaks, base=-23.0, louder=(2.0, 5.0)):
     """(samples, ads as (start, end), cues as (time, music, speech)) of one broadcast; `between` and `breaks` are the
-    shortest and longest minutes of programme and of ads, `mixture` says how often programme is what."""
+    shortest and longest minutes of programme and of ads, `mixture` the shares of the kinds of programme."""
     rng = material.rng
     parts, ads, cues, time = [], [], [], 0.0
 
@@ -195,7 +195,7 @@ def broadcast(material, mixture, minutes, between, breaks, base=-23.0, louder=(2
 
 
 def write_broadcast(material, folder, name, seed):
-    """NAME.wav, NAME.txt (label track) and NAME.perfect (cues) in a folder."""
+    """Writes NAME.wav, NAME.txt (label track) and NAME.perfect (cues) to a folder."""
     if (folder / f"{name}.perfect").exists():
         return
     minutes, between, breaks, codec = BROADCASTS[name]
@@ -210,7 +210,7 @@ def write_broadcast(material, folder, name, seed):
 
 
 def write_single(material, folder, kind, minutes, seed):
-    """KIND.wav: long stretches of one kind in which nothing is an ad."""
+    """Writes KIND.wav: long stretches of one kind without ads."""
     path = folder / f"{kind}.wav"
     if path.exists():
         return
@@ -225,7 +225,7 @@ def write_single(material, folder, kind, minutes, seed):
             samples = material.take(kind, seconds)[1]
         if level_of(samples) < 1e-4:
             continue
-        if kind == "song" and rng.random() < 0.5:  # few songs are held out: heard also at another speed
+        if kind == "song" and rng.random() < 0.5:  # few songs are held out: vary their speed
             samples = np.interp(
                 np.arange(0, len(samples) - 1, rng.uniform(0.9, 1.1)), np.arange(len(samples)), samples
             )
@@ -238,7 +238,7 @@ def write_single(material, folder, kind, minutes, seed):
 
 
 def make_all(work, split):
-    """WORK/SPLIT: the broadcasts, and half an hour of each kind of sound."""
+    """Writes the broadcasts and half an hour of each kind of sound to WORK/SPLIT."""
     folder = work / split
     folder.mkdir(exist_ok=True)
     material = Material(work / "pcm" / split, np.random.default_rng(0))

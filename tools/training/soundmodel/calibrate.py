@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Chooses the offsets that turn the network's output into confidences, on broadcasts of the split "tune" alone: those with
-which the detector, without words and at the default sensitivity, mutes the most ad seconds while it mutes at most MOST of
-the programme (both are means of the dense broadcasts, averaged with the hour) and takes at most STRETCHES passages of each
-half hour without ads for ads. The rule was settled before the network was trained whose offsets it chose."""
+"""Chooses the offsets that turn the network's output into confidences, on broadcasts of the split "tune" alone. The best
+offsets mute the most ad seconds, without transcription and at the default sensitivity, under two limits: at most MOST of
+the programme is muted (ads and programme are means of the dense broadcasts, averaged with the hour), and at most STRETCHES
+passages of each half hour without ads are muted. The rule was fixed before the training of the networks that it calibrates."""
 import concurrent.futures
 import itertools
 import json
@@ -15,9 +15,9 @@ from soundmodel.evaluate import detector_figures, muted, replay, scores_of, writ
 
 BROADCAST = (*DENSE, *FURTHER, "hour")
 STEP = 0.5
-SPEECH, MUSIC = (-5.0, 1.0), (-3.0, 1.0)  # range of the offsets
-MOST = 0.04  # share of programme muted, without words
-STRETCHES = 1  # false ones in each half hour
+SPEECH, MUSIC = (-5.0, 1.0), (-3.0, 1.0)  # ranges of the offsets
+MOST = 0.04  # share of programme muted, without transcription
+STRETCHES = 1  # passages muted in each half hour without ads
 
 
 def logit(chance):
@@ -26,13 +26,13 @@ def logit(chance):
 
 
 def shares(figures):
-    """(share of ads, share of programme) of the dense broadcasts and of the hour, each kind counting the same."""
+    """(share of ads, share of programme): the mean of the dense broadcasts averaged with the hour."""
     dense = np.mean([figures[name] for name in (*DENSE, *FURTHER)], 0)
     return tuple(float(each) for each in (dense + np.array(figures["hour"])) / 2)
 
 
 def attempt(job):
-    """The figures of one calibration."""
+    """Figures of one pair of offsets."""
     program, folder, scores, speech, music = job
     squeeze = lambda values, offset: 1 / (1 + np.exp(-(values + offset)))
     tried = dict(speech=speech, music=music)
@@ -49,7 +49,7 @@ def attempt(job):
         }
         tried["ads"], tried["programme"] = shares(figures)
         tried["hour"] = figures["hour"]
-        if tried["programme"] <= MOST:  # or it is not chosen anyway
+        if tried["programme"] <= MOST:  # otherwise the pair is rejected anyway
             quiet = lambda name: replay(
                 program, folder / f"{name}.wav", "--sensitivity", 0.5, "--cues", cues(name)
             )
@@ -62,13 +62,13 @@ def allowed(tried):
 
 
 def choose(found):
-    """The best of what was tried, or the quietest if none is quiet enough."""
+    """The best allowed pair of offsets; the one that mutes the least programme if none is allowed."""
     quiet = [t for t in found if allowed(t)]
     return max(quiet, key=lambda t: t["ads"]) if quiet else min(found, key=lambda t: t["programme"])
 
 
 def calibrate(program, work, tagger, name):
-    """dict(gains, offsets) of speech, music, singing; WORK/NAME.calibration keeps it, with all that was tried."""
+    """dict(gains, offsets) of speech, music, singing. WORK/NAME.calibration stores it with all trials."""
     path = work / f"{name}.calibration"
     if not path.exists():
         folder = work / "tune"

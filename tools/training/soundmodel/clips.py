@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""The clips of tests/classifier/data: a few seconds that are made here, and what the model says of them, so that the
-program can be compared with the training."""
+"""Writes the clips of tests/classifier/data: a few synthetic seconds each and the model's confidences, so that tests can
+compare the program's network with this one."""
 import json
 import pathlib
 import struct

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""Measures a model at the detector: what sordin-replay finds in the held-out broadcasts with the model's scores,
-beside what it finds with perfect ones; and what it takes for an ad where there is none."""
+"""Measures a model at the detector: the ads that sordin-replay finds in the held-out broadcasts with the model's scores and
+with perfect scores, and the passages that it mutes in recordings without ads."""
 import json
 import pathlib
 import subprocess
@@ -40,7 +40,7 @@ def replay(program, recording, *options):
 
 
 def detector_figures(program, folder, name, cues, sensitivity):
-    """What sordin-replay says of a broadcast with these cues."""
+    """The report of sordin-replay on a broadcast with these cues."""
     options = ("--sensitivity", sensitivity, "--cues", cues, "--truth", folder / f"{name}.txt")
     return replay(program, folder / f"{name}.wav", *options)
 
@@ -50,8 +50,8 @@ def muted(found):
     return found["truth"]["recall"], found["truth"]["falseSecondsPerHour"] / 3600
 
 
-def told(found):
-    """The figures of broadcasts as one line."""
+def summary(found):
+    """Mean figures of several broadcasts as one line."""
     ads, programme = np.mean([muted(each) for each in found], 0)
     delay = lambda name, part: np.mean([(each["truth"][name] or {}).get(part, np.nan) for each in found])
     return (
@@ -73,7 +73,7 @@ def evaluate(program, work, tagger, label, **calibration):
                     detector_figures(program, folder, name, folder / f"{name}.{scores}", sensitivity)
                     for name in names
                 ]
-                print(f"{scores} {title} at {sensitivity}: {told(found)}", flush=True)
+                print(f"{scores} {title} at {sensitivity}: {summary(found)}", flush=True)
     for kind in SINGLES:
         path = folder / f"{kind}.wav"
         cues = folder / f"{kind}.{label}"

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""Turns the decoded sources into banks of log-mel magnitudes, several variants of each: as it is, played faster or
-slower in a room, and through a lossy codec."""
+"""Converts the decoded sources into banks of log-mel magnitudes, in three variants: unchanged, at another speed in a room,
+and through a lossy codec."""
 import concurrent.futures
 import pathlib
 
@@ -33,12 +33,12 @@ CODECS = [
     ("pcm_mulaw", 8000, 0),
     ("libgsm", 8000, 0),
 ]
-#: Voices go through a telephone more often: what GSM leaves of one sounds like music.
+#: Telephone codecs are more frequent for voices: the network mistakes a voice after GSM for music otherwise.
 VOICE_CODECS = [*CODECS, *[("libgsm", 8000, 0)] * 4, *[("pcm_mulaw", 8000, 0)] * 2]
-MIXED, MIXED_SECONDS = 120, 24  # scenes put together as sound in each of the jobs of mixed_jobs(), and their length
-CODED, CODED_VOICES = 0.35, 0.5  # share of the minutes that go through a codec, which takes longer than all the rest
-PAUSE = 160  # frames: a voice that pauses for less is still talking
-ENERGY_FLOOR = 1e-6  # under the magnitudes of the quietest sound that 16 bits hold
+MIXED, MIXED_SECONDS = 120, 24  # scenes of each of the jobs of mixed_jobs(), and their length
+CODED, CODED_VOICES = 0.35, 0.5  # share of the minutes with the codec variant, which takes the longest
+PAUSE = 160  # frames: shorter pauses of a voice still count as speech
+ENERGY_FLOOR = 1e-6  # below the magnitudes of the quietest 16-bit sound
 
 
 def read(path):
@@ -46,7 +46,7 @@ def read(path):
 
 
 def room(rng, samples):
-    """Other speed, then a decaying noise as the room's answer, then clipping by a cheap amplifier."""
+    """Changes the speed, convolves with decaying noise as the response of a room, and clips like a cheap amplifier."""
     factor = rng.uniform(0.86, 1.17)
     samples = np.interp(np.arange(0, len(samples) - 1, factor), np.arange(len(samples)), samples)
     if rng.random() < 0.7:
@@ -68,7 +68,7 @@ def frame_power(samples):
 
 
 def activity(power, kind):
-    """Frames in which something of this kind is heard: near the loudest of the surrounding four seconds."""
+    """Mask of the frames whose level is near the loudest of the surrounding four seconds."""
     level = 10 * np.log10(power + 1e-10)
     depth = {"speech": 30, "song": 30, "music": 42, "noise": 60}[kind]
     peak = maximum_filter1d(level, 401)
@@ -77,7 +77,7 @@ def activity(power, kind):
 
 
 def without_pauses(active):
-    """Activity in which pauses shorter than PAUSE are filled."""
+    """Activity with pauses shorter than PAUSE filled."""
     index = np.arange(len(active))
     last = np.maximum.accumulate(np.where(active, index, -10_000))
     following = np.minimum.accumulate(np.where(active, index, 10 * len(active))[::-1])[::-1]
@@ -85,7 +85,7 @@ def without_pauses(active):
 
 
 def features(samples, kind):
-    """float16 log magnitudes of sound levelled to an RMS of 0.1 where it is active, and the activity."""
+    """(float16 log magnitudes of samples normalized to an RMS of 0.1 where active, activity); None without enough activity."""
     power = frame_power(samples)
     active = activity(power, kind)
     if len(power) < 300 or active.mean() < 0.02:
@@ -96,13 +96,13 @@ def features(samples, kind):
 
 
 def made_here(group):
-    """Whether nothing but this program and the collections has a group: there is little of it."""
+    """Whether a group is generated or from the collections, of which there is little."""
     return group.startswith(("c-", "bed-"))
 
 
 def bank_of(job):
-    """Banks of one group: FOLDER/train-KIND-GROUP.npz, with the pieces one after the other. Of groups from packages only
-    `share` of the minutes is taken; all come in all variants, since without codecs their noise would mean music."""
+    """Writes the bank of one group, FOLDER/train-KIND-GROUP.npz, as concatenated pieces. Takes only `share` of the minutes of
+    groups from packages. Every group has all variants; otherwise the network would learn the noise of codecs as music."""
     folder, kind, group, paths, share = job
     target = folder / f"train-{kind}-{group}.npz"
     if target.exists():
@@ -149,9 +149,9 @@ STRETCH = 30 * RATE
 
 
 def coded_bank(job):
-    """FOLDER/train-KIND-GROUP-coded.npz: some minutes of a group, spread over its files, through codecs; and
-    train-speech-GROUP-gsm.npz: half of that through a telephone and, most times, a broadcaster's codec after it. What GSM
-    leaves of a voice sounds like music otherwise."""
+    """Writes FOLDER/train-KIND-GROUP-coded.npz: some minutes of a group, spread over its files, through codecs; and
+    train-speech-GROUP-gsm.npz: two minutes through a telephone codec, usually followed by a broadcaster's codec. Without
+    these, the network mistakes a voice after GSM for music."""
     folder, kind, group, paths, suffix = job
     target = folder / f"train-{kind}-{group}-{suffix}.npz"
     if target.exists():
@@ -204,14 +204,14 @@ def coded_jobs(folder, groups):
 
 
 def loudness(samples, kind):
-    """RMS where it is active, and the activity by frame."""
+    """(RMS of the active frames, activity by frame)."""
     power = frame_power(samples)
     active = activity(power, kind)
     return (float(np.sqrt(power[active].mean())) if active.any() else 0.0), active
 
 
 def ducked(rng, bed, speaks, frames):
-    """A bed under a side-chain compressor: it comes up in the pauses of the voice, fast or slowly."""
+    """Applies side-chain compression to a bed: its level rises in the pauses of the voice."""
     lift = 10 ** (rng.uniform(3, 12) / 20)
     attack, release = rng.uniform(0.02, 0.15), rng.uniform(0.15, 1.0)
     gain, target = np.empty(frames), np.where(speaks[:frames], 1.0, lift)
@@ -223,7 +223,7 @@ def ducked(rng, bed, speaks, frames):
 
 
 def spoken_over(rng, voice):
-    """A voice as a microphone and a telephone leave it: a smooth random equalization, a room, a narrow band."""
+    """Applies random equalization, a room and the band of a telephone to a voice."""
     if rng.random() < 0.5:
         curve = np.interp(np.arange(65), np.linspace(0, 64, 7), rng.normal(0, 5, 7))
         taps = np.fft.irfft(10 ** (curve / 20))
@@ -237,9 +237,9 @@ def spoken_over(rng, voice):
 
 
 def mixed_scenes(job):
-    """FOLDER/train-mixed-NAME.npz: voices over music, mixed as sound, driven hard, and through codecs, since that is
-    more than the sum of its parts. As many scenes have a voice alone or music alone, and go the same way: or what an
-    amplifier and a codec add would mean that there is music. Activity has two columns: speech and music."""
+    """Writes FOLDER/train-mixed-NAME.npz: voices over music, mixed as sound, distorted, and through codecs, which a sum of
+    magnitudes cannot reproduce. As many scenes have a voice alone or music alone with the same processing; otherwise the
+    network would learn its artifacts as music. Activity has two columns: speech and music."""
     folder, name, seed, count, voices, music = job
     target = folder / f"train-mixed-{name}.npz"
     if target.exists():
@@ -292,12 +292,12 @@ def mixed_scenes(job):
 
 
 def audible(below):
-    """How much music counts that is so many dB below a voice, 0 to 1: nobody hears what is far below."""
+    """Label weight, 0 to 1, of music that is `below` dB below a voice: inaudible music counts as none."""
     return np.clip((25 - below) / 9, 0, 1)
 
 
 def mixed_jobs(work, folder, count):
-    """Scenes of what comes from packages, and of the collections and made beds, apart, so that each can be left out."""
+    """Jobs of mixed_scenes(). Recordings of the collections have separate jobs, so that they can be left out."""
     files = {kind: sorted((work / "pcm/train" / kind).glob("*.s16")) for kind in ("speech", "music")}
     own = {kind: [p for p in paths if not p.name.startswith("c-")] for kind, paths in files.items()}
     beds = [p for p in own["music"] if p.name.startswith("bed-")]
@@ -316,7 +316,7 @@ def banks_folder(work, share):
 
 
 def make_banks(work, share=1.0):
-    """All banks of the training recordings in banks_folder(). A share below 1 is for trials."""
+    """Writes all banks of the training recordings to banks_folder(). A share below 1 is for trials."""
     folder = banks_folder(work, share)
     folder.mkdir(exist_ok=True)
     groups = {}

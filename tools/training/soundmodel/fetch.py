@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Gets the packages of packages.tsv through apt and checks them."""
+"""Downloads the packages of packages.tsv with APT and verifies their checksums."""
 import hashlib
 import pathlib
 import subprocess
@@ -8,7 +8,7 @@ LIST = pathlib.Path(__file__).parent.parent / "packages.tsv"
 
 
 class FetchError(Exception):
-    """A package cannot be had as it is listed."""
+    """A listed package is not available in the listed version."""
 
 
 def listed():
@@ -23,7 +23,7 @@ def sha256(path):
 
 
 def fetch(work):
-    """WORK/packages/*.deb, WORK/unpacked/NAME/. Throws FetchError for another version or checksum."""
+    """WORK/packages/*.deb, WORK/unpacked/NAME/. Raises FetchError if a version or checksum differs."""
     packages, unpacked = work / "packages", work / "unpacked"
     packages.mkdir(parents=True, exist_ok=True)
     unpacked.mkdir(exist_ok=True)
@@ -48,7 +48,7 @@ def fetch(work):
                 )
         if sha256(found[0]) != checksum:
             found[0].unlink()
-            raise FetchError(f"{name} {version} is not the file that is listed: its SHA-256 differs")
+            raise FetchError(f"{name} {version} differs from the listed file: wrong SHA-256")
         part = unpacked / f".{name}.part"
         subprocess.run(["dpkg", "-x", found[0], part], check=True)
         part.rename(target)

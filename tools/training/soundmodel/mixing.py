@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Draws training sequences: scenes of voices, music, singing and noise, mixed anew for every step.
+"""Draws training sequences: random scenes of voices, music, singing and noise, mixed for every step.
 
-Mixing is done on log-mel magnitudes: sounds that have nothing to do with one another add up in power. That costs
-almost nothing, so no mix is ever seen twice; what it cannot do (rooms, codecs, clipping) the banks have done before.
+Sounds are mixed as log-mel magnitudes, because uncorrelated sounds add up in power. That is cheap enough for every mix to
+be new. Rooms, codecs and clipping cannot be computed this way; the banks contain them already.
 """
 import dataclasses
 
@@ -13,13 +13,13 @@ from soundmodel.audio import FLOOR, HIGH, LOW, MELS, mel
 from soundmodel.features import audible, without_pauses
 from soundmodel.network import FRAMES, STEP
 
-RESULTS = 20  # of a sequence: more than the network remembers
+RESULTS = 20  # of a sequence: more than the memory of the network
 LENGTH = FRAMES + STEP * (RESULTS - 1)
 SECOND = 100  # frames
-HARD, EASY = 1.6, 0.6  # how much more, or less, often a piece is drawn than it would be, by how hard it is
-REFRESH = 100  # batches between two looks at that
+HARD, EASY = 1.6, 0.6  # limits of the factor by which the loss of a piece changes its probability
+REFRESH = 100  # batches between updates of these factors
 
-#: What a scene is, and how often.
+#: Kinds of scenes and their weights.
 SCENES = {
     "speech": 0.26,
     "music": 0.11,
@@ -34,7 +34,7 @@ SCENES = {
 
 @dataclasses.dataclass
 class Track:
-    """One sound of a scene: log magnitudes (LENGTH, MELS), gain by frame (natural log), and what it counts as."""
+    """One sound of a scene: log magnitudes (LENGTH, MELS), gain by frame (natural log), and labels by frame."""
 
     mels: np.ndarray
     gain: np.ndarray
@@ -44,8 +44,8 @@ class Track:
 
 
 class Bank:
-    """All pieces of one kind; groups are drawn by a power of their length, so that none outweighs the others, and pieces
-    that the network finds hard more often than others."""
+    """All pieces of one kind. The probability of a group is a power of its length, so that no group dominates; pieces with a
+    high loss are drawn more often."""
 
     def __init__(self, folder, kind, weights, exponent=0.6):
         self.pieces, chances = [], []
@@ -59,8 +59,8 @@ class Bank:
                 self.pieces += [(group, *piece) for piece in pieces]
                 chances += [weight * len(piece[1]) / len(mels) for piece in pieces]
         self.base = np.array(chances)
-        self.hardness = np.ones(len(chances))  # loss compared with that of other scenes of its kind
-        self.drawn = []  # since the caller emptied it
+        self.hardness = np.ones(len(chances))  # loss relative to the mean of scenes of the same kind
+        self.drawn = []  # indices since the caller last cleared it
         self.refresh()
 
     def refresh(self):
@@ -68,7 +68,7 @@ class Bank:
         self.chances = chances / chances[-1] if len(chances) else chances
 
     def draw(self, rng, length=LENGTH):
-        """(group, log magnitudes, activity) of a random stretch; a short piece is repeated."""
+        """(group, log magnitudes, activity) of a random stretch. A short piece is repeated."""
         index = min(int(np.searchsorted(self.chances, rng.random())), len(self.pieces) - 1)
         self.drawn.append(index)
         group, mels, active = self.pieces[index]
@@ -87,7 +87,7 @@ def between(values, at):
 
 
 def bands_of(size):
-    """Where each band is to be read from so that all frequencies are 1 / `size` times what they were."""
+    """Fractional index to read each band from, so that all frequencies are divided by `size`."""
     edges = np.linspace(mel(LOW), mel(HIGH), MELS + 2)
     frequency = 700 * (np.exp(edges[1:-1] / 1127) - 1)
     return np.clip((mel(frequency * size) - edges[1]) / (edges[1] - edges[0]), 0, MELS - 1)
@@ -101,7 +101,7 @@ def equaliser(rng, strength):
 
 
 def band_limit(rng):
-    """What a telephone, a cheap loudspeaker or a low bit rate leaves: gain by band, natural log."""
+    """Band limits of a telephone, a cheap loudspeaker or a low bit rate: gain by band, natural log."""
     curve = np.zeros(MELS, np.float32)
     top = int(rng.integers(38, MELS + 1))
     curve[top:] = -rng.uniform(3, 9)
@@ -111,7 +111,7 @@ def band_limit(rng):
 
 
 def telephone(rng):
-    """The band of a telephone: gain by band, natural log."""
+    """Band limits of a telephone: gain by band, natural log."""
     curve = np.zeros(MELS, np.float32)
     curve[: int(rng.integers(5, 10))] = -rng.uniform(3, 9)
     curve[int(rng.integers(40, 46)) :] = -rng.uniform(4, 9)
@@ -184,7 +184,8 @@ class Mixer:
         return self.rng.uniform(low, high) * np.log(10) / 20
 
     def take(self, bank, likely, strength=1.0):
-        """What Bank.draw gives, likely at another tempo and with all resonances moved, as if somebody else spoke or played."""
+        """Result of Bank.draw(); with probability `likely`, changes tempo and shifts all resonances to imitate another speaker or
+        instrument."""
         if not self.chance(likely):
             return bank.draw(self.rng)
         tempo = np.exp(strength * self.rng.uniform(-0.18, 0.18))
@@ -201,7 +202,7 @@ class Mixer:
         return mels
 
     def reverberant(self, mels):
-        """A voice far from the microphone: power that dies away slowly is added to it."""
+        """Adds exponentially decaying power, like a voice far from the microphone."""
         decay = np.exp(-13.8 / SECOND / self.rng.uniform(0.2, 1.4))
         wet = (1 - decay) * 10 ** (self.rng.uniform(-12, 4) / 10)
         power = np.exp(2 * mels)
@@ -223,14 +224,14 @@ class Mixer:
             heard = self.words()
             gain, active = np.where(heard, gain, -12.0), active & heard
         tracks = [Track(self.coloured(mels), gain, speech=without_pauses(active) * 1.0)]
-        if self.chance(0.1):  # somebody else at the same time
+        if self.chance(0.1):  # a second voice at the same time
             _, mels, other = self.take(self.speech, 0.6)
             gain = np.full(LENGTH, level + self.decibels(-14, 0))
             tracks.append(Track(self.coloured(mels), gain, speech=without_pauses(other) * 1.0))
         return tracks
 
     def words(self):
-        """Frames in which somebody who says single words says one."""
+        """Mask of the frames of single words with pauses between them."""
         heard, at = np.zeros(LENGTH, bool), int(self.rng.integers(0, SECOND))
         while at < LENGTH:
             length = int(self.rng.uniform(0.3, 1.0) * SECOND)
@@ -247,7 +248,7 @@ class Mixer:
         group, mels, active = self.take(self.song, 0.8, 1.6)  # there are few singers
         held = without_pauses(active) * 1.0
         if group.startswith("c-") and not group.endswith("-alone"):
-            unknown = np.full(LENGTH, np.nan)  # where in a song is sung is not known
+            unknown = np.full(LENGTH, np.nan)  # songs have no labels of their sung parts
             return [
                 Track(self.coloured(mels), np.full(LENGTH, level), music=np.ones(LENGTH), singing=unknown)
             ]
@@ -259,7 +260,7 @@ class Mixer:
     def background(self, level):
         _, mels, _ = self.noise.draw(self.rng)
         tracks = [Track(mels + equaliser(self.rng, 0.5), np.full(LENGTH, level))]
-        if self.chance(0.35):  # hiss: a flat line that trembles
+        if self.chance(0.35):  # hiss: a flat spectrum with small variations
             hiss = self.rng.normal(-1.5, 0.25, (LENGTH, MELS)) + equaliser(self.rng, 1.0)
             tracks.append(Track(hiss.astype(np.float32), np.full(LENGTH, level + self.decibels(-15, 5))))
         return tracks
@@ -273,7 +274,7 @@ class Mixer:
                 tracks += self.background(self.decibels(-40, 0 if self.chance(0.3) else -8))
         elif kind == "music":
             tracks = self.instrumental(0.0)
-        elif kind == "mixed":  # put together before it went through amplifiers and codecs
+        elif kind == "mixed":  # mixed as sound before distortion and codecs
             _, mels, heard = self.mixed.draw(self.rng)
             tracks = [
                 Track(
@@ -348,7 +349,7 @@ class Mixer:
                 if getattr(track, name) is not None:
                     labels[:, column] = np.maximum(labels[:, column], getattr(track, name))
         mels = 0.5 * np.log(power + 1e-12)
-        if self.chance(0.25):  # a compressor: what is loud gets quieter
+        if self.chance(0.25):  # dynamic range compression
             loud = np.convolve(np.pad(mels.max(1), 25, "edge"), np.ones(51) / 51, "valid")
             mels = mels - self.rng.uniform(0.2, 0.7) * (loud - loud.mean())[:, None]
         if self.chance(0.2):
@@ -386,7 +387,7 @@ class Mixer:
         return torch.from_numpy(inputs), torch.from_numpy(targets)
 
     def learned(self, losses):
-        """The losses (size) of the last batch: what was hard will be drawn more often."""
+        """Updates the probabilities of the pieces of the last batch by the losses (size) of its sequences."""
         for kind, loss, drawn in zip(self.kinds, losses, self.drawn):
             usual = self.usual.get(kind, loss)
             self.usual[kind] = 0.98 * usual + 0.02 * loss

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The network, as the program computes it, and its file. docs/model-card.md describes both."""
+"""The network as the program computes it, and its file format. docs/model-card.md describes both."""
 import struct
 import zlib
 
@@ -17,7 +17,7 @@ MAGIC, VERSION = b"SORDINSM", 1
 
 
 def normalised(patches):
-    """Log-mel patches (n, FRAMES, MELS) without their level, frames averaged by POOL."""
+    """Normalizes the level of log-mel patches (n, FRAMES, MELS) and averages each POOL frames."""
     top = patches.amax((1, 2), keepdim=True)
     patches = torch.maximum(patches, top - RANGE)
     patches = (patches - patches.mean((1, 2), keepdim=True)) / SCALE
@@ -117,8 +117,8 @@ def write_model(path, tagger, gains, offsets):
 
 
 def confidences(tagger, samples, gains=(1,) * 3, offsets=(0,) * 3):
-    """(results, labels) of a stream from its beginning, a result each 0.5 s from 1 s on; what lies before the
-    beginning is silence. The last frame of a patch ends where its result stands, so frames begin at 80 + 160 k.
+    """Confidences (results, labels) of a stream from its beginning, one result each 0.5 s from 1 s on. Silence precedes
+    the stream. The last frame of a patch ends at the time of its result, so frames begin at sample 80 + 160 k.
     """
     mels = mel_magnitudes(np.concatenate([np.zeros(WINDOW - HOP, np.float32), samples]))
     before = torch.full((FRAMES - 2 * STEP, MELS), float(np.log(FLOOR)))
@@ -139,7 +139,7 @@ def confidences(tagger, samples, gains=(1,) * 3, offsets=(0,) * 3):
 
 
 def read_model(path):
-    """(network, dict(gains, offsets)) of a file that write_model() wrote. Its batch norms only add the bias."""
+    """(network, dict(gains, offsets)) of a file that write_model() wrote. The batch norms of the result only add the bias."""
     data, at = path.read_bytes(), 20
     if data[:8] != MAGIC or struct.unpack_from("<I", data, 8)[0] != VERSION:
         raise ValueError(f"{path} is not a sound model of version {VERSION}")
@@ -193,8 +193,8 @@ def read_model(path):
 
 
 def measure_norms(tagger, patches):
-    """Sets the statistics of the batch norms to those of log-mel patches without changing what the network computes, so
-    that training can go on where the file of a model was read."""
+    """Sets the statistics of the batch norms to those of log-mel patches and compensates for them in the weights: the output
+    stays the same, and training can continue from a model file, which has no statistics."""
     with torch.no_grad():
         x = normalised(patches).unsqueeze(1)
         for (_, _, _, residual), convolution, norm in zip(
@@ -213,8 +213,8 @@ def measure_norms(tagger, patches):
 
 
 def grown(small, settings):
-    """A network of at least the sizes of `small` that computes the same: nothing reads its further channels yet. The
-    numbers, strides and residuals of the convolutions must be the same."""
+    """A network of at least the sizes of `small` with the same output: the weights that read the added channels are 0. Both
+    must have the same number of convolutions, strides and residuals."""
     large = Tagger(**settings).eval()
     for ours, theirs in zip(settings["convolutions"], small.settings["convolutions"], strict=True):
         if tuple(ours[1:]) != tuple(theirs[1:]) or ours[0] < theirs[0]:

@@ -51,7 +51,7 @@ def render_midi(path, soundfont):
 
 
 def prepare_source(job):
-    """One source; short files (voices, noises) are joined to one, music stays by piece."""
+    """Decodes one source. Joins short files (voices, noises) into one file; writes music piece by piece."""
     source, work = job
     folder = work / "pcm" / source.split / source.kind
     folder.mkdir(parents=True, exist_ok=True)
@@ -82,18 +82,18 @@ def prepare_source(job):
     done.touch()
 
 
-# Sung nearly as one speaks: learned from only on request.
+# Singing that is close to speech has a group of its own, which is drawn less often.
 SPOKEN = re.compile(r"ev3_(caesium|francium|potassium|sodium)$|ps_shv_")
 
 
 def collection_group(stem):
-    """c-SOURCE, with -alone for voices that sing without music; c-spoken for singing close to speech."""
+    """c-SOURCE, with the suffix -alone for unaccompanied singing; c-spoken for singing close to speech."""
     alone = "-alone" if stem.endswith("acappella") or stem.startswith(("ps_", "vocadito", "openair")) else ""
     return ("c-spoken" if SPOKEN.search(stem) else "c-" + stem.split("_")[0]) + alone
 
 
 def prepare_collection(collection, work):
-    """A licensed collection: FLAC and Opus files in SPLIT/KIND/ folders."""
+    """Decodes a licensed collection: FLAC and Opus files in SPLIT/KIND/ folders."""
     for path in sorted(p for p in collection.glob("*/*/*") if p.suffix in (".flac", ".opus")):
         name = str(path.relative_to(collection))
         kind = path.parent.name

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Which recordings the sound model learns from, and which are kept for measuring it.
+"""Assigns recordings to splits: training, choosing the calibration, or measuring.
 
-A source is a package or a collection; all of a source is for training, for choosing the calibration, or held out, so that
-no voice, band or microphone is on two sides.
+A source is a package or a collection. Each source belongs to one split as a whole, so that no voice, band or microphone
+is in two splits.
 """
 import dataclasses
 import os
@@ -22,9 +22,9 @@ class Source:
     package: str
     pattern: str  # of the path within the package (or archive), a regular expression
     seconds: int = 150  # of each file at most
-    every: int = 1  # take one file of so many
-    archive: str = ""  # of what in the package is to be unpacked
-    loops: bool = False  # music of less than five seconds is repeated; without this it is left out
+    every: int = 1  # takes every n-th file
+    archive: str = ""  # of an archive within the package
+    loops: bool = False  # repeats music of less than five seconds; it is dropped otherwise
 
 
 SOURCES = [
@@ -107,7 +107,7 @@ SOURCES = [
     Source("tune", "music", "starfighter", "starfighter-data", r"music/.*\.ogg"),
     Source("tune", "music", "trackballs", "trackballs-data", r"music/.*\.ogg"),
     Source("train", "music", "pathological", "pathological", r"music/.*\.ogg"),
-    # Held out since the second round of training, for which they were fetched: nothing was learned from them before.
+    # Held out since the second round of training. No earlier model learned from them.
     *[  # by the letters before the numbers; those with S are sounds
         Source("held", "speech", f"drascula-{name}", "drascula", rf"/en/{prefix}\d+\.ALS")
         for name, prefix in (
@@ -193,8 +193,8 @@ SOURCES = [
     Source("tune", "noise", "ardentryst", "ardentryst", r"Sounds/.*\.ogg", 8),
 ]
 
-# Of the licensed collections, by KIND/NAME: sources that are not learned from although they may be. The loops spi_* are
-# those of the package sonic-pi-samples, from which nothing is learned for that reason.
+# Sources of the licensed collections, by KIND/NAME, that are held out although their licenses permit training. The loops
+# spi_* are those of the package sonic-pi-samples, which is therefore excluded from training too.
 COLLECTION_TUNE = re.compile(
     r"ev3_hydrogen|vocadito_1\.|picovoice_4|mycroft_heycomp_es|voices_|fsdd_theo|digabi_(chopin|trow)|helena_chaos|berlin_"
     r"|speech/(hubs|kerstin|redeclipse)_|music/(freeorion|redeclipse|yd)_|noise/redeclipse_"
@@ -203,8 +203,8 @@ COLLECTION_HELD = re.compile(r"ev3_rubidium|vocadito_14")
 
 
 def collection_split(name):
-    """train, tune or held, of a file of a collection by its path."""
-    if name.startswith("dev/"):  # that part of a collection is not for learning
+    """Split (train, tune or held) of a file of a collection by its path."""
+    if name.startswith("dev/"):  # that part of a collection excludes training
         return "tune"
     if COLLECTION_TUNE.search(name):
         return "tune"
@@ -212,14 +212,14 @@ def collection_split(name):
 
 
 def files_of(source, unpacked, scratch):
-    """Paths of the recordings of a source in a folder with the unpacked packages; archives go to `scratch`."""
+    """Paths of the recordings of a source in a folder with the unpacked packages. Unpacks archives in `scratch`."""
     root = unpacked / source.package
     if source.archive:
         for archive in sorted(
             p for p in root.rglob("*") if re.search(source.archive, str(p)) and p.is_file()
         ):
             target = scratch / source.package / archive.name
-            if not target.exists():  # several sources are in one archive, and processes prepare them side by side
+            if not target.exists():  # several sources share one archive, and parallel processes prepare them
                 part = target.with_name(f".{target.name}.{os.getpid()}")
                 with zipfile.ZipFile(archive) as packed:
                     packed.extractall(part)

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What is made rather than recorded: synthetic voices, singing, and noises. Deterministic for a seed."""
+"""Generates synthetic voices, singing and noises. The result depends only on the seed."""
 import concurrent.futures
 import pathlib
 import re
@@ -26,13 +26,13 @@ FESTIVAL = [
     "voice_hy_fi_mv_diphone",
     "voice_suo_fi_lj_diphone",
 ]
-#: Voices that are not learned from; the other synthesizers have too few.
+#: Voices kept for the split "tune". The other synthesizers have too few voices for that.
 OTHER_ESPEAK = {"tune": ["ro+m6", "en-us+f4"]}
 HOP = 80  # samples of the vocoder's frames
 
 
 def sentences(rng):
-    """Sentences of the licence texts that every Debian has."""
+    """Sentences of the license texts that every Debian system has."""
     text = " ".join(
         p.read_text("utf-8", "replace")
         for p in sorted(pathlib.Path("/usr/share/common-licenses").glob("*-3"))
@@ -55,7 +55,7 @@ def speak(engine, voice, text, path):
 
 
 def synthetic_voices(work, seconds=75):
-    """WORK/pcm/SPLIT/speech/tts-*.s16; a voice that is not installed is left out and named."""
+    """Writes WORK/pcm/SPLIT/speech/tts-*.s16. Skips each voice that is not installed, and names it."""
     voices = [("train", "flite", v) for v in FLITE]
     voices += [("train", "espeak", v) for v in ESPEAK]
     voices += [("train", "festival", v) for v in FESTIVAL]
@@ -84,7 +84,7 @@ def synthetic_voices(work, seconds=75):
 
 
 class Voice:
-    """A stretch of speech taken apart for the vocoder: envelopes, loudness, voicing and pitch by frame."""
+    """Vocoder analysis of a stretch of speech: envelopes, loudness, voicing and pitch by frame."""
 
     def __init__(self, samples):
         count = 1 + (len(samples) - 400) // HOP
@@ -104,7 +104,7 @@ class Voice:
 
 
 def vocode(rng, envelope, voiced, pitch, formants):
-    """Sound from envelopes (frames, bins) and a pitch in Hz by frame: harmonics, and noise where unvoiced."""
+    """Vocoder synthesis from envelopes (frames, bins) and a pitch in Hz by frame: harmonics, and noise where unvoiced."""
     count = len(pitch)
     at = np.arange(count)
     time = np.arange(count * HOP) / HOP
@@ -162,7 +162,7 @@ def melody(rng, count, base):
 
 
 def sung(rng, samples, voices):
-    """Speech turned into singing by one to four voices in harmony: vowels held, pauses dropped, a melody."""
+    """Turns speech into singing by one to four voices in harmony: holds the vowels, drops the pauses, adds a melody."""
     voice = Voice(samples)
     loud = voice.level > np.median(voice.level[voice.level > voice.level.max() - 35]) - 18
     keep = np.flatnonzero(uniform_filter1d(loud * 1.0, 9) > 0.2)
@@ -190,7 +190,7 @@ def sung(rng, samples, voices):
 
 
 def spoken(rng, samples):
-    """The same vocoder with the speaker's own melody: so that its artefacts do not mean singing."""
+    """Passes speech through the same vocoder with the original melody, so that the network does not learn its artifacts as singing."""
     voice = Voice(samples)
     shift = rng.uniform(0.85, 1.25)
     return vocode(rng, voice.envelope, voice.voiced, np.clip(voice.pitch * shift, 70, 450), shift**0.3)
@@ -291,7 +291,7 @@ def made_noise(rng, length):
 
 
 def applause(rng, length):
-    """So many hands that no clap stands alone, or few."""
+    """Applause: dense, with no separate claps, or sparse."""
     sound = np.zeros(length + 400)
     for at in rng.integers(0, length, int(np.exp(rng.uniform(np.log(20), np.log(400))) * length / RATE)):
         size = int(rng.integers(60, 300))
@@ -302,7 +302,7 @@ def applause(rng, length):
 
 
 def crowd(rng, voices, length):
-    """A place full of people: nobody can be understood. Voices near and far, some of them excited, in a hall; applause."""
+    """A crowd in a hall: unintelligible voices near and far, some of them excited, and applause."""
     sound = np.zeros(length)
     for _ in range(int(rng.integers(25, 70))):
         voice = voices[int(rng.integers(len(voices)))]
@@ -328,7 +328,7 @@ def crowd(rng, voices, length):
 
 
 def crowds(work, minutes=14, length=10 * RATE):
-    """WORK/pcm/train/noise/crowd, of voices that come from packages."""
+    """Writes WORK/pcm/train/noise/crowd, from the voices that come from packages."""
     target = work / "pcm/train/noise/crowd__all.s16"
     if target.exists():
         return
@@ -357,7 +357,7 @@ def _make(job):
 
 
 def make_all(work):
-    """All of the above; singing needs the voices of prepare.py."""
+    """Generates everything above. Singing needs the voices that prepare.py writes."""
     with concurrent.futures.ProcessPoolExecutor(2) as pool:
         list(pool.map(_make, [(work, part) for part in ("voices", "noises", 2, 3, 4)]))
     crowds(work)  # of all voices there are by now

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Trains the network for a number of steps, from nothing or from a smaller model; resumes from the last checkpoint."""
+"""Trains the network for a number of steps, from random weights or from a smaller model. Resumes at the last checkpoint."""
 import math
 import os
 import time
@@ -13,9 +13,9 @@ from soundmodel.network import FRAMES, STEP, Tagger, grown, measure_norms, read_
 
 BATCH = 20  # sequences
 RATE, DECAY = 3e-3, 1e-2
-FURTHER_RATE = 1e-3  # where the training begins with a model
-WARM, LAST = 150, 0.3  # steps in which the rate rises, and share of all steps in which it falls
-AVERAGE = 500, 0.1  # steps over which the weights are averaged at most, and share of all steps
+FURTHER_RATE = 1e-3  # of a training that begins with a model
+WARM, LAST = 150, 0.3  # steps of rising rate, and share of all steps with falling rate
+AVERAGE = 500, 0.1  # weights are averaged over this share of all steps, at most this many
 CHECKPOINT = 100  # steps
 
 CONVOLUTIONS = [(16, 2, 2, 0), (32, 2, 2, 0), (64, 2, 2, 0), (64, 1, 1, 1), (128, 2, 2, 0), (128, 1, 1, 1)]
@@ -25,8 +25,8 @@ SETTINGS = dict(convolutions=CONVOLUTIONS, sections=2, embedding=96, memory=16, 
 
 
 def loss_of(logits, targets, steadiness):
-    """(loss, losses by sequence) of each label, the detector's own question (are music and speech there together?), and
-    trembling."""
+    """(loss, losses by sequence): cross entropy of each label, cross entropy of min(music, speech), which is the detector's
+    input, and the jumps between results where the labels are steady."""
     known = ~torch.isnan(targets)
     filled = torch.nan_to_num(targets)
     each = F.binary_cross_entropy_with_logits(logits, filled * 0.98 + 0.01, reduction="none")
@@ -44,7 +44,7 @@ def loss_of(logits, targets, steadiness):
 
 
 def shared(tagger, processes):
-    """Gradients of the processes become their mean."""
+    """Replaces the gradients of each process by the mean over all processes."""
     if processes > 1:
         flat = torch.cat([p.grad.flatten() for p in tagger.parameters()])
         torch.distributed.all_reduce(flat)
@@ -54,7 +54,7 @@ def shared(tagger, processes):
 
 
 def rate_at(step, steps, highest):
-    """The learning rate: it rises, stays, and falls to nearly nothing at the end."""
+    """Learning rate of a step: rises, stays constant, and falls to 1e-5."""
     rising = min(1, (step + 1) / WARM)
     falling = min(1, (steps - step) / (LAST * steps))
     return highest * rising * 0.5 * (1 - math.cos(math.pi * falling)) + 1e-5
@@ -63,8 +63,8 @@ def rate_at(step, steps, highest):
 def train(
     work, banks, name, steps, seed=1, settings=None, steadiness=0.3, without_collection=False, begin=None
 ):
-    """WORK/NAME.pt: the averaged weights after `steps` steps, begun with the model in the file `begin` if there is one. Two
-    processes share each batch where there is no GPU."""
+    """Trains for `steps` steps, beginning with the model file `begin` if given, and writes the averaged weights to
+    WORK/NAME.pt. Without a GPU, two processes share each batch."""
     result = work / f"{name}.pt"
     if not result.exists():
         processes = 1 if torch.cuda.is_available() else 2
@@ -79,7 +79,7 @@ def train(
 
 
 def beginning(settings, begin, mixer):
-    """The network that the first step changes."""
+    """The network before the first step."""
     if begin is None:
         return Tagger(**settings)
     tagger = grown(read_model(begin)[0], settings)
@@ -119,7 +119,7 @@ def _train(
         tagger = Tagger(**settings)
     else:
         tagger = beginning(settings, begin, mixer)
-        if processes > 1:  # the statistics come from what each has drawn
+        if processes > 1:  # each process has measured the norms on a batch of its own
             for values in tagger.state_dict().values():
                 torch.distributed.broadcast(values, 0)
     tagger.to(device)
@@ -140,13 +140,11 @@ def _train(
     tagger.train()
     for step in range(first, steps):
         if os.getppid() != parent:
-            raise SystemExit("train: the program that started this is gone")
+            raise SystemExit("train: the parent process has ended")
         for group in optimiser.param_groups:
             group["lr"] = rate_at(step, steps, highest)
         inputs, targets = mixer.batch(BATCH // processes)
-        with torch.autocast(
-            device, torch.bfloat16
-        ):  # two and a half times as fast where the processor has it
+        with torch.autocast(device, torch.bfloat16):  # 2.5 times as fast on processors with bfloat16
             logits = tagger(inputs.to(device))
         loss, losses = loss_of(logits.float(), targets.to(device), steadiness)
         mixer.learned(losses.cpu().numpy())
@@ -192,7 +190,7 @@ def keep_average(path, average, settings):
 
 
 def intermediate(work, name):
-    """(name, path) of the averaged weights of the last checkpoint of a training that goes on: WORK/NAME-STEP.pt."""
+    """(name, path) of the averaged weights of the last checkpoint of an unfinished training: WORK/NAME-STEP.pt."""
     state = torch.load(work / f"{name}.checkpoint", map_location="cpu")
     name = f"{name}-{state['step']}"
     keep_average(work / f"{name}.pt", state["average"], state["settings"])

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-"""What the network says of single results, on held-out recordings: voices alone and over beds at several levels, by kind
-of bed and by kind of voice; songs, music and noise; and the recordings that it hears worst."""
+"""Measures single results of the network on held-out recordings: voices alone and over beds at several levels, by kind of
+bed and by kind of voice; songs, music and noise; and the recordings with the worst results."""
 import re
 
 import numpy as np
@@ -8,7 +8,7 @@ from soundmodel.audio import RATE
 from soundmodel.broadcast import Material, at_level, level_of, tight
 from soundmodel.network import LABELS, confidences
 
-SETTLED = 4  # results of a mix that are left out: what was before is still heard in them
+SETTLED = 4  # first results of a mix that are skipped: their memory reaches back before it
 LONGEST = 60 * RATE
 BELOW = (0, 5, 8, 10, 12, 15, 18, 20)  # dB of the music below the voice
 MIXES, SECONDS = 60, 8
@@ -22,7 +22,7 @@ BEDS = {
     "game and film music": r"enigma|flare|plee|blobwars|amoebax|scorched3d",
     "bands": r".",
 }
-#: Kinds of voices. As many as of beds would always pair the same two.
+#: Kinds of voices. Their number differs from that of the beds, so that every pair occurs.
 VOICES = {
     "over radio, distorted": r"nexuiz-(?!tutorial|announcer)",
     "single words": r"gcin|rally",
@@ -43,12 +43,12 @@ def heard(tagger, samples, **calibration):
 
 
 def strong(scores):
-    """Share of results that the detector would take for strong evidence of an ad."""
+    """Share of results that are strong evidence of an ad: 2 min(music, speech) > 0.5."""
     return float(np.mean(2 * scores.min(1) > 0.5))
 
 
 def talk(rng, samples):
-    """Some seconds of a voice without long pauses."""
+    """SECONDS of a voice without long pauses."""
     length = SECONDS * RATE
     for _ in range(30):
         begin = int(rng.integers(0, max(1, len(samples) - 3 * length)))
@@ -61,7 +61,7 @@ def talk(rng, samples):
 
 
 def pairs(material):
-    """(kind of bed, kind of voice, voice, bed) of MIXES mixes: kinds in turn, and within a kind recordings in turn."""
+    """Endless (kind of bed, kind of voice, voice, bed): alternates kinds, and recordings within a kind."""
 
     def turns(pieces, kinds):
         by_kind = {kind: [] for kind in kinds}

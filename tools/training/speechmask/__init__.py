@@ -1,2 +1,2 @@
 # SPDX-License-Identifier: MIT
-"""The speech mask: a network that takes music and noise off a voice before it is transcribed."""
+"""The speech mask: a network that removes music and noise from a voice before transcription."""

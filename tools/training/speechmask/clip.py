@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""What the mask makes of a clip of tests/classifier/data, so that the program can be compared with the training."""
+"""Levels of a clip of tests/classifier/data after the mask, so that tests can compare the program's mask with this one."""
 import json
 
 import torch
@@ -10,7 +10,7 @@ LENGTH = 16 * HOP  # samples of each level
 
 
 def cleaned(mask, samples, strength, least):
-    """Samples through a mask; half a window late, as in the program."""
+    """Applies a mask to samples, with a delay of half a window as in the program."""
     frames = spectrum(torch.as_tensor(samples)[None])
     with torch.no_grad():
         gains = (mask(frames) ** strength).clamp_min(least)
@@ -18,7 +18,7 @@ def cleaned(mask, samples, strength, least):
 
 
 def write_clip(path, clip, mask, strength, least):
-    """RMS levels of the clip's cleaned samples, LENGTH at a time."""
+    """RMS levels of the clip's masked samples, one for each LENGTH samples."""
     samples = cleaned(mask, decode(clip), strength, least)
     pieces = samples[: len(samples) // LENGTH * LENGTH].view(-1, LENGTH)
     levels = [round(float(level), 6) for level in pieces.square().mean(1).sqrt()]

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Mixes voices with music and noise without end, from the recordings that the sound model learns from."""
+"""Mixes random voices with music and noise, from the training recordings of the sound model."""
 import collections
 
 import numpy as np
@@ -10,15 +10,16 @@ SECONDS = 4
 LENGTH = SECONDS * RATE
 QUIET = 1e-3  # RMS below which a piece counts as silent
 LEVELS = -5, 25  # dB of the voice over the rest
-#: What is heard beside the voice, and how often.
+#: Kinds of background and their probabilities.
 REST = {"music": 0.66, "noise": 0.14, "both": 0.1, "song": 0.04, "none": 0.06}
 WITHOUT_VOICE = 0.04
-#: Voices that speak the texts of tools/speech/corpus.txt, on which the mask is measured.
+#: Voices excluded from training: they read tools/speech/corpus.txt, on which the mask is measured.
 MEASURED = ("tts-",)
 
 
 class Recordings:
-    """Recordings of one kind. Sources are drawn evenly up to the root of their length, so that long ones do not drown the rest."""
+    """Recordings of one kind. The probability of a source is proportional to the root of its length, so that no long source
+    dominates."""
 
     def __init__(self, folder, excluded=()):
         groups = collections.defaultdict(list)
@@ -30,7 +31,7 @@ class Recordings:
         self.weights = weights / weights.sum()
 
     def piece(self, rng):
-        """LENGTH samples that are not silent, at RMS 1; short recordings are repeated."""
+        """LENGTH samples that are not silent, at RMS 1. Short recordings are repeated."""
         while True:
             group = self.groups[rng.choice(len(self.groups), p=self.weights)]
             lengths = np.array([len(r) for r in group], float)
@@ -45,7 +46,7 @@ class Recordings:
 
 
 def room(rng):
-    """A made room's response: exponentially decaying noise after the direct sound."""
+    """Synthetic room response: exponentially decaying noise after the direct sound."""
     seconds = rng.uniform(0.1, 0.6)
     length = int(seconds * RATE)
     tail = rng.normal(size=length) * 10 ** (-3 * np.arange(length) / length)
@@ -60,7 +61,7 @@ def convolved(samples, response):
 
 
 def equalization(rng):
-    """Gains of a microphone or a mixing desk: smooth, within a few dB; sometimes the band of a telephone."""
+    """Gains of a microphone or a mixing desk: smooth, within a few dB, sometimes with the band limits of a telephone."""
     places = np.linspace(0, BINS - 1, 6) ** 2 / (BINS - 1)
     curve = np.interp(np.arange(BINS), places, rng.normal(0, 4, 6))
     gains = 10 ** (curve / 20)
@@ -96,7 +97,7 @@ class Mixer:
         return self.kinds[kind].piece(self.rng)
 
     def pair(self):
-        """Spectra (frames, BINS) of a voice and of what is mixed with it."""
+        """Spectra (frames, BINS) of a voice and of its background."""
         level = 10 ** (self.rng.uniform(-45, -12) / 20)
         below = 10 ** (-self.rng.uniform(*LEVELS) / 20)
         voice = self.voice() * (level if self.rng.random() > WITHOUT_VOICE else 0)

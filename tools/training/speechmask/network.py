@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""The network: features of a frame to a gain for each bin, with a memory of the frames before."""
+"""The network: maps the features of a frame to a gain for each bin, with a recurrent memory of earlier frames."""
 import struct
 import zlib
 
@@ -18,7 +18,7 @@ class Mask(torch.nn.Module):
         self.gains = torch.nn.Linear(units, BINS)
 
     def forward(self, frames):
-        """Complex (batch, frames, BINS) to gains from 0 to 1 of the same shape."""
+        """Gains from 0 to 1 (batch, frames, BINS) of complex spectra of the same shape."""
         hidden = torch.relu(self.front(features(frames)))
         hidden, _ = self.first(hidden)
         further, _ = self.second(hidden)
@@ -26,7 +26,7 @@ class Mask(torch.nn.Module):
 
 
 def write_mask(path, mask, strength=1.0, least=0.0):
-    """The file of a mask, as src/classifier/speech_mask_file.h describes it."""
+    """Writes the file of a mask; src/classifier/speech_mask_file.h describes the format."""
 
     def half(tensor):
         return tensor.detach().numpy().astype("<f2").tobytes()
@@ -52,7 +52,7 @@ def write_mask(path, mask, strength=1.0, least=0.0):
 
 
 def rounded(mask):
-    """The same mask with its weights as the file has them."""
+    """A copy of the mask with its weights rounded to the precision of the file."""
     with torch.no_grad():
         for name, values in mask.named_parameters():
             if "weight" in name:

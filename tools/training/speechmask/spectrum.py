@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Frames of the spectrum and back, the same as the program's (src/platform/speech_mask.h)."""
+"""Short-time spectrum and its inverse, equal to the program's (src/classifier/speech_mask.h)."""
 import torch
 
 RATE = 16000
@@ -25,5 +25,5 @@ def samples_of(frames):
 
 
 def features(frames):
-    """What the network sees of complex frames: about -1 to 2."""
+    """Input features of the network for complex frames: about -1 to 2."""
     return (torch.log(frames.abs() + FLOOR) + SHIFT) / SCALE

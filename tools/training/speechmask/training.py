@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""Trains the mask for a number of steps; resumes from the last checkpoint."""
+"""Trains the mask for a number of steps. Resumes at the last checkpoint."""
 import math
 import time
 
@@ -11,12 +11,12 @@ from speechmask.spectrum import BINS, RATE
 
 BATCH = 24
 HIGHEST_RATE = 2e-3
-WARM, LAST = 100, 0.4  # steps in which the rate rises, and share of all in which it falls
+WARM, LAST = 100, 0.4  # steps of rising rate, and share of all steps with falling rate
 CHECKPOINT = 100
-POWER = 0.3  # compresses magnitudes as hearing does
-BANDS = 25  # as many as the decoder's acoustic model has, over its range
+POWER = 0.3  # exponent that compresses magnitudes like hearing
+BANDS = 25  # the number and range of the decoder's acoustic model
 LOW, HIGH = 130, 6800
-DEEPEST = 1e-4  # of the loudest band: what is quieter does not matter to the decoder
+DEEPEST = 1e-4  # relative to the loudest band: the decoder ignores quieter bands
 
 
 def decoder_bands():
@@ -51,7 +51,7 @@ def rate_at(step, steps):
 
 
 def train(work, name, steps, seed=1):
-    """WORK/NAME.pt: the averaged weights after `steps` steps."""
+    """Trains for `steps` steps and writes the averaged weights to WORK/NAME.pt."""
     torch.set_num_threads(1)
     torch.manual_seed(seed)
     checkpoint, result = work / f"{name}.checkpoint", work / f"{name}.pt"

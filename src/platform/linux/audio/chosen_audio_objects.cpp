@@ -7,7 +7,7 @@ namespace sordin {
 
 namespace {
 
-/// Is set in the numbers of PulseAudio's objects; none of the servers comes to have so many.
+/// Marks the identifiers of PulseAudio's objects. Neither server reaches this many objects.
 constexpr AudioObjectId pulseBit = 0x8000'0000;
 
 AudioObjectId theirs(AudioObjectId object) {

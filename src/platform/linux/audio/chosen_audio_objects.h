@@ -8,10 +8,11 @@
 
 namespace sordin {
 
-/// The audio objects of the server that plays the sound. Those of the other one stay what they are.
+/// The audio objects of the server that plays the sound. Identifiers of the other server's objects remain
+/// valid.
 class ChosenAudioObjects final : public AudioObjects {
 public:
-    /// None may be null.
+    /// None of the arguments may be null.
     ChosenAudioObjects(std::shared_ptr<ServerChoice> choice, std::shared_ptr<AudioObjects> pipeWire,
                        std::shared_ptr<AudioObjects> pulse);
 
@@ -30,7 +31,7 @@ private:
     using Server = ServerChoice::Server;
 
     [[nodiscard]] AudioObjects& objectsOf(Server server) const;
-    /// Of an object of ours: whose it is; the system's is that of the choice.
+    /// Returns the server of an object; for the system object, the chosen server.
     [[nodiscard]] Server serverOf(AudioObjectId object) const;
 
     const std::shared_ptr<ServerChoice> choice_;

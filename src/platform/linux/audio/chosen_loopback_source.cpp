@@ -22,7 +22,7 @@ void ChosenLoopbackSource::onChange(std::function<void()> handler) {
 
 std::optional<LoopbackSource::Obstacle> ChosenLoopbackSource::obstacle() {
     if (&chosen() == pipeWire_.get() && !pipeWire_->obstacle()) {
-        // PulseAudio may have taken the sound over without a word to PipeWire.
+        // PulseAudio may have taken over the sound, which PipeWire does not report.
         choice_->look();
         if (choice_->undecided()) {
             return Obstacle{failure(SystemAudioCapture::Error::unreachable), true};
@@ -52,7 +52,7 @@ bool ChosenLoopbackSource::outdated() const {
     if (open_ == nullptr || open_ == &chosen()) {
         return false;
     }
-    // Where its own server is gone, what is open ends by itself.
+    // If the server of the open source is gone, the source ends by itself.
     const auto obstacle = open_->obstacle();
     return !obstacle || obstacle->failure.error != SystemAudioCapture::Error::unreachable;
 }

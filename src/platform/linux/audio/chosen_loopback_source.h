@@ -8,10 +8,10 @@
 
 namespace sordin {
 
-/// Hears all applications through the audio server that plays them.
+/// Captures all applications through the audio server that plays the sound.
 class ChosenLoopbackSource final : public LoopbackSource {
 public:
-    /// None may be null.
+    /// None of the arguments may be null.
     ChosenLoopbackSource(std::shared_ptr<ServerChoice> choice, std::unique_ptr<LoopbackSource> pipeWire,
                          std::unique_ptr<LoopbackSource> pulse);
     ~ChosenLoopbackSource() override;
@@ -32,7 +32,7 @@ private:
     const std::shared_ptr<ServerChoice> choice_;
     const std::unique_ptr<LoopbackSource> pipeWire_;
     const std::unique_ptr<LoopbackSource> pulse_;
-    LoopbackSource* open_ = nullptr;  // the one of them that is open
+    LoopbackSource* open_ = nullptr;  // the open one
 };
 
 }  // namespace sordin

@@ -5,7 +5,7 @@
 
 namespace sordin {
 
-/// Keeps the streams of one server. On its loop, under its lock.
+/// Tracks the streams of one server. Called on its loop, under its lock.
 template <class Session>
 class LinuxApplicationStreams::Watch : private Session::Observer {
 public:

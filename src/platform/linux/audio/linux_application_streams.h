@@ -11,10 +11,10 @@
 
 namespace sordin {
 
-/// The applications' streams of both servers: a call may be on a server that plays nothing else.
+/// Lists the applications' streams of both servers, because a call may use a server that plays nothing else.
 class LinuxApplicationStreams final : public ApplicationStreams {
 public:
-    /// None may be null.
+    /// Neither argument may be null.
     LinuxApplicationStreams(std::shared_ptr<pipewire::Session> pipeWire,
                             std::shared_ptr<pulse::Session> pulse);
     ~LinuxApplicationStreams() override;
@@ -35,7 +35,7 @@ private:
     const std::shared_ptr<pipewire::Session> pipeWire_;
     const std::shared_ptr<pulse::Session> pulse_;
     std::mutex lock_;
-    Handler handler_;  // guarded by lock_, as what follows
+    Handler handler_;  // guarded by lock_, like both lists below
     Streams pipeWireStreams_;
     Streams pulseStreams_;
     std::unique_ptr<Watch<pipewire::Session>> pipeWireWatch_;

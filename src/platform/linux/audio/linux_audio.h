@@ -14,21 +14,21 @@
 
 namespace sordin {
 
-/// The sound of this computer, whichever server plays it: one session with each.
+/// The audio of this computer: one session with each server, and the choice between them.
 class LinuxAudio {
 public:
-    /// Begins to connect. Throws std::runtime_error.
+    /// Begins to connect. Throws std::runtime_error if a loop or thread cannot be created.
     LinuxAudio();
 
-    /// Outlive this if they are held.
+    /// The returned objects may outlive this one.
     [[nodiscard]] const std::shared_ptr<AudioObjects>& objects() const { return objects_; }
     [[nodiscard]] const std::shared_ptr<ApplicationStreams>& streams() const { return streams_; }
     [[nodiscard]] std::unique_ptr<LoopbackSource> loopbackSource() const;
 
-    /// See ServerChoice.
+    /// See ServerChoice::waitUntilKnown().
     bool waitUntilKnown(std::chrono::milliseconds deadline) { return choice_->waitUntilKnown(deadline); }
 
-    /// The sandboxed application that a process belongs to, as the server knows it. Any thread.
+    /// Returns the sandboxed application of a process, as the server knows it. Any thread.
     [[nodiscard]] std::optional<std::string> portalApplication(std::int32_t processId) const {
         return pipeWire_->portalApplication(processId);
     }
@@ -36,7 +36,7 @@ public:
 private:
     const std::shared_ptr<pipewire::Session> pipeWire_;
     const std::shared_ptr<pulse::Session> pulse_;
-    const std::shared_ptr<ServerChoice> choice_;  // before all who observe the sessions
+    const std::shared_ptr<ServerChoice> choice_;  // first, so that it observes the sessions before the others
     const std::shared_ptr<AudioObjects> objects_;
     const std::shared_ptr<ApplicationStreams> streams_;
 };

@@ -6,7 +6,7 @@
 
 namespace sordin {
 
-/// Keeps whether a session has what it takes. On its loop, under its lock.
+/// Tracks whether a session can play the sound. Called on its loop, under its lock.
 template <class Session>
 class ServerChoice::Watch : private Session::Observer {
 public:
@@ -82,7 +82,7 @@ bool ServerChoice::waitUntilKnown(std::chrono::milliseconds deadline) {
 void ServerChoice::decide() {
     Server before = server_;
     {
-        // Both servers may tell at once; whoever decides last knows both.
+        // Both servers may call this at the same time; the last call sees both states.
         const std::scoped_lock lock(deciding_);
         before = server_;
         if (pulseIsThere_) {

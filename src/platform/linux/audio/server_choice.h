@@ -12,17 +12,17 @@
 
 namespace sordin {
 
-/// Which audio server plays the sound. Where PulseAudio itself answers it is that one, since desktops of this
-/// kind may run PipeWire too, for sharing screens; else it is PipeWire once that has a device. A server that
-/// goes stays the choice until the other one is there.
+/// Chooses the audio server that plays the sound. PulseAudio itself takes precedence, because desktops with
+/// PulseAudio may run PipeWire for screen sharing only. Otherwise it is PipeWire once that has a sink. If the
+/// chosen server goes away, it stays the choice until the other one is available.
 ///
-/// Whoever observes the sessions should begin to after the choice was made: then it is told before them. All
-/// operations may be called from any thread, and return at once unless they say that they wait.
+/// Create this object before other observers of the sessions, so that it is called before them. All
+/// operations may be called from any thread and return at once, except waitUntilKnown().
 class ServerChoice {
 public:
     enum class Server { pipeWire, pulseAudio };
 
-    /// None may be null.
+    /// Neither argument may be null.
     ServerChoice(std::shared_ptr<pipewire::Session> pipeWire, std::shared_ptr<pulse::Session> pulse);
     ~ServerChoice();
     ServerChoice(const ServerChoice&) = delete;
@@ -30,17 +30,18 @@ public:
 
     [[nodiscard]] Server server() const { return server_; }
 
-    /// Sets what is called, on any thread with locks of the sessions held, after server() or undecided() may
-    /// answer something else. It must only post. Empty for nothing; then it is not being called any more.
+    /// Sets the handler for possible changes of server() or undecided(). It is called on any thread with
+    /// locks of the sessions held: it must only post. An empty handler removes the current one, which is not
+    /// called any more after the return.
     void onChange(std::function<void()> handler);
 
-    /// Has looked soon whether PulseAudio has come to be the one that plays.
+    /// Checks soon whether PulseAudio now plays the sound.
     void look() { pulse_->look(); }
 
-    /// Whether PulseAudio may yet turn out to be there; for one and a half seconds at most.
+    /// Whether PulseAudio may still turn out to be available; true for one and a half seconds at most.
     [[nodiscard]] bool undecided() const;
 
-    /// Waits until the server that plays is known with all it has; false if that takes longer than
+    /// Waits until the server that plays the sound is known and has listed its objects. Returns false after
     /// `deadline`.
     bool waitUntilKnown(std::chrono::milliseconds deadline);
 
@@ -56,7 +57,7 @@ private:
     std::mutex deciding_;
     std::mutex telling_;
     std::function<void()> onChange_;       // guarded by telling_
-    std::atomic<bool> undecided_ = false;  // as told last
+    std::atomic<bool> undecided_ = false;  // at the last call of the handler
     std::atomic<Server> server_ = Server::pipeWire;
     std::atomic<bool> pipeWireSounds_ = false;
     std::atomic<bool> pulseIsThere_ = false;

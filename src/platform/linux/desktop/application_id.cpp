@@ -21,7 +21,7 @@ bool takeSuffix(std::string_view& text, std::string_view suffix) {
     return found;
 }
 
-/// What stands before the last occurrence of a character; everything when there is none.
+/// Returns the text before the last occurrence of a character; the whole text if there is none.
 std::string_view beforeLast(std::string_view text, char character) {
     return text.substr(0, text.rfind(character));
 }
@@ -37,7 +37,7 @@ std::optional<unsigned> hexDigit(char c) {
     return at == std::string_view::npos ? std::nullopt : std::optional(static_cast<unsigned>(at));
 }
 
-/// Undoes systemd's escapes: \x2d is a hyphen.
+/// Decodes systemd's escapes: \x2d is a hyphen.
 std::string unescapedUnit(std::string_view text) {
     std::string result;
     while (!text.empty()) {
@@ -59,7 +59,7 @@ std::optional<std::string> nonEmpty(std::string text) {
     return text.empty() ? std::nullopt : std::optional(std::move(text));
 }
 
-/// snap.NAME.APP-UUID.scope and, for services, snap.NAME.APP.service.
+/// Parses snap.NAME.APP-UUID.scope and, for services, snap.NAME.APP.service.
 std::optional<std::string> snapId(std::string_view unit) {
     if (!takePrefix(unit, "snap.")) {
         return std::nullopt;
@@ -80,7 +80,7 @@ std::optional<std::string> snapId(std::string_view unit) {
     return std::string(unit.substr(0, dot)) + "_" + std::string(unit.substr(dot + 1));
 }
 
-/// In unit names the hyphen separates; those of the identifier itself are escaped.
+/// The hyphen is the separator in unit names; hyphens of the identifier itself are escaped.
 std::optional<std::string> unitId(std::string_view unit) {
     if (auto snap = snapId(unit)) {
         return snap;
@@ -105,7 +105,7 @@ std::optional<std::string> applicationIdFromCgroup(std::string_view text) {
     while (!text.empty()) {
         std::string_view path = text.substr(0, text.find('\n'));
         text.remove_prefix(std::min(text.size(), path.size() + 1));
-        // The innermost unit counts.
+        // Units are nested; the innermost one is the application's.
         while (!path.empty()) {
             const auto unit = afterLast(path, '/');
             if (auto id = unitId(unit)) {

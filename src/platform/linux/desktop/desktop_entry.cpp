@@ -15,8 +15,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The keys that may hold the name, best first, as the Desktop Entry Specification orders them for a locale
-/// of the form lang_COUNTRY.ENCODING@MODIFIER.
+/// Returns the keys that can hold the name, best first, in the order of the Desktop Entry Specification for a
+/// locale of the form lang_COUNTRY.ENCODING@MODIFIER.
 std::vector<std::string> nameKeys(const std::string& locale) {
     const auto at = std::min(locale.find('@'), locale.size());
     const std::string modifier = locale.substr(at);
@@ -45,7 +45,7 @@ std::string unescaped(std::string_view text) {
         }
         switch (text[++i]) {
         case 's':
-        case 'n':  // a name is one line
+        case 'n':  // a name has to fit on one line
         case 't':
         case 'r':
             result += ' ';
@@ -62,7 +62,8 @@ std::string environment(const char* name) {
     return value != nullptr ? value : "";
 }
 
-/// A folder that a variable names; others than absolute ones are to be ignored.
+/// Returns the folder in an environment variable. The XDG Base Directory Specification requires programs to
+/// ignore relative paths.
 fs::path folder(const char* name, const fs::path& fallback) {
     const fs::path value = environment(name);
     return value.is_absolute() ? value : fallback;
@@ -117,7 +118,7 @@ DesktopEntries DesktopEntries::ofUser() {
 }
 
 std::optional<std::string> DesktopEntries::name(const std::string& id) const {
-    // An identifier is a file name, never a path.
+    // An identifier must not lead out of the folder.
     if (id.empty() || id.find('/') != std::string::npos || id.find('\0') != std::string::npos) {
         return std::nullopt;
     }

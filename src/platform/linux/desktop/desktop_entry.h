@@ -9,26 +9,26 @@
 
 namespace sordin {
 
-/// The name that a desktop entry gives its application, in the language of `locale` (as in LC_MESSAGES, for
-/// example de_AT.UTF-8@euro) as far as the entry knows it. `text` is the contents of the file. None without a
-/// name.
+/// Returns the application name in a desktop entry, in the language of `locale` (in the form of LC_MESSAGES,
+/// for example de_AT.UTF-8@euro) if the entry is translated. `text` is the contents of the file. None if the
+/// entry has no name.
 [[nodiscard]] std::optional<std::string> desktopEntryName(std::string_view text, const std::string& locale);
 
-/// Where the system keeps desktop entries.
+/// Looks up desktop entries. Reads the files anew for each call.
 class DesktopEntries {
 public:
-    /// `folders` hold the entries, earlier ones before later ones.
+    /// `folders` contain the entries; earlier folders take precedence.
     DesktopEntries(std::vector<std::filesystem::path> folders, std::string locale)
         : folders_(std::move(folders)), locale_(std::move(locale)) {}
 
-    /// Folders and locale of the user, from the environment; Flatpak's and snap's are among them.
+    /// Uses the user's folders and locale from the environment, including the folders of Flatpak and snap.
     [[nodiscard]] static DesktopEntries ofUser();
 
-    /// The name of the application with this identifier (the entry is ID.desktop); none if there is no such
-    /// entry.
+    /// Returns the name of the application with this identifier (the entry is ID.desktop); none if there is
+    /// no such entry.
     [[nodiscard]] std::optional<std::string> name(const std::string& id) const;
 
-    /// The identifiers of all entries in the folders, each once. Entries in subfolders are not among them.
+    /// Returns the identifiers of all entries in the folders, without duplicates. Does not search subfolders.
     [[nodiscard]] std::vector<std::string> ids() const;
 
 private:

@@ -12,7 +12,7 @@ namespace sordin {
 
 namespace {
 
-/// None of this name only if the connection is gone.
+/// Returns XCB_ATOM_NONE only if the connection is lost.
 xcb_atom_t atom(const XcbConnection& connection, const std::string& name) {
     const auto asked =
         xcb_intern_atom(connection.get(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
@@ -45,7 +45,7 @@ bool displayMixesWindows() {
     if (xcb_connection_has_error(connection.get()) != 0) {
         return true;
     }
-    // Whoever mixes them owns this selection (Extended Window Manager Hints).
+    // A compositing manager owns this selection (Extended Window Manager Hints).
     const auto selection = atom(connection, "_NET_WM_CM_S" + std::to_string(screen));
     const XcbReply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
         connection.get(), xcb_get_selection_owner(connection.get(), selection), nullptr));
@@ -57,7 +57,7 @@ void bringForward(std::uint32_t window) {
     if (xcb_connection_has_error(connection.get()) != 0) {
         return;
     }
-    // Extended Window Manager Hints: 2 says that the user has asked for it.
+    // Source indication 2 of the Extended Window Manager Hints: a direct user action.
     constexpr std::uint32_t byTheUser = 2;
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
@@ -84,7 +84,8 @@ void hideFromTaskBar(std::uint32_t window) {
     const auto done = xcb_change_property_checked(connection.get(), XCB_PROP_MODE_APPEND, window,
                                                   atom(connection, "_NET_WM_STATE"), XCB_ATOM_ATOM, 32,
                                                   static_cast<std::uint32_t>(states.size()), states.begin());
-    const XcbReply<xcb_generic_error_t> error(xcb_request_check(connection.get(), done));  // waits for it
+    // Waits for the server.
+    const XcbReply<xcb_generic_error_t> error(xcb_request_check(connection.get(), done));
 }
 
 void makeTransparent(std::uint32_t window) {
@@ -95,7 +96,8 @@ void makeTransparent(std::uint32_t window) {
     constexpr std::uint32_t transparent = 0;
     const auto done =
         xcb_change_window_attributes_checked(connection.get(), window, XCB_CW_BACK_PIXEL, &transparent);
-    const XcbReply<xcb_generic_error_t> error(xcb_request_check(connection.get(), done));  // waits for it
+    // Waits for the server.
+    const XcbReply<xcb_generic_error_t> error(xcb_request_check(connection.get(), done));
 }
 
 void endStartupNotification(std::string_view token) {
@@ -111,7 +113,8 @@ void endStartupNotification(std::string_view token) {
         text += each;
     }
     text += '"';
-    // In pieces, with the zero at its end; the window only marks which pieces belong together.
+    // The message includes the terminating zero and is sent in pieces. The window only identifies pieces of
+    // the same message.
     const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
     const auto marker = xcb_generate_id(connection.get());
     xcb_create_window(connection.get(), XCB_COPY_FROM_PARENT, marker, root, -1, -1, 1, 1, 0,
@@ -131,7 +134,8 @@ void endStartupNotification(std::string_view token) {
                        reinterpret_cast<const char*>(&piece));
         piece.type = next;
     }
-    // The server would drop nothing that was sent before the connection ends, once it has answered.
+    // The reply to this request shows that the server has processed the messages before the connection
+    // closes.
     atom(connection, "_NET_STARTUP_INFO");
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What can be known of the display before and beside the toolkit that draws on it. The functions open a
-// connection of their own for as long as the question takes.
+// Queries and requests to the display that bypass the toolkit. Each function opens a connection and closes it
+// before it returns.
 #pragma once
 
 #include <cstdint>
@@ -9,32 +9,33 @@
 namespace sordin {
 
 enum class DisplayState {
-    none,       ///< the environment names none
-    reachable,  ///< of Wayland's only the name is looked at, of what QT_QPA_PLATFORM names nothing
+    none,  ///< the environment names no display
+    /// Not verified for Wayland (only the variable is read) and for a platform in QT_QPA_PLATFORM.
+    reachable,
     unreachable
 };
 
-/// Of the display that the environment names.
+/// Returns the state of the display that the environment names.
 [[nodiscard]] DisplayState displayState();
 
-/// Whether windows may have parts that are not there: round corners, for example. Of an X11 display that has
-/// nobody to mix them, no.
+/// Whether windows can have transparent parts, for example round corners. False only for an X11 display
+/// without a compositing manager.
 [[nodiscard]] bool displayMixesWindows();
 
-/// Asks the window manager of an X11 display to bring a window to the front because the user wants it there.
-/// Toolkits ask in the name of the program, which managers may refuse one that nobody has clicked at lately.
+/// Asks the X11 window manager to bring a window to the front as a direct user action. Toolkits send the
+/// request as the application's, which window managers may refuse if the user has not clicked on the
+/// application recently.
 void bringForward(std::uint32_t window);
 
-/// Keeps a window of an X11 display, which is not shown yet, out of lists of windows.
+/// Keeps an X11 window out of task bars and pagers. Call it before the window is shown.
 void hideFromTaskBar(std::uint32_t window);
 
-/// Has an X11 display show what is below a window wherever the window is not drawn. To be called before the
-/// window, whose pixels can be transparent, is shown.
+/// Makes undrawn areas of an X11 window transparent. Call it before the window, which must have an alpha
+/// channel, is shown.
 void makeTransparent(std::uint32_t window);
 
-/// Says on an X11 display that what the user started with this token is there, so that the desktop no longer
-/// shows that something starts (Startup Notification Protocol 0.1). Desktops ignore tokens that they do not
-/// know.
+/// Ends the desktop's startup feedback for a launch token on X11 (Startup Notification Protocol 0.1).
+/// Desktops ignore unknown tokens.
 void endStartupNotification(std::string_view token);
 
 }  // namespace sordin

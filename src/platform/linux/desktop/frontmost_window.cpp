@@ -11,7 +11,7 @@ namespace sordin {
 
 namespace {
 
-/// A connection to the X server for as long as a question takes.
+/// A connection to the X server, closed with the object.
 class Display {
 public:
     Display() : connection_(xcb_connect(nullptr, &screen_)) {}
@@ -27,7 +27,7 @@ public:
         return screens.rem > 0 ? std::optional(screens.data->root) : std::nullopt;
     }
 
-    /// The first 32 bits of a window's property; none for 0, which names nothing.
+    /// Returns the first 32 bits of a window's property; none if the value is 0, which stands for no object.
     [[nodiscard]] std::optional<std::uint32_t> number(xcb_window_t window, std::string_view property) const {
         const auto name = xcb_intern_atom(connection_.get(), 1, static_cast<std::uint16_t>(property.size()),
                                           property.data());
@@ -47,8 +47,8 @@ public:
         return value != 0 ? std::optional(value) : std::nullopt;
     }
 
-    /// The process behind a window as the server knows it. A sandboxed program only knows its number in
-    /// there.
+    /// Returns the process of a window's client according to the X server. _NET_WM_PID of a sandboxed program
+    /// holds its process identifier inside the sandbox.
     [[nodiscard]] std::optional<std::uint32_t> clientProcess(xcb_window_t window) const {
         const auto* extension = xcb_get_extension_data(connection_.get(), &xcb_res_id);
         if (extension == nullptr || extension->present == 0) {

@@ -6,8 +6,8 @@
 
 namespace sordin {
 
-/// Calls `take(key, value)` for each entry of one group of a key file (the format of desktop entries), both
-/// without the blanks around them, until `take` returns false. Lines that are no entry are passed over.
+/// Calls `take(key, value)` for each entry of one group of a key file (the format of desktop entries), until
+/// `take` returns false. Keys and values have no surrounding blanks. Invalid lines are skipped.
 template <class Take>
 void forEachEntry(std::string_view text, std::string_view group, Take&& take) {
     const auto trimmed = [](std::string_view word) {

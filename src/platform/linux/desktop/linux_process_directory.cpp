@@ -11,7 +11,7 @@ namespace sordin {
 
 namespace {
 
-/// Whoever is named may have chosen any name.
+/// Names come from other programs and can contain anything.
 ApplicationInfo named(const std::string& name) {
     return {"", shownName(name)};
 }

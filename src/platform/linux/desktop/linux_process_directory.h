@@ -12,13 +12,14 @@
 
 namespace sordin {
 
-/// Names of applications on Linux: the desktop entry of the application that a process was started as (what
-/// the portal knows first, then Flatpak's own record, then its systemd unit or snap scope, then an entry
-/// named like the executable), else that identifier, else the executable's name.
+/// Finds application names on Linux. An identifier from the portal takes precedence. Without one, the
+/// candidates are the identifier that the process was started as (Flatpak's own record, else its systemd unit
+/// or snap scope), and then the name of its executable. The name comes from the desktop entry of the first
+/// candidate that has one; if none has an entry, the first candidate is the name.
 class LinuxProcessDirectory final : public ProcessDirectory {
 public:
-    /// The sandboxed application that a process belongs to, by somebody who has asked the portal. Needed for
-    /// processes whose number is that inside their sandbox.
+    /// Returns the identifier of the sandboxed application that a process belongs to, as the portal reported
+    /// it. Needed because sandboxed programs report process identifiers of their own PID namespace.
     using PortalLookup = std::function<std::optional<std::string>(std::int32_t)>;
 
     explicit LinuxProcessDirectory(DesktopEntries entries = DesktopEntries::ofUser(),

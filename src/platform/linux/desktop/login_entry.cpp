@@ -14,7 +14,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// As a key of type string has it.
+/// Escapes a value of type string for a desktop entry.
 std::string escaped(const std::string& value) {
     std::string result;
     for (const char c : value) {
@@ -38,14 +38,15 @@ std::string escaped(const std::string& value) {
     return result;
 }
 
-/// As an argument of the key Exec, before it is escaped as a string: in quotes, since a path may have blanks.
+/// Quotes an argument of the key Exec, because a path may contain blanks. The result still has to be escaped
+/// as a string.
 std::string quoted(const std::string& argument) {
     std::string result = "\"";
     for (const char c : argument) {
         if (c == '"' || c == '`' || c == '$' || c == '\\') {
             result += '\\';
         } else if (c == '%') {
-            result += '%';  // else it would stand for something
+            result += '%';  // a single % would begin a field code
         }
         result += c;
     }

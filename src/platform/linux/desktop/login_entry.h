@@ -6,16 +6,18 @@
 
 namespace sordin {
 
-/// The entry by which the user's desktop starts the program at login (Desktop Application Autostart
-/// Specification). It is the user's own, and there only if asked for.
+/// The autostart entry of this program (Desktop Application Autostart Specification). It exists only if the
+/// user has enabled it.
 class LoginEntry {
 public:
-    /// `folder` is the user's for such entries; need not exist. `program` is what is to be started, hidden.
+    /// `folder` is the user's autostart folder and need not exist. `program` is the executable to start, with
+    /// its window hidden.
     LoginEntry(const std::filesystem::path& folder, std::filesystem::path program);
 
-    /// Whether it is there and not switched off, which desktops do in the entry itself. Read anew.
+    /// Whether the entry exists and is not disabled; desktops disable an entry by a key in it. Reads the file
+    /// anew.
     [[nodiscard]] bool active() const;
-    /// Writes or removes it; on an error it is as it was.
+    /// Writes or removes the entry. On an error, the entry is unchanged.
     [[nodiscard]] std::error_code setActive(bool active) const;
 
 private:

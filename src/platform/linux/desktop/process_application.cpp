@@ -22,11 +22,11 @@ std::optional<std::string> startedAs(const fs::path& process) {
     return applicationIdFromCgroup(readSmallFile(process / "cgroup"));
 }
 
-/// The name of the file that a process runs; of a process of another user, what it calls itself.
+/// Returns the name of a process's executable; for a process of another user, its command name.
 std::string executableName(const fs::path& process) {
     std::error_code error;
     std::string name = fs::read_symlink(process / "exe", error).filename().string();
-    constexpr std::string_view replaced = " (deleted)";  // by an update while it runs
+    constexpr std::string_view replaced = " (deleted)";  // an update replaced the file while it runs
     if (name.ends_with(replaced)) {
         name.erase(name.size() - replaced.size());
     }

@@ -8,9 +8,9 @@
 
 namespace sordin {
 
-/// What the application of a process is known by, the best first: the identifier that it was started as
-/// (Flatpak's own record, else its systemd unit or snap scope), and the name of its executable. Reads a few
-/// small files of `proc`; empty if there is no such process.
+/// Returns candidates for the identifier of a process's application, best first: the identifier that it was
+/// started as (Flatpak's own record, else its systemd unit or snap scope), then the name of its executable.
+/// Reads a few small files of `proc`. Empty if there is no such process.
 [[nodiscard]] std::vector<std::string> applicationIdsOf(std::int32_t processId,
                                                         const std::filesystem::path& proc = "/proc");
 

@@ -19,12 +19,12 @@ struct Character {
     bool valid = false;
 };
 
-/// The first character of a text that is not empty; a byte alone where none begins there.
+/// Returns the first character of a nonempty text; a single byte if the text does not begin with valid UTF-8.
 Character firstOf(std::string_view text) {
     struct Form {
         unsigned mask;
         unsigned lead;
-        char32_t least;  // shorter forms of the same are no UTF-8
+        char32_t least;  // smaller codes are overlong forms, which are not valid UTF-8
     };
     constexpr std::array<Form, 4> forms{
         {{0x80, 0, 0}, {0xE0, 0xC0, 0x80}, {0xF0, 0xE0, 0x800}, {0xF8, 0xF0, 0x10000}}};
@@ -49,7 +49,7 @@ Character firstOf(std::string_view text) {
 }
 
 bool isBlank(char32_t code) {
-    return code <= ' ' || code == 0x2028 || code == 0x2029;  // and the ends of lines and paragraphs
+    return code <= ' ' || code == 0x2028 || code == 0x2029;  // includes the line and paragraph separators
 }
 
 bool controls(char32_t code) {

@@ -6,9 +6,10 @@
 
 namespace sordin {
 
-/// A name that others have chosen, as it can be shown and kept: UTF-8 (what is none becomes U+FFFD), one line
-/// without blanks around it, without characters that control anything (the direction of what follows, too),
-/// and at most 80 characters, the last of which is then "…". Empty if nothing is left.
+/// Cleans a name that other programs chose, so that it can be displayed and stored. The result is UTF-8
+/// (invalid bytes become U+FFFD) and one line without surrounding blanks. It contains no control characters,
+/// including those for text direction, and at most 80 characters; a longer name is cut and ends with "…".
+/// Empty if nothing remains.
 [[nodiscard]] std::string shownName(std::string_view text);
 
 }  // namespace sordin

@@ -6,8 +6,8 @@
 
 namespace sordin {
 
-/// The first 64 KiB of a regular file; empty if it cannot be read. Also for the files of /proc, which say
-/// that they are empty.
+/// Returns the first 64 KiB of a regular file; empty if it cannot be read. Also reads the files of /proc,
+/// whose reported size is 0.
 [[nodiscard]] std::string readSmallFile(const std::filesystem::path& path);
 
 }  // namespace sordin

@@ -23,7 +23,7 @@ namespace {
 
 using nlohmann::json;
 
-/// A connection for its requests (sway-ipc(7)).
+/// A connection to Sway's IPC socket (sway-ipc(7)).
 class Sway {
 public:
     enum class Request : std::uint32_t { command = 0, workspaces = 1, tree = 4 };
@@ -44,7 +44,7 @@ public:
             ::connect(socket_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
     }
 
-    /// Null if it does not answer.
+    /// Returns null if Sway does not answer.
     [[nodiscard]] json ask(Request request, const std::string& what = {}) const {
         constexpr std::uint32_t longestAnswer = 1 << 24;
         const Header question{magic, static_cast<std::uint32_t>(what.size()),
@@ -99,7 +99,7 @@ std::optional<Rectangle> rectangleOf(const json& node) {
     return Rectangle{number("x"), number("y"), number("width"), number("height")};
 }
 
-/// Null if none has the focus.
+/// Returns the node with the focus; null if there is none.
 const json* focused(const json& node) {
     if (!node.is_object()) {
         return nullptr;

@@ -3,9 +3,9 @@
 
 namespace sordin {
 
-/// Asks Sway, where the environment names it, to move our window that has the focus and floats to the
-/// pointer, whole within what its bars leave free. Waits for its answers, but not long. Other compositors of
-/// Wayland place windows themselves.
+/// Moves this program's focused floating window to the pointer and keeps it within the area that Sway's bars
+/// leave free. Does nothing unless the environment names a Sway socket; other Wayland compositors place
+/// windows themselves. Blocks for at most about a second per request.
 void moveFocusedWindowToPointerInSway();
 
 }  // namespace sordin

@@ -34,7 +34,7 @@ struct Found {
 void noteGeometry(void* data, wl_output* /*output*/, std::int32_t /*x*/, std::int32_t /*y*/,
                   std::int32_t /*width*/, std::int32_t /*height*/, std::int32_t /*subpixel*/,
                   const char* /*make*/, const char* /*model*/, std::int32_t transform) {
-    // Odd transforms turn by 90 or 270 degrees.
+    // Odd transforms rotate by 90 or 270 degrees.
     static_cast<Output*>(data)->turned = transform % 2 != 0;
 }
 
@@ -54,7 +54,7 @@ void noteGlobal(void* data, wl_registry* registry, std::uint32_t name, const cha
         found.session.isPlasma = true;
     } else if (std::strcmp(interface, wl_output_interface.name) == 0) {
         static constexpr wl_output_listener listener = [] {
-            wl_output_listener of{};  // version 1 has these two alone
+            wl_output_listener of{};  // version 1 has only these two events
             of.geometry = noteGeometry;
             of.mode = noteMode;
             return of;
@@ -72,9 +72,9 @@ void noteRemoval(void* /*data*/, wl_registry* /*registry*/, std::uint32_t /*name
 }  // namespace
 
 std::optional<WaylandSession> waylandSession() {
-    const char* name = std::getenv("WAYLAND_DISPLAY");  // without it the library would guess
+    const char* name = std::getenv("WAYLAND_DISPLAY");  // without it, the library falls back to "wayland-0"
     if (name == nullptr || *name == '\0' || std::getenv("WAYLAND_SOCKET") != nullptr) {
-        return std::nullopt;  // the latter can be used once, by the toolkit
+        return std::nullopt;  // a socket passed by descriptor works only once, and the toolkit needs it
     }
     const WaylandDisplay display(wl_display_connect(nullptr));
     if (!display) {
@@ -84,7 +84,7 @@ std::optional<WaylandSession> waylandSession() {
     const WaylandRegistry registry(wl_display_get_registry(display.get()));
     static constexpr wl_registry_listener listener{noteGlobal, noteRemoval};
     wl_registry_add_listener(registry.get(), &listener, &found);
-    // The answers to the first question lead to the second.
+    // The first round trip delivers the globals, the second the events of the outputs bound then.
     if (wl_display_roundtrip(display.get()) < 0 || wl_display_roundtrip(display.get()) < 0) {
         return std::nullopt;
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a Wayland compositor offers to windows, asked before the toolkit connects to it.
+// Queries a Wayland compositor before the toolkit connects to it.
 #pragma once
 
 #include <optional>
@@ -8,29 +8,29 @@
 
 namespace sordin {
 
-/// The size of a monitor, in its own pixels and as the user sees it (turned, if the monitor is).
+/// The size of a monitor in physical pixels, after rotation.
 using MonitorSize = std::pair<int, int>;
 
 struct WaylandSession {
-    /// Title bars can be had from the compositor (zxdg_decoration_manager_v1).
+    /// The compositor can draw title bars (zxdg_decoration_manager_v1).
     bool drawsTitleBars = false;
-    /// Plasma, whose icons have a known place on the screen.
+    /// The compositor is Plasma, whose tray reports the places of icons.
     bool isPlasma = false;
-    /// Sorted.
+    /// Sorted in ascending order.
     std::vector<MonitorSize> monitors;
 };
 
-/// Of the compositor that the environment names; none if it cannot be reached.
+/// Queries the compositor that the environment names; none if it cannot be reached.
 [[nodiscard]] std::optional<WaylandSession> waylandSession();
 
-/// The monitors of the X11 display that the environment names, sorted; empty if it cannot be reached. Where
-/// a compositor enlarges X11 windows, they are smaller than those of its WaylandSession.
+/// Returns the monitors of the X11 display that the environment names, sorted; empty if it cannot be reached.
+/// If a compositor scales X11 windows up, these monitors are smaller than those of its WaylandSession.
 [[nodiscard]] std::vector<MonitorSize> x11Monitors();
 
-/// Whether windows are best X11 windows, shown by Xwayland, whose monitors are `x11`. They are where the
-/// compositor draws no title bars, which Qt can do only with the driver of the graphics card, and on Plasma,
-/// which says where the icon is but gives Wayland windows no way to stand there. They are not where the
-/// compositor would enlarge X11 windows, which blurs them.
+/// Whether Xwayland suits the windows better than Wayland does; `x11` are the monitors of Xwayland. It does
+/// if the compositor draws no title bars, because Qt then needs the graphics driver to draw them. It also
+/// does on Plasma, which reports the place of the icon but lets no Wayland window choose a place. It does not
+/// if the compositor would scale X11 windows up, which blurs them.
 [[nodiscard]] bool prefersXwayland(const WaylandSession& session, const std::vector<MonitorSize>& x11);
 
 }  // namespace sordin

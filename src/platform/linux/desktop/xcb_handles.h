@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What xcb hands out, owned.
+// Owning handles for xcb.
 #pragma once
 
 #include "support/deleter.h"
@@ -11,7 +11,7 @@
 namespace sordin {
 
 struct XcbFree {
-    // xcb allocates its replies so.
+    // xcb allocates its replies with malloc.
     // NOLINTNEXTLINE(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
     void operator()(void* memory) const { std::free(memory); }
 };

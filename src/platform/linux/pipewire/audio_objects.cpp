@@ -9,16 +9,16 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// The session manager brings remembered volumes back a few milliseconds after a sink has come.
+/// The session manager restores a stored volume a few milliseconds after a sink appears.
 constexpr auto settlingTime = 300ms;
-/// WirePlumber 0.4 sometimes names no default ever after when the default sink goes and returns.
+/// If the default sink goes and returns, WirePlumber 0.4 sometimes never names a default sink again.
 constexpr auto longestWithoutDefault = 5s;
-/// How long to wait for a volume or a route before taking a sink for one without.
+/// How long a sink may take to publish a volume or a route; after that, it counts as a sink without one.
 constexpr auto longestArrival = 1s;
 /// The session manager stores a volume about a second after it was set.
 constexpr auto rememberingTime = 5s;
 
-/// The processes with applications' sound, and whether any of it plays.
+/// Returns the processes with application streams, and whether any of their streams plays.
 std::map<std::int32_t, bool> players(const Graph& graph) {
     std::map<std::int32_t, bool> result;
     for (const auto& entry : graph.nodes) {

@@ -13,11 +13,11 @@ namespace sordin::pipewire {
 
 /// PipeWire's sinks and players as audio objects.
 ///
-/// A sink counts as there when its volume is known and the session manager has had the time to bring back the
-/// volume that it remembers, so that nobody reads or writes a volume that is about to be overwritten.
+/// A sink counts as present when its volume is known and the session manager has had the time to restore its
+/// stored volume. Otherwise the program could read or write a volume that is about to be overwritten.
 class PipeWireAudioObjects final : public ServerAudioObjects<Session>, private Session::Observer {
 public:
-    /// Must not be null.
+    /// `session` must not be null.
     explicit PipeWireAudioObjects(std::shared_ptr<Session> session);
     ~PipeWireAudioObjects() override;
     PipeWireAudioObjects(const PipeWireAudioObjects&) = delete;
@@ -25,32 +25,32 @@ public:
 
 private:
     using Clock = AudioObjectTable::Clock;
-    using CardNode = std::pair<GlobalId, int>;  // a card, and which of its nodes
+    using CardNode = std::pair<GlobalId, int>;  // a card and the profile device of the node
 
-    /// How far a sink's settling is.
+    /// When a sink appeared, and whether it is settled.
     struct Arrival {
         Clock::time_point seen;
         bool settled = false;
     };
 
-    // On the loop, under its lock.
+    // On the loop's thread, under its lock:
     void disconnecting() override;
     void graphChanged() override;
     void updateArrivals(const Graph& graph);
-    /// What is to be known of a sink; nothing while it is arriving.
+    /// Returns the state of a sink; none until it counts as present.
     [[nodiscard]] std::optional<AudioObjectTable::Sink> sink(const Graph& graph, GlobalId id,
                                                              const Node& node);
     [[nodiscard]] bool settled(Arrival& arrival) const;
 
-    // Under the loop's lock.
+    // Under the loop's lock:
     void write(GlobalId sink, const VolumeProps& volume) const;
 
-    std::map<GlobalId, Arrival> arrivals_;           // of all sinks there are
-    std::map<GlobalId, CardNode> routes_;            // where a sink's volume is written, if not to its node
-    std::optional<Clock::time_point> defaultKnown_;  // since when there has been a default sink
-    std::uint32_t sessionManagerStarts_ = 0;         // as counted by the connection
-    Clock::time_point sessionManagerSince_{};        // the last of these
-    bool listed_ = false;                            // the sinks of the connection's beginning have been seen
+    std::map<GlobalId, Arrival> arrivals_;           // of all current sinks
+    std::map<GlobalId, CardNode> routes_;            // the sinks whose volume is written to a card's route
+    std::optional<Clock::time_point> defaultKnown_;  // when a default sink became known
+    std::uint32_t sessionManagerStarts_ = 0;         // last value from the graph
+    Clock::time_point sessionManagerSince_{};        // when it last changed
+    bool listed_ = false;                            // whether graphChanged() has handled the initial sinks
 };
 
 }  // namespace sordin::pipewire

@@ -20,7 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto linkRetryInterval = 500ms;
-/// A tenth of a second: what the detector looks at is five times as long.
+/// A tenth of a second, a fifth of the detector's hop.
 constexpr std::size_t deliveryFrames = SystemAudioCapture::sampleRate / 10;
 
 PropertiesPointer properties(const std::vector<std::pair<const char*, std::string>>& entries) {
@@ -33,7 +33,8 @@ PropertiesPointer properties(const std::vector<std::pair<const char*, std::strin
 
 }  // namespace
 
-/// A link from an application's port to one of ours; passive, so that it keeps nobody awake.
+/// A link from an application's port to a port of this node. It is passive, so that it does not keep other
+/// nodes running.
 class CaptureStream::Link {
 public:
     Link(Session& session, PortPair ports, GlobalId from, GlobalId to) : session_(session) {
@@ -88,8 +89,8 @@ void CaptureStream::connect() {
         end("no connection");
         return;
     }
-    // The class keeps it out of the user's list of recording applications. No role: the session manager would
-    // remember volumes under it.
+    // This media class keeps the stream out of the user's list of recording applications. A media role is not
+    // set, because the session manager would store volumes under it.
     auto wanted = properties({{PW_KEY_MEDIA_TYPE, "Audio"},
                               {PW_KEY_MEDIA_CATEGORY, "Capture"},
                               {PW_KEY_MEDIA_CLASS, "Stream/Input/Audio/Internal"},
@@ -114,10 +115,10 @@ void CaptureStream::connect() {
         return all;
     }();
     pw_stream_add_listener(stream_.get(), hook_.get(), &events, this);
-    // Both channels, to be averaged here: the server's own mono is louder than each of them.
+    // The channels are averaged here, because the server's mono mix is louder than each of them.
     const Pod format = Pod::ofStereoFormat(SystemAudioCapture::sampleRate);
     std::array<const spa_pod*, 1> params{format.get()};
-    // Buffers are taken on the data thread, since waking the loop for each of them takes more time than all
+    // The data thread takes the buffers. Waking the loop for each buffer would cost more time than everything
     // else together.
     const auto flags = static_cast<pw_stream_flags>(PW_STREAM_FLAG_MAP_BUFFERS | PW_STREAM_FLAG_INACTIVE |
                                                     PW_STREAM_FLAG_RT_PROCESS);
@@ -135,7 +136,7 @@ void CaptureStream::update() {
         return;
     }
     if (std::exchange(sessionManagerStarts_, graph.sessionManagerStarts) != graph.sessionManagerStarts) {
-        links_.clear();  // after its restart links may be listed and dead
+        links_.clear();  // links may be listed but dead after it restarts
     }
     updateLinks(graph, self);
     updateActivity(graph);
@@ -159,7 +160,7 @@ void CaptureStream::updateActivity(const Graph& graph) {
             return entry.second.running && graph.isAudible(entry.second);
         });
     if (playing != flow_.active()) {
-        deliver();  // what is left of before
+        deliver();  // the samples from before the change
         flow_.setActive(playing);
         pw_stream_set_active(stream_.get(), playing);
     }

@@ -14,29 +14,29 @@
 
 namespace sordin::pipewire {
 
-/// An input node of the program's own, linked to every application that plays: it hears them at full level,
-/// whatever the volume of the device that they play to. While none of them plays the node is inactive, so
-/// that the server and the device may sleep.
+/// An input node of this program, linked to every application that plays. It records them at full level,
+/// regardless of the volume of their sink. While none of them plays, the node is inactive, so that the server
+/// and the sink can suspend.
 ///
-/// The node has its own connection. The server reads nothing more from a client that the session manager has
-/// yet to answer, be it for a card's volume or the metadata, and nothing more from a session manager that a
-/// node has yet to answer. If both waits met in one client of ours, neither would end, and all sound with
-/// them.
+/// The node has its own connection, which avoids a deadlock. While a client waits for a reply of the session
+/// manager (for a card's volume or the metadata), the server reads nothing more from the client. While the
+/// session manager waits for a reply of a node, the server reads nothing more from the session manager. If
+/// the same client caused both waits, neither would end, and all sound would stop.
 ///
-/// Lives on the loop, under its lock, for as long as the session's connection at most; must not be destroyed
-/// by one of its own events.
+/// Use it on the loop's thread, under its lock, and only while the session has a connection. It must not be
+/// destroyed in one of its own events.
 class CaptureStream {
 public:
-    /// Both must outlive the stream; the session has a connection.
+    /// Both must outlive the stream. The session must have a connection.
     CaptureStream(Session& session, const LoopbackSource::Handlers& handlers);
     ~CaptureStream();
     CaptureStream(const CaptureStream&) = delete;
     CaptureStream& operator=(const CaptureStream&) = delete;
 
-    /// Connects to what there is to hear now.
+    /// Links the node to the applications that play now, and checks that sound arrives.
     void update();
 
-    /// Whether it may be active.
+    /// See LoopbackSource.
     void setWanted(bool wanted);
 
 private:
@@ -50,16 +50,16 @@ private:
     void onFormat(const spa_pod* format);
     void deliver();
     void end(const std::string& reason);
-    // On the server's data thread, which must not wait.
+    // On the server's data thread, which must not block:
     void onProcess();
     void hear(const spa_data& data);
 
     Session& session_;
     const LoopbackSource::Handlers& handlers_;
-    SampleRing heard_;                         // from the data thread to the loop
-    LoopEvent enoughHeard_;                    // for the handler to be called
-    std::atomic<std::uint32_t> channels_ = 2;  // as agreed with the server
-    CorePointer core_;                         // the node's connection
+    SampleRing heard_;                         // passes samples from the data thread to the loop
+    LoopEvent enoughHeard_;                    // schedules deliver() on the loop
+    std::atomic<std::uint32_t> channels_ = 2;  // as negotiated with the server
+    CorePointer core_;                         // the connection of the node
     StreamPointer stream_;
     Hook hook_;
     bool opened_ = false;

@@ -18,7 +18,7 @@ struct Connection::Bound {
     Connection& connection;
     const GlobalId id;
     const ProxyPointer proxy;
-    Hook hook;  // left before the proxy goes
+    Hook hook;  // removed before the proxy is destroyed
 
     template <class Interface>
     [[nodiscard]] Interface* as() const {
@@ -69,7 +69,7 @@ std::unique_ptr<Connection> Connection::open(pw_context* context, Events events)
         std::unique_ptr<Connection> connection(new Connection(context, std::move(core), std::move(events)));
         connection->startListening();
         return connection;
-    } catch (const std::runtime_error&) {  // no file descriptor left to wait with
+    } catch (const std::runtime_error&) {  // no file descriptor was left for the loop
         return nullptr;
     }
 }
@@ -235,7 +235,8 @@ void Connection::addClient(GlobalId id) {
     pw_client_add_listener(bound->as<pw_client>(), bound->hook.get(), &clientEvents, bound);
     graph_.clients[id] = {};
     if (metadata_) {
-        // While a client gets the metadata, a server (0.3.65) tells changes to that one only.
+        // While a PipeWire 0.3.65 server sends the metadata to a new client, it reports changes only to that
+        // client, so this connection may have missed one.
         toAskAgain_.request(*metadata_);
     }
 }
@@ -356,17 +357,18 @@ void Connection::onDeviceInfo(GlobalId id, const pw_device_info& info) {
 }
 
 void Connection::askVolume(GlobalId id) {
-    // Not by subscription: that misses changes of objects that other clients implement, as sound cards are.
-    // At once: where a client asks and goes away before the answer, a server (0.3.65) takes its old answer
-    // for the new one, unless somebody else has asked too. And once more, for what was missed even so.
+    // Subscriptions miss changes of objects that other clients implement, such as sound cards. The query
+    // follows at once: if a client queries and disconnects before the reply, a PipeWire 0.3.65 server takes
+    // its outdated reply for the current one, unless another client queries too. The later repetition covers
+    // changes that the first query missed.
     enumerateVolume(id);
     toAskAgain_.request(id);
 }
 
 void Connection::askAgain(GlobalId id) {
     if (id == metadata_ && !ending_) {
-        // Not for each of many clients that come and go: binding is work for the server and for all its
-        // clients.
+        // The interval limits this when many clients come and go: each binding costs the server and all its
+        // clients time.
         const auto now = std::chrono::steady_clock::now();
         if (now < metadataBound_ + metadataInterval) {
             toAskAgain_.request(id);

@@ -14,17 +14,18 @@
 
 namespace sordin::pipewire {
 
-/// One connection to the server, from connecting to its loss. Lives on the loop, under its lock; must not be
-/// destroyed by one of its own events.
+/// One connection to the server, until it is lost. Use it on the loop's thread, under its lock. It must not
+/// be destroyed in one of its own events.
 class Connection {
 public:
     struct Events {
-        std::function<void()> changed;          ///< the graph has changed
-        std::function<void()> lost;             ///< once: the server is gone
-        std::function<void(int)> synchronised;  ///< the server has done all that came before a synchronise()
+        std::function<void()> changed;  ///< the graph changed
+        std::function<void()> lost;     ///< the connection was lost; called once
+        /// The server has processed everything before the synchronise() with this number.
+        std::function<void(int)> synchronised;
     };
 
-    /// Nothing while no server answers.
+    /// Returns null if no server responds.
     [[nodiscard]] static std::unique_ptr<Connection> open(pw_context* context, Events events);
 
     ~Connection();
@@ -33,25 +34,25 @@ public:
 
     [[nodiscard]] const Graph& graph() const { return graph_; }
 
-    /// See Graph.
+    /// See Graph::leaveOut().
     void leaveOut(const LeftOut& what) { graph_.leaveOut(what); }
 
     [[nodiscard]] pw_core* core() const { return core_.get(); }
 
-    /// Asks the server to answer; the number that `synchronised` will tell.
+    /// Requests a reply from the server; returns the number that `synchronised` will report.
     int synchronise();
 
-    /// Asks nothing more by itself. The answers to what was asked come before the next synchronised(), which
-    /// is to be awaited: a server (0.3.65) may take the end of a client that waits for an answer for the
-    /// answer.
+    /// Stops all queries that the connection makes by itself, before it closes. Replies to earlier queries
+    /// arrive before the next `synchronised`. Wait for it before you destroy the connection: a PipeWire
+    /// 0.3.65 server may take the end of a waiting client for the reply.
     void prepareEnd() { ending_ = true; }
 
-    /// Write the volume of a node, or of the route of a card, if there is such.
+    /// Set the volume of a node or of a card's route. Ignored if it does not exist.
     void setNodeVolume(GlobalId node, const VolumeProps& volume);
     void setRouteVolume(GlobalId device, int profileDevice, const VolumeProps& volume);
 
 private:
-    /// A proxy of an object that is listened to.
+    /// The proxy and listener of an object.
     struct Bound;
 
     Connection(pw_context* context, CorePointer core, Events events);
@@ -75,15 +76,15 @@ private:
 
     Events events_;
     Graph graph_;
-    CorePointer core_;  // destroyed last: the proxies belong to it
+    CorePointer core_;  // destroyed last, because the proxies belong to it
     Hook coreHook_;
     Hook ownClientHook_;
     ProxyPointer registry_;
     Hook registryHook_;
     std::map<GlobalId, std::unique_ptr<Bound>> bound_;
     std::optional<GlobalId> metadata_;
-    std::chrono::steady_clock::time_point metadataBound_;  // again, last
-    Repeats toAskAgain_;  // volumes that have changed, and metadata of which a change may have been missed
+    std::chrono::steady_clock::time_point metadataBound_;  // when listenToMetadata() last ran again
+    Repeats toAskAgain_;  // for changed volumes, and for metadata of which a change may have been missed
     bool ending_ = false;
     int question_ = 0;
 };

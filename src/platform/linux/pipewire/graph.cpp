@@ -33,7 +33,7 @@ std::optional<bool> Graph::isOwn(const Client& client, GlobalId id) const {
         return true;
     }
     if (client.throughPulse) {
-        // That is the number inside its sandbox, where several programs may have the same.
+        // This process identifier is the one inside a sandbox, where several programs can have the same.
         return client.processId == static_cast<std::int32_t>(getpid()) &&
                client.portalApplication == own->second.portalApplication;
     }
@@ -109,7 +109,7 @@ bool Graph::hearsMicrophone(GlobalId recorder) const {
         if (port == ports.end()) {
             return false;
         }
-        // The ports of a virtual microphone are called monitors too.
+        // The ports of a virtual microphone are called monitors, too.
         const auto source = nodes.find(port->second.node);
         return source == nodes.end() ||
                !(source->second.plays() || (source->second.isSink() && port->second.monitor));

@@ -12,21 +12,21 @@
 
 namespace sordin::pipewire {
 
-/// The server's numbers of its objects; used again after an object is gone.
+/// The server's identifier of an object; the server reuses it after the object is gone.
 using GlobalId = std::uint32_t;
 
-/// A node that plays, records or is a sink; others are not kept.
+/// A node that plays, records or is a sink. The graph contains no other nodes.
 struct Node {
     std::string name;
     std::string mediaClass;
-    std::string linkGroup;      ///< the same for the two ends of a loopback or filter; else empty
-    std::string role;           ///< what the application says that it is for; may be empty
-    bool capturesSink = false;  ///< a recorder of what a sink plays
-    bool metersPeaks = false;   ///< a recorder of levels alone, as mixers have
+    std::string linkGroup;      ///< equal for both ends of a loopback or filter, otherwise empty
+    std::string role;           ///< the media role that the application set; may be empty
+    bool capturesSink = false;  ///< records what a sink plays (its monitor)
+    bool metersPeaks = false;   ///< records only levels, as mixers do
     std::optional<GlobalId> client;
-    std::optional<GlobalId> device;    ///< the sound card that a sink belongs to
-    std::optional<int> profileDevice;  ///< which of the card's
-    bool described = false;            ///< whether all of the above is known
+    std::optional<GlobalId> device;    ///< the sound card of a sink
+    std::optional<int> profileDevice;  ///< the profile device on that card
+    bool described = false;            ///< whether the fields above are known
     bool running = false;
     VolumeProps volume;
 
@@ -50,59 +50,58 @@ struct Link {
 /// A program's connection to the server.
 struct Client {
     bool described = false;
-    std::optional<std::int32_t> processId;  ///< of the program that plays, also through the PulseAudio socket
-    std::optional<std::int32_t> connectedProcessId;  ///< of the process at the connection's other end
+    std::optional<std::int32_t> processId;  ///< of the playing program, also through the PulseAudio socket
+    std::optional<std::int32_t> connectedProcessId;  ///< of the process at the other end of the connection
     bool throughPulse = false;
-    std::string portalApplication;  ///< the application's identifier, of applications in a sandbox
-    std::string name;               ///< what the program calls itself
-    std::string claimedId;          ///< the application's identifier, as the program says it
-    bool leftOut = false;           ///< not to be listened to
-    std::optional<std::vector<std::string>> applicationIds;  ///< once they have been needed
+    std::string portalApplication;  ///< the application identifier, for sandboxed applications
+    std::string name;               ///< the program's name for itself
+    std::string claimedId;          ///< the application identifier that the program claims
+    bool leftOut = false;           ///< excluded from listening
+    std::optional<std::vector<std::string>> applicationIds;  ///< resolved at the first use
 
-    /// The same for all clients of a process, inside and outside of sandboxes; none where the process is not
-    /// known.
+    /// Equal for all clients of a process, inside and outside of sandboxes; none if the process is unknown.
     [[nodiscard]] std::optional<std::string> program() const;
 };
 
 /// A sound card.
 struct Device {
     bool described = false;
-    bool hasRoutes = false;         ///< whether it says that it has any
-    std::map<int, Route> routes{};  ///< those in use, by profile device
+    bool hasRoutes = false;         ///< whether the card reports any
+    std::map<int, Route> routes{};  ///< the active ones, by profile device
 };
 
-/// What the server has, as far as it matters here. Filled by the connection, under the loop's lock.
+/// The server's objects that matter to this program. The connection updates it under the loop's lock.
 struct Graph {
     std::map<GlobalId, Node> nodes;
     std::map<GlobalId, Port> ports;
     std::map<GlobalId, Link> links;
     std::map<GlobalId, Client> clients;
     std::map<GlobalId, Device> devices;
-    std::string defaultSink;                 ///< the node's name; empty while there is none
-    std::optional<GlobalId> ownClient;       ///< this connection
-    std::uint32_t sessionManagerStarts = 0;  ///< how often the session manager has come up
-    bool allLeftOut = false;                 ///< nothing is to be listened to
+    std::string defaultSink;                 ///< the name of its node; empty if there is none
+    std::optional<GlobalId> ownClient;       ///< this connection's client
+    std::uint32_t sessionManagerStarts = 0;  ///< how often the session manager has started
+    bool allLeftOut = false;                 ///< all sound is excluded from listening
 
-    /// Marks what is not to be listened to among the clients that are described by now.
+    /// Marks the excluded clients among those that are described so far.
     void leaveOut(const LeftOut& what);
 
-    /// Whether a client is this program: this connection, or another of the same process. Nothing while that
-    /// cannot be known yet.
+    /// Whether a client belongs to this process: this connection or another one. None while unknown.
     [[nodiscard]] std::optional<bool> isOwn(const Client& client, GlobalId id) const;
 
-    /// Whether a node is an application's sound to be listened to, not this program's and not a copy of other
-    /// sound: neither end of a filter or loopback, unless what is looped comes from a microphone.
+    /// Whether a node plays an application's sound that is to be captured. False for this program, for
+    /// excluded applications, and for copies of other sound: both ends of a filter or loopback, unless its
+    /// source is a microphone.
     [[nodiscard]] bool isAudible(const Node& node) const;
 
-    /// What applications play and record now, this program not among them.
+    /// Returns the streams of applications that play or record now, without this program's.
     [[nodiscard]] std::vector<ApplicationStream> applicationStreams() const;
 
     [[nodiscard]] bool hasSink() const;
 
 private:
-    /// The client of a node, unless it is this program's or not known yet.
+    /// Returns the client of a node; null if it is this program's or not known yet.
     [[nodiscard]] const Client* otherClient(const Node& node) const;
-    /// Whether a recorder gets sound that is neither a sink's nor a player's.
+    /// Whether the source of a recorder is neither a sink nor a player.
     [[nodiscard]] bool hearsMicrophone(GlobalId recorder) const;
 };
 

@@ -8,7 +8,8 @@
 
 namespace sordin::pipewire {
 
-/// A listener's place in an object's list; leaves it when it ends. Never moves, since lists point to it.
+/// An entry in an object's list of listeners, removed with this object. Not movable, because lists point to
+/// it.
 class Hook {
 public:
     Hook() = default;
@@ -29,8 +30,8 @@ using ProxyPointer = std::unique_ptr<pw_proxy, Deleter<pw_proxy_destroy>>;
 using StreamPointer = std::unique_ptr<pw_stream, Deleter<pw_stream_destroy>>;
 using PropertiesPointer = std::unique_ptr<pw_properties, Deleter<pw_properties_free>>;
 
-/// Holds the lock of the loop: whoever has it may use the connection's objects. Under it nobody waits, and
-/// what is called outside of the sound servers' folders only posts or sets flags.
+/// Holds the loop's lock, which guards the objects of the connection. Code under the lock must not block, and
+/// calls to code outside the folders of the sound servers must only post or set flags.
 class LoopLock {
 public:
     explicit LoopLock(pw_thread_loop* loop) : loop_(loop) { pw_thread_loop_lock(loop_); }

@@ -4,7 +4,8 @@
 namespace sordin::pipewire {
 
 Side sideOf(std::string_view channel) {
-    // Names are the row (front, rear, side), the side and details, with T or B before it for above and below.
+    // A name consists of the row (front, rear, side), the side, and details; a T or B before it stands for
+    // above or below.
     if (channel.size() > 2 && (channel[0] == 'T' || channel[0] == 'B')) {
         channel.remove_prefix(1);
     }

@@ -15,16 +15,16 @@ using PortPair = std::pair<GlobalId, GlobalId>;
 
 enum class Side { left, right, both };
 
-/// Where a channel is heard, by its name: "FL" and "TSL" left, "RR" and "FRC" right, "MONO", "FC", "LFE" and
-/// what is unknown on both sides.
+/// Returns the side of a channel by its name: "FL" and "TSL" are left, "RR" and "FRC" right; "MONO", "FC",
+/// "LFE" and unknown names are both.
 [[nodiscard]] Side sideOf(std::string_view channel);
 
-/// More links to one input port than 128 end a program that uses PipeWire 0.3.65, and those that are going
-/// count for a while.
+/// More than 128 links to one input port crash a program that uses PipeWire 0.3.65. Links that are being
+/// removed still count for a while.
 inline constexpr std::size_t mostLinksOfAPort = 64;
 
-/// The links by which the node `listener`, with a left and a right input port, hears every application once
-/// and at its full level. Where there are too many streams, those that play come first.
+/// Returns the links through which the node `listener`, which has a left and a right input port, records
+/// every application once and at full level. If there are too many streams, playing ones come first.
 [[nodiscard]] std::set<PortPair> linkPlan(const Graph& graph, GlobalId listener);
 
 }  // namespace sordin::pipewire

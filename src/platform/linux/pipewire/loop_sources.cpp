@@ -11,7 +11,7 @@ namespace {
 
 spa_source* checked(spa_source* source) {
     if (source == nullptr) {
-        throw std::runtime_error("PipeWire's loop takes no more sources.");
+        throw std::runtime_error("Cannot add a source to the PipeWire loop.");
     }
     return source;
 }
@@ -45,7 +45,7 @@ LoopTimer::~LoopTimer() {
 }
 
 void LoopTimer::runAfter(std::chrono::nanoseconds delay) {
-    const auto positive = std::max(delay, std::chrono::nanoseconds(1));  // zero would stop it
+    const auto positive = std::max(delay, std::chrono::nanoseconds(1));  // zero would stop the timer
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(positive);
     timespec value{static_cast<std::time_t>(seconds.count()),
                    static_cast<long>((positive - seconds).count())};

@@ -7,16 +7,16 @@
 
 namespace sordin::pipewire {
 
-/// Runs an action on the loop soon after it was signalled, once for all signals until then.
+/// Runs an action on the loop soon after a signal; several signals until then cause one run.
 class LoopEvent {
 public:
-    /// Throws std::runtime_error.
+    /// Throws std::runtime_error if the loop accepts no more sources.
     LoopEvent(pw_loop* loop, std::function<void()> action);
     ~LoopEvent();
     LoopEvent(const LoopEvent&) = delete;
     LoopEvent& operator=(const LoopEvent&) = delete;
 
-    /// Any thread, without a lock, also a real-time one.
+    /// Any thread, without a lock; real-time safe.
     void signal();
 
 private:
@@ -25,16 +25,16 @@ private:
     spa_source* source_;
 };
 
-/// Runs an action on the loop, once for each time it was set.
+/// Runs an action on the loop once after each runAfter().
 class LoopTimer {
 public:
-    /// Throws std::runtime_error.
+    /// Throws std::runtime_error if the loop accepts no more sources.
     LoopTimer(pw_loop* loop, std::function<void()> action);
     ~LoopTimer();
     LoopTimer(const LoopTimer&) = delete;
     LoopTimer& operator=(const LoopTimer&) = delete;
 
-    /// Replaces what was set before. Under the loop's lock.
+    /// Replaces a pending run. Call it under the loop's lock.
     void runAfter(std::chrono::nanoseconds delay);
 
 private:

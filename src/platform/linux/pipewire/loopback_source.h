@@ -7,7 +7,7 @@
 
 namespace sordin::pipewire {
 
-/// Hears all applications through PipeWire.
+/// Captures all applications through PipeWire.
 using PipeWireLoopbackSource = ServerLoopbackSource<Session, CaptureStream>;
 
 }  // namespace sordin::pipewire

@@ -67,7 +67,7 @@ std::optional<Route> outputRoute(const spa_pod* route) {
 
 namespace {
 
-/// The memory that a builder writes to: enough for all that is made here.
+/// A pod builder and its memory, which is large enough for all pods in this file.
 class Builder {
 public:
     Builder() {
@@ -89,7 +89,7 @@ public:
         spa_pod_builder_bool(&builder_, value);
     }
 
-    /// An object of type Props, as the value of the property begun before or as the whole.
+    /// Adds an object of type Props, as the value of the last property or as the whole pod.
     void addProps(const VolumeProps& volume, std::uint32_t id) {
         spa_pod_frame frame{};
         spa_pod_builder_push_object(&builder_, &frame, SPA_TYPE_OBJECT_Props, id);
@@ -107,7 +107,7 @@ public:
     [[nodiscard]] std::vector<std::byte> take() { return std::move(memory_); }
 
 private:
-    static constexpr std::uint32_t room = 2048;  // the largest here is 64 channels, 256 bytes and heads
+    static constexpr std::uint32_t room = 2048;  // the largest pod has 64 channels, 256 bytes and headers
     std::vector<std::byte> memory_;
     spa_pod_builder builder_{};
 };

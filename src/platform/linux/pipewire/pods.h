@@ -14,28 +14,28 @@ struct spa_pod;
 
 namespace sordin::pipewire {
 
-/// A connector of a sound card, for example its headphones, while it is in use.
+/// An active connector of a sound card, for example its headphones.
 struct Route {
     int index = 0;
-    int profileDevice = 0;  ///< which of the card's nodes it belongs to
+    int profileDevice = 0;  ///< the profile device that it belongs to
     std::string name;
     VolumeProps volume;
 };
 
-/// Reads an object of type Props; what it does not say is absent.
+/// Parses an object of type Props; fields that it does not contain are empty.
 [[nodiscard]] VolumeProps volumeProps(const spa_pod* props);
 
-/// Reads an object of type Route; nothing if it is none or one for input.
+/// Parses an object of type Route; none if it is invalid or an input route.
 [[nodiscard]] std::optional<Route> outputRoute(const spa_pod* route);
 
-/// A pod and the memory it lies in.
+/// A pod and its memory.
 class Pod {
 public:
     /// Sets the volume of a node.
     [[nodiscard]] static Pod ofProps(const VolumeProps& volume);
-    /// Sets the volume of a route without asking the session manager to remember it.
+    /// Sets the volume of a route. The session manager does not store it.
     [[nodiscard]] static Pod ofRoute(const Route& route, const VolumeProps& volume);
-    /// Stereo, float32, at a rate in Hz: the one format that a stream offers.
+    /// Offers a single stream format: stereo, float32, `rate` in Hz.
     [[nodiscard]] static Pod ofStereoFormat(std::uint32_t rate);
 
     [[nodiscard]] const spa_pod* get() const;
@@ -44,7 +44,7 @@ private:
     std::vector<std::byte> memory_;
 };
 
-/// The node that the metadata's value names, a JSON object with a name; empty if it names none.
+/// Returns the node name in a metadata value (a JSON object with "name"); empty if there is none.
 [[nodiscard]] std::string nodeName(std::string_view metadataValue);
 
 }  // namespace sordin::pipewire

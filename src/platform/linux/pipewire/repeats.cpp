@@ -21,7 +21,7 @@ void Repeats::run() {
         action_(id);
     }
     if (std::chrono::steady_clock::now() < latest_ + delay_ / 2) {
-        timer_.runAfter(delay_);  // too soon for the latest of them
+        timer_.runAfter(delay_);  // too soon after the latest request
     } else {
         requested_.clear();
     }

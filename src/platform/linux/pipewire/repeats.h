@@ -10,11 +10,11 @@
 
 namespace sordin::pipewire {
 
-/// Does something once more about objects of the server, half the delay to one and a half delays after the
-/// latest request; and once in each delay while requests go on. Under the loop's lock.
+/// Repeats an action for objects of the server: once for each delay while requests continue, and for the last
+/// time half a delay to one and a half delays after the latest request. Call it under the loop's lock.
 class Repeats {
 public:
-    /// Throws std::runtime_error.
+    /// Throws std::runtime_error if the loop accepts no more sources.
     Repeats(pw_loop* loop, std::chrono::milliseconds delay, std::function<void(GlobalId)> action);
 
     void request(GlobalId id);

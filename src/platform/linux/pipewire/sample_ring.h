@@ -10,12 +10,12 @@
 
 namespace sordin::pipewire {
 
-/// Takes samples from one thread to another, without a lock and without asking for memory; one of each.
+/// Passes samples from one writing to one reading thread without locks. write() does not allocate memory.
 class SampleRing {
 public:
     SampleRing() { spa_ringbuffer_init(&ring_); }
 
-    /// The writing thread: adds samples, as far as there is room; the number that now wait to be read.
+    /// Writing thread only. Adds as many samples as fit; returns the number of unread samples.
     std::size_t write(std::span<const float> samples) {
         std::uint32_t index = 0;
         const auto waiting = static_cast<std::size_t>(spa_ringbuffer_get_write_index(&ring_, &index));
@@ -27,7 +27,7 @@ public:
         return waiting + count;
     }
 
-    /// The reading thread: all samples that wait.
+    /// Reading thread only. Removes and returns all unread samples.
     [[nodiscard]] std::vector<float> take() {
         std::uint32_t index = 0;
         const auto waiting = static_cast<std::size_t>(spa_ringbuffer_get_read_index(&ring_, &index));
@@ -40,7 +40,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t capacity = 32'768;  // two seconds; a power of two, since indices wrap
+    static constexpr std::size_t capacity = 32'768;  // two seconds; a power of two because indices wrap
     spa_ringbuffer ring_{};
     std::vector<float> samples_ = std::vector<float>(capacity);
 };

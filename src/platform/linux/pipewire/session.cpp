@@ -14,7 +14,7 @@ using namespace std::chrono_literals;
 
 constexpr auto reconnectInterval = 500ms;
 constexpr auto endDeadline = 100ms;
-constexpr int listingRoundsNeeded = 4;  // names of objects; what they are; their volumes
+constexpr int listingRoundsNeeded = 4;  // one more than the steps: object names, object info, volumes
 
 }  // namespace
 
@@ -22,14 +22,14 @@ Session::Session() {
     pw_init(nullptr, nullptr);
     loop_.reset(pw_thread_loop_new("sordin.pipewire", nullptr));
     if (!loop_) {
-        throw std::runtime_error("PipeWire's loop cannot be made.");
+        throw std::runtime_error("Cannot create the PipeWire loop.");
     }
     auto* loop = pw_thread_loop_get_loop(loop_.get());
     const std::array<spa_dict_item, 3> items{{{PW_KEY_APP_NAME, "Sordin"},
                                               {PW_KEY_APP_ID, "org.sordin.Sordin"},
                                               {PW_KEY_MEDIA_CATEGORY, "Manager"}}};
     const spa_dict properties{0, items.size(), items.data()};
-    // None where PipeWire is not installed but for the library, as on a desktop with PulseAudio.
+    // Null if only the PipeWire library is installed, as on a desktop with PulseAudio.
     context_.reset(pw_context_new(loop, pw_properties_new_dict(&properties), 0));
     refresh_ = std::make_unique<LoopEvent>(loop, [this] { onRefresh(); });
     refreshTimer_ = std::make_unique<LoopTimer>(loop, [this] {
@@ -39,7 +39,7 @@ Session::Session() {
     connectTimer_ = std::make_unique<LoopTimer>(loop, [this] { connect(); });
     connectTimer_->runAfter(0ms);
     if (pw_thread_loop_start(loop_.get()) < 0) {
-        throw std::runtime_error("PipeWire's thread cannot be started.");
+        throw std::runtime_error("Cannot start the PipeWire thread.");
     }
 }
 
@@ -136,11 +136,11 @@ void Session::disconnect() {
     lost_ = false;
     listed_ = false;
     settledWhenListed_ = false;
-    pw_thread_loop_signal(loop_.get(), false);  // whoever waits for an answer waits in vain
+    pw_thread_loop_signal(loop_.get(), false);  // wakes the waits whose reply can no longer arrive
 }
 
 void Session::onLost() {
-    lost_ = true;  // this runs in an event of the connection, which has to end first
+    lost_ = true;  // disconnect() has to wait until this event of the connection returns
     refresh_->signal();
 }
 

@@ -8,7 +8,7 @@ namespace sordin::pulse {
 
 namespace {
 
-/// module-device-restore writes ten seconds after the first change.
+/// module-device-restore stores volumes ten seconds after the first change.
 constexpr auto rememberingTime = std::chrono::seconds(12);
 
 }  // namespace

@@ -8,20 +8,20 @@
 
 namespace sordin::pulse {
 
-/// PulseAudio's sinks and players as audio objects. The server brings the volume that it remembers back
-/// before it tells of a sink, so every sink that it tells of is there.
+/// PulseAudio's sinks and players as audio objects. Every listed sink counts as present: the server restores
+/// a sink's stored volume before it lists the sink.
 ///
-/// It stores every volume that it is told, also that of a fade, within ten seconds.
+/// The server stores every volume that it is set to, including the steps of a fade, within ten seconds.
 class PulseAudioObjects final : public ServerAudioObjects<Session>, private Session::Observer {
 public:
-    /// Must not be null.
+    /// `session` must not be null.
     explicit PulseAudioObjects(std::shared_ptr<Session> session);
     ~PulseAudioObjects() override;
     PulseAudioObjects(const PulseAudioObjects&) = delete;
     PulseAudioObjects& operator=(const PulseAudioObjects&) = delete;
 
 private:
-    // On the loop, under its lock.
+    // On the loop's thread, under its lock:
     void disconnecting() override;
     void graphChanged() override;
 };

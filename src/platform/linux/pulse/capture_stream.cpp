@@ -20,18 +20,18 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto tapRetryInterval = 500ms;
-/// A tenth of a second: what the detector looks at is five times as long.
+/// A tenth of a second, a fifth of the detector's hop.
 constexpr std::uint32_t pieceFrames = SystemAudioCapture::sampleRate / 10;
-/// Players of different devices deliver at different times.
+/// Players of different sinks deliver at different times.
 constexpr std::size_t patienceFrames = SystemAudioCapture::sampleRate * 3 / 10;
 
 }  // namespace
 
-/// The recording of one player.
+/// A recording stream of one player.
 class CaptureStream::Tap {
 public:
     Tap(CaptureStream& owner, Place place) : owner_(owner), player_(place.first) {
-        // One channel: the server's own is the mean of all.
+        // One channel: the server's downmix is the mean of all channels.
         const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, SystemAudioCapture::sampleRate, 1};
         stream_.reset(
             pa_stream_new(owner_.session_.connection().context(), "Listening for ads", &format, nullptr));
@@ -65,9 +65,11 @@ private:
             return false;
         }
         pa_buffer_attr buffer;
-        buffer.maxlength = buffer.tlength = buffer.prebuf = buffer.minreq = UINT32_MAX;  // the server's
+        // The server's defaults.
+        buffer.maxlength = buffer.tlength = buffer.prebuf = buffer.minreq = UINT32_MAX;
         buffer.fragsize = pieceFrames * sizeof(float);
-        // Without the adjustment the server may deliver seconds at once, as far ahead as it mixes.
+        // Without PA_STREAM_ADJUST_LATENCY, the server may deliver several seconds at once, as far as it
+        // mixes ahead.
         constexpr auto flags =
             PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY | PA_STREAM_DONT_INHIBIT_AUTO_SUSPEND;
         return pa_stream_connect_record(stream_.get(), std::to_string(monitor).c_str(), &buffer,
@@ -92,7 +94,7 @@ private:
             if (data != nullptr) {
                 owner_.hear(player_, {static_cast<const float*>(data), bytes / sizeof(float)});
             } else {
-                const std::vector<float> silence(bytes / sizeof(float));  // a hole in the recording
+                const std::vector<float> silence(bytes / sizeof(float));  // a gap in the recording
                 owner_.hear(player_, silence);
             }
             pa_stream_drop(stream_.get());
@@ -108,12 +110,12 @@ private:
 
 CaptureStream::CaptureStream(Session& session, const LoopbackSource::Handlers& handlers)
     : session_(session), handlers_(handlers), mixer_(patienceFrames) {
-    handlers_.opened();  // there is nothing to wait for
+    handlers_.opened();  // each player's stream connects on its own
     session_.refreshAfter(0ms);
 }
 
 CaptureStream::~CaptureStream() {
-    taps_.clear();  // while there is something to hear them
+    taps_.clear();  // while the mixer still exists
 }
 
 void CaptureStream::update() {
@@ -134,13 +136,13 @@ void CaptureStream::updateTaps() {
             if (catalogue.plays(player)) {
                 playing = true;
             } else {
-                mixer_.remove(index);  // and does not hold up the others
+                mixer_.remove(index);  // a paused player must not delay the others
             }
         }
     }
     taps_.follow(plan, [this](const Place& place) { return std::make_unique<Tap>(*this, place); });
     if (playing != flow_.active()) {
-        deliver();  // what is left of before
+        deliver();  // the samples from before the change
         flow_.setActive(playing);
     }
 }

@@ -13,28 +13,28 @@
 
 namespace sordin::pulse {
 
-/// A recording of each application that plays, taken before the volume of the device that it plays to, and
-/// added up here: the monitor of a device would be silent while that is faded.
+/// Records each playing application before its sink's volume is applied, and mixes the recordings. The
+/// monitor of a sink is no alternative: it becomes silent when the sink is faded.
 ///
-/// Lives on the loop, under its lock, for as long as a connection at most; must not be destroyed by one of
-/// its own events.
+/// Use it on the loop's thread, under its lock, and only while the session is connected. It must not be
+/// destroyed in one of its own events.
 class CaptureStream {
 public:
-    /// Both must outlive the stream; the session is connected.
+    /// Both must outlive the stream. The session must be connected.
     CaptureStream(Session& session, const LoopbackSource::Handlers& handlers);
     ~CaptureStream();
     CaptureStream(const CaptureStream&) = delete;
     CaptureStream& operator=(const CaptureStream&) = delete;
 
-    /// Connects to what there is to hear now.
+    /// Records the applications that play now, and checks that sound arrives.
     void update();
 
-    /// Nothing to do: its recordings go on, as they must for the next time.
+    /// Does nothing: the recordings have to continue until the audio is wanted again.
     void setWanted(bool /*wanted*/) {}
 
 private:
     class Tap;
-    /// A player, and the monitor of the sink that it plays to: a player that moves needs another tap.
+    /// A player and the monitor of its sink. A player that moves to another sink needs another tap.
     using Place = std::pair<Index, Index>;
 
     void updateTaps();

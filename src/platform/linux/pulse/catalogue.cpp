@@ -96,10 +96,10 @@ std::optional<std::int32_t> processHere(const std::string& id, const std::string
     std::error_code error;
     const auto file = std::filesystem::read_symlink("/proc/" + id + "/exe", error).filename().string();
     if (error) {
-        // Another user's cannot be read.
+        // The executable of another user's process cannot be read.
         return error == std::errc::permission_denied ? std::optional(process) : std::nullopt;
     }
-    constexpr auto replaced = " (deleted)";  // by an update
+    constexpr auto replaced = " (deleted)";  // an update replaced the file
     const bool same = binary.empty() || file == binary || file == binary + replaced;
     return same ? std::optional(process) : std::nullopt;
 }

@@ -12,81 +12,82 @@
 
 namespace sordin::pulse {
 
-/// The server's number of an object, among those of its kind.
+/// The server's index of an object, unique for its kind.
 using Index = std::uint32_t;
 
 struct Sink {
     std::string name;
-    std::string port;  ///< its connector; empty when it has none
+    std::string port;  ///< its connector; empty if it has none
     VolumeProps volume;
-    bool running = false;         ///< whether it takes sound now, heard or not
-    Index monitor = 0;            ///< the source that repeats what it plays
-    std::optional<Index> module;  ///< that made it
+    bool running = false;         ///< whether it processes audio now, audible or not
+    Index monitor = 0;            ///< the source that repeats its output
+    std::optional<Index> module;  ///< the module that created it
 };
 
-/// What plays to a sink ("sink input").
+/// A stream that plays to a sink ("sink input").
 struct Player {
     Index sink = 0;
     std::optional<Index> client;
-    std::optional<Index> module;  ///< that made it, of one that no program made
+    std::optional<Index> module;  ///< the module that created it, if no program did
     bool paused = false;
-    bool call = false;  ///< marked by the program as the sound of a call
+    bool call = false;  ///< the program marked it as a call
 };
 
-/// What records from a source ("source output").
+/// A stream that records from a source ("source output").
 struct Recorder {
     Index source = 0;
     std::optional<Index> module;
     std::optional<Index> client{};
     bool paused = false;
-    bool metersPeaks = false;  ///< gets levels alone, as mixers do
+    bool metersPeaks = false;  ///< receives only levels, as mixers do
 };
 
 /// A program's connection to the server.
 struct Client {
     std::optional<std::int32_t> processId;
-    std::string
-        claimedProcess{};     ///< number and file of the process as the program says them, maybe in a sandbox
-    std::string claimedId{};  ///< the application's identifier, as the program says it
-    std::string name{};       ///< what the program calls itself
-    bool leftOut = false;     ///< not to be listened to
-    std::optional<std::vector<std::string>> applicationIds{};  ///< once they have been needed
+    /// The process identifier and executable that the program claims; in a sandbox, they are local to it.
+    std::string claimedProcess{};
+    std::string claimedId{};  ///< the application identifier that the program claims
+    std::string name{};       ///< the program's name for itself
+    bool leftOut = false;     ///< excluded from listening
+    std::optional<std::vector<std::string>> applicationIds{};  ///< resolved at the first use
 };
 
-/// What the server has, as far as it matters here. Filled by the connection, under the loop's lock.
+/// The server's objects that matter to this program. The connection updates it under the loop's lock.
 struct Catalogue {
     std::string defaultSink;
     std::map<Index, Sink> sinks;
     std::map<Index, Player> players;
     std::map<Index, Recorder> recorders;
     std::map<Index, Client> clients;
-    bool allLeftOut = false;  ///< nothing is to be listened to
+    bool allLeftOut = false;  ///< all sound is excluded from listening
 
-    /// Marks what is not to be listened to among the clients.
+    /// Marks the excluded clients.
     void leaveOut(const LeftOut& what);
 
-    /// The process of the program that plays; none if the server does not know it.
+    /// Returns the process of a player's program; none if the server does not know it.
     [[nodiscard]] std::optional<std::int32_t> processOf(const Player& player) const;
 
-    /// Whether it is an application's sound to be listened to, not this program's and not a copy of other
-    /// sound: what a module passes on from a sink of its own or from the monitor of one.
+    /// Whether a player is an application's sound that is to be captured. False for this program, for
+    /// excluded applications, and for copies of other sound: the output of a module that created a sink or
+    /// records a monitor.
     [[nodiscard]] bool isAudible(const Player& player) const;
 
-    /// Whether sound comes from it now.
+    /// Whether it is audible and plays now.
     [[nodiscard]] bool plays(const Player& player) const;
 
-    /// What applications play and record now, this program not among them.
+    /// Returns the streams of applications that play or record now, without this program's.
     [[nodiscard]] std::vector<ApplicationStream> applicationStreams() const;
 
 private:
-    /// None where it is not known, or is this program.
+    /// Null if the client is unknown or belongs to this process.
     [[nodiscard]] const Client* otherClient(const std::optional<Index>& client) const;
     [[nodiscard]] bool takesSound(const Player& player) const;
     [[nodiscard]] bool isMonitor(Index source) const;
 };
 
-/// The process that a program says it is, by the number and the name of its file; none where that is another
-/// here: a program in a sandbox counts processes by itself.
+/// Returns the process identifier that a program claims as `id` if that process runs the executable `binary`;
+/// otherwise none, because a sandboxed program claims the identifier inside its sandbox.
 [[nodiscard]] std::optional<std::int32_t> processHere(const std::string& id, const std::string& binary);
 
 }  // namespace sordin::pulse

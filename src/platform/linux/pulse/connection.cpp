@@ -18,7 +18,7 @@ std::string text(const char* value) {
     return value != nullptr ? value : "";
 }
 
-// The server's volumes are those that mixers show: cube roots of amplitudes.
+// The server's volumes are on the scale of mixers: cube roots of amplitudes.
 float amplitude(pa_volume_t volume) {
     const float shown = static_cast<float>(volume) / static_cast<float>(PA_VOLUME_NORM);
     return shown * shown * shown;
@@ -72,7 +72,7 @@ std::unique_ptr<Connection> Connection::open(const Loop& loop, Events events) {
         return nullptr;
     }
     pa_context_set_state_callback(connection->context_.get(), onState, connection.get());
-    // Where every program looks for it; nothing is started for it.
+    // Connects to the default server and never starts one.
     if (pa_context_connect(connection->context_.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
         return nullptr;
     }
@@ -90,7 +90,7 @@ Connection::~Connection() {
     if (context_) {
         pa_context_set_state_callback(context_.get(), nullptr, nullptr);
         pa_context_set_subscribe_callback(context_.get(), nullptr, nullptr);
-        pa_context_disconnect(context_.get());  // and no answer comes any more
+        pa_context_disconnect(context_.get());  // no callback follows
     }
 }
 
@@ -246,7 +246,7 @@ void Connection::onServer(const pa_server_info* info) {
     catalogue_.defaultSink = text(info->default_sink_name);
     answered(server);
     if (!isPulseAudio_) {
-        // PipeWire's own answer is "PulseAudio (on PipeWire 0.3.65)".
+        // PipeWire's server name is "PulseAudio (on PipeWire 0.3.65)".
         isPulseAudio_ = text(info->server_name).find("PipeWire") == std::string::npos;
         events_.identified();
     }

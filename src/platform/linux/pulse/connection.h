@@ -15,18 +15,18 @@
 
 namespace sordin::pulse {
 
-/// One connection to the server, from connecting to its loss. Lives on the loop, under its lock; must not be
-/// destroyed by one of its own events.
+/// One connection to the server, until it is lost. Use it on the loop's thread, under its lock. It must not
+/// be destroyed in one of its own events.
 class Connection {
 public:
     struct Events {
-        std::function<void()> identified;    ///< once: it is known who the server is
-        std::function<void()> changed;       ///< the catalogue has changed
-        std::function<void()> lost;          ///< once: there is no server, or it is gone
-        std::function<void()> synchronised;  ///< the server has done all that came before a synchronise()
+        std::function<void()> identified;    ///< isPulseAudio() is known; called once
+        std::function<void()> changed;       ///< the catalogue changed
+        std::function<void()> lost;          ///< connecting failed, or the connection was lost; called once
+        std::function<void()> synchronised;  ///< the server has processed everything before a synchronise()
     };
 
-    /// Nothing if the client library refuses.
+    /// Returns null if the client library refuses to connect.
     [[nodiscard]] static std::unique_ptr<Connection> open(const Loop& loop, Events events);
 
     ~Connection();
@@ -36,29 +36,30 @@ public:
     [[nodiscard]] pa_context* context() const { return context_.get(); }
     [[nodiscard]] const Catalogue& catalogue() const { return catalogue_; }
 
-    /// See Catalogue.
+    /// See Catalogue::leaveOut().
     void leaveOut(const LeftOut& what) { catalogue_.leaveOut(what); }
 
-    /// Whether the server is PulseAudio itself, not PipeWire in its place; none while that is not known.
+    /// Whether the server is PulseAudio itself; false if it is PipeWire's replacement, none while unknown.
     [[nodiscard]] std::optional<bool> isPulseAudio() const { return isPulseAudio_; }
 
-    /// Asks a PulseAudio for all it has, and for word of every change.
+    /// Queries all objects of a PulseAudio server and subscribes to changes.
     void list();
-    /// Whether everything has been answered once.
+    /// Whether every query has been answered at least once.
     [[nodiscard]] bool listed() const;
 
-    /// Asks the server to answer; each question is one `synchronised`, in order. False if it cannot be asked.
+    /// Requests a reply from the server. Each call leads to one `synchronised`, in order. Returns false if
+    /// the request cannot be sent.
     bool synchronise();
 
     void setSinkVolume(Index sink, const VolumeProps& volume);
 
 private:
-    /// What the server is asked for: one kind of its objects, or itself.
+    /// The subject of a query: the server itself or one kind of its objects.
     enum Kind : std::size_t { server, sinks, players, recorders, clients, kinds };
 
     struct Question {
         bool asked = false;
-        bool again = false;  // it has changed since
+        bool again = false;  // a change arrived since, so query again
         bool answered = false;
     };
 
@@ -69,7 +70,7 @@ private:
     void ask(Kind kind);
     [[nodiscard]] bool send(Kind kind);
     void answered(Kind kind);
-    /// One callback for a list of objects of a kind: `end` is 0 for each, and then once something else.
+    /// Handles a callback of a list query: `end` is 0 for each object, then nonzero once.
     template <class Info, class Entry>
     static void onEntry(void* data, Kind kind, std::map<Index, Entry> Connection::*incoming,
                         std::map<Index, Entry> Catalogue::*entries, const Info* info, int end);
@@ -78,7 +79,7 @@ private:
     Catalogue catalogue_;
     std::optional<bool> isPulseAudio_;
     std::array<Question, kinds> questions_;
-    // Lists that are still coming in.
+    // Lists that are not complete yet:
     std::map<Index, Sink> sinksComing_;
     std::map<Index, Player> playersComing_;
     std::map<Index, Recorder> recordersComing_;

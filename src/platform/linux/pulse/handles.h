@@ -17,7 +17,7 @@ using ContextPointer = std::unique_ptr<pa_context, Deleter<pa_context_unref>>;
 using StreamPointer = std::unique_ptr<pa_stream, Deleter<pa_stream_unref>>;
 using PropertiesPointer = std::unique_ptr<pa_proplist, Deleter<pa_proplist_free>>;
 
-/// Lets a question or an order take its course. False if it could not be sent.
+/// Releases the handle of an operation, which continues. Returns false if the operation could not be sent.
 inline bool sent(pa_operation* operation) {
     if (operation != nullptr) {
         pa_operation_unref(operation);
@@ -25,8 +25,8 @@ inline bool sent(pa_operation* operation) {
     return operation != nullptr;
 }
 
-/// Holds the lock of the loop: whoever has it may use the connection's objects. Under it nobody waits, and
-/// what is called outside of the sound servers' folders only posts or sets flags.
+/// Holds the loop's lock, which guards the objects of the connection. Code under the lock must not block, and
+/// calls to code outside the folders of the sound servers must only post or set flags.
 class LoopLock {
 public:
     explicit LoopLock(pa_threaded_mainloop* loop) : loop_(loop) { pa_threaded_mainloop_lock(loop_); }

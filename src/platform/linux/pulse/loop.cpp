@@ -13,11 +13,11 @@ namespace sordin::pulse {
 
 Loop::Loop() : loop_(pa_threaded_mainloop_new()) {
     if (!loop_) {
-        throw std::runtime_error("PulseAudio's loop cannot be made.");
+        throw std::runtime_error("Cannot create the PulseAudio loop.");
     }
     timers_.reset(pa_context_new(api(), "Sordin"));
     if (!timers_) {
-        throw std::runtime_error("PulseAudio's client library cannot be set up.");
+        throw std::runtime_error("Cannot set up the PulseAudio client library.");
     }
     pa_threaded_mainloop_set_name(loop_.get(), "sordin.pulse");
 }
@@ -26,7 +26,7 @@ Loop::~Loop() = default;
 
 void Loop::start() {
     if (pa_threaded_mainloop_start(loop_.get()) < 0) {
-        throw std::runtime_error("PulseAudio's thread cannot be started.");
+        throw std::runtime_error("Cannot start the PulseAudio thread.");
     }
 }
 
@@ -60,7 +60,7 @@ LoopEvent::LoopEvent(const Loop& loop, std::function<void()> action)
         source_ = loop_.api()->io_new(loop_.api(), descriptor_.get(), PA_IO_EVENT_INPUT, onSignal, this);
     }
     if (source_ == nullptr) {
-        throw std::runtime_error("PulseAudio's loop takes no more sources.");
+        throw std::runtime_error("Cannot add a source to the PulseAudio loop.");
     }
 }
 

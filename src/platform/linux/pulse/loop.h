@@ -10,30 +10,30 @@
 
 namespace sordin::pulse {
 
-/// The client library's loop in a thread of its own.
+/// The client library's loop and its thread.
 class Loop {
 public:
-    /// Throws std::runtime_error.
+    /// Throws std::runtime_error if the loop cannot be created.
     Loop();
     ~Loop();
     Loop(const Loop&) = delete;
     Loop& operator=(const Loop&) = delete;
 
-    /// Begins the thread. Throws std::runtime_error.
+    /// Starts the thread. Throws std::runtime_error on failure.
     void start();
-    /// Ends the thread; nothing runs on the loop any more.
+    /// Ends the thread; nothing runs on the loop after that.
     void stop();
 
     [[nodiscard]] LoopLock lock() const { return LoopLock(loop_.get()); }
     [[nodiscard]] pa_mainloop_api* api() const { return pa_threaded_mainloop_get_api(loop_.get()); }
-    /// A context that never connects: the library's timers that do not follow the wall clock belong to one.
+    /// A context that never connects. The library offers monotonic timers only through a context.
     [[nodiscard]] pa_context* timers() const { return timers_.get(); }
 
-    /// Under the lock: wakes those in waitFor().
+    /// Wakes waitFor(). Call it under the lock.
     void signal() { pa_threaded_mainloop_signal(loop_.get(), 0); }
 
-    /// Waits with the lock until `condition` or for `deadline`; the condition's last answer. Never on the
-    /// loop's thread.
+    /// Takes the lock and waits for `condition`; returns its value, also after `deadline`. Do not call it on
+    /// the loop's thread.
     bool waitFor(std::chrono::milliseconds deadline, const std::function<bool()>& condition);
 
 private:
@@ -41,11 +41,11 @@ private:
     ContextPointer timers_;
 };
 
-/// Runs an action on the loop soon after it was signalled, once for all signals until then. Made and ended
-/// under the lock, or while the loop does not run.
+/// Runs an action on the loop soon after a signal; several signals until then cause one run. Create and
+/// destroy it under the lock, or while the loop does not run.
 class LoopEvent {
 public:
-    /// Throws std::runtime_error.
+    /// Throws std::runtime_error if no file descriptor is left.
     LoopEvent(const Loop& loop, std::function<void()> action);
     ~LoopEvent();
     LoopEvent(const LoopEvent&) = delete;
@@ -61,7 +61,7 @@ private:
     pa_io_event* source_ = nullptr;
 };
 
-/// Runs an action on the loop, once for each time it was set. Made and ended under the lock, or while the
+/// Runs an action on the loop once after each runAfter(). Create and destroy it under the lock, or while the
 /// loop does not run.
 class LoopTimer {
 public:
@@ -70,9 +70,9 @@ public:
     LoopTimer(const LoopTimer&) = delete;
     LoopTimer& operator=(const LoopTimer&) = delete;
 
-    /// Replaces what was set before. Under the lock.
+    /// Replaces a pending run. Call it under the lock.
     void runAfter(std::chrono::microseconds delay);
-    /// Under the lock.
+    /// Call it under the lock.
     void cancel();
 
 private:

@@ -7,7 +7,7 @@
 
 namespace sordin::pulse {
 
-/// Hears all applications through PulseAudio.
+/// Captures all applications through PulseAudio.
 using PulseLoopbackSource = ServerLoopbackSource<Session, CaptureStream>;
 
 }  // namespace sordin::pulse

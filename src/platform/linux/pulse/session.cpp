@@ -123,7 +123,7 @@ void Session::connect() {
     questions_ = 0;
     answers_ = 0;
     if (!connection_) {
-        over_ = true;  // to be tried again
+        over_ = true;  // onRefresh() tries again
     }
     refresh_.signal();
 }
@@ -170,7 +170,7 @@ void Session::onRefresh() {
     for (Observer* observer : observers_) {
         observer->graphChanged();
     }
-    loop_.signal();  // whoever waits for an answer may have it
+    loop_.signal();  // waitFor() conditions may hold now
 }
 
 }  // namespace sordin::pulse

@@ -13,15 +13,15 @@
 
 namespace sordin::pulse {
 
-/// What the program has of PulseAudio: one thread with its loop, and one connection while a server answers.
-/// Where PipeWire answers in its place the connection is kept and not used: its loss is the only sign that
-/// PulseAudio may take over, and each new connection would make work for all clients of the server.
+/// The program's access to PulseAudio: a thread with its loop, and one connection while a server responds. If
+/// PipeWire's replacement responds, the session keeps the connection without using it. Its loss is the only
+/// sign that PulseAudio may take over, and each new connection would cost all clients of the server time.
 ///
-/// Connects when it begins; while it keeps looking, half a second after the last attempt until a server
-/// answers; when it is asked, or has lost a server that it knew, no sooner than three seconds after the last
-/// attempt.
+/// The session connects when it is created. While keepLooking() is set, it tries again half a second after
+/// the last attempt until a server responds. After look(), or after the loss of an identified server, it
+/// tries again at the earliest three seconds after the last attempt.
 ///
-/// Observers are called on the loop's thread, under its lock; everything else may be called from any other
+/// Observers are called on the loop's thread, under its lock. All functions may be called from any other
 /// thread.
 class Session {
 public:
@@ -29,28 +29,29 @@ public:
 
     using Observer = ServerObserver;
 
-    /// Throws std::runtime_error.
+    /// Throws std::runtime_error if the loop or its thread cannot be created.
     Session();
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Adds an observer, which is called soon; removing it waits until it is not being called.
+    /// An added observer is called soon. Removing one waits until it is not being called.
     void add(Observer& observer);
     void remove(Observer& observer);
 
-    /// Everything below needs this, but for keepLooking() and the waits. These must not be called with it.
+    /// Required for everything below except keepLooking(). look() and the functions that wait must be called
+    /// without it.
     [[nodiscard]] LoopLock lock() const { return loop_.lock(); }
 
     [[nodiscard]] Loop& loop() { return loop_; }
 
-    /// Whether a PulseAudio is there.
+    /// Whether a PulseAudio server is connected.
     [[nodiscard]] bool connected() const { return connection_ && connection_->isPulseAudio() == true; }
-    /// Whether it has named all it has, too.
+    /// Whether it has also listed all its objects.
     [[nodiscard]] bool ready() const { return connected() && connection_->listed(); }
     [[nodiscard]] bool hasSink() const { return connected() && !catalogue().sinks.empty(); }
 
-    /// While connected.
+    /// Only while connected.
     [[nodiscard]] Connection& connection() const { return *connection_; }
     [[nodiscard]] const Catalogue& catalogue() const { return connection_->catalogue(); }
 
@@ -58,28 +59,29 @@ public:
         return connected() ? catalogue().applicationStreams() : std::vector<ApplicationStream>();
     }
 
-    /// Leaves out these from the next graphChanged() on, which comes soon. See ApplicationStreams.
+    /// Sets what to exclude from listening, effective from the next graphChanged(), which follows soon. See
+    /// ApplicationStreams.
     void leaveOut(LeftOut what);
 
-    /// Has graphChanged() called after `delay`, or sooner.
+    /// Schedules a call of graphChanged() after `delay` at the latest.
     void refreshAfter(std::chrono::milliseconds delay);
 
-    /// Whether to look for a server all the time. Any thread, with any locks.
+    /// Sets whether to look for a server continuously. Any thread, with any locks held.
     void keepLooking(bool looking);
 
-    /// Has a server looked for soon, if there is none. Does not wait.
+    /// Looks for a server soon if none is connected. Returns at once.
     void look();
 
-    /// Whether a server may yet turn out to be PulseAudio: a connection has been begun, within the last one
-    /// and a half seconds, and has not answered.
+    /// Whether the latest connection may still turn out to be PulseAudio: it began within the last one and a
+    /// half seconds, and the server has not identified itself.
     [[nodiscard]] bool undecided() const;
 
-    /// Waits until it is known whether there is a server that is ready; false also if that takes longer than
-    /// `deadline`.
+    /// Waits until it is known whether a server is connected and ready; returns whether it is. Returns false
+    /// after `deadline`.
     bool waitUntilKnown(std::chrono::milliseconds deadline);
 
-    /// Waits until the server has done everything asked so far; false if there is none or it takes longer
-    /// than `deadline`.
+    /// Waits until the server has processed all requests so far. Returns false if there is no server or after
+    /// `deadline`.
     bool flush(std::chrono::milliseconds deadline);
 
 private:
@@ -95,17 +97,17 @@ private:
     LoopEvent look_;
     LoopTimer refreshTimer_;
     LoopTimer connectTimer_;
-    LoopTimer decideTimer_;  // until the connection counts as one that does not answer
+    LoopTimer decideTimer_;  // fires when undecided() ends
     std::atomic<bool> looking_ = false;
     std::vector<Observer*> observers_;
     LeftOut leftOut_;
 
     std::unique_ptr<Connection> connection_;
-    bool over_ = false;              // the connection is to be closed once its events are done
-    bool asked_ = false;             // to look once more
-    Clock::time_point attempted_;    // when a connection was begun or lost last
-    std::uint64_t connections_ = 0;  // how many there have been, with those that came to nothing
-    std::uint64_t questions_ = 0;    // to the server, for it to catch up
+    bool over_ = false;              // the connection will be closed after its current event
+    bool asked_ = false;             // to try one more connection
+    Clock::time_point attempted_;    // when the last connection was begun or lost
+    std::uint64_t connections_ = 0;  // the number of attempts so far
+    std::uint64_t questions_ = 0;    // synchronise() requests
     std::uint64_t answers_ = 0;
     std::optional<Clock::time_point> refreshAt_;
 };

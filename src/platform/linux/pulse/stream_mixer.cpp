@@ -8,7 +8,7 @@ namespace sordin::pulse {
 
 namespace {
 
-/// Adds to the sum as many samples as both have room for, and takes them from their stream.
+/// Adds samples to `sum`, as many as both contain, and removes them from `samples`.
 void move(std::vector<float>& samples, std::vector<float>& sum) {
     const auto count = static_cast<std::ptrdiff_t>(std::min(samples.size(), sum.size()));
     std::transform(samples.begin(), samples.begin() + count, sum.begin(), sum.begin(), std::plus<>());

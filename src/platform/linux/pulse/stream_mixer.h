@@ -9,29 +9,29 @@
 
 namespace sordin::pulse {
 
-/// Adds up streams of samples that arrive in pieces, each at its own time. What has arrived of every stream
-/// is complete; a stream that falls behind the others by more than the patience is silent until it catches
-/// up, so that none holds up the rest. For one thread at a time.
+/// Mixes streams of samples that arrive in pieces at different times. The sum is complete up to the point
+/// that all streams have reached. A stream that lags behind the longest one by more than the patience counts
+/// as silent until it catches up, so that it does not delay the others. Call it from one thread at a time.
 class StreamMixer {
 public:
     using Stream = std::uint32_t;
 
-    /// `patience` in samples.
+    /// `patience` is in samples.
     explicit StreamMixer(std::size_t patience) : patience_(patience) {}
 
-    /// Adds samples to a stream, which begins with its first.
+    /// Adds samples to a stream; the first call for a stream creates it.
     void add(Stream stream, std::span<const float> samples);
 
-    /// Ends a stream; what has arrived of it is kept for the next take().
+    /// Ends a stream; take() still returns its samples.
     void remove(Stream stream);
 
-    /// The sum of all streams, as far as it is complete.
+    /// Removes and returns the sum of all streams as far as it is complete.
     [[nodiscard]] std::vector<float> take();
 
 private:
     const std::size_t patience_;
     std::map<Stream, std::vector<float>> waiting_;
-    std::vector<float> ended_;  // of streams that have ended, added up
+    std::vector<float> ended_;  // the sum of ended streams
 };
 
 }  // namespace sordin::pulse

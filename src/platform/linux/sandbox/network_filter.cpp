@@ -14,9 +14,9 @@ namespace {
 
 using Filter = std::unique_ptr<void, Deleter<seccomp_release>>;
 
-/// Refuses a call whose first argument is a family, where it is another than the two. The filter compares
-/// all 64 bits of the register although the kernel takes 32. So what is refused is everything but two values
-/// of 64 bits: no other bits above make another family of them.
+/// Refuses a system call if its first argument is an address family other than AF_UNIX and AF_NETLINK. The
+/// filter compares all 64 bits of the register, although the kernel uses only the lower 32. The rules
+/// therefore refuse everything except the two exact 64-bit values, so that set upper bits cannot bypass them.
 int refuseFamilies(const Filter& filter, int call) {
     static_assert(AF_UNIX < AF_NETLINK);
     const auto refuse = [&](scmp_compare comparison, int family) {
@@ -35,10 +35,12 @@ int refuseFamilies(const Filter& filter, int call) {
 int install(const Filter& filter) {
     int error = seccomp_attr_set(filter.get(), SCMP_FLTATR_ACT_BADARCH, SCMP_ACT_ERRNO(ENOSYS));
     if (error == 0) {
-        error = seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_TSYNC, 1);  // should there be threads already
+        // Covers threads that exist already.
+        error = seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_TSYNC, 1);
     }
     if (error == 0) {
-        error = seccomp_attr_set(filter.get(), SCMP_FLTATR_API_SYSRAWRC, 1);  // the system's own errors
+        // Makes libseccomp return the kernel's errors.
+        error = seccomp_attr_set(filter.get(), SCMP_FLTATR_API_SYSRAWRC, 1);
     }
     if (error == 0) {
         error = refuseFamilies(filter, SCMP_SYS(socket));

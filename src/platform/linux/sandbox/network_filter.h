@@ -5,16 +5,16 @@
 
 namespace sordin {
 
-/// Takes the network away from this process for good, and from all that it starts: sockets of any family but
-/// AF_UNIX and AF_NETLINK (the kernel's own news) are EAFNOSUPPORT, as on a system without a network, and
-/// what goes around socket(2), io_uring and the system calls of foreign architectures, is ENOSYS. Programs
-/// started from here cannot gain privileges either (no_new_privs), so that none gets out.
+/// Removes network access from this process and all its children for good. Sockets of families other than
+/// AF_UNIX and AF_NETLINK (messages from the kernel) fail with EAFNOSUPPORT, as on a system without a
+/// network. Ways around socket(2), which are io_uring and the system calls of foreign architectures, fail
+/// with ENOSYS. Child programs inherit the filter and cannot gain privileges (no_new_privs).
 ///
-/// Call it first thing in main: sockets that are open stay open. On an error, as where the system has no
-/// seccomp, everything is as it was.
+/// Call it at the start of main: open sockets stay open. On an error, for example on a system without
+/// seccomp, nothing changes.
 ///
-/// It holds mistakes, ours and those of libraries, not an attacker: other programs of the user that are
-/// reached over AF_UNIX, as a desktop's services and a resolver of names, have the network that they have.
+/// The filter guards against mistakes in this program and its libraries, not against an attacker: programs
+/// reached over AF_UNIX, such as desktop services and a name resolver, keep their network access.
 [[nodiscard]] std::error_code refuseNetwork();
 
 }  // namespace sordin

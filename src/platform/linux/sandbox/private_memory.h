@@ -5,13 +5,12 @@
 
 namespace sordin {
 
-/// Keeps the memory of this process and of all that it starts out of any dump after a crash, so that neither
-/// sound nor words get onto a disk: no file is written, and a collector of dumps, which the limit of files
-/// does not concern, gets no memory, only the registers. Call it first thing in main. On an error what could
-/// be done is done.
+/// Keeps the memory of this process and its children out of core dumps, so that neither audio nor words reach
+/// a disk. The kernel writes no core file. A dump collector, which ignores the limit on core files, receives
+/// only the registers. Call it at the start of main. On an error, the remaining measures still apply.
 ///
-/// The process stays as visible to the user's other programs as any: services of the desktop look into
-/// /proc to see who asks them for something.
+/// The process remains visible to the user's other programs, because desktop services read /proc to identify
+/// their clients.
 std::error_code keepOutOfDumps();
 
 }  // namespace sordin

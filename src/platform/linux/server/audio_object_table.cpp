@@ -8,7 +8,7 @@ namespace sordin {
 
 namespace {
 
-/// What servers offer where there is no device.
+/// The sink that servers create if there is no device.
 constexpr auto dummySink = "auto_null";
 
 }  // namespace
@@ -39,7 +39,7 @@ std::optional<AudioPropertyValue> AudioObjectTable::get(AudioObjectId object,
         for (const auto& process : processes_) {
             ids.push_back(process.second.id);
         }
-        std::sort(ids.begin(), ids.end());  // as they came
+        std::sort(ids.begin(), ids.end());  // in order of appearance
         return ids;
     }
     if (const OutputDevice* device = find(object)) {
@@ -67,7 +67,7 @@ bool AudioObjectTable::set(AudioObjectId object, const AudioProperty& property,
         std::isfinite(*volume)) {
         const auto channels = device.volume.write(std::clamp(*volume, 0.0F, 1.0F));
         device.lastWrite = Clock::now();
-        write(device, {channels, std::nullopt});  // or when it appears
+        write(device, {channels, std::nullopt});  // or when the device appears
         return true;
     }
     if (property == audio_property::mute && mute != nullptr && device.muted) {

@@ -16,35 +16,38 @@
 
 namespace sordin {
 
-/// A sound server's sinks and players as audio objects: what is the same for every server. A device is a sink
-/// by its name together with the connector in use, since headphones and speakers have volumes of their own; a
-/// process is one that has players. Operations as those of AudioObjects, but for one thread at a time.
+/// A sound server's sinks and players as audio objects: the code that all servers share. A device is a sink
+/// name combined with the active connector, because headphones and speakers have separate volumes. A process
+/// object is a process with players. The operations are those of AudioObjects, but call them from one thread
+/// at a time.
 class AudioObjectTable {
 public:
     using Clock = std::chrono::steady_clock;
-    /// Writes what is given of a volume to a sink.
+    /// Writes the given parts of a volume to a sink.
     using Write = std::function<void(std::uint32_t sink, const VolumeProps& volume)>;
 
     struct Sink {
-        std::uint32_t id = 0;  ///< the server's
+        std::uint32_t id = 0;  ///< the server's identifier
         std::string name;
-        std::string route{};  ///< its connector; empty when it has none
+        std::string route{};  ///< its connector; empty if it has none
         VolumeProps volume{};
     };
 
-    /// What a server has: all of it.
+    /// The complete state of a server.
     struct State {
         std::vector<Sink> sinks;
-        std::string defaultSink;               ///< its name; empty while there is none
-        std::map<std::int32_t, bool> players;  ///< the processes that play or could; whether they do
+        std::string defaultSink;  ///< its name; empty if there is none
+        /// Processes that play or can play, with whether they play now.
+        std::map<std::int32_t, bool> players;
     };
 
-    /// `rememberingTime` is how long the server may need to store a volume for the sink's next coming.
+    /// `rememberingTime` is how long the server may need to store a volume, which it restores when the sink
+    /// returns.
     AudioObjectTable(Write write, Clock::duration rememberingTime);
 
-    /// The server has changed. Returns whether its default device or the set of its devices has.
+    /// Applies a new state of the server. Returns whether the default device or the set of devices changed.
     [[nodiscard]] bool update(const State& state);
-    /// The server is gone.
+    /// The connection to the server ended. Returns the same as update().
     [[nodiscard]] bool clear() { return update({}); }
 
     [[nodiscard]] std::optional<AudioPropertyValue> get(AudioObjectId object,
@@ -56,15 +59,15 @@ public:
     [[nodiscard]] bool present(AudioObjectId device) const;
 
 private:
-    using Name = std::pair<std::string, std::string>;  // the sink's and the route's
+    using Name = std::pair<std::string, std::string>;  // of the sink and the route
 
     struct OutputDevice {
         Name name;
         DeviceVolume volume;
-        bool hasVolume = true;  // of one never seen that is all that is known
+        bool hasVolume = true;  // assumed for a device that was never seen
         std::optional<bool> muted;
-        std::optional<std::uint32_t> sink;  // while it is there
-        std::optional<bool> keptMute;       // written while it was away
+        std::optional<std::uint32_t> sink;  // while it is present
+        std::optional<bool> keptMute;       // written while it was absent
         Clock::time_point lastWrite;
     };
     struct Process {
@@ -89,7 +92,7 @@ private:
     std::map<AudioObjectId, OutputDevice> devices_;
     std::map<std::int32_t, Process> processes_;  // by process identifier
     std::string defaultSink_;
-    std::vector<AudioObjectId> told_;  // the default device and those there, as last told
+    std::vector<AudioObjectId> told_;  // the default device and the present devices after the last update()
 };
 
 }  // namespace sordin

@@ -10,8 +10,8 @@ namespace sordin {
 
 namespace {
 
-constexpr float rounding = 0.005F;          // of volumes as users see them: Bluetooth has 127 steps
-constexpr std::size_t mostUnanswered = 64;  // two ramps; the server may leave answers out
+constexpr float rounding = 0.005F;          // on the volume scale of mixers; Bluetooth has 127 steps
+constexpr std::size_t mostUnanswered = 64;  // two ramps; the server may omit replies
 
 float loudest(const std::vector<float>& channels) {
     return channels.empty() ? 0 : *std::max_element(channels.begin(), channels.end());
@@ -32,7 +32,7 @@ std::vector<float> DeviceVolume::appeared(const std::vector<float>& channels) {
         changedByOthers(channels);
         return {};
     }
-    // What it comes with is what was left of a fade, or what was stored before it.
+    // The device appears with the last step of a fade, or with a volume stored before the fade.
     const float volume = std::cbrt(loudest(channels));
     reference_ = std::max(reference_, volume);
     scalar_ = volume / reference_;
@@ -90,7 +90,7 @@ void DeviceVolume::changedByOthers(const std::vector<float>& channels) {
 }
 
 std::vector<float> DeviceVolume::write(float scalar) {
-    // Only what is brought back is brought back with its balance; a new fade keeps what there is.
+    // A restore also restores the balance of the record; a new fade keeps the current balance.
     const auto adopted = std::exchange(adoptedRatios_, {});
     if (!adopted.empty() && (channels_.empty() || scalar > scalar_)) {
         ratios_ = adopted;

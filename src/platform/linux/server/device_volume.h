@@ -7,44 +7,47 @@
 
 namespace sordin {
 
-/// The one volume that the user sees of a device, over the amplitude factors of its channels.
+/// The volume of a device as the user sees it, above the amplitude factors of its channels.
 ///
-/// Mixers show the cube root of the loudest channel's factor, and so does this, divided by the reference: the
-/// volume at the last change by anybody else, or 1 if that was lower. So 1 is full volume, or more where the
-/// user had more. Balance is kept as each channel's share of the loudest; silence does not lose it.
+/// Mixers show the cube root of the loudest channel's factor. The scalar is this volume divided by the
+/// reference: the volume at the last change by another program, or 1 if that was lower. A scalar of 1 is
+/// therefore full volume, or more if the user had set more. The balance is stored as each channel's ratio to
+/// the loudest channel, and survives silence.
 ///
-/// The server repeats what it was asked for, later and perhaps rounded. Such echoes are told from changes by
-/// anybody else by comparing them with the writes that have not been answered yet.
+/// The server reports each write back, later and possibly rounded. Comparing a report with the unanswered
+/// writes distinguishes such an echo from a change by another program.
 class DeviceVolume {
 public:
-    /// The device has come, with these factors (from 0, at least one). If the last change before was a write
-    /// that was not remembered yet, that still holds: the factors to write again, else nothing.
+    /// The device appeared with these factors (0 or more, at least one). If the last change was a write that
+    /// the server has not stored yet, the write still holds: returns the factors to write again. Otherwise
+    /// returns an empty list.
     [[nodiscard]] std::vector<float> appeared(const std::vector<float>& channels);
 
-    /// By now the server remembers the last write. What the device has when it comes next time is right then.
+    /// The server has stored the last write. The volume that the device has at its next appearance is then
+    /// correct.
     void writeRemembered();
 
-    /// The server says what the device has now.
+    /// The server reported the current factors.
     void reported(const std::vector<float>& channels);
 
-    /// Takes `scalar` (0 to 1) for the volume; the factors to write. Nothing before a device has appeared.
+    /// Sets the scalar (0 to 1) and returns the factors to write; empty if the device has never appeared.
     [[nodiscard]] std::vector<float> write(float scalar);
 
-    /// What was written or reported last.
+    /// The scalar of the last write or report.
     [[nodiscard]] float scalar() const { return scalar_; }
 
     [[nodiscard]] float reference() const { return reference_; }
     [[nodiscard]] const std::vector<float>& ratios() const { return ratios_; }
 
-    /// Takes reference and balance from a record, until somebody else changes the volume: the balance for a
-    /// write that raises the volume, as bringing it back does, or while the device is away.
+    /// Sets reference and balance from a record, until another program changes the volume. The balance
+    /// applies to the next write if that raises the volume, as a restore does, or if the device is absent.
     void adopt(float reference, const std::vector<float>& ratios);
 
 private:
     void changedByOthers(const std::vector<float>& channels);
     [[nodiscard]] bool isEcho(const std::vector<float>& channels);
 
-    /// The factors of all channels for a volume, and that volume.
+    /// A scalar and its factors for all channels.
     struct State {
         float scalar;
         std::vector<float> channels;
@@ -53,12 +56,13 @@ private:
     float scalar_ = 1;
     float reference_ = 1;
     std::vector<float> ratios_;
-    bool adopted_ = false;  // the reference holds until others change the volume
+    bool adopted_ = false;  // the reference holds until another program changes the volume
     std::vector<float> adoptedRatios_;
-    std::optional<float> written_;  // by the last change, if that was a write not remembered yet
-    std::vector<float> channels_;   // as reported last
-    std::optional<State> others_;   // as others left it: comes back to the last bit
-    std::deque<State> unanswered_;  // writes, oldest first; the last stays for when its answer is repeated
+    std::optional<float> written_;  // the last change, if it was a write that the server has not stored yet
+    std::vector<float> channels_;   // last reported factors
+    std::optional<State> others_;   // as another program set it; restored exactly
+    // Writes, oldest first; the last one remains, because its echo may be repeated.
+    std::deque<State> unanswered_;
     bool lastAnswered_ = true;
 };
 

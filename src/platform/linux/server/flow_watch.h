@@ -6,28 +6,28 @@
 
 namespace sordin {
 
-/// Notices when sound that should arrive does not. For one thread at a time.
+/// Detects that expected sound does not arrive. Call it from one thread at a time.
 class FlowWatch {
 public:
-    /// A stream that plays delivers a buffer every few hundredths of a second.
+    /// A playing stream delivers a buffer every few hundredths of a second.
     static constexpr auto longestDrought = std::chrono::seconds(2);
 
     enum class Verdict {
-        fine,     ///< look again after the longest drought
-        mend,     ///< connect anew, and look again then
-        hopeless  ///< that has not helped
+        fine,     ///< check again after longestDrought
+        mend,     ///< reconnect, then check again
+        hopeless  ///< reconnecting did not help
     };
 
     [[nodiscard]] bool active() const { return active_; }
 
-    /// Whether sound should arrive from now on.
+    /// Sets whether sound is expected from now on.
     void setActive(bool active) {
         if (std::exchange(active_, active) != active) {
             flowed();
         }
     }
 
-    /// Sound has arrived.
+    /// Sound arrived.
     void flowed() {
         lastFlow_ = Clock::now();
         mendings_ = 0;
@@ -50,8 +50,8 @@ private:
     static constexpr int mostMendings = 2;
 
     bool active_ = false;
-    Clock::time_point lastFlow_;  // when sound came, or when it could be expected to
-    int mendings_ = 0;            // since sound came
+    Clock::time_point lastFlow_;  // when sound last arrived, or when it was first expected
+    int mendings_ = 0;            // since sound last arrived
 };
 
 }  // namespace sordin

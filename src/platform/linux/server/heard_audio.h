@@ -8,7 +8,7 @@
 
 namespace sordin {
 
-/// Samples of one channel at the capture's rate, as it hands them on.
+/// Packs mono samples at the capture's rate for the sample handler.
 [[nodiscard]] inline CapturedAudio heardAudio(std::span<const float> samples) {
     const auto bytes = std::as_bytes(samples);
     return {StreamDescription{SystemAudioCapture::sampleRate, 1, SampleType::float32, true},

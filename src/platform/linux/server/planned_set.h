@@ -7,12 +7,13 @@
 
 namespace sordin {
 
-/// Things that exist as a plan says, by key. One that broke is made again, five times at most while it is
-/// wanted: what cannot be had is not asked for for ever. A thing has broken().
+/// A set of objects that follows a plan, by key. An object whose broken() is true is created again, at most
+/// five times while the plan contains its key, so that retries end. Thing needs broken().
 template <class Key, class Thing>
 class PlannedSet {
 public:
-    /// Ends what is not planned, and makes what is missing by make(key), which answers a unique pointer.
+    /// Destroys objects that the plan does not contain, and creates missing ones with make(key), which
+    /// returns a unique_ptr.
     template <class Make>
     void follow(const std::set<Key>& plan, Make make) {
         for (auto thing = things_.begin(); thing != things_.end();) {
@@ -34,13 +35,13 @@ public:
         }
     }
 
-    /// Ends all of them, to be made again.
+    /// Destroys all objects; the next follow() creates them again.
     void clear() { things_.clear(); }
 
 private:
     static constexpr int mostFailures = 5;
     std::map<Key, std::unique_ptr<Thing>> things_;
-    std::map<Key, int> failures_;  // of things that were wanted all the time
+    std::map<Key, int> failures_;  // of keys that stayed in the plan
 };
 
 }  // namespace sordin

@@ -13,8 +13,8 @@
 
 namespace sordin {
 
-/// The audio objects of a sound server, for any thread: a table under the lock of a session with the server.
-/// The session has lock(), under which its news come, and flush(deadline), to be called without it.
+/// The thread-safe audio objects of a sound server: a table under the lock of the session with the server.
+/// Session needs lock(), which also guards its events, and flush(deadline), which is called without the lock.
 template <class Session>
 class ServerAudioObjects : public AudioObjects {
 public:
@@ -25,7 +25,7 @@ public:
     }
     bool set(AudioObjectId object, const AudioProperty& property, const AudioPropertyValue& value) final {
         const auto lock = session_->lock();
-        ++writes_;  // also of a device that is away: this is not taken either
+        ++writes_;  // also for an absent device, because its write is pending
         return table_.set(object, property, value);
     }
     [[nodiscard]] bool has(AudioObjectId object, const AudioProperty& property) const final {
@@ -65,7 +65,7 @@ public:
     }
     void onDevicesChanged(std::function<void()> handler) final {
         const auto lock = session_->lock();
-        std::swap(onDevicesChanged_, handler);  // the old one ends without the lock
+        std::swap(onDevicesChanged_, handler);  // destroys the old handler without the lock
     }
 
 protected:
@@ -79,7 +79,7 @@ protected:
               },
               rememberingTime) {}
 
-    /// Under the lock: what the table has changed for others.
+    /// Reports a change of the devices. Call it under the lock.
     void tell(bool devicesChanged) const {
         if (devicesChanged && onDevicesChanged_) {
             onDevicesChanged_();
@@ -91,9 +91,9 @@ protected:
 
 private:
     const std::shared_ptr<Session> session_;
-    // Under the lock.
+    // Guarded by the session's lock:
     std::uint64_t writes_ = 0;
-    std::uint64_t taken_ = 0;  // of these, by the last flush that succeeded
+    std::uint64_t taken_ = 0;  // the number of writes before the last successful flush
     AudioObjectTable table_;
     std::function<void()> onDevicesChanged_;
 };

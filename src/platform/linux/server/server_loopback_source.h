@@ -11,19 +11,19 @@
 
 namespace sordin {
 
-/// Hears all applications through a sound server. The session with it has lock(), under which it calls its
-/// observers, ready() when it knows what the server has, and hasSink(). A stream is made of the session and
-/// the handlers while the session is connected, has update() and setWanted().
+/// Captures all applications through a sound server. Session needs lock(), under which it calls its
+/// observers, ready(), which is true once the server's objects are listed, and hasSink(). Stream is created
+/// from the session and the handlers while the session is connected; it needs update() and setWanted().
 template <class Session, class Stream>
 class ServerLoopbackSource final : public LoopbackSource, private Session::Observer {
 public:
-    /// Must not be null.
+    /// `session` must not be null.
     explicit ServerLoopbackSource(std::shared_ptr<Session> session)
         : session_(std::move(session)), lastMissing_(SystemAudioCapture::Error::unreachable) {
         session_->add(*this);
     }
     ~ServerLoopbackSource() override {
-        closeStream();  // before the connection that it is of
+        closeStream();  // the stream must not outlive its connection
         session_->remove(*this);
     }
     ServerLoopbackSource(const ServerLoopbackSource&) = delete;
@@ -49,7 +49,7 @@ public:
         }
         try {
             stream_ = std::make_unique<Stream>(*session_, handlers_);
-        } catch (const std::runtime_error&) {  // nothing left to wait with, such as file descriptors
+        } catch (const std::runtime_error&) {  // no file descriptor is left, for example
             handlers_.ended(failure(SystemAudioCapture::Error::refused));
         }
     }
@@ -81,13 +81,13 @@ public:
 
 private:
     void closeStream() {
-        Handlers old;  // what they know ends without the lock
+        Handlers old;  // destroys the old handlers without the lock
         const auto lock = session_->lock();
         stream_.reset();
         old = std::exchange(handlers_, {});
     }
 
-    // On the session's thread, under its lock.
+    // On the session's thread, under its lock:
     void disconnecting() override {
         if (stream_) {
             stream_.reset();
@@ -115,7 +115,7 @@ private:
     const std::shared_ptr<Session> session_;
     const std::string server_ = Session::serverName;
     std::function<void()> onChange_;
-    std::optional<SystemAudioCapture::Error> lastMissing_;  // as told last
+    std::optional<SystemAudioCapture::Error> lastMissing_;  // at the last check
     Handlers handlers_;
     std::unique_ptr<Stream> stream_;  // while open and connected
 };

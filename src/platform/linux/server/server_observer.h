@@ -3,13 +3,13 @@
 
 namespace sordin {
 
-/// Is told what becomes of a session with a sound server, on the session's thread, under its lock.
+/// Observes a session with a sound server. Called on the session's thread, under its lock.
 class ServerObserver {
 public:
     virtual ~ServerObserver() = default;
-    /// The connection is about to go; what was made with it has to go now.
+    /// The connection is about to close; objects created on it must be destroyed now.
     virtual void disconnecting() = 0;
-    /// Something may have changed, perhaps many things at once: also whether there is a server.
+    /// The server's objects, or whether there is a server, may have changed. One call can cover many changes.
     virtual void graphChanged() = 0;
 };
 

@@ -6,9 +6,9 @@
 
 namespace sordin {
 
-/// The volume of a sink as a server says it or is told it; what is absent is not said.
+/// The volume of a sink in a message from or to the server. Absent fields are unknown or unchanged.
 struct VolumeProps {
-    std::vector<float> channels;  ///< amplitude factors by channel, 1 is full; empty is absent
+    std::vector<float> channels;  ///< amplitude factors by channel, 1 is full; empty if absent
     std::optional<bool> muted;
 };
 

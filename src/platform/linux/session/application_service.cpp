@@ -40,10 +40,10 @@ ApplicationService::ApplicationService(QDBusConnection bus,
     if (!bus_.isConnected()) {
         return;
     }
-    // Before the name, by which others may call it at once.
+    // Register the interface before the name, because clients may call as soon as the name exists.
     object_.add(interfaceName, interface());
     takeName();
-    // Qt does not tell of a loss on every thread, and does not connect again.
+    // Qt reports a lost connection only on some threads and does not reconnect.
     constexpr std::chrono::seconds interval{5};
     reconnection_.setTimerType(Qt::VeryCoarseTimer);
     QObject::connect(&reconnection_, &QTimer::timeout, &reconnection_, [this] { reconnect(); });
@@ -76,7 +76,7 @@ void ApplicationService::takeName() {
 
 ApplicationService::~ApplicationService() {
     if (name_ == Name::ours) {
-        // Not waiting for an answer: the bus may hang.
+        // Sent without waiting for a reply, because the bus may hang.
         bus_.send(QDBusMessage::createMethodCall(busName, QStringLiteral("/org/freedesktop/DBus"), busName,
                                                  QStringLiteral("ReleaseName"))
                   << serviceName);
@@ -84,7 +84,7 @@ ApplicationService::~ApplicationService() {
 }
 
 bool ApplicationService::activateOther() {
-    constexpr int patience = 10'000;  // milliseconds; it may be just starting
+    constexpr int patience = 10'000;  // milliseconds; a program that is starting takes a while
     QVariantMap platformData;
     for (const auto& [key, variable] : {std::pair("activation-token", "XDG_ACTIVATION_TOKEN"),
                                         std::pair("desktop-startup-id", "DESKTOP_STARTUP_ID")}) {
@@ -99,20 +99,20 @@ bool ApplicationService::activateOther() {
 }
 
 bool ApplicationService::otherAnswers() const {
-    constexpr int patience = 10'000;  // milliseconds; it may be just starting
+    constexpr int patience = 10'000;  // milliseconds; a program that is starting takes a while
     const auto call = QDBusMessage::createMethodCall(serviceName, QLatin1String(path), interfaceName,
                                                      QStringLiteral("ActivateAction"))
                       << QString() << QVariantList() << QVariantMap();
-    // There is no such action, which only one that knows actions can say.
+    // The empty action does not exist. InvalidArgs proves that the owner implements the actions.
     return bus_.call(call, QDBus::Block, patience).errorName() ==
            QDBusError::errorString(QDBusError::InvalidArgs);
 }
 
 DbusObject::Interface ApplicationService::interface() {
-    // There are no files to open.
+    // Open does the same as Activate, because there are no files to open.
     const auto activate = [this](const QDBusMessage& call) {
         const auto platformData = qdbus_cast<QVariantMap>(call.arguments().constLast());
-        // Launchers built with GLib before 2.76 pass the token by the older name alone.
+        // Launchers built with GLib before 2.76 pass the token only under its older name.
         const QVariant token = platformData.value(QStringLiteral("activation-token"),
                                                   platformData.value(QStringLiteral("desktop-startup-id")));
         activated_(token.toString());
@@ -132,9 +132,9 @@ QDBusMessage ApplicationService::activateAction(const QDBusMessage& call) {
     const auto found = actions_.find(call.arguments().at(0).toString());
     if (found == actions_.end() || !qdbus_cast<QVariantList>(call.arguments().at(1)).isEmpty()) {
         return call.createErrorReply(QDBusError::InvalidArgs,
-                                     QStringLiteral("There is no such action with such a parameter"));
+                                     QStringLiteral("No action has this name and this parameter"));
     }
-    // None of ours shows a window, so that the token is for nothing.
+    // The activation token is ignored, because no action shows a window.
     found->second(startedByBus_ && object_.calls() == 1);
     return call.createReply();
 }

@@ -12,28 +12,28 @@
 
 namespace sordin {
 
-/// The program in the user's session: it has a name on the session's bus, so that there is one at a time, and
-/// is asked to the front there (org.freedesktop.Application). Lives on the main thread.
+/// The program's name on the session bus, which keeps a second instance from starting, and the interface
+/// org.freedesktop.Application, through which launchers activate the program. Main thread only.
 class ApplicationService {
 public:
-    /// Also that of the desktop entry, the icon and all else that the desktop knows it by.
+    /// The application identifier; also the name of the desktop entry and the icon.
     static constexpr auto id = "org.sordin.Sordin";
-    /// Where the object is on the bus.
+    /// The path of the D-Bus object.
     static constexpr auto path = "/org/sordin/Sordin";
 
     enum class Name {
-        ours,
-        taken,  ///< the program runs already
-        none    ///< there is no bus
+        ours,   ///< this process owns the name
+        taken,  ///< another process owns the name
+        none    ///< there is no session bus
     };
 
-    /// Of the desktop entry. `starts` says that the program was started for it.
+    /// An action of the desktop entry. `starts` is true if the bus started the program for this action.
     using Action = std::function<void(bool starts)>;
 
-    /// Takes the name. `activated` is called on the main thread, with the token (or none) by which the
-    /// desktop lets a window of ours come to the front. `startedByBus` if it was the bus that started the
-    /// program, for a call that is still to come. Where the bus goes and another begins at its address, the
-    /// name and the object are there again some seconds later.
+    /// Requests the bus name. `activated` is called on the main thread with the desktop's activation token,
+    /// which lets a window of this program come to the front; it may be empty. Set `startedByBus` if the bus
+    /// started the program to deliver a call. If the bus is replaced by a new one at the same address, the
+    /// name and the object are registered again a few seconds later.
     ApplicationService(QDBusConnection bus, std::function<void(const QString& token)> activated,
                        bool startedByBus = false);
     ~ApplicationService();
@@ -42,16 +42,16 @@ public:
 
     [[nodiscard]] Name name() const { return name_; }
 
-    /// For the interfaces of the program's own.
+    /// The object to which the program adds its interfaces.
     [[nodiscard]] DbusObject& object() { return object_; }
 
-    /// Those that the desktop may ask for, by their names in the desktop entry. None may be empty.
+    /// Sets the actions by their names in the desktop entry. No action may be empty.
     void setActions(std::map<QString, Action> actions) { actions_ = std::move(actions); }
 
-    /// Asks the one that has the name to the front, with the token that this process was started with. False
-    /// if it does not answer, for which it has ten seconds.
+    /// Activates the process that owns the name, with this process's activation token. Returns false if that
+    /// does not reply within ten seconds.
     [[nodiscard]] bool activateOther();
-    /// Whether the one that has the name is this program, in another process; it has ten seconds too.
+    /// Returns whether the owner of the name is this program in another process. Waits up to ten seconds.
     [[nodiscard]] bool otherAnswers() const;
 
 private:
@@ -66,8 +66,8 @@ private:
     const bool startedByBus_;
     std::map<QString, Action> actions_;
     Name name_ = Name::none;
-    int connections_ = 0;  // after the first
-    QTimer reconnection_;  // looks whether the bus has been started anew
+    int connections_ = 0;  // the number of reconnections
+    QTimer reconnection_;  // polls for a new bus
 };
 
 }  // namespace sordin

@@ -10,7 +10,7 @@ namespace {
 
 const QString confidenceProperty = QStringLiteral("Confidence");
 
-/// The interface alone, with its comments, out of what is installed.
+/// Returns the interface element of the installed description, with its comments.
 QString interfaceDescription() {
     QFile file(QStringLiteral(":/dbus/org.sordin.Sordin1.xml"));
     if (!file.open(QIODevice::ReadOnly)) {
@@ -51,7 +51,7 @@ ControlInterface::ControlInterface(ApplicationService& service, Program program,
     service_.setActions(
         {{QStringLiteral("RestoreVolume"), [this](bool /*starts*/) { program_.restoreVolume(); }},
          {QStringLiteral("ToggleEnabled"), [this](bool starts) {
-              // Who starts the program by it does not want it switched off.
+              // A user who starts the program with this action does not want to disable it.
               setEnabled(starts || !enabled());
           }}});
 }
@@ -93,7 +93,7 @@ QVariantMap ControlInterface::properties() const {
 }
 
 void ControlInterface::stateChanged() {
-    // Later, since several things may be about to change. The first telling has all of it.
+    // Queued, so that several changes at once lead to one signal.
     QMetaObject::invokeMethod(
         this, [this] { tell(); }, Qt::QueuedConnection);
 }

@@ -14,15 +14,15 @@
 
 namespace sordin {
 
-/// What scripts, keys and the entries of the desktop's menu reach of the program: org.sordin.Sordin1, which
-/// data/dbus describes. Tells what the program is doing now, and nothing of what it heard. Lives on the main
-/// thread.
+/// The D-Bus interface org.sordin.Sordin1 for scripts, shortcuts and the actions of the desktop entry;
+/// data/dbus describes it. It publishes the program's state and nothing of the captured audio. Main thread
+/// only.
 class ControlInterface : public QObject {
 public:
-    /// Its name on the bus.
+    /// The name of the D-Bus interface.
     static constexpr auto name = "org.sordin.Sordin1";
 
-    /// See the description.
+    /// The values of the properties; data/dbus describes them.
     struct State {
         QString status;
         QString statusText;
@@ -35,25 +35,26 @@ public:
         QString call;
         QStringList ignoredApplications;
     };
-    /// None may be empty.
+    /// No function may be empty.
     struct Program {
-        std::function<State()> state;  ///< as it is now
+        std::function<State()> state;  ///< returns the current state
         std::function<void(bool)> setEnabled;
         std::function<void()> restoreVolume;
         std::function<void(bool)> setTunedDetection;
         std::function<void(const QStringList&)> setIgnoredApplications;
     };
 
-    /// Is there for its life; `service` must outlive it. Of the desktop's actions it takes those that it can
-    /// do. The program is switched once in `switchInterval` at most; of what is asked for sooner the last
-    /// word holds, and Enabled says it at once.
+    /// Adds the interface to `service`, which must outlive this object, and removes it in the destructor.
+    /// Also sets the actions of the desktop entry. The program is enabled or disabled at most once in
+    /// `switchInterval`; of several requests in that time, the last one counts. The property Enabled shows a
+    /// request at once.
     ControlInterface(ApplicationService& service, Program program,
                      std::chrono::milliseconds switchInterval = std::chrono::milliseconds(200));
     ~ControlInterface() override;
     Q_DISABLE_COPY_MOVE(ControlInterface)
 
-    /// To be called when the program's state may be another. Those who listen are told once for everything
-    /// that changes at a time, and not of the confidence alone.
+    /// Call this after the program's state may have changed. Clients get one signal for all changes since,
+    /// but none if only the confidence changed.
     void stateChanged();
 
 private:
@@ -65,8 +66,8 @@ private:
 
     ApplicationService& service_;
     const Program program_;
-    std::optional<bool> wanted_;  // what the program has yet to be switched to
-    QTimer pause_;                // until it may be switched again
+    std::optional<bool> wanted_;  // the state to apply when pause_ ends
+    QTimer pause_;                // runs until the next switch is allowed
     QVariantMap told_;
 };
 

@@ -23,14 +23,14 @@ QVariantMap only(const QVariantMap& properties, const QStringList& names) {
     return wanted;
 }
 
-/// Complete, so that a change of any can be told by giving them anew.
+/// Contains all properties, so that sending them again covers every change.
 QVariantMap propertiesOf(const StatusMenuEntry& entry) {
     using Kind = StatusMenuEntry::Kind;
     if (entry.kind == Kind::separator) {
         return {{QStringLiteral("type"), QStringLiteral("separator")}};
     }
     QString label = entry.text;
-    label.replace(QLatin1Char('_'), QStringLiteral("__"));  // one alone marks the key
+    label.replace(QLatin1Char('_'), QStringLiteral("__"));  // a single underscore marks the access key
     QVariantMap properties{{QStringLiteral("label"), label}, {QStringLiteral("enabled"), entry.enabled}};
     if (entry.kind == Kind::toggle) {
         properties.insert(QStringLiteral("toggle-type"), QStringLiteral("checkmark"));
@@ -77,7 +77,7 @@ void DbusMenu::setEntries(std::vector<StatusMenuEntry> entries) {
 }
 
 const StatusMenuEntry* DbusMenu::entry(int id) const {
-    const auto index = static_cast<std::size_t>(id) - 1;  // 0 and less become huge
+    const auto index = static_cast<std::size_t>(id) - 1;  // ids of 0 and below wrap to huge indices
     return id > root && index < entries_.size() ? &entries_[index] : nullptr;
 }
 
@@ -111,13 +111,13 @@ QList<MenuProperties> DbusMenu::GetGroupProperties(const QList<int>& ids, const 
 
 QDBusVariant DbusMenu::GetProperty(int id, const QString& name) {
     const QVariantMap properties = id == root ? rootProperties() : layoutOf(id, {}).properties;
-    return QDBusVariant(properties.value(name, QString()));  // an empty variant cannot be sent
+    return QDBusVariant(properties.value(name, QString()));  // D-Bus cannot carry an empty variant
 }
 
 void DbusMenu::Event(int id, const QString& type, const QDBusVariant& /*data*/, unsigned /*timestamp*/) {
     const StatusMenuEntry* const found = entry(id);
     if (type == QLatin1String("clicked") && found != nullptr && found->enabled && found->triggered) {
-        const auto triggered = found->triggered;  // which may replace the entries
+        const auto triggered = found->triggered;  // a copy, because the call may replace the entries
         triggered(takeToken_());
     }
 }
@@ -135,7 +135,7 @@ QList<int> DbusMenu::EventGroup(const QList<MenuEvent>& events) {
 }
 
 bool DbusMenu::AboutToShow(int /*id*/) {
-    return false;  // it is always up to date
+    return false;  // the menu is always up to date
 }
 
 QList<int> DbusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& unknownIds) {

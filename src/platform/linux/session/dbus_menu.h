@@ -11,9 +11,8 @@
 
 namespace sordin {
 
-/// A menu that the desktop draws: com.canonical.dbusmenu, version 3. It has one level; entry `i` of it has
-/// the id i + 1, and 0 stands for all of them. Ids of no entry are answered as the desktop may expect: with
-/// nothing.
+/// A menu that the desktop draws: com.canonical.dbusmenu, version 3. It has one level; entry `i` has the id i
+/// + 1, and id 0 is the menu itself. Unknown ids get an empty reply, as desktops expect.
 class DbusMenu : public QObject {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -23,11 +22,11 @@ class DbusMenu : public QObject {
     Q_PROPERTY(QStringList IconThemePath READ iconThemePath CONSTANT)
 
 public:
-    /// Where it is on the bus.
+    /// The path of the D-Bus object.
     static constexpr auto path = "/MenuBar";
 
-    /// Puts itself on the bus, for its life. `takeToken` returns the token (or none) that the desktop gave
-    /// for the entry that is chosen.
+    /// Registers the object until it is destroyed. `takeToken` returns the activation token of the desktop
+    /// for the chosen entry; it may be empty.
     DbusMenu(QDBusConnection bus, std::function<QString()> takeToken);
     ~DbusMenu() override;
     Q_DISABLE_COPY_MOVE(DbusMenu)
@@ -47,7 +46,7 @@ public Q_SLOTS:
     QList<sordin::MenuProperties> GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames);
     QDBusVariant GetProperty(int id, const QString& name);
     void Event(int id, const QString& type, const QDBusVariant& data, unsigned timestamp);
-    /// Returns the ids that it does not know.
+    /// Returns the unknown ids.
     QList<int> EventGroup(const QList<sordin::MenuEvent>& events);
     bool AboutToShow(int id);
     QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& unknownIds);
@@ -59,7 +58,7 @@ Q_SIGNALS:
     // NOLINTEND(readability-identifier-naming,readability-redundant-access-specifiers)
 
 private:
-    /// Null if no entry has the id.
+    /// Returns null if no entry has the id.
     [[nodiscard]] const StatusMenuEntry* entry(int id) const;
     [[nodiscard]] MenuLayout layoutOf(int id, const QStringList& names) const;
 

@@ -13,8 +13,8 @@ const QString propertiesInterface = QStringLiteral("org.freedesktop.DBus.Propert
 
 const QString introspectableInterface = QStringLiteral("org.freedesktop.DBus.Introspectable");
 
-/// Questions without a pause. Those who ask more may not read the answers, which wait in memory then;
-/// descriptions, the longest of them, are refused.
+/// The number of calls without a pause after which introspection is refused. A client that calls this often
+/// may not read the replies, which then accumulate in memory; introspection replies are the longest.
 constexpr int longestBurst = 1000;
 
 QDBusMessage refusal(const QDBusMessage& call, QDBusError::ErrorType error, const QString& reason) {
@@ -27,15 +27,15 @@ QDBusMessage wrongArguments(const QDBusMessage& call, const QString& right) {
 }
 
 QDBusMessage unknownMethod(const QDBusMessage& call) {
-    return refusal(call, QDBusError::UnknownMethod, QStringLiteral("There is no %1").arg(call.member()));
+    return refusal(call, QDBusError::UnknownMethod, QStringLiteral("Unknown method %1").arg(call.member()));
 }
 
 QDBusMessage unknownProperty(const QDBusMessage& call) {
-    return refusal(call, QDBusError::UnknownProperty, QStringLiteral("There is no such property"));
+    return refusal(call, QDBusError::UnknownProperty, QStringLiteral("Unknown property"));
 }
 
 QDBusMessage unknownInterface(const QDBusMessage& call) {
-    return refusal(call, QDBusError::UnknownInterface, QStringLiteral("There is no such interface"));
+    return refusal(call, QDBusError::UnknownInterface, QStringLiteral("Unknown interface"));
 }
 
 QString text(const QDBusMessage& call, qsizetype index) {
@@ -87,10 +87,10 @@ QString DbusObject::introspect(const QString& /*path*/) const {
 bool DbusObject::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
     ++calls_;
     asked();
-    const auto reply = burst_ > longestBurst && message.interface() == introspectableInterface
-                           ? message.createErrorReply(QDBusError::LimitsExceeded,
-                                                      QStringLiteral("This has been asked too often"))
-                           : answer(message);
+    const auto reply =
+        burst_ > longestBurst && message.interface() == introspectableInterface
+            ? message.createErrorReply(QDBusError::LimitsExceeded, QStringLiteral("Too many calls"))
+            : answer(message);
     if (reply && message.isReplyRequired()) {
         connection.send(*reply);
     }
@@ -167,12 +167,11 @@ QDBusMessage DbusObject::set(const QDBusMessage& call) const {
         }
         const auto writer = interface->writers.find(name);
         if (writer == interface->writers.end()) {
-            return refusal(call, QDBusError::PropertyReadOnly,
-                           QStringLiteral("%1 can only be read").arg(name));
+            return refusal(call, QDBusError::PropertyReadOnly, QStringLiteral("%1 is read-only").arg(name));
         }
         if (value.metaType() != properties.value(name).metaType()) {
             return refusal(call, QDBusError::InvalidArgs,
-                           QStringLiteral("%1 is of another type than this value").arg(name));
+                           QStringLiteral("The value has the wrong type for %1").arg(name));
         }
         writer->second(value);
         return call.createReply();

@@ -15,64 +15,65 @@
 
 namespace sordin {
 
-/// An object on the bus, put together from interfaces. Unlike what Qt exports by itself it takes arguments
-/// and values of exactly the types that it names, instead of making something of others, and tells of
-/// properties that change. Everything is called on its thread.
+/// A D-Bus object composed of interfaces. Unlike Qt's own export, it accepts only arguments and values of the
+/// declared types instead of converting others, and it emits PropertiesChanged. Everything runs on the
+/// object's thread.
 class DbusObject final : public QDBusVirtualObject {
 public:
     struct Method {
-        QString arguments;  ///< the signature of what it takes; calls with another are refused
-        /// Returns the reply or the error.
+        QString arguments;  ///< the signature of the arguments; calls with another one are refused
+        /// Returns the reply or an error.
         std::function<QDBusMessage(const QDBusMessage& call)> answer;
     };
     struct Interface {
-        QString description;  ///< its element in the introspection
+        QString description;  ///< its XML element for introspection
         std::map<QString, Method> methods;
-        /// All of them, as they are now, always of the same types; empty if it has none.
+        /// Returns the current values of all properties, always with the same types. Empty if there are no
+        /// properties.
         std::function<QVariantMap()> properties;
-        /// For those that can be written; the value has the type of the property.
+        /// Setters of the writable properties; the value has the property's type.
         std::map<QString, std::function<void(const QVariant& value)>> writers;
     };
 
-    /// Puts itself on the bus, for its life.
+    /// Registers the object until it is destroyed.
     DbusObject(QDBusConnection bus, QString path);
     ~DbusObject() override;
     Q_DISABLE_COPY_MOVE(DbusObject)
 
-    /// Goes to another bus; it is on this one no more.
+    /// Moves the object from its current bus to another one.
     void moveTo(QDBusConnection bus);
 
-    /// Calls of an interface that is not here are refused.
+    /// Calls of interfaces that are not added are refused.
     void add(const QString& name, Interface interface) { interfaces_[name] = std::move(interface); }
     void remove(const QString& name) { interfaces_.erase(name); }
 
-    /// Tells everybody who listens that these properties are others now.
+    /// Emits PropertiesChanged with these values.
     void tellChanged(const QString& interface, const QVariantMap& properties);
 
-    /// How often it has been called, the call that is being answered included.
+    /// The number of calls so far, including the one in progress.
     [[nodiscard]] std::uint64_t calls() const { return calls_; }
 
     [[nodiscard]] QString introspect(const QString& path) const override;
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
 
 private:
-    /// None if it is for Qt, which describes the object and knows what else is wrong.
+    /// Returns none if Qt is to handle the call: introspection and all remaining errors.
     [[nodiscard]] std::optional<QDBusMessage> answer(const QDBusMessage& call) const;
     [[nodiscard]] QDBusMessage answerOfProperties(const QDBusMessage& call) const;
     [[nodiscard]] QDBusMessage get(const QDBusMessage& call) const;
     [[nodiscard]] QDBusMessage getAll(const QDBusMessage& call) const;
     [[nodiscard]] QDBusMessage set(const QDBusMessage& call) const;
-    /// Those that a call means; the empty name means any.
+    /// Returns the interfaces that a call addresses; an empty name addresses all.
     [[nodiscard]] std::vector<const Interface*> named(const QString& name) const;
 
-    /// Something was asked: hands memory back to the system once nobody asks any more.
+    /// Counts a call. After a burst, memory is returned to the system as soon as the calls pause.
     void asked();
 
     QDBusConnection bus_;
     const QString path_;
     std::map<QString, Interface> interfaces_;
     std::uint64_t calls_ = 0;
-    int burst_ = 0;  // questions since there was a pause
+    int burst_ = 0;  // calls since the last pause
     QTimer rest_;
 };
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What goes over D-Bus as structures: of the icon and its menu, and of others' settings.
+// D-Bus structures: of the icon, of its menu, and of GNOME's settings.
 #pragma once
 
 #include <QByteArray>
@@ -13,7 +13,7 @@
 
 namespace sordin {
 
-/// (iiay): a picture of 32 bits a pixel, ARGB in network byte order.
+/// (iiay): an image with 32 bits per pixel, ARGB in network byte order.
 struct StatusPixmap {
     int width = 0;
     int height = 0;
@@ -28,7 +28,7 @@ struct StatusToolTip {
     QString text;
 };
 
-/// (ia{sv}av): an entry of the menu with those below it, each a MenuLayout in a variant.
+/// (ia{sv}av): a menu entry and its children, each a MenuLayout in a variant.
 struct MenuLayout {
     int id = 0;
     QVariantMap properties;
@@ -41,7 +41,7 @@ struct MenuProperties {
     QVariantMap properties;
 };
 
-/// (ias): properties that are as if never set.
+/// (ias): properties that are reset to their defaults.
 struct MenuDefaults {
     int id = 0;
     QStringList names;
@@ -55,7 +55,7 @@ struct MenuEvent {
     unsigned timestamp = 0;
 };
 
-/// (sav): a page of GNOME's settings, with what it is to show.
+/// (sav): a page of GNOME's settings and its arguments.
 struct SettingsPanel {
     QString name;
     QVariantList arguments;
@@ -76,7 +76,7 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, MenuEvent& value)
 QDBusArgument& operator<<(QDBusArgument& argument, const SettingsPanel& value);
 const QDBusArgument& operator>>(const QDBusArgument& argument, SettingsPanel& value);
 
-/// Makes them known to Qt's D-Bus; may be called more than once.
+/// Registers the types with QtDBus. May be called more than once.
 void registerDbusStructs();
 
 }  // namespace sordin

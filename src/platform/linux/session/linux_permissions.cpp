@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Where PipeWire is looked for.
+/// Returns the path of PipeWire's socket.
 fs::path pipeWireSocket() {
     const char* name = std::getenv("PIPEWIRE_REMOTE");
     fs::path socket = name != nullptr && *name != '\0' ? name : "pipewire-0";
@@ -29,7 +29,7 @@ fs::path pipeWireSocket() {
     return socket;
 }
 
-/// Where PulseAudio is looked for; a sandbox says it by the first.
+/// Returns the path of PulseAudio's socket. Sandboxes set PULSE_SERVER.
 fs::path pulseSocket() {
     constexpr std::string_view local = "unix:";
     const char* server = std::getenv("PULSE_SERVER");
@@ -46,7 +46,7 @@ bool reachable(const fs::path& socket) {
 
 const QString applicationInterface = QStringLiteral("org.freedesktop.Application");
 
-/// `service` is a program's bus name, which says where its object is.
+/// `service` is the program's bus name; the object path follows from it.
 QDBusMessage applicationCall(const QString& service, const char* method) {
     return QDBusMessage::createMethodCall(service, '/' + QString(service).replace('.', '/').replace('-', '_'),
                                           applicationInterface, QLatin1String(method));
@@ -64,7 +64,7 @@ QDBusMessage action(const char* service, const char* name, const QVariant& param
     return call;
 }
 
-/// Lets the user install the decoder's models: the package that a recogniser without them lacks.
+/// Offers to install the package with the decoder's models.
 QDBusMessage installation(const QString& package) {
     auto call = QDBusMessage::createMethodCall(
         QStringLiteral("org.freedesktop.PackageKit"), QStringLiteral("/org/freedesktop/PackageKit"),
@@ -74,7 +74,7 @@ QDBusMessage installation(const QString& package) {
     return call;
 }
 
-/// What helps with it, best first.
+/// Returns calls that lead the user to the setting, best first.
 QList<QDBusMessage> helpFor(const std::string& anchor) {
     if (anchor == "Privacy_ScreenCapture") {
         registerDbusStructs();
@@ -91,9 +91,9 @@ QList<QDBusMessage> helpFor(const std::string& anchor) {
     return {};
 }
 
-/// The names of the bus that are there or that it can start.
+/// Returns the names that exist on the bus or that the bus can start.
 QStringList reachableNames(const QDBusConnection& bus) {
-    constexpr int patience = 1000;  // milliseconds; the bus itself answers
+    constexpr int patience = 1000;  // milliseconds; the bus itself replies
     QStringList names;
     for (const char* method : {"ListNames", "ListActivatableNames"}) {
         const auto question = QDBusMessage::createMethodCall(
@@ -112,7 +112,7 @@ LinuxPermissions::LinuxPermissions(QDBusConnection bus, fs::path sandboxMark)
 
 bool LinuxPermissions::screenCapturePreflight() const {
     std::error_code ignored;
-    // Outside a sandbox a server that is away is not a permission that is missing.
+    // Outside a sandbox, an unreachable server does not mean a missing permission.
     return !fs::exists(sandboxMark_, ignored) || reachable(pipeWireSocket()) || reachable(pulseSocket());
 }
 

@@ -8,18 +8,17 @@
 
 namespace sordin {
 
-/// Linux asks nobody whether a program may hear the computer: it may, unless it lives in a sandbox that no
-/// audio server's socket was let into. So there is no question to ask; what helps is the desktop's own
-/// program that changes sandboxes or installs what is missing.
+/// Linux has no prompt for capturing audio: a program may do so unless it runs in a sandbox without access to
+/// the socket of an audio server. openSettings() therefore opens the desktop's program for sandbox
+/// permissions or for installing packages.
 class LinuxPermissions final : public Permissions {
 public:
-    /// `bus` is that of the session. `sandboxMark` is a file that only sandboxes have.
+    /// `bus` is the session bus. `sandboxMark` is a file that exists only in sandboxes.
     explicit LinuxPermissions(QDBusConnection bus, std::filesystem::path sandboxMark = "/.flatpak-info");
 
     [[nodiscard]] bool screenCapturePreflight() const override;
     void requestScreenCapture() override {}
-    /// Asks the first of the programs that are there to show itself; the bus starts it. False if there is
-    /// none.
+    /// Opens the first available program; the bus starts it. Returns false if there is none.
     bool openSettings(const std::string& anchor) override;
 
 private:

@@ -9,12 +9,12 @@ namespace sordin {
 
 namespace {
 
-constexpr int patience = 10'000;  // milliseconds; it may be just starting
+constexpr int patience = 10'000;  // milliseconds; a program that is starting takes a while
 
-/// The answer, or what went wrong.
+/// Returns the reply or an error message.
 std::variant<QDBusMessage, QString> answerTo(const QDBusMessage& call, const QDBusConnection& bus) {
     if (!bus.isConnected()) {
-        return QStringLiteral("cannot be reached: there is no session bus");
+        return QStringLiteral("is not reachable: there is no session bus");
     }
     const QDBusMessage answer = bus.call(call, QDBus::Block, patience);
     if (answer.type() == QDBusMessage::ReplyMessage) {
@@ -24,7 +24,7 @@ std::variant<QDBusMessage, QString> answerTo(const QDBusMessage& call, const QDB
     return error == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner") ||
                    error == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown")
                ? QStringLiteral("is not running")
-               : QStringLiteral("does not answer: %1").arg(answer.errorMessage());
+               : QStringLiteral("does not respond: %1").arg(answer.errorMessage());
 }
 
 QDBusMessage question(const char* interface, const QString& method) {

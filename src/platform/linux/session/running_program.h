@@ -10,15 +10,15 @@
 
 namespace sordin {
 
-/// Calls a method of org.sordin.Sordin1 that takes nothing, of the program that is running in the user's
-/// session; starts none. Waits for the answer, ten seconds at most. Returns what went wrong, as something
-/// that can be said of the program ("is not running"); none if it was done.
+/// Calls a method of org.sordin.Sordin1 without arguments in the program that runs in the user's session,
+/// without starting it. Waits for the reply, at most ten seconds. Returns an error message that continues a
+/// sentence about the program ("is not running"), or none on success.
 [[nodiscard]] std::optional<QString> callRunningProgram(const QDBusConnection& bus, const QString& method);
 
-/// The properties of org.sordin.Sordin1 of that program, or what went wrong; waits as callRunningProgram().
+/// Returns the properties of org.sordin.Sordin1 or an error message. Waits like callRunningProgram().
 [[nodiscard]] std::variant<QVariantMap, QString> propertiesOfRunningProgram(const QDBusConnection& bus);
 
-/// The call that asks for these.
+/// Returns the call that requests these properties.
 [[nodiscard]] QDBusMessage statusQuestion();
 
 }  // namespace sordin

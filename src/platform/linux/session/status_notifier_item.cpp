@@ -16,7 +16,7 @@ Q_LOGGING_CATEGORY(itemLog, "sordin.icon", QtWarningMsg)
 const QString watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString watcherPath = QStringLiteral("/StatusNotifierWatcher");
 
-/// The icon that shows what a symbol means, by its name in the icon theme.
+/// Returns the name in the icon theme for a symbol.
 QString iconFor(const QString& symbol) {
     if (symbol == QLatin1String("speaker.slash.fill")) {
         return QStringLiteral("org.sordin.Sordin-muting-symbolic");
@@ -25,7 +25,7 @@ QString iconFor(const QString& symbol) {
                                                   : QStringLiteral("org.sordin.Sordin-listening-symbolic");
 }
 
-/// Calls the watcher; `answered` gets what it says, unless `object` is gone by then.
+/// Calls the watcher. `answered` gets the reply, unless `object` is destroyed first.
 template <class Answered>
 void ask(const QDBusConnection& bus, const QDBusMessage& question, QObject* object, Answered answered) {
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the object owns it until it is done
@@ -53,7 +53,7 @@ StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, QString iconThemePat
     for (const char* signal : {"StatusNotifierHostRegistered", "StatusNotifierHostUnregistered"}) {
         listen(watcherService, watcherPath, watcherService, signal, SLOT(askForHost()));
     }
-    qRegisterMetaType<QDBusVariant>("QDBusVariant");  // by which connect() looks for it
+    qRegisterMetaType<QDBusVariant>("QDBusVariant");  // connect() looks up the type by this name
     listen(QStringLiteral("org.freedesktop.portal.Desktop"),
            QStringLiteral("/org/freedesktop/portal/desktop"),
            QStringLiteral("org.freedesktop.portal.Settings"), "SettingChanged",
@@ -64,12 +64,12 @@ StatusNotifierItem::StatusNotifierItem(QDBusConnection bus, QString iconThemePat
 void StatusNotifierItem::listen(const QString& service, const QString& object, const QString& interface,
                                 const char* signal, const char* slot) {
     if (bus_.isConnected() && !bus_.connect(service, object, interface, QLatin1String(signal), this, slot)) {
-        qCWarning(itemLog, "%s of the desktop is not heard: %s", signal,
+        qCWarning(itemLog, "cannot subscribe to the desktop's signal %s: %s", signal,
                   qPrintable(bus_.lastError().message()));
     }
 }
 
-/// Plasma keeps an icon in the colours of the scheme in which it was drawn.
+/// Plasma keeps the colors of the scheme in which it first drew the icon.
 void StatusNotifierItem::settingChanged(const QString& group, const QString& key,
                                         const QDBusVariant& /*value*/) {
     if (group == QLatin1String("org.freedesktop.appearance") && key == QLatin1String("color-scheme")) {
@@ -84,7 +84,7 @@ StatusNotifierItem::~StatusNotifierItem() {
 void StatusNotifierItem::registerWithWatcher() {
     auto question = QDBusMessage::createMethodCall(watcherService, watcherPath, watcherService,
                                                    QStringLiteral("RegisterStatusNotifierItem"));
-    // By the connection itself: names of that sort are not to be had in a sandbox.
+    // Registers the connection's unique name, because sandboxes cannot own well-known names of this kind.
     question << bus_.baseService();
     ask(bus_, question, this, [this](const QDBusMessage& answer) {
         registered_ = answer.type() == QDBusMessage::ReplyMessage;
@@ -125,7 +125,7 @@ void StatusNotifierItem::setText(const QString& text) {
     if (text != text_) {
         text_ = text;
         Q_EMIT NewToolTip();
-        // The interface has no signal for it.
+        // The interface has no signal for IconAccessibleDesc.
         auto changed =
             QDBusMessage::createSignal(QLatin1String(path), QStringLiteral("org.freedesktop.DBus.Properties"),
                                        QStringLiteral("PropertiesChanged"));
@@ -156,7 +156,7 @@ void StatusNotifierItem::XAyatanaSecondaryActivate(unsigned /*timestamp*/) {
 }
 
 void StatusNotifierItem::ContextMenu(int x, int y) {
-    Activate(x, y);  // of panels that cannot draw a menu
+    Activate(x, y);  // for panels that cannot draw a menu
 }
 
 void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {}

@@ -11,8 +11,8 @@
 
 namespace sordin {
 
-/// The icon as an org.kde.StatusNotifierItem, which is what panels of Linux desktops show. It makes itself
-/// known to the desktop's watcher whenever one appears; nothing waits for an answer.
+/// The icon as an org.kde.StatusNotifierItem, the protocol of Linux desktop panels. It registers with the
+/// desktop's watcher whenever one appears. No call blocks.
 class StatusNotifierItem final : public QObject, public StatusItem {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -35,10 +35,11 @@ class StatusNotifierItem final : public QObject, public StatusItem {
     Q_PROPERTY(QDBusObjectPath Menu READ menu CONSTANT)
 
 public:
-    /// Where it is on the bus.
+    /// The path of the D-Bus object.
     static constexpr auto path = "/StatusNotifierItem";
 
-    /// `iconThemePath` is a folder with the icons where they are not among the system's; may be empty.
+    /// `iconThemePath` is a folder with the icons, for icons that are not installed with the system's; may be
+    /// empty.
     StatusNotifierItem(QDBusConnection bus, QString iconThemePath);
     ~StatusNotifierItem() override;
     Q_DISABLE_COPY_MOVE(StatusNotifierItem)
@@ -55,13 +56,13 @@ public:
     [[nodiscard]] QString status() const { return QStringLiteral("Active"); }
     [[nodiscard]] int windowId() const { return 0; }
     [[nodiscard]] QString iconName() const { return icon_; }
-    /// What screen readers read.
+    /// The text for screen readers.
     [[nodiscard]] QString iconDescription() const { return title() + QStringLiteral(": ") + text_; }
     [[nodiscard]] QString iconThemePath() const { return iconThemePath_; }
     [[nodiscard]] QList<StatusPixmap> pixmaps() const { return {}; }
     [[nodiscard]] QString none() const { return {}; }
     [[nodiscard]] StatusToolTip toolTip() const { return {icon_, {}, title(), text_}; }
-    /// A click is for the panel; panels that open the menu instead find all of it there.
+    /// False, so that a click opens the panel. Desktops that open the menu anyway find all functions there.
     [[nodiscard]] bool itemIsMenu() const { return false; }
     [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(QLatin1String(DbusMenu::path)); }
 
@@ -70,11 +71,11 @@ public:
 public Q_SLOTS:
     void Activate(int x, int y);
     void SecondaryActivate(int x, int y);
-    /// Of panels that know no other way to say it.
+    /// Called instead of SecondaryActivate() by some panels.
     void XAyatanaSecondaryActivate(unsigned timestamp);
     void ContextMenu(int x, int y);
     void Scroll(int delta, const QString& orientation);
-    /// For the click, here or in the menu, that follows.
+    /// The token belongs to the next click, on the icon or in the menu.
     void ProvideXdgActivationToken(const QString& token);
 
 Q_SIGNALS:
@@ -90,7 +91,7 @@ private Q_SLOTS:
     void askForHost();
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
-private:  // NOLINT(readability-redundant-access-specifiers): no slots any more
+private:  // NOLINT(readability-redundant-access-specifiers): ends the slots
     void listen(const QString& service, const QString& object, const QString& interface, const char* signal,
                 const char* slot);
     void registerWithWatcher();

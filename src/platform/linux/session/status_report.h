@@ -12,25 +12,25 @@
 
 namespace sordin {
 
-/// How the state of the running program is reported to panels and scripts.
+/// The output format of `sordin --status`, for panels and scripts.
 enum class ReportFormat {
     line,  ///< for people: "Ad detected, muted: Radio, 83 %"
-    json   ///< an object, on one line
+    json   ///< a JSON object on one line
 };
 
-/// One line, without its end, of the properties of org.sordin.Sordin1; of a program that is not running if
-/// there are none. In the object, "status", "ad", "faded", "application", "confidence" and "call" are the
-/// properties; "text", "alt", "class", "tooltip" and "percentage" are what waybar shows of a module.
+/// Formats the properties of org.sordin.Sordin1 as one line without a newline; empty properties mean that the
+/// program is not running. In the JSON object, "status", "ad", "faded", "application", "confidence" and
+/// "call" are the properties; "text", "alt", "class", "tooltip" and "percentage" are the fields that waybar
+/// displays.
 [[nodiscard]] QByteArray statusReport(const QVariantMap& properties, ReportFormat format);
 
-/// Follows the program that runs in the user's session, whether it runs or not: reports the state at once
-/// and again whenever it has changed. The confidence alone is no change. Starts no program. Lives on the main
-/// thread.
+/// Follows the state of the program in the user's session, whether it runs or not. Reports at once and after
+/// each change, except changes of the confidence alone. Never starts the program. Main thread only.
 class StatusFollower : public QObject {
     Q_OBJECT
 
 public:
-    /// `report` is called with each line, `lost` when the bus is gone, after which nothing follows.
+    /// `report` is called with each line. `lost` is called when the bus goes away; nothing follows.
     StatusFollower(QDBusConnection bus, ReportFormat format, std::function<void(const QByteArray&)> report,
                    std::function<void()> lost);
 
@@ -44,9 +44,9 @@ private:
     const ReportFormat format_;
     const std::function<void(const QByteArray&)> report_;
     const std::function<void()> lost_;
-    quint64 questions_ = 0;  // of which only the last one's answer counts
+    quint64 questions_ = 0;  // only the reply to the latest one counts
     bool reported_ = false;
-    QVariantMap last_;  // as reported, without the confidence
+    QVariantMap last_;  // the last reported state, without the confidence
 };
 
 }  // namespace sordin

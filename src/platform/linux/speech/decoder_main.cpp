@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// sordin-speech-decoder: the speech decoder's process. Started by the program alone, which talks to it over
-// what is its standard input.
+// sordin-speech-decoder: the process of the speech decoder. Only the program starts it and communicates with
+// it through standard input, which is a socket.
 #include "classifier/speech_mask_file.h"
 #include "platform/linux/speech/decoder_messages.h"
 #include "platform/linux/speech/pocketsphinx_decoder.h"
@@ -23,7 +23,7 @@ namespace {
 using namespace sordin;
 
 constexpr int socketToProgram = STDIN_FILENO;
-constexpr int niceness = 5;  // what plays goes first
+constexpr int niceness = 5;  // playback has precedence
 
 void serve(SpeechDecoder& decoder) {
     std::vector<std::int16_t> samples;
@@ -51,7 +51,7 @@ void serve(SpeechDecoder& decoder) {
     }
 }
 
-/// A mask that cannot be used leaves the decoder as it is without one.
+/// Returns the decoder without a mask if the mask cannot be used.
 std::unique_ptr<SpeechDecoder> masked(std::unique_ptr<SpeechDecoder> decoder,
                                       const std::filesystem::path& mask) {
     if (mask.empty()) {
@@ -62,7 +62,7 @@ std::unique_ptr<SpeechDecoder> masked(std::unique_ptr<SpeechDecoder> decoder,
         if (model.rate == decoder->sampleRate()) {
             return std::make_unique<MaskedSpeechDecoder>(std::move(decoder), std::move(model));
         }
-        std::cerr << mask.string() << ": it is for another sample rate\n";
+        std::cerr << mask.string() << ": the sample rate does not match the decoder\n";
     } catch (const SpeechMaskError& error) {
         std::cerr << error.what() << '\n';
     }
@@ -78,7 +78,7 @@ bool calledByProgram() {
 
 int main(int argc, char** argv) {
     if (argc != 6 || !calledByProgram()) {
-        std::cerr << "sordin-speech-decoder is a part of Sordin and is started by it\n";
+        std::cerr << "sordin-speech-decoder is an internal part of Sordin, which starts it\n";
         return 2;
     }
     try {

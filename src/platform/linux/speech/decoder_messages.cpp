@@ -14,10 +14,10 @@ namespace sordin {
 
 namespace {
 
-constexpr std::uint32_t longestMessage = 1U << 24;  // a buffer of minutes; what is longer is no message
+constexpr std::uint32_t longestMessage = 1U << 24;  // minutes of audio; longer messages are invalid
 constexpr std::size_t headerLength = 1 + sizeof(std::uint32_t);
 
-/// Whether the content arrived whole.
+/// Returns whether all of the content arrived.
 bool receiveWhole(int socket, char* data, std::size_t length) {
     while (length > 0) {
         const ssize_t got = recv(socket, data, length, 0);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What the program and its decoder process say to each other over a stream socket: messages of a kind, the
-// length of what follows in bytes, and that. The process first says `ready`.
+// The protocol between the program and its decoder process over a stream socket. A message consists of its
+// kind, the length of its content in bytes, and the content. The process sends `ready` first.
 #pragma once
 
 #include "platform/speech_decoder.h"
@@ -14,13 +14,13 @@
 namespace sordin {
 
 enum class DecoderMessage : std::uint8_t {
-    ready = 'r',    ///< from the process: loaded
-    failed = 'f',   ///< from the process, before it ends: why
-    begin = 'b',    ///< a new text
-    samples = 's',  ///< 16-bit integers in the machine's order
-    end = 'e',      ///< the text ends
-    ask = 'a',      ///< the words are wanted
-    words = 'w',    ///< from the process: the answer
+    ready = 'r',    ///< from the process: the model is loaded
+    failed = 'f',   ///< from the process, before it ends: the error message
+    begin = 'b',    ///< begins an utterance
+    samples = 's',  ///< 16-bit integers in native byte order
+    end = 'e',      ///< ends the utterance
+    ask = 'a',      ///< requests the words
+    words = 'w',    ///< from the process: the reply to `ask`
 };
 
 struct ReceivedMessage {
@@ -28,14 +28,14 @@ struct ReceivedMessage {
     std::string content;
 };
 
-/// Writes a message whole; false if the other side is gone or takes nothing for longer than the socket waits.
+/// Sends a whole message. Returns false if the peer is gone or does not receive within the socket's timeout.
 [[nodiscard]] bool sendMessage(int socket, DecoderMessage kind, std::string_view content = {});
 
-/// Waits for a message; none if the other side is gone, says nothing for longer than the socket waits, or
-/// says what cannot be a message.
+/// Waits for a message. Returns none if the peer is gone, sends nothing within the socket's timeout, or sends
+/// an invalid message.
 [[nodiscard]] std::optional<ReceivedMessage> receiveMessage(int socket);
 
-/// Words as what a message contains, and back; none if that was not made of words.
+/// Encode words as message content and decode them; wordsIn() returns none if the content is invalid.
 [[nodiscard]] std::string toContent(const std::vector<HeardWord>& words);
 [[nodiscard]] std::optional<std::vector<HeardWord>> wordsIn(const std::string& content);
 

@@ -27,17 +27,17 @@ void waitAtMost(std::chrono::seconds patience, int socket) {
     setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &time, sizeof time);
 }
 
-/// What a process has said of its failure; it may be too broken to say anything that can be shown.
+/// Returns the error that a process reported. A broken process may send text that cannot be displayed.
 SpeechDecoderError failure(const ReceivedMessage& message) {
     constexpr std::size_t longest = 200;
     const std::string& why = message.content;
     const bool legible = message.kind == DecoderMessage::failed && !why.empty() && why.size() <= longest &&
                          std::all_of(why.begin(), why.end(), [](char c) { return c >= ' ' && c <= '~'; });
     return legible ? SpeechDecoderError(why)
-                   : SpeechDecoderError("the speech decoder does not say what it should");
+                   : SpeechDecoderError("the speech decoder sent an invalid message");
 }
 
-/// Starts a program whose standard input is `socket`; its number, or none.
+/// Starts a program whose standard input is `socket`. Returns its process identifier, or -1.
 pid_t spawned(std::vector<std::string> command, int socket) {
     std::vector<char*> arguments;
     arguments.reserve(command.size() + 1);
@@ -48,7 +48,7 @@ pid_t spawned(std::vector<std::string> command, int socket) {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, socket, STDIN_FILENO);
-    // Signals that this program holds back are none of the helper's business.
+    // The helper must not inherit this program's signal mask.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     sigset_t none;
@@ -88,13 +88,13 @@ DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const Speech
     : interruption_(std::move(interruption)) {
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-        throw SpeechDecoderError("no socket for the speech decoder");
+        throw SpeechDecoderError("cannot create a socket for the speech decoder");
     }
     socket_ = FileDescriptor(ends[0]);
     FileDescriptor theirs(ends[1]);
     if (!interruption_->watch(socket_.get())) {
         close();
-        throw SpeechDecoderError("the speech decoder is not wanted any more");
+        throw SpeechDecoderError("the speech decoder was interrupted");
     }
     waitAtMost(patience.loading, socket_.get());
     pid_ = spawned({helper.string(), files.acousticModel.string(), files.generalLanguage.string(),
@@ -104,7 +104,7 @@ DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const Speech
     const auto answer = pid_ < 0 ? std::nullopt : receiveMessage(socket_.get());
     if (!answer || answer->kind != DecoderMessage::ready) {
         close();
-        throw answer ? failure(*answer) : SpeechDecoderError("the speech decoder does not start");
+        throw answer ? failure(*answer) : SpeechDecoderError("the speech decoder failed to start");
     }
     waitAtMost(patience.answers, socket_.get());
 }
@@ -125,19 +125,19 @@ void DecoderProcess::close() {
 
 void DecoderProcess::begin() {
     if (!sendMessage(socket_.get(), DecoderMessage::begin)) {
-        throw SpeechDecoderError("the speech decoder has ended");
+        throw SpeechDecoderError("the speech decoder ended unexpectedly");
     }
 }
 
 void DecoderProcess::process(std::span<const std::int16_t> samples) {
     const std::string_view bytes(reinterpret_cast<const char*>(samples.data()), samples.size_bytes());
     if (!sendMessage(socket_.get(), DecoderMessage::samples, bytes)) {
-        throw SpeechDecoderError("the speech decoder has ended");
+        throw SpeechDecoderError("the speech decoder ended unexpectedly");
     }
 }
 
 void DecoderProcess::end() {
-    // If it cannot be told, words() says so.
+    // A failure shows in words().
     static_cast<void>(sendMessage(socket_.get(), DecoderMessage::end));
 }
 
@@ -153,7 +153,7 @@ std::vector<HeardWord> DecoderProcess::words() {
             throw failure(*answer);
         }
     }
-    throw SpeechDecoderError("the speech decoder has ended");
+    throw SpeechDecoderError("the speech decoder ended unexpectedly");
 }
 
 }  // namespace sordin

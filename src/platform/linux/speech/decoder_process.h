@@ -16,15 +16,16 @@
 
 namespace sordin {
 
-/// Ends what decoder processes wait for. Any thread.
+/// Aborts waiting for a decoder process. Any thread.
 class DecoderInterruption {
 public:
-    /// From now on no decoder process begins or answers.
+    /// Aborts the current wait and all later ones.
     void interrupt();
 
-    /// Has a socket shut down when it is interrupted; false if it has been. One at a time.
+    /// Registers the socket to shut down on interrupt(). Returns false if interrupted already. One socket at
+    /// a time.
     [[nodiscard]] bool watch(int socket);
-    /// The socket is about to be closed.
+    /// Removes the socket. Call it before closing the socket.
     void leave();
 
 private:
@@ -34,22 +35,22 @@ private:
     int socket_ = -1;
 };
 
-/// How long a decoder process may take before it counts as broken. A healthy one loads in a quarter of a
-/// second, from a slow disk in a few seconds, and answers in less than half of one.
+/// The time after which a silent decoder process counts as broken. A healthy process loads in a quarter of a
+/// second, or in a few seconds from a slow disk, and replies in less than half a second.
 struct DecoderPatience {
     std::chrono::seconds loading{20};
     std::chrono::seconds answers{5};
 };
 
-/// For recordings: what is heard must not depend on how busy the machine is.
+/// For the replay of recordings, whose result must not depend on the load of the machine.
 constexpr DecoderPatience patienceForRecordings{std::chrono::minutes(10), std::chrono::minutes(10)};
 
-/// A PocketSphinxDecoder in a process of its own: damaged models make the library end the process that it is
-/// in, and all its memory is back when that process goes. The process ends with this object, and with the
-/// program however that ends.
+/// A PocketSphinxDecoder in a separate process. With damaged models, the library ends its process; and a
+/// process returns all its memory when it ends. The process ends with this object and with the program,
+/// however the program ends.
 class DecoderProcess final : public SpeechDecoder {
 public:
-    /// Starts `helper` and waits until it has loaded the model. Throws SpeechDecoderError.
+    /// Starts `helper` and waits until the model is loaded. Throws SpeechDecoderError.
     DecoderProcess(
         const std::filesystem::path& helper, const SpeechModelFiles& files,
         std::shared_ptr<DecoderInterruption> interruption = std::make_shared<DecoderInterruption>(),
@@ -64,7 +65,7 @@ public:
     void end() override;
     [[nodiscard]] std::vector<HeardWord> words() override;
 
-    /// The process, for tests that end it.
+    /// The process identifier, for tests that kill the process.
     [[nodiscard]] pid_t pid() const { return pid_; }
 
 private:

@@ -17,7 +17,7 @@ constexpr auto helperName = "sordin-speech-decoder";
 std::shared_ptr<DecodingRecogniser> linuxSpeechRecogniser(std::shared_ptr<SerialQueue> queue,
                                                           const std::filesystem::path& program,
                                                           DecoderPatience patience) {
-    // Everything is looked for anew each time: it may be installed while the program runs.
+    // The files are looked up each time, because they can be installed while the program runs.
     DecodingRecogniser::Model model;
     model.installed = [program] {
         return findHelper(program, helperName).has_value() && speechModelFiles(program).installed();

@@ -10,8 +10,8 @@
 
 namespace sordin {
 
-/// The recogniser of this platform for the program whose own path is `program`, working on a queue that is
-/// its alone. It is there whether or not a model is installed.
+/// Creates the speech recognizer of this platform. `queue` is its exclusive queue; `program` is the path of
+/// the running program. A model does not have to be installed.
 [[nodiscard]] std::shared_ptr<DecodingRecogniser> linuxSpeechRecogniser(std::shared_ptr<SerialQueue> queue,
                                                                         const std::filesystem::path& program,
                                                                         DecoderPatience patience = {});

@@ -19,11 +19,11 @@ namespace sordin {
 
 namespace {
 
-constexpr float advertisingWeight = 0.2F;  // of our n-grams; the rest is the general model's
+constexpr float advertisingWeight = 0.2F;  // of the advertising n-grams; the rest is the general model's
 constexpr double languageWeight = 9;
 constexpr double secondsOfAFrame = 0.01;
-/// Acoustic scores are relative to the best of the frame, logarithms to the base 1.0001, without the last ten
-/// bits.
+/// Converts acoustic scores to natural logarithms. The scores are relative to the best one of the frame, with
+/// base 1.0001, and without the lowest ten bits.
 constexpr double scoreInNaturalLogarithms = 1024 * 1e-4;
 
 #if SORDIN_POCKETSPHINX_5
@@ -90,15 +90,15 @@ public:
     explicit Engine(const SpeechModelFiles& files) {
         err_set_logfp(nullptr);
         configuration_.reset(makeConfiguration(files));
-        require(configuration_ != nullptr, "the speech decoder does not take its settings");
+        require(configuration_ != nullptr, "the speech decoder rejected its settings");
         decoder_.reset(ps_init(configuration_.get()));
-        require(decoder_ != nullptr, "the speech model cannot be loaded");
+        require(decoder_ != nullptr, "cannot load the speech model");
         mixLanguages(files);
     }
 
     void begin() {
         require(ps_start_stream(decoder_.get()) == 0 && ps_start_utt(decoder_.get()) == 0,
-                "the speech decoder does not begin");
+                "the speech decoder cannot begin an utterance");
         decoding_ = true;
     }
 
@@ -136,7 +136,7 @@ private:
         std::int32_t acoustic = 0;
         ps_seg_prob(at, &acoustic, nullptr, nullptr);
         const int frames = last - first + 1;
-        // Of several pronunciations "word(2)" is the second.
+        // The second of several pronunciations is "word(2)".
         return {std::string(word.substr(0, word.find('('))), frames * secondsOfAFrame,
                 scoreInNaturalLogarithms * acoustic / frames};
     }
@@ -145,8 +145,7 @@ private:
         const Owned<ngram_model_t> advertising(ngram_model_read(configuration_.get(),
                                                                 files.advertisingLanguage.c_str(), NGRAM_AUTO,
                                                                 ps_get_logmath(decoder_.get())));
-        require(general != nullptr && advertising != nullptr,
-                "the model of how advertisements talk cannot be loaded");
+        require(general != nullptr && advertising != nullptr, "cannot load the advertising language model");
         std::array<ngram_model_t*, 2> models{general, advertising.get()};
         std::string first = "general";
         std::string second = "advertising";
@@ -155,7 +154,7 @@ private:
         const Owned<ngram_model_t> mixed(ngram_model_set_init(configuration_.get(), models.data(),
                                                               names.data(), weights.data(), models.size()));
         require(mixed != nullptr && useLanguage(decoder_.get(), "mixed", mixed.get()),
-                "the language models do not mix");
+                "cannot mix the language models");
     }
 
     Owned<Configuration> configuration_;

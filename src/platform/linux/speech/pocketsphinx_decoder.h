@@ -11,13 +11,13 @@
 
 namespace sordin {
 
-/// CMU PocketSphinx with its general English model and dictionary cut to the likely words, and with our model
-/// of how advertisements talk mixed in. Loading takes 0.2 CPU s, decoding 0.1 to 0.25 CPU s for each second
-/// of audio, and both some 70 MB.
-/// Damaged models make the library end the process or worse: see DecoderProcess.
+/// CMU PocketSphinx with its general English model and a dictionary reduced to the likely words, mixed with
+/// the advertising language model. Loading takes 0.2 s of CPU time, decoding 0.1 to 0.25 s for each second of
+/// audio. The memory is about 70 MB. With damaged models, the library ends the process or worse: see
+/// DecoderProcess.
 class PocketSphinxDecoder final : public SpeechDecoder {
 public:
-    /// Throws SpeechDecoderError.
+    /// Throws SpeechDecoderError if the models cannot be loaded.
     explicit PocketSphinxDecoder(const SpeechModelFiles& files);
     ~PocketSphinxDecoder() override;
     PocketSphinxDecoder(const PocketSphinxDecoder&) = delete;

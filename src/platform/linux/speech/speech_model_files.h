@@ -5,21 +5,20 @@
 
 namespace sordin {
 
-/// What the speech decoder reads.
+/// The files that the speech decoder reads.
 struct SpeechModelFiles {
-    std::filesystem::path acousticModel;        ///< folder
-    std::filesystem::path generalLanguage;      ///< n-grams of everyday English
-    std::filesystem::path dictionary;           ///< the words it knows and how they sound
+    std::filesystem::path acousticModel;        ///< a folder
+    std::filesystem::path generalLanguage;      ///< n-grams of general English
+    std::filesystem::path dictionary;           ///< words with their pronunciations
     std::filesystem::path advertisingLanguage;  ///< n-grams of advertisements
-    std::filesystem::path mask;                 ///< takes music off the voice; empty where there is none
+    std::filesystem::path mask;                 ///< suppresses music under speech; empty if there is none
 
-    /// Whether all that the decoder needs are there, which the mask is not; looks at the file system each
-    /// time.
+    /// Whether all required files exist; the mask is optional. Checks the file system each time.
     [[nodiscard]] bool installed() const;
 };
 
-/// The files that go with a program, whose own path is `program`: the general ones where the decoder's
-/// packages put them, ours in the data folder. They need not be there.
+/// Returns the paths for a program at the path `program`: the general models in the folder of the decoder's
+/// packages, the project's own files in the data folder. The files need not exist.
 [[nodiscard]] SpeechModelFiles speechModelFiles(const std::filesystem::path& program);
 
 }  // namespace sordin

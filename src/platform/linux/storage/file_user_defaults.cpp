@@ -17,7 +17,7 @@ bool isPending(const std::string& key) {
     return key.rfind(pendingPrefix, 0) == 0;
 }
 
-/// Makes the changes that concern pending keys or those that do not; false if there are none.
+/// Applies the changes of pending keys (`pending`) or of all other keys. Returns false if there are none.
 bool change(json& object, const UserDefaults::Changes& changes, bool pending) {
     bool changed = false;
     for (const auto& [key, value] : changes) {
@@ -38,7 +38,7 @@ bool change(json& object, const UserDefaults::Changes& changes, bool pending) {
 
 }  // namespace
 
-/// One file and what it should hold. The lock guards the contents in memory.
+/// A file and its intended contents. The lock guards the contents in memory.
 class FileUserDefaults::Store {
 public:
     explicit Store(std::filesystem::path path) : file_(std::move(path)), object_(file_.load()) {}
@@ -49,7 +49,7 @@ public:
         return found == object_.end() ? std::nullopt : std::optional<json>(*found);
     }
 
-    /// Makes the changes that concern this store; false if there are none.
+    /// Applies the changes that concern this store. Returns false if there are none.
     bool change(const Changes& changes, bool pending) {
         const std::scoped_lock guard(lock_);
         const bool changed = sordin::change(object_, changes, pending);
@@ -57,13 +57,15 @@ public:
         return changed;
     }
 
-    /// Writes without waiting for the disk, the lock held so that writers keep their order.
+    /// Writes to the file system without waiting for the disk. Holds the lock so that concurrent writes keep
+    /// their order.
     void writeAtOnce() {
         const std::scoped_lock guard(lock_);
         dirty_ = dirty_ && !file_.save(object_, Durability::programEnd);
     }
 
-    /// Writes to the disk. On the queue only, which keeps the order; nobody waits for it at the lock.
+    /// Writes to the disk. Call it only on the queue, which keeps the order; it does not hold the lock while
+    /// it writes.
     void writeToDisk() {
         if (const auto contents = takeDirty(); contents && !file_.save(*contents, Durability::lossOfPower)) {
             const std::scoped_lock guard(lock_);
@@ -75,7 +77,7 @@ public:
 
     void sync() const { static_cast<void>(syncFile(file_.path())); }
 
-    std::optional<Timer> timer;  // until the next write; on the queue only
+    std::optional<Timer> timer;  // runs until the next write; used only on the queue
 
 private:
     std::optional<json> takeDirty() {
@@ -136,7 +138,7 @@ void FileUserDefaults::apply(const Changes& changes) {
     if (settings_->change(changes, false)) {
         queue_->post([store = settings_, weak = std::weak_ptr(queue_)] {
             const auto queue = weak.lock();
-            if (queue && !store->timer) {  // later changes go along with the first
+            if (queue && !store->timer) {  // one write covers all changes until then
                 store->timer = queue->after(writeDelay, [store] {
                     store->timer.reset();
                     store->writeToDisk();

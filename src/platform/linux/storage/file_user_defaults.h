@@ -15,21 +15,21 @@ namespace sordin {
 
 /// The user's settings in two files of one folder.
 ///
-/// defaults.json holds the settings. A change is seen at once and written a moment later, in the background,
-/// so that nobody waits for a disk. pending-restore.json holds the keys that begin with "pendingRestore":
-/// they have to outlive a crash, so they are written before apply() returns and only then made safe against a
-/// loss of power, in the background. The two never wait for each other.
+/// defaults.json holds the settings. Readers see a change at once; the queue writes it after `writeDelay`, so
+/// that callers do not wait for the disk. pending-restore.json holds the keys that begin with
+/// "pendingRestore". They have to survive a crash, so apply() writes them before it returns; the queue then
+/// syncs the file against a loss of power. Writes to the two files never wait for each other.
 ///
-/// Keys and types that this program does not know survive. Failures are silent: the old file stays whole, and
-/// the next change tries again.
+/// Unknown keys and types are preserved. Failures are silent: the old file stays intact, and the next change
+/// tries again.
 class FileUserDefaults final : public UserDefaults {
 public:
-    /// How long a setting may wait before it is written.
+    /// The delay between a change of a setting and the write.
     static constexpr std::chrono::milliseconds writeDelay{100};
 
-    /// Reads both files. `queue` does the writing.
+    /// Reads both files. `queue` is the queue for the writes.
     FileUserDefaults(const std::filesystem::path& folder, std::shared_ptr<SerialQueue> queue);
-    ~FileUserDefaults() override;  ///< as flush()
+    ~FileUserDefaults() override;  ///< calls flush()
     FileUserDefaults(const FileUserDefaults&) = delete;
     FileUserDefaults& operator=(const FileUserDefaults&) = delete;
 
@@ -39,10 +39,10 @@ public:
     [[nodiscard]] std::optional<std::vector<std::string>> texts(const std::string& key) const override;
     void apply(const Changes& changes) override;
 
-    /// Where settings that could not be read lie now; empty if they could, or there were none.
+    /// Returns where an unreadable settings file was moved; empty if there was none.
     [[nodiscard]] std::filesystem::path settingsAside() const;
 
-    /// Writes what is waiting and returns when it is on the disk.
+    /// Writes all pending changes and waits until they are on the disk.
     void flush();
 
 private:

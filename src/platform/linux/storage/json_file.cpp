@@ -13,11 +13,11 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 
-/// Far above what the program writes; a file beyond them is none of ours.
+/// Far above the size of any file that the program writes.
 constexpr std::size_t largestFile = 1 << 20;
-constexpr int deepestNesting = 64;  // copying and writing take the stack once for each level
+constexpr int deepestNesting = 64;  // nlohmann::json recurses for each level when it copies and writes
 
-/// The object in a file; none if there is no such object.
+/// Returns the object in a file; none if it cannot be read as one.
 std::optional<json> readObject(const fs::path& path) {
     const auto text = readWholeFile(path, largestFile);
     if (!text) {
@@ -57,7 +57,7 @@ bool JsonFile::save(const json& object, Durability durability) {
         return !error;
     }
     static_cast<void>(createFolders(path_.parent_path()));
-    // Texts that are no UTF-8 are mended rather than refused.
+    // Invalid UTF-8 is replaced so that the write does not fail.
     const auto text = object.dump(2, ' ', false, json::error_handler_t::replace) + "\n";
     return !replaceFile(path_, text, durability);
 }

@@ -11,31 +11,32 @@ namespace sordin {
 
 /// A file that holds one JSON object. Not thread-safe.
 ///
-/// What cannot be read as that (damaged, on a failing disk, too large, nested too deeply, no regular file) is
-/// never overwritten: it is set aside, beside the file, as NAME.damaged-DATE, and the contents are empty.
+/// A file that cannot be read as such (damaged, on a failing disk, too large, nested too deeply, not a
+/// regular file) is never overwritten. It is moved to NAME.damaged-DATE in the same folder, and the contents
+/// are empty.
 class JsonFile {
 public:
     explicit JsonFile(std::filesystem::path path) : path_(std::move(path)) {}
 
     [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
-    /// The object in the file; an empty one if there is none that can be read.
+    /// Returns the object in the file; an empty object if the file does not exist or cannot be read.
     [[nodiscard]] nlohmann::json load();
 
-    /// Where load() has put what it could not read; empty if it has moved nothing.
+    /// Returns where an unreadable file was moved; empty if none was moved.
     [[nodiscard]] const std::filesystem::path& aside() const { return aside_; }
 
-    /// Replaces the contents, creating the folder if it is missing; an empty object removes the file. False
-    /// if that failed: the file is then as it was.
+    /// Replaces the contents and creates the folder if it is missing. An empty object removes the file.
+    /// Returns false on failure; the file is then unchanged.
     bool save(const nlohmann::json& object, Durability durability);
 
 private:
-    /// True once nothing that cannot be read lies at the path any more.
+    /// Moves an unreadable file away. Returns true once the path is free.
     bool setAside();
 
     std::filesystem::path path_;
     std::filesystem::path aside_;
-    bool unreadable_ = false;  // what lies at the path has still to be set aside
+    bool unreadable_ = false;  // an unreadable file still has to be moved
 };
 
 }  // namespace sordin

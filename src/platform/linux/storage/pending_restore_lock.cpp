@@ -16,7 +16,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// There is no waiting for a file's lock with a limit but by asking again.
+/// flock() has no timeout, so the lock is polled.
 constexpr Clock::duration askingInterval = std::chrono::milliseconds(10);
 
 bool lock(int file) {
@@ -32,7 +32,7 @@ bool lock(int file) {
 PendingRestoreLock::PendingRestoreLock(const std::filesystem::path& folder,
                                        std::chrono::milliseconds patience) {
     static_cast<void>(createFolders(folder));
-    // Not blocking, should anything but a file lie there.
+    // O_NONBLOCK avoids a hang if the path is, for example, a FIFO.
     constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NONBLOCK;
     constexpr mode_t ownersOnly = 0600;
     file_ = FileDescriptor(::open((folder / "pending-restore.lock").c_str(), flags, ownersOnly));

@@ -8,26 +8,26 @@
 
 namespace sordin {
 
-/// The right to give back what pending-restore.json says, for one process at a time: the lock on a file
-/// beside it. The program holds it for all its life, and takes it before it reads the record; its volume
-/// guard takes it when the program is gone.
+/// The exclusive right of a process to perform the pending restore in pending-restore.json: a lock on a file
+/// beside it. The program takes it before it reads the record and holds it until it exits. The volume guard
+/// takes it after the program is gone.
 ///
-/// The system releases it when the process that holds it ends, however that ends. Programs that it starts do
-/// not inherit it. The file stays.
+/// The kernel releases the lock when the holding process ends for any reason. Child processes do not inherit
+/// it. The file remains.
 class PendingRestoreLock {
 public:
     enum class State {
         held,
-        taken,      ///< another process holds it
-        impossible  ///< the folder can hold no lock, for example a home that cannot be written to
+        taken,      ///< another process holds the lock
+        impossible  ///< the folder cannot hold a lock, for example on a read-only file system
     };
 
-    /// How long a start of the program waits at most for the guard of the run before. That holds the lock
-    /// while it starts, waits 2 s for the device and 1 s each for its volume and for the server's
-    /// confirmation; a busy machine adds to it.
+    /// The longest time that a starting program waits for the guard of the previous run. The guard holds the
+    /// lock while it starts, waits 2 s for the device and 1 s each for the device's volume and the server's
+    /// confirmation. The rest is a margin for a busy machine.
     static constexpr std::chrono::milliseconds patienceAtStart{8'000};
 
-    /// Waits up to `patience` while another process holds it. Creates the folder if it is missing.
+    /// Waits up to `patience` while another process holds the lock. Creates the folder if it is missing.
     explicit PendingRestoreLock(const std::filesystem::path& folder,
                                 std::chrono::milliseconds patience = std::chrono::milliseconds(0));
 

@@ -13,14 +13,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What the variable names, else the folder under the user's home.
+/// Returns the folder in the variable, else `underHome` in the user's home.
 fs::path folder(const char* variable, const char* underHome) {
     const char* set = std::getenv(variable);
-    if (set != nullptr && fs::path(set).is_absolute()) {  // others are to be ignored
+    // The XDG Base Directory Specification excludes relative paths.
+    if (set != nullptr && fs::path(set).is_absolute()) {
         return set;
     }
     const char* home = std::getenv("HOME");
-    // One that depends on where the program was started would be another each time.
+    // A relative HOME would depend on the working directory.
     return fs::path(home != nullptr && fs::path(home).is_absolute() ? home : "/") / underHome;
 }
 
