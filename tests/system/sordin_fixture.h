@@ -159,9 +159,13 @@ protected:
     std::optional<ChildProcess> player;
 };
 
+/// Whether this is ./test --long.
+inline bool longSeries() {
+    return std::getenv("SORDIN_LONG") != nullptr;
+}
 /// How often a series is run: a few times, or with ./test --long all of them.
 inline int repetitions(int few, int all) {
-    return std::getenv("SORDIN_LONG") != nullptr ? all : few;
+    return longSeries() ? all : few;
 }
 
 }  // namespace sordin
