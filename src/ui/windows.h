@@ -6,6 +6,8 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QPoint>
+#include <QSize>
+#include <QVariant>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -88,6 +90,7 @@ private:
     std::vector<std::unique_ptr<QWindow>> clickCatchers_;  // behind the panel
     std::unique_ptr<QQuickWindow> panel_;
     QSize mainSize_;                // the user's, from the last time
+    QVariant sidebarWidth_;         // the same
     QElapsedTimer panelWasClosed_;  // not valid before
 };
 
