@@ -3,6 +3,7 @@
 
 #include <QColor>
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusVariant>
 #include <QObject>
 #include <QQmlEngine>
@@ -11,7 +12,7 @@
 namespace sordin {
 
 /// How the desktop wants programs to look: asked of its settings portal, and followed while it changes; where
-/// there is no portal, what the palette says. Lives on the main thread.
+/// that has no preference, by the name of XFCE's theme, else by the palette. Lives on the main thread.
 class Appearance : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -46,12 +47,15 @@ private Q_SLOTS:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
 private:  // NOLINT(readability-redundant-access-specifiers): no slots any more
+    void follow(const QString& whom, const QString& object, const QString& what, const char* signal);
     void ask(const QString& group, const QString& key);
+    void send(const QDBusMessage& question, const QString& group, const QString& key);
 
     static Appearance*& used();
     QDBusConnection bus_;
     std::optional<bool> forced_;
-    unsigned colourScheme_ = 0;  // of the portal: 1 prefers dark, 2 light
+    unsigned colourScheme_ = 0;      // of the portal: 1 prefers dark, 2 light
+    std::optional<bool> darkTheme_;  // of a desktop whose portal has no preference
     QColor portalAccent_;
     bool reducedMotion_ = false;
 };
