@@ -86,6 +86,7 @@ void Windows::showMain(const QString& token) {
             Qt::SingleShotConnection);
         if (mainSize_.isValid()) {
             main_->resize(mainSize_);
+            main_->setProperty("sidebarWidth", sidebarWidth_);
         }
     }
     use(token);
@@ -251,6 +252,7 @@ bool Windows::closing(QEvent& event) {
         return true;
     }
     mainSize_ = main_->size();
+    sidebarWidth_ = main_->property("sidebarWidth");
     main_->removeEventFilter(this);
     main_->hide();
     main_.release()->deleteLater();

@@ -6,6 +6,8 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QPoint>
+#include <QSize>
+#include <QVariant>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -89,6 +91,7 @@ private:
     std::vector<std::unique_ptr<QWindow>> clickCatchers_;  // below the panel
     std::unique_ptr<QQuickWindow> panel_;
     QSize mainSize_;                // the user's last size
+    QVariant sidebarWidth_;         // the user's last width
     QElapsedTimer panelWasClosed_;  // invalid until the panel is first closed
 };
 

@@ -3,10 +3,7 @@
 #include "platform/linux/session/dbus_menu.h"
 #include "system/private_display.h"
 #include "system/session_fixture.h"
-
-#include <QRect>
-#include <map>
-#include <sstream>
+#include "system/x11_windows.h"
 
 namespace sordin {
 namespace {
@@ -14,11 +11,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::HasSubstr;
 using testing::SizeIs;
-
-struct ShownWindow {
-    std::string id;
-    QRect place;
-};
 
 class DesktopTest : public SessionTest {
 protected:
@@ -58,24 +50,13 @@ protected:
     }
     /// The program's visible windows with this width.
     [[nodiscard]] std::vector<ShownWindow> shown(int width) const {
-        std::vector<ShownWindow> all;
-        std::istringstream ids(tool({"xdotool", "search", "--onlyvisible", "--name", "^Sordin$"}));
-        for (std::string id; ids >> id;) {
-            std::map<std::string, int> value;
-            std::istringstream geometry(tool({"xdotool", "getwindowgeometry", "--shell", id}));
-            for (std::string name, number; std::getline(geometry, name, '=') && geometry >> number;) {
-                value[name] = std::stoi(number);
-                geometry.ignore();
-            }
-            if (value["WIDTH"] == width) {
-                all.push_back({id, {value["X"], value["Y"], width, value["HEIGHT"]}});
-            }
-        }
+        auto all = X11Display(home / "tools").windows();
+        std::erase_if(all, [&](const ShownWindow& window) { return window.place.width() != width; });
         return all;
     }
     [[nodiscard]] bool isShown(int width) const { return !shown(width).empty(); }
     [[nodiscard]] bool isActive(const ShownWindow& window) const {
-        return tool({"xdotool", "getactivewindow"}) == window.id + "\n";
+        return X11Display(home / "tools").isActive(window);
     }
     bool mainComes() {
         return comes([&] {

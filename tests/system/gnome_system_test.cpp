@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
-// The whole program in a real GNOME Shell, on X11 and on Wayland. The tests query the shell's screen.
-#include "system/private_display.h"
-#include "system/session_fixture.h"
-
-#include <QRect>
+// The whole program in a real GNOME Shell, on X11 and on Wayland. The tests query the shell for the icon and
+// its menu.
+#include "system/real_desktop_fixture.h"
 
 namespace sordin {
 namespace {
@@ -11,9 +9,7 @@ namespace {
 using namespace std::chrono_literals;
 using nlohmann::json;
 
-enum class Session { x11, wayland };
-
-class GnomeTest : public SessionTest, public testing::WithParamInterface<Session> {
+class GnomeTest : public RealDesktopTest, public testing::WithParamInterface<SessionType> {
 protected:
     GnomeTest() {
         display = {"XDG_CURRENT_DESKTOP=GNOME"};
@@ -22,7 +18,7 @@ protected:
         writeText(home / "config/glib-2.0/settings/keyfile",
                   "[org/gnome/shell]\nwelcome-dialog-last-shown-version='99'\n"
                   "enabled-extensions=['ubuntu-appindicators@ubuntu.com']\n");
-        startShell();
+        startDesktop();
     }
     ~GnomeTest() override {
         program.reset();
@@ -31,8 +27,8 @@ protected:
         }
     }
 
-    void startShell() {
-        const bool wayland = GetParam() == Session::wayland;
+    void startDesktop() final {
+        const bool wayland = GetParam() == SessionType::wayland;
         std::vector<std::string> command{"gnome-shell", "--unsafe-mode"};
         if (wayland) {
             command.insert(command.end(), {"--nested", "--wayland", "--wayland-display=sordin-test"});
@@ -75,92 +71,48 @@ protected:
     bool becomesTrue(const std::string& expression) {
         return comes([&] { return eval(expression) == true; });
     }
-    /// The middle of an actor of the shell, in screen pixels. Throws if the actor is not laid out in time.
-    QPoint middle(const std::string& actor) {
-        json place;
+    /// The rectangle of an actor of the shell, in screen pixels; invalid before its layout.
+    QRect placeOf(const std::string& actor) {
+        const json place = eval("(a => a ? a.get_transformed_position().concat(a.get_transformed_size()) : "
+                                "null)(" +
+                                actor + ")");
         // Before the layout, coordinates are NaN, which become null.
-        const bool laidOut = comes([&] {
-            place =
-                eval("(a => a.get_transformed_position().concat(a.get_transformed_size()))(" + actor + ")");
-            return place.is_array() && place[0].is_number() && place[2] > 0;
-        });
-        if (!laidOut) {
-            throw std::runtime_error("the shell does not show " + actor);
+        if (!place.is_array() || !place[0].is_number()) {
+            return {};
         }
-        const auto number = [&](std::size_t i) { return place[i].get<double>(); };
-        return {static_cast<int>(number(0) + number(2) / 2), static_cast<int>(number(1) + number(3) / 2)};
-    }
-    void click(QPoint at, const char* button = "1", int times = 1) {
-        outputOf({"xdotool", "mousemove", std::to_string(at.x()), std::to_string(at.y()), "sleep", "0.3",
-                  "click", "--repeat", std::to_string(times), "--delay", "60", button},
-                 home / "tools");
-    }
-    /// The place of the program's window with this width; invalid if it is not visible.
-    QRect shown(int width) {
-        const json place = eval("(w => w ? [w.x, w.y, w.width, w.height] : null)"
-                                "(global.get_window_actors().filter(a => a.visible).map(a => a.meta_window)"
-                                ".filter(w => w.title === 'Sordin').map(w => w.get_frame_rect())"
-                                ".find(r => r.width === " +
-                                std::to_string(width) + "))");
-        return place.is_array() ? QRect(place[0], place[1], place[2], place[3]) : QRect();
+        const auto number = [&](std::size_t i) { return static_cast<int>(place[i].get<double>()); };
+        return {number(0), number(1), number(2), number(3)};
     }
 
-    static constexpr int panelWidth = 290;
-    const std::string icon = "Main.panel.statusArea[Object.keys(Main.panel.statusArea)"
+    QRect icon() final { return placeOf(item); }
+    std::string iconText() final { return eval(item + "?.accessible_name").dump(); }
+    void chooseOpenSordin() {
+        click(icon().center(), "3");
+        const std::string entry = item + ".menu._getMenuItems().find(i => i.label?.text === 'Open Sordin')";
+        ASSERT_TRUE(becomesTrue(entry + "?.mapped === true"));
+        // The menu grows while it opens.
+        EXPECT_TRUE(comes([&] {
+            click(placeOf(entry).center());
+            return comes([&] { return mainIsInFront(); }, 3s);
+        }));
+    }
+
+    const std::string item = "Main.panel.statusArea[Object.keys(Main.panel.statusArea)"
                              ".find(k => k.startsWith('appindicator'))]";
-    const std::string mainIsInFront = "global.display.focus_window?.title === 'Sordin'"
-                                      " && !global.display.focus_window.skip_taskbar";
-    const PrivateDisplay screen;
     std::optional<ChildProcess> shell;
 };
 
 TEST_P(GnomeTest, TheIconThePanelAndTheWindowAreWhereTheyBelong) {
-    listen({"--hidden"});
-    ASSERT_TRUE(becomesTrue(icon + " !== undefined")) << log();
-    EXPECT_TRUE(becomesTrue(icon + ".accessible_name === 'Sordin: Listening'"));
-    const QPoint at = middle(icon);
-    ASSERT_TRUE(comes([&] {
-        click(at, "1", 2);
-        return comes([&] { return shown(panelWidth).isValid(); }, 5s);
-    })) << log();
-    const QRect place = shown(panelWidth);
-    EXPECT_TRUE(place.left() <= at.x() && at.x() <= place.right()) << place.left() << ' ' << at.x();
-    EXPECT_GT(place.top(), at.y());
-    EXPECT_LT(place.top(), at.y() + 50);
-    EXPECT_EQ(eval("global.get_window_actors().every(a => a.meta_window.skip_taskbar"
-                   " || a.meta_window.is_override_redirect())"),
-              true)
-        << "the panel must not be in the list of windows";
-    click({100, 700});
-    EXPECT_TRUE(comes([&] { return !shown(panelWidth).isValid(); }))
-        << "a click on the desktop closes the panel";
-
-    EXPECT_EQ(secondStart(), 0);
-    ASSERT_TRUE(becomesTrue(mainIsInFront)) << log();
-    EXPECT_EQ(eval("global.display.focus_window.decorated"), true) << "the window has a title bar";
-
-    eval("global.display.focus_window.minimize()");
-    ASSERT_TRUE(becomesTrue("!(" + mainIsInFront + ")"));
-    click(at, "3");
-    const std::string entry = icon + ".menu._getMenuItems().find(i => i.label?.text === 'Open Sordin')";
-    ASSERT_TRUE(becomesTrue(entry + "?.mapped === true"));
-    // The menu grows while it opens.
-    EXPECT_TRUE(comes([&] {
-        click(middle(entry));
-        return comes([&] { return eval(mainIsInFront) == true; }, 3s);
-    }));
-
-    if (GetParam() == Session::x11) {
-        startShell();
-        EXPECT_TRUE(becomesTrue(icon + " !== undefined")) << "the icon must appear in a restarted shell";
+    ASSERT_NO_FATAL_FAILURE(checkIconAndPanel(2));
+    ASSERT_NO_FATAL_FAILURE(checkWindow([&] { chooseOpenSordin(); }));
+    if (GetParam() == SessionType::x11) {
+        startDesktop();
+        EXPECT_TRUE(comes([&] { return icon().isValid(); })) << "the icon must appear in a restarted shell";
     }
     EXPECT_TRUE(endsBy(SIGTERM));
 }
 
-std::string nameOf(const testing::TestParamInfo<Session>& session) {
-    return session.param == Session::x11 ? "X11" : "Wayland";
-}
-INSTANTIATE_TEST_SUITE_P(On, GnomeTest, testing::Values(Session::x11, Session::wayland), nameOf);
+INSTANTIATE_TEST_SUITE_P(On, GnomeTest, testing::Values(SessionType::x11, SessionType::wayland), sessionName);
 
 }  // namespace
 }  // namespace sordin

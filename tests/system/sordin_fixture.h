@@ -159,9 +159,13 @@ protected:
     std::optional<ChildProcess> player;
 };
 
+/// True with ./test --long.
+inline bool longSeries() {
+    return std::getenv("SORDIN_LONG") != nullptr;
+}
 /// The number of repetitions of a series: `few`, or `all` with ./test --long.
 inline int repetitions(int few, int all) {
-    return std::getenv("SORDIN_LONG") != nullptr ? all : few;
+    return longSeries() ? all : few;
 }
 
 }  // namespace sordin

@@ -17,6 +17,7 @@ TEST(AppearanceTest, FollowsTheDesktopWhileItRuns) {
     const auto connect = [&](const char* name) {
         return QDBusConnection::connectToBus(QString::fromStdString(bus.address()), name);
     };
+    qputenv("XDG_CURRENT_DESKTOP", "XFCE");
     auto portal = connect("portal");
     ASSERT_TRUE(portal.registerService("org.freedesktop.portal.Desktop"));
     Appearance look(nullptr, connect("program"));
@@ -26,6 +27,14 @@ TEST(AppearanceTest, FollowsTheDesktopWhileItRuns) {
                     << group << key << QVariant::fromValue(QDBusVariant(value)));
     };
     const auto becomes = [](const auto& condition) { return QTest::qWaitFor(condition, 30'000); };
+    ASSERT_TRUE(portal.registerService("org.xfce.Xfconf"));
+    for (const auto& [theme, dark] : {std::pair("Mint-Y-Dark-Aqua", true), std::pair("Arc-Darker", false),
+                                      std::pair("Adwaita-dark", true), std::pair("Greybird", false)}) {
+        portal.send(QDBusMessage::createSignal("/org/xfce/Xfconf", "org.xfce.Xfconf", "PropertyChanged")
+                    << "xsettings"
+                    << "/Net/ThemeName" << QVariant::fromValue(QDBusVariant(theme)));
+        EXPECT_TRUE(becomes([&, isDark = dark] { return look.dark() == isDark; })) << theme;
+    }
     for (const bool dark : {true, false}) {
         change("org.freedesktop.appearance", "color-scheme", dark ? 1U : 2U);
         EXPECT_TRUE(becomes([&] { return look.dark() == dark; })) << dark;

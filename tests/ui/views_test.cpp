@@ -344,7 +344,7 @@ TEST_F(ViewsTest, TheGuideIsFinishedByItsLastButtonAlone) {
     settle();
 }
 
-TEST_F(ViewsTest, NothingOfTheGuideOrThePanelIsOutOfReachInLargeType) {
+TEST_F(ViewsTest, NothingIsOutOfReachOrBrokenInLargeType) {
     const QFont usual = QGuiApplication::font();
     QFont large = usual;
     large.setPointSize(15);
@@ -374,6 +374,12 @@ TEST_F(ViewsTest, NothingOfTheGuideOrThePanelIsOutOfReachInLargeType) {
         << "the text must exceed the smallest window";
     press(Qt::Key_PageDown);
     EXPECT_LE(bottom("lastWords"), item("primary")->mapToScene({}).y());
+    engine->setOnboardingComplete(true);
+    hear(6, 0.9F);
+    window->grabWindow();
+    EXPECT_TRUE(item("restore")->isVisible());
+    EXPECT_EQ(item("statusText")->property("lineCount"), 1);
+    EXPECT_LE(item("statusText")->property("contentWidth").toReal(), item("statusText")->width());
     window.reset();
     QGuiApplication::setFont(usual);
 }

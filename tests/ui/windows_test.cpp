@@ -42,6 +42,7 @@ TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {
     openMain();
     windows.main()->findChild<QObject*>("sidebar")->setProperty("currentIndex", 3);
     windows.main()->resize(1000, 700);
+    windows.main()->setProperty("sidebarWidth", 200);
     const QPointer<QQuickWindow> first = windows.main();
     windows.showMain();
     EXPECT_EQ(windows.main(), first) << "there is only one main window";
@@ -52,6 +53,7 @@ TEST_F(WindowsTest, AClosedMainWindowIsGoneAndComesBackOnTheFirstPage) {
     openMain();
     EXPECT_EQ(page(), 0);
     EXPECT_EQ(windows.main()->size(), QSize(1000, 700));
+    EXPECT_TRUE(comes([&] { return windows.main()->findChild<QQuickItem*>("side")->width() == 200; }));
     QTest::keyClick(windows.main(), Qt::Key_W, Qt::ControlModifier);
     EXPECT_EQ(windows.main(), nullptr);
 }

@@ -11,6 +11,7 @@
 #include <QLoggingCategory>
 #include <QMetaType>
 #include <QPalette>
+#include <QRegularExpression>
 #include <array>
 #include <utility>
 
@@ -28,6 +29,12 @@ const QString gnomeGroup = QStringLiteral("org.gnome.desktop.interface");
 const QString colourSchemeKey = QStringLiteral("color-scheme");
 const QString accentKey = QStringLiteral("accent-color");
 const QString animationsKey = QStringLiteral("enable-animations");
+
+// XFCE's portal does not report dark themes; its settings service does (xfconf-query(1)).
+const QString xfceService = QStringLiteral("org.xfce.Xfconf");
+const QString xfcePath = QStringLiteral("/org/xfce/Xfconf");
+const QString xfceGroup = QStringLiteral("xsettings");
+const QString xfceThemeKey = QStringLiteral("/Net/ThemeName");
 
 constexpr int patience = 2000;  // milliseconds; later replies are handled as changes
 
@@ -53,20 +60,35 @@ QColor colourIn(const QVariant& value) {
                             static_cast<float>(shares[2]));
 }
 
+/// By the naming of GTK's themes, such as "Adwaita-dark" and "Mint-Y-Dark-Aqua". "Arc-Darker" is light.
+bool isDarkTheme(const QString& name) {
+    static const QRegularExpression dark(QStringLiteral("[-_]dark([-_]|$)"),
+                                         QRegularExpression::CaseInsensitiveOption);
+    return name.contains(dark);
+}
+
+bool isXfce() {
+    const QString desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP");
+    return desktops.split(QLatin1Char(':')).contains(QLatin1String("XFCE"), Qt::CaseInsensitive);
+}
+
 }  // namespace
 
 Appearance::Appearance(QObject* parent, QDBusConnection bus) : QObject(parent), bus_(std::move(bus)) {
     qApp->installEventFilter(this);
     // Qt looks up slot argument types by name, and this one is not registered yet.
     qRegisterMetaType<QDBusVariant>("QDBusVariant");
-    if (bus_.isConnected() && !bus_.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
-                                            SLOT(settingChanged(QString, QString, QDBusVariant)))) {
-        qCWarning(appearanceLog, "cannot subscribe to changes of the desktop's appearance: %s",
-                  qPrintable(bus_.lastError().message()));
-    }
+    follow(service, path, interface, "SettingChanged");
     ask(appearanceGroup, colourSchemeKey);
     ask(appearanceGroup, accentKey);
     ask(gnomeGroup, animationsKey);
+    if (isXfce()) {
+        follow(xfceService, xfcePath, xfceService, "PropertyChanged");
+        auto question =
+            QDBusMessage::createMethodCall(xfceService, xfcePath, xfceService, QStringLiteral("GetProperty"));
+        question.setAutoStartService(false);
+        send(question << xfceGroup << xfceThemeKey, xfceGroup, xfceThemeKey);
+    }
 }
 
 Appearance*& Appearance::used() {
@@ -81,9 +103,20 @@ Appearance* Appearance::create(QQmlEngine* /*qml*/, QJSEngine* /*engine*/) {
     return used();
 }
 
+void Appearance::follow(const QString& whom, const QString& object, const QString& what, const char* signal) {
+    if (bus_.isConnected() && !bus_.connect(whom, object, what, QLatin1String(signal), this,
+                                            SLOT(settingChanged(QString, QString, QDBusVariant)))) {
+        qCWarning(appearanceLog, "cannot subscribe to changes of the desktop's appearance: %s",
+                  qPrintable(bus_.lastError().message()));
+    }
+}
+
 void Appearance::ask(const QString& group, const QString& key) {
     auto question = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
-    question << group << key;
+    send(question << group << key, group, key);
+}
+
+void Appearance::send(const QDBusMessage& question, const QString& group, const QString& key) {
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): this owns it until it is done
     auto* call = new QDBusPendingCallWatcher(bus_.asyncCall(question, patience), this);
     connect(call, &QDBusPendingCallWatcher::finished, this, [this, call, group, key] {
@@ -109,6 +142,9 @@ void Appearance::settingChanged(const QString& group, const QString& key, const 
     } else if (group == gnomeGroup && key == animationsKey) {
         reducedMotion_ = content.metaType().id() == QMetaType::Bool && !content.toBool();
         Q_EMIT changed();
+    } else if (group == xfceGroup && key == xfceThemeKey) {
+        darkTheme_ = isDarkTheme(content.toString());
+        Q_EMIT changed();
     }
 }
 
@@ -118,6 +154,9 @@ bool Appearance::dark() const {
     }
     if (colourScheme_ == 1 || colourScheme_ == 2) {
         return colourScheme_ == 1;
+    }
+    if (darkTheme_) {
+        return *darkTheme_;
     }
     return QGuiApplication::palette().color(QPalette::Window).lightnessF() < 0.5F;
 }

@@ -3,6 +3,7 @@
 
 #include <QColor>
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusVariant>
 #include <QObject>
 #include <QQmlEngine>
@@ -10,8 +11,8 @@
 
 namespace sordin {
 
-/// The desktop's appearance settings, from the settings portal; without a portal, from the palette. Follows
-/// changes. Main thread only.
+/// The desktop's appearance settings: from the settings portal, if that has no preference from the name of
+/// XFCE's theme, otherwise from the palette. Follows changes. Main thread only.
 class Appearance : public QObject {
     Q_OBJECT
     QML_ELEMENT
@@ -46,12 +47,15 @@ private Q_SLOTS:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
 private:  // NOLINT(readability-redundant-access-specifiers): ends the slots
+    void follow(const QString& whom, const QString& object, const QString& what, const char* signal);
     void ask(const QString& group, const QString& key);
+    void send(const QDBusMessage& question, const QString& group, const QString& key);
 
     static Appearance*& used();
     QDBusConnection bus_;
     std::optional<bool> forced_;
-    unsigned colourScheme_ = 0;  // portal value: 1 prefers dark, 2 light
+    unsigned colourScheme_ = 0;      // portal value: 1 prefers dark, 2 light
+    std::optional<bool> darkTheme_;  // of a desktop whose portal has no preference
     QColor portalAccent_;
     bool reducedMotion_ = false;
 };

@@ -14,8 +14,13 @@ ColumnLayout {
 
     Card {
         objectName: "statusCard"
-        RowLayout {
-            spacing: 14
+        GridLayout {
+            id: statusRow
+            // With large fonts the button goes below and the status shrinks a little, so that it stays on one line.
+            readonly property bool crowded: restore.visible && title.advanceWidth + restore.implicitWidth + enabledSwitch.implicitWidth + 44 + 3 * columnSpacing > width
+            columnSpacing: 14
+            rowSpacing: 8
+            TextMetrics { id: title; font: Theme.title; text: status.text }
             Item {
                 implicitWidth: 44
                 implicitHeight: 44
@@ -31,12 +36,15 @@ ColumnLayout {
             ColumnLayout {
                 spacing: 2
                 // The height is the same with and without a source, so that nothing moves when an ad begins.
-                Layout.minimumHeight: statusText.implicitHeight + 2 + source.implicitHeight
+                Layout.minimumHeight: title.height + 2 + source.implicitHeight
                 Label {
                     id: statusText
                     objectName: "statusText"
                     text: status.text
                     font: Theme.title
+                    wrapMode: status.failed ? Text.Wrap : Text.NoWrap
+                    fontSizeMode: status.failed ? Text.FixedSize : Text.HorizontalFit // failures have whole sentences
+                    minimumPointSize: 0.8 * Theme.title.pointSize
                     Layout.fillWidth: true
                     Accessible.role: Accessible.AlertMessage
                 }
@@ -61,7 +69,12 @@ ColumnLayout {
                 }
             }
             Button {
+                id: restore
                 objectName: "restore"
+                Layout.row: statusRow.crowded ? 1 : 0
+                Layout.column: statusRow.crowded ? 1 : 2
+                Layout.columnSpan: statusRow.crowded ? 3 : 1
+                Layout.alignment: Qt.AlignRight
                 visible: page.engine.adFaded
                 text: qsTr("Restore Volume")
                 onClicked: {
@@ -71,7 +84,7 @@ ColumnLayout {
                     page.engine.restoreVolume();
                 }
             }
-            EnabledSwitch { objectName: "enabled"; engine: page.engine; Layout.alignment: Qt.AlignVCenter }
+            EnabledSwitch { id: enabledSwitch; objectName: "enabled"; engine: page.engine; Layout.column: 3; Layout.alignment: Qt.AlignVCenter }
         }
         RowLayout {
             objectName: "trouble"

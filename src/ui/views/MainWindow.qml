@@ -23,6 +23,8 @@ T.ApplicationWindow {
     // Set while this page is shown; it scrolls by itself.
     readonly property TimelinePage timelinePage: page.item as TimelinePage
 
+    property real sidebarWidth: 180 // as dragged; may be beyond what is shown
+
     signal quit()
     signal guideTurned()
 
@@ -53,9 +55,8 @@ T.ApplicationWindow {
         Rectangle {
             id: side
             objectName: "side"
-            property real wanted: 180
             Layout.fillHeight: true
-            Layout.preferredWidth: Math.max(160, Math.min(wanted, 220))
+            Layout.preferredWidth: Math.max(160, Math.min(window.sidebarWidth, 220))
             color: Theme.sidebar
             ListView {
                 id: sidebar
@@ -112,7 +113,7 @@ T.ApplicationWindow {
                 anchors { fill: parent; leftMargin: -4; rightMargin: -4 }
                 cursorShape: Qt.SplitHCursor
                 preventStealing: true
-                onPositionChanged: event => side.wanted = mapToItem(side, event.x, 0).x
+                onPositionChanged: event => window.sidebarWidth = mapToItem(side, event.x, 0).x
             }
         }
         Flickable {
