@@ -8,11 +8,11 @@
 
 namespace sordin {
 
-/// Heard words as a text, with "…" where they are not to be believed:
-/// - words that last longer than anybody speaks them: noise and music, which a decoder takes for speech too;
-/// - phrases of advertisements that do not fit the sounds well enough for their length and their weight in
-///   the detector. The decoder expects such phrases, so it also hears them in speech that it does not
-///   understand, short ones above all.
+/// Joins heard words to a text, with "…" in place of unreliable ones:
+/// - words that last longer than people speak them: the decoder also finds words in noise and music;
+/// - phrases of advertisements without enough evidence. The decoder expects such phrases, so it also finds
+///   them in speech that it does not understand. The acoustic match and the length of the phrase, another
+///   phrase in the same text and long words around it count as evidence.
 /// "call one eight hundred" becomes "call 1 eight hundred", the beginning of a toll-free number. Nothing else
 /// changes: what is spoken as "dot com" or "percent off" must not be there in figures as well, or it would
 /// count twice.

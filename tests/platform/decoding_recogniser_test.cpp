@@ -268,5 +268,28 @@ TEST(MaskedSpeechDecoder, GivesTheDecoderAllSamplesThroughTheMaskForEachText) {
     EXPECT_EQ(script->ended, 2);
 }
 
+TEST(MaskedSpeechDecoder, LeavesAVoiceAloneFromWhichTheMaskTakesHardlyAnything) {
+    auto random = seededRandom();
+    // The mask's gain is the same for all bins; what is taken off is 20 lg(gain / (1 - gain)) below what is
+    // left.
+    const auto heard = [&random](float gain) {
+        SpeechMaskModel mask = smallMask(random);
+        mask.strength = 1;
+        mask.gains.weights.assign(mask.gains.weights.size(), 0.0F);
+        mask.gains.bias.assign(mask.gains.bias.size(), std::log(gain / (1 - gain)));
+        const auto script = std::make_shared<FakeSpeechDecoder::Script>();
+        MaskedSpeechDecoder decoder(std::make_unique<FakeSpeechDecoder>(script), mask);
+        decoder.begin();
+        for (int i = 0; i < 100; ++i) {
+            decoder.process(std::vector<std::int16_t>(333, 10'000));
+        }
+        return script->heard.back() / 10'000.0;
+    };
+    EXPECT_NEAR(heard(0.5F), 0.5, 0.01) << "music is taken off";
+    EXPECT_NEAR(heard(0.94F), 0.94, 0.002) << "24 dB";
+    EXPECT_NEAR(heard(0.96F), 0.971, 0.003) << "27.6 dB: between";
+    EXPECT_NEAR(heard(0.98F), 1, 0.001) << "34 dB: clean";
+}
+
 }  // namespace
 }  // namespace sordin

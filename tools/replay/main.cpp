@@ -97,7 +97,7 @@ private:
     [[nodiscard]] std::shared_ptr<sordin::SpeechRecogniser> platformRecogniser() const {
 #ifdef __linux__
         return sordin::linuxSpeechRecogniser(std::make_shared<sordin::ManualSerialQueue>("sordin.speech"),
-                                             program_);
+                                             program_, sordin::patienceForRecordings);
 #else
         return nullptr;
 #endif

@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: MIT
 // sordin-transcribe: runs the speech decoder over recordings, for developers.
+#include "classifier/speech_mask_file.h"
 #include "detection/keyword_transcript_scorer.h"
 #include "platform/decoding_recogniser.h"
 #include "platform/linux/speech/decoder_process.h"
+#include "platform/masked_speech_decoder.h"
 #include "platform/on_device_transcriber.h"
 #include "replay/audio_file.h"
 #include "replay/input_error.h"
 #include "support/manual_serial_queue.h"
 #include "support/own_files.h"
 #include "support/program_path.h"
+#include "support/sample_conversion.h"
 
 #include <nlohmann/json.hpp>
 
@@ -19,7 +22,9 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <sys/types.h>
 #include <utility>
@@ -30,11 +35,13 @@ namespace {
 using namespace sordin;
 
 constexpr auto usage =
-    "Usage: sordin-transcribe [--mask FILE|none] RECORDING...\n"
+    "Usage: sordin-transcribe [--mask FILE|none] [--cleaned FOLDER] RECORDING...\n"
     "Transcribes each recording as one session. Prints a JSON object with all texts, each with the time\n"
     "in seconds at which it appeared; the words of the last text, each with its length in seconds and its\n"
     "acoustic match; the highest keyword score of a text; the duration; and the processor time.\n"
     "--mask selects another speech mask than the installed one, or none.\n"
+    "--cleaned writes the decoder's input for each recording to FOLDER/RECORDING.s16: 16-bit mono at 16 "
+    "kHz.\n"
     "The last line contains the processor time for loading and the peak memory in MB.\n";
 
 double processorSeconds(pid_t process) {
@@ -55,27 +62,86 @@ double highestMegabytes(pid_t process) {
     return 0;
 }
 
-/// Keeps the decoder's last words before the recognizer filters them.
+struct Heard {
+    std::vector<HeardWord> words;  // of the last text, before the recognizer filters them
+    std::string failure;           // empty, or why the decoder stopped, which a transcriber does not report
+};
+
 class KeepingDecoder final : public SpeechDecoder {
 public:
-    using Words = std::vector<HeardWord>;
-
-    KeepingDecoder(std::unique_ptr<SpeechDecoder> decoder, std::shared_ptr<Words> kept)
-        : decoder_(std::move(decoder)), kept_(std::move(kept)) {}
+    KeepingDecoder(std::unique_ptr<SpeechDecoder> decoder, std::shared_ptr<Heard> heard)
+        : decoder_(std::move(decoder)), heard_(std::move(heard)) {}
 
     [[nodiscard]] unsigned sampleRate() const override { return decoder_->sampleRate(); }
     void begin() override {
-        kept_->clear();
-        decoder_->begin();
+        heard_->words.clear();
+        noted([this] { decoder_->begin(); });
     }
-    void process(std::span<const std::int16_t> samples) override { decoder_->process(samples); }
+    void process(std::span<const std::int16_t> samples) override {
+        noted([this, samples] { decoder_->process(samples); });
+    }
     void end() override { decoder_->end(); }
-    [[nodiscard]] Words words() override { return *kept_ = decoder_->words(); }
+    [[nodiscard]] std::vector<HeardWord> words() override {
+        noted([this] { heard_->words = decoder_->words(); });
+        return heard_->words;
+    }
 
 private:
+    template <class Action>
+    void noted(Action action) {
+        try {
+            action();
+        } catch (const SpeechDecoderError& error) {
+            heard_->failure = error.what();
+            throw;
+        }
+    }
+
     const std::unique_ptr<SpeechDecoder> decoder_;
-    const std::shared_ptr<Words> kept_;
+    const std::shared_ptr<Heard> heard_;
 };
+
+/// Writes what it hears to a file.
+class WritingDecoder final : public SpeechDecoder {
+public:
+    WritingDecoder(const std::filesystem::path& path, unsigned rate)
+        : file_(path, std::ios::binary), rate_(rate) {}
+
+    [[nodiscard]] unsigned sampleRate() const override { return rate_; }
+    void begin() override {}
+    void process(std::span<const std::int16_t> samples) override {
+        file_.write(reinterpret_cast<const char*>(samples.data()),
+                    static_cast<std::streamsize>(samples.size_bytes()));
+    }
+    void end() override {
+        if (!file_.flush()) {
+            throw std::runtime_error("the cleaned samples cannot be written");
+        }
+    }
+    [[nodiscard]] std::vector<HeardWord> words() override { return {}; }
+
+private:
+    std::ofstream file_;
+    const unsigned rate_;
+};
+
+void writeCleaned(const std::string& recording, const std::filesystem::path& mask,
+                  const std::filesystem::path& folder) {
+    const auto path = folder / std::filesystem::path(recording).filename().replace_extension(".s16");
+    std::unique_ptr<SpeechDecoder> decoder =
+        std::make_unique<WritingDecoder>(path, static_cast<unsigned>(replay::replayRate));
+    if (!mask.empty()) {
+        decoder = std::make_unique<MaskedSpeechDecoder>(std::move(decoder), loadSpeechMask(mask));
+    }
+    replay::AudioFile file(recording);
+    decoder->begin();
+    file.readBuffers([&](const std::vector<float>& samples) {
+        std::vector<std::int16_t> integers(samples.size());
+        std::transform(samples.begin(), samples.end(), integers.begin(), toInteger);
+        decoder->process(integers);
+    });
+    decoder->end();
+}
 
 class Transcription {
 public:
@@ -85,9 +151,10 @@ public:
                           [] { return true; },
                           [this, program, files] {
                               auto decoder = std::make_unique<DecoderProcess>(
-                                  findHelper(program, "sordin-speech-decoder").value_or(""), files);
+                                  findHelper(program, "sordin-speech-decoder").value_or(""), files,
+                                  std::make_shared<DecoderInterruption>(), patienceForRecordings);
                               process_ = decoder->pid();
-                              return std::make_unique<KeepingDecoder>(std::move(decoder), words_);
+                              return std::make_unique<KeepingDecoder>(std::move(decoder), heard_);
                           }})),
           transcriber_(recogniser_) {
         transcriber_.begin();
@@ -122,8 +189,11 @@ public:
         const double spent = processorSeconds(process_) - begun;
         transcriber_.end();
         recogniser_->drain();
+        if (!heard_->failure.empty()) {
+            throw std::runtime_error(path + ": " + heard_->failure);
+        }
         auto words = nlohmann::ordered_json::array();
-        for (const HeardWord& word : *words_) {
+        for (const HeardWord& word : heard_->words) {
             words.push_back({word.word, word.length, word.match});
         }
         return {{"file", path},
@@ -136,7 +206,7 @@ public:
 
 private:
     pid_t process_ = -1;
-    std::shared_ptr<KeepingDecoder::Words> words_ = std::make_shared<KeepingDecoder::Words>();
+    std::shared_ptr<Heard> heard_ = std::make_shared<Heard>();
     std::shared_ptr<SerialQueue> queue_ = std::make_shared<ManualSerialQueue>("sordin.speech");
     std::shared_ptr<DecodingRecogniser> recogniser_;
     OnDeviceTranscriber transcriber_;
@@ -148,9 +218,14 @@ int main(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
     std::vector<std::string> arguments(argv + 1, argv + argc);
     SpeechModelFiles files = speechModelFiles(programPath(argv[0]));
-    if (arguments.size() > 1 && arguments[0] == "--mask") {
-        files.mask = arguments[1] == "none" ? "" : arguments[1];
-        arguments.erase(arguments.begin(), arguments.begin() + 2);
+    std::optional<std::filesystem::path> cleaned;
+    for (; arguments.size() > 1 && (arguments[0] == "--mask" || arguments[0] == "--cleaned");
+         arguments.erase(arguments.begin(), arguments.begin() + 2)) {
+        if (arguments[0] == "--cleaned") {
+            cleaned = arguments[1];
+        } else {
+            files.mask = arguments[1] == "none" ? "" : arguments[1];
+        }
     }
     if (arguments.empty() || arguments[0].starts_with("-")) {
         const bool asked = !arguments.empty() && arguments[0] == "--help";
@@ -162,6 +237,9 @@ int main(int argc, char** argv) {
         const double loading = processorSeconds(transcription.process());
         for (const std::string& path : arguments) {
             std::cout << transcription.transcribe(path).dump() << '\n';
+            if (cleaned) {
+                writeCleaned(path, files.mask, *cleaned);
+            }
         }
         std::cout << nlohmann::ordered_json{{"loading", loading},
                                             {"megabytes", highestMegabytes(transcription.process())}}

@@ -21,14 +21,10 @@ namespace sordin {
 
 namespace {
 
-/// A healthy process loads in a quarter of a second, or in a few seconds from a slow disk, and replies in
-/// less than half a second.
-constexpr timeval patienceForLoading{20, 0};
-constexpr timeval patienceForAnswers{5, 0};
-
-void waitAtMost(const timeval& patience, int socket) {
-    setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+void waitAtMost(std::chrono::seconds patience, int socket) {
+    const timeval time{patience.count(), 0};
+    setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &time, sizeof time);
+    setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &time, sizeof time);
 }
 
 /// Returns the error that a process reported. A broken process may send text that cannot be displayed.
@@ -88,7 +84,7 @@ void DecoderInterruption::leave() {
 }
 
 DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const SpeechModelFiles& files,
-                               std::shared_ptr<DecoderInterruption> interruption)
+                               std::shared_ptr<DecoderInterruption> interruption, DecoderPatience patience)
     : interruption_(std::move(interruption)) {
     std::array<int, 2> ends{};
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) {
@@ -100,7 +96,7 @@ DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const Speech
         close();
         throw SpeechDecoderError("the speech decoder was interrupted");
     }
-    waitAtMost(patienceForLoading, socket_.get());
+    waitAtMost(patience.loading, socket_.get());
     pid_ = spawned({helper.string(), files.acousticModel.string(), files.generalLanguage.string(),
                     files.dictionary.string(), files.advertisingLanguage.string(), files.mask.string()},
                    theirs.get());
@@ -110,7 +106,7 @@ DecoderProcess::DecoderProcess(const std::filesystem::path& helper, const Speech
         close();
         throw answer ? failure(*answer) : SpeechDecoderError("the speech decoder failed to start");
     }
-    waitAtMost(patienceForAnswers, socket_.get());
+    waitAtMost(patience.answers, socket_.get());
 }
 
 DecoderProcess::~DecoderProcess() {

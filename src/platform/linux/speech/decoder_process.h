@@ -5,6 +5,7 @@
 #include "platform/speech_decoder.h"
 #include "support/file_descriptor.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -34,6 +35,16 @@ private:
     int socket_ = -1;
 };
 
+/// The time after which a silent decoder process counts as broken. A healthy process loads in a quarter of a
+/// second, or in a few seconds from a slow disk, and replies in less than half a second.
+struct DecoderPatience {
+    std::chrono::seconds loading{20};
+    std::chrono::seconds answers{5};
+};
+
+/// For the replay of recordings, whose result must not depend on the load of the machine.
+constexpr DecoderPatience patienceForRecordings{std::chrono::minutes(10), std::chrono::minutes(10)};
+
 /// A PocketSphinxDecoder in a separate process. With damaged models, the library ends its process; and a
 /// process returns all its memory when it ends. The process ends with this object and with the program,
 /// however the program ends.
@@ -42,7 +53,8 @@ public:
     /// Starts `helper` and waits until the model is loaded. Throws SpeechDecoderError.
     DecoderProcess(
         const std::filesystem::path& helper, const SpeechModelFiles& files,
-        std::shared_ptr<DecoderInterruption> interruption = std::make_shared<DecoderInterruption>());
+        std::shared_ptr<DecoderInterruption> interruption = std::make_shared<DecoderInterruption>(),
+        DecoderPatience patience = {});
     ~DecoderProcess() override;
     DecoderProcess(const DecoderProcess&) = delete;
     DecoderProcess& operator=(const DecoderProcess&) = delete;
