@@ -23,7 +23,7 @@ constexpr float silence = 1e-9F;  // added to both energies, so that silence has
 MaskedSpeechDecoder::MaskedSpeechDecoder(std::unique_ptr<SpeechDecoder> decoder, SpeechMaskModel mask)
     : decoder_(std::move(decoder)),
       window_(mask.window),
-      kept_(std::exp(-static_cast<float>(mask.window / 2) / (memory * static_cast<float>(mask.rate)))),
+      kept_(std::exp(-0.5F * static_cast<float>(mask.window) / (memory * static_cast<float>(mask.rate)))),
       mask_(std::move(mask)),
       input_(window_ / 2) {}
 
