@@ -108,9 +108,10 @@ void Commentary::summarize(const Faded& byOtherRules) {
     wipeMovingLine();
     const auto share = [](double part, double whole) { return whole > 0 ? 100 * part / whole : 0; };
     const auto print = [&](const std::string& rules, const Faded& faded) {
-        std::printf("%s: %.0f of %.0f seconds of ads (%.0f %%), %.0f of %.0f seconds of program (%.0f %%)\n",
-                    rules.c_str(), faded.ads, heard_.ads, share(faded.ads, heard_.ads), faded.programme,
-                    heard_.programme, share(faded.programme, heard_.programme));
+        std::printf(
+            "%s: %.0f of %.0f seconds of ads (%.0f %%), %.0f of %.0f seconds of programme (%.0f %%)\n",
+            rules.c_str(), faded.ads, heard_.ads, share(faded.ads, heard_.ads), faded.programme,
+            heard_.programme, share(faded.programme, heard_.programme));
     };
     std::printf("\nFaded\n");
     print("  by the " + nameOf(rules_) + " rules, as shown", faded_);
@@ -125,7 +126,7 @@ void Commentary::noteBreaks(double time) {
             note(each.start, "Broadcast: commercials begin");
         }
         if (last_ < each.end && time >= each.end) {
-            note(each.end, "Broadcast: the program continues");
+            note(each.end, "Broadcast: the programme continues");
         }
     }
 }

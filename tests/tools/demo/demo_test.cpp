@@ -82,7 +82,7 @@ TEST_F(DemoTest, CountsWhatWasFadedAndCitesTheUsualFiguresOfTheDocumentation) {
               HasSubstr("0:08.0  Sordin: an ad ended after 5.0 s: Audio, Boundary\n"),
               HasSubstr("0:10.0  confidence 60 %, volume 100 %"),
               HasSubstr(
-                  "tuned rules, as shown: 3 of 4 seconds of ads (75 %), 2 of 6 seconds of program (33 %)"),
+                  "tuned rules, as shown: 3 of 4 seconds of ads (75 %), 2 of 6 seconds of programme (33 %)"),
               HasSubstr("standard rules, in a replay: 2 of 4 seconds of ads (50 %), 1 of 6 seconds of "
                         "program (17 %)")));
 
