@@ -23,11 +23,13 @@ const float threshold = replay::Settings().threshold;
 
 // Figures from docs/detection.md, "With and without words": radio at the default sensitivity.
 constexpr auto usualText =
-    "Usual figures (100 minutes of synthetic radio): the standard rules fade 80 % of the ads and 9.2 % of\n"
-    "the programme, the tuned rules 73 % and 1.4 %. Sordin fades an ad only after it has sounded like one\n"
-    "for a while: half of the breaks fade within 4.5 s by the standard rules, within 5.7 s by the tuned\n"
-    "ones. Most of the programme is faded after a break: the volume is back after 14.1 s (half of the\n"
-    "breaks), by the tuned rules after 1.5 s. In a broadcast this short, a second is nearly a percent.\n"
+    "Usual figures (100 minutes of synthetic radio): the standard rules fade 80 % of the ads and 9.2 % of "
+    "the\n"
+    "programme, the tuned rules 73 % and 1.4 %. Sordin fades an ad only after it has sounded like one for a\n"
+    "while: half of the breaks fade within 4.5 s by the standard rules, within 5.7 s by the tuned ones. "
+    "Most\n"
+    "of the programme is faded after a break: the volume is back after 14.1 s (half of the breaks), by the\n"
+    "tuned rules after 1.5 s. In a broadcast this short, a second is nearly a percent.\n"
     "All figures: docs/detection.md. ./run demo --tuned shows the tuned rules.\n";
 
 /// Formats a time as minutes and seconds, with tenths if `tenths`.

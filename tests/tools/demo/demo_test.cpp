@@ -84,7 +84,7 @@ TEST_F(DemoTest, CountsWhatWasFadedAndCitesTheUsualFiguresOfTheDocumentation) {
               HasSubstr(
                   "tuned rules, as shown: 3 of 4 seconds of ads (75 %), 2 of 6 seconds of programme (33 %)"),
               HasSubstr("standard rules, in a replay: 2 of 4 seconds of ads (50 %), 1 of 6 seconds of "
-                        "program (17 %)")));
+                        "programme (17 %)")));
 
     // For each set of rules: of ads | of programme | reaction / ... | release / ...
     const std::string figures = contentsOf(SORDIN_DETECTION_FIGURES);
