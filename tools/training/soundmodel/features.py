@@ -100,6 +100,16 @@ def made_here(group):
     return group.startswith(("c-", "bed-"))
 
 
+def save_bank(target, pieces):
+    """Writes the (log magnitudes, activity) of a group, without those that are None; no file if none is left."""
+    pieces = [piece for piece in pieces if piece]
+    if pieces:
+        mels, active = zip(*pieces)
+        part = target.with_name(target.name + ".part.npz")
+        np.savez(part, mels=np.concatenate(mels), active=np.concatenate(active), lengths=[len(a) for a in active])
+        part.rename(target)
+
+
 def bank_of(job):
     """Writes the bank of one group, FOLDER/train-KIND-GROUP.npz, as concatenated pieces. Takes only `share` of the minutes of
     groups from packages. Every group has all variants; otherwise the network would learn the noise of codecs as music."""
@@ -112,7 +122,7 @@ def bank_of(job):
     rng = np.random.default_rng(seed)
     minutes = MORE_MINUTES.get(group, MINUTES[kind]) * (1 if made_here(group) else share)
     budget = minutes * 60 * RATE / max(1, len(paths))
-    mels, active, lengths = [], [], []
+    pieces = []
     for path in paths:
         whole = read(path)[: int(max(budget, 20 * RATE))]
         for variant in VARIANTS:
@@ -125,15 +135,8 @@ def bank_of(job):
                         continue
                     codecs = VOICE_CODECS if kind == "speech" else CODECS
                     samples = through_codec(samples, *codecs[rng.integers(len(codecs))])
-                made = features(np.nan_to_num(samples), kind)
-                if made:
-                    mels.append(made[0])
-                    active.append(made[1])
-                    lengths.append(len(made[1]))
-    if lengths:
-        part = target.with_name(target.name + ".part.npz")
-        np.savez(part, mels=np.concatenate(mels), active=np.concatenate(active), lengths=lengths)
-        part.rename(target)
+                pieces.append(features(np.nan_to_num(samples), kind))
+    save_bank(target, pieces)
 
 
 TELEPHONES = [("libgsm", 8000, 0), ("libgsm", 8000, 0), ("pcm_mulaw", 8000, 0)]
@@ -163,7 +166,7 @@ def coded_bank(job):
     else:
         sounds = [read(paths[i]) for i in rng.permutation(len(paths))[:6]]
         count = max(1, int(CODED_MINUTES[kind] * 60 * RATE / len(sounds)) // STRETCH)
-    mels, active, lengths = [], [], []
+    pieces = []
     for sound in sounds:
         for _ in range(count):
             begin = int(rng.integers(0, max(1, len(sound) - STRETCH)))
@@ -184,15 +187,8 @@ def coded_bank(job):
                 if rng.random() < 0.3:
                     samples = room(rng, samples)
                 samples = through_codec(samples, *codec)
-            made = features(np.nan_to_num(samples), kind)
-            if made:
-                mels.append(made[0])
-                active.append(made[1])
-                lengths.append(len(made[1]))
-    if lengths:
-        part = target.with_name(target.name + ".part.npz")
-        np.savez(part, mels=np.concatenate(mels), active=np.concatenate(active), lengths=lengths)
-        part.rename(target)
+            pieces.append(features(np.nan_to_num(samples), kind))
+    save_bank(target, pieces)
 
 
 def coded_jobs(folder, groups):
