@@ -5,7 +5,7 @@
 
 namespace sordin {
 
-QPoint iconPlace(QPoint told, std::optional<QPoint> pointer, QRect screen, QRect free) {
+QPoint iconPlace(QPoint reported, std::optional<QPoint> pointer, QRect screen, QRect free) {
     constexpr int near = 100;
     constexpr int widestBar = 48;  // the widest bar that hides automatically and reserves no space
     const QRect middle = free & screen.marginsRemoved({widestBar, widestBar, widestBar, widestBar});
@@ -13,14 +13,15 @@ QPoint iconPlace(QPoint told, std::optional<QPoint> pointer, QRect screen, QRect
     if (!pointer) {
         // Icons are usually at the right end of a bar at the top or the bottom.
         const bool atBottom = free.bottom() < screen.bottom();
-        return told.isNull() ? (atBottom ? screen.bottomRight() : screen.topRight()) : told;
+        return reported.isNull() ? (atBottom ? screen.bottomRight() : screen.topRight()) : reported;
     }
-    if (told.isNull()) {
+    if (reported.isNull()) {
         return *pointer;
     }
     // If the icon was chosen with the keyboard, the pointer is somewhere else.
-    const bool byPointer = (told - *pointer).manhattanLength() > near && (inBar(*pointer) || !inBar(told));
-    return byPointer ? *pointer : told;
+    const bool byPointer =
+        (reported - *pointer).manhattanLength() > near && (inBar(*pointer) || !inBar(reported));
+    return byPointer ? *pointer : reported;
 }
 
 QPoint panelPlace(QPoint click, QSize size, QRect free) {

@@ -8,10 +8,10 @@
 
 namespace sordin {
 
-/// Estimates the place of the clicked icon from the place that the desktop reported (`told`; (0, 0) if none)
-/// and, if known, from the pointer. Some desktop panels report places in other coordinates or none at all.
-/// `screen` is the screen of the pointer, else of the reported place; `free` is its area without bars.
-[[nodiscard]] QPoint iconPlace(QPoint told, std::optional<QPoint> pointer, QRect screen, QRect free);
+/// Estimates the place of the clicked icon from the place that the desktop reported (`reported`; (0, 0) if
+/// none) and, if known, from the pointer. Some desktop panels report places in other coordinates or none at
+/// all. `screen` is the screen of the pointer, else of the reported place; `free` is its area without bars.
+[[nodiscard]] QPoint iconPlace(QPoint reported, std::optional<QPoint> pointer, QRect screen, QRect free);
 
 /// Returns the top left corner for a panel of this size beside the clicked icon: below or above it, whichever
 /// has room, or beside it if the icons are at the side of the screen. If it fits, the panel is completely

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The whole program in a real Plasma, on X11 and on Wayland. Where the icon is and what is read there is
-// asked as a screen reader asks.
+// The whole program in a real Plasma, on X11 and on Wayland. The place and the text of the icon come from the
+// accessibility interface.
 #include "system/real_desktop_fixture.h"
 
 #include <QDBusMetaType>
@@ -21,7 +21,7 @@ protected:
               "org.freedesktop.impl.portal.desktop.kde", "org.kde.ActivityManager"}) {
             bus->offer("/usr/share/dbus-1/services/" + std::string(service) + ".service");
         }
-        // Only Plasma's: with those of other desktops, the portal would wait for them in vain.
+        // Only Plasma's portal services: the portal would wait in vain for those of other desktops.
         std::filesystem::create_directories(home / "portals");
         std::filesystem::copy("/usr/share/xdg-desktop-portal/portals/kde.portal",
                               home / "portals/kde.portal");
@@ -78,9 +78,9 @@ protected:
             throw std::runtime_error("Plasma does not start:\n" + contentsOf(home / "desktop"));
         }
     }
-    /// With its Xwayland.
+    /// Starts KWin with its Xwayland.
     void startCompositor() {
-        // A file capability of the installed program keeps containers from running it.
+        // The installed program has a file capability, so containers cannot run it.
         std::filesystem::copy("/usr/bin/kwin_wayland", home / "kwin_wayland");
         const std::filesystem::path variable = home / "display-of-xwayland";
         start(windowManager,
@@ -103,7 +103,7 @@ protected:
         part.emplace(command, options);
     }
 
-    /// "X Y WIDTH HEIGHT TEXT" of the icon; empty while it is not shown.
+    /// "X Y WIDTH HEIGHT TEXT" of the icon; empty while the icon is not visible.
     std::istringstream inTray() {
         std::vector<std::string> command{"env"};
         command.insert(command.end(), display.begin(), display.end());
@@ -126,7 +126,7 @@ protected:
     void chooseOpenSordin() {
         EXPECT_TRUE(comes([&] {
             click(icon().center(), "3");
-            // The menu is not in the tree of the screen reader. Its first two entries that can be chosen are
+            // The accessibility interface does not contain the menu. Its first two enabled entries are
             // "Show Panel" and "Open Sordin".
             outputOf({"xdotool", "sleep", "1", "key", "Down", "Down", "Return"}, home / "tools");
             return comes([&] { return mainIsInFront(); }, 5s);
@@ -142,7 +142,7 @@ TEST_P(PlasmaTest, TheIconThePanelAndTheWindowAreWhereTheyBelong) {
     ASSERT_NO_FATAL_FAILURE(checkIconAndPanel());
     ASSERT_NO_FATAL_FAILURE(checkWindow([&] { chooseOpenSordin(); }));
 
-    click({100, 600});  // away from the icon, which is drawn in another color under the pointer
+    click({100, 600});  // away from the icon, which changes its color under the pointer
     const QRect place = icon();
     ASSERT_GT(lightness(place).background, 128);
     std::vector<std::string> scheme{"env"};

@@ -11,15 +11,15 @@
 
 namespace sordin {
 
-/// Where a desktop draws: on the X server of the test, or as a Wayland compositor in a window there.
+/// Where a desktop draws: on the X server of the test, or as a Wayland compositor in a window on it.
 enum class SessionType { x11, wayland };
 
 inline std::string sessionName(const testing::TestParamInfo<SessionType>& session) {
     return session.param == SessionType::x11 ? "X11" : "Wayland";
 }
 
-/// The program in a real desktop on a virtual display, clicked at by mouse. Each desktop adds how it is
-/// started and where it shows the icon. By default windows are those of X11 or Xwayland.
+/// Runs the program in a real desktop on a virtual display and clicks with the mouse. A subclass starts its
+/// desktop and locates the icon. By default, windows() reports the windows of X11 or Xwayland.
 class RealDesktopTest : public SessionTest {
 protected:
     struct Window {
@@ -29,12 +29,12 @@ protected:
         bool titled = false;
     };
 
-    /// (Re)starts the desktop, and returns when it can show icons. `display` is then the environment of
-    /// programs in it. Errors are std::runtime_error.
+    /// Starts or restarts the desktop, and returns when it can show icons. Sets `display` to the environment
+    /// of programs in it. Throws std::runtime_error.
     virtual void startDesktop() = 0;
-    /// In pixels of the display; not valid while it is not shown.
+    /// The rectangle of the icon in pixels of the display; invalid while the icon is not visible.
     [[nodiscard]] virtual QRect icon() = 0;
-    /// What the desktop gives to screen readers at the icon.
+    /// The text of the icon for screen readers.
     [[nodiscard]] virtual std::string iconText() = 0;
     [[nodiscard]] virtual std::vector<Window> windows() {
         const X11Display tools = windowTools();
@@ -54,7 +54,7 @@ protected:
         return all;
     }
 
-    /// Whether the icon can be told from what is around it.
+    /// True if the icon contrasts with its background.
     [[nodiscard]] bool iconIsSeen() {
         const auto [background, difference] = lightness(icon());
         return difference > 80;
@@ -82,9 +82,9 @@ protected:
 
     struct Lightness {
         int background = 0;  ///< the median, 0 to 255
-        int difference = 0;  ///< between it and what differs most
+        int difference = 0;  ///< largest difference of a pixel from the background
     };
-    /// Of a part of the display.
+    /// Lightness of a part of the display.
     [[nodiscard]] static Lightness lightness(const QRect& part) {
         const XcbConnection connection(xcb_connect(nullptr, nullptr));
         const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
@@ -107,7 +107,7 @@ protected:
         return {median, std::max(median - values.front(), values.back() - median)};
     }
 
-    /// The program is started, and the panel opens with `clicks` on the icon.
+    /// Starts the program, and opens the panel with `clicks` on the icon.
     void checkIconAndPanel(int clicks = 1) {
         listen({"--hidden"});
         ASSERT_TRUE(comes([&] { return icon().isValid(); })) << log();
@@ -134,7 +134,7 @@ protected:
         click({100, 600});
         EXPECT_TRUE(comes([&] { return !panelWindow().has_value(); })) << "a click on the desktop closes it";
     }
-    /// It comes to the front by a second start and by an entry of the icon's menu.
+    /// A second start and an entry of the icon's menu raise the main window.
     void checkWindow(const std::function<void()>& chooseOpenSordin) {
         EXPECT_EQ(secondStart(), 0);
         ASSERT_TRUE(comes([&] { return mainIsInFront(); })) << log();
@@ -154,7 +154,7 @@ protected:
                  {"org.sordin.Sordin1", "Enabled", QVariant::fromValue(QDBusVariant(enabled))}));
     }
 
-    /// What asks about windows: at the display of programs in the desktop, not at that of the test.
+    /// Tools for the windows on the display of the desktop, not on that of the test.
     [[nodiscard]] X11Display windowTools() const { return X11Display(home / "tools", display); }
 
     static constexpr int panelWidth = 290;

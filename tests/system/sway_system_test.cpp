@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The whole program in a real sway with waybar. The windows are asked of sway.
+// The whole program in a real Sway with Waybar. Sway reports the windows.
 #include "system/real_desktop_fixture.h"
 
 namespace sordin {
@@ -34,11 +34,11 @@ protected:
         writeText(home / "config/sway.conf",
                   "output * resolution 1280x800\ndefault_border normal\nxwayland disable\n");
         std::vector<std::string> command{"sway", "-c", home / "config/sway.conf"};
-        if (geteuid() == 0) {  // as which sway refuses to run
+        if (geteuid() == 0) {  // Sway refuses to run as root
             command.insert(command.begin(), {"unshare", "--map-user=1000"});
         }
         sway.emplace(command, ChildOptions{.environment = display, .log = home / "desktop"});
-        // The first name that it tries.
+        // The first socket name that it tries.
         display.insert(display.end(), {"WAYLAND_DISPLAY=wayland-1", "DISPLAY="});
         if (!comes([&] { return tree().is_object(); })) {
             throw std::runtime_error("sway does not start:\n" + contentsOf(home / "desktop"));
@@ -82,12 +82,12 @@ protected:
         return all;
     }
 
-    /// At the end of the bar, which is empty but for it.
+    /// The end of the bar, which contains only the icon.
     QRect icon() final {
         const QRect end(1256, 2, 22, 24);
         return lightness(end).difference > 10 ? end : QRect();
     }
-    /// The bar has none, so what the icon offers.
+    /// The bar offers no text to screen readers, so this is the text of the icon item.
     std::string iconText() final {
         return call("org.sordin.Sordin", "/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get",
                     {"org.kde.StatusNotifierItem", "IconAccessibleDesc"})

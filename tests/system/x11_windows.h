@@ -17,22 +17,22 @@ struct ShownWindow {
     QRect place;  ///< without the frame of the window manager
 };
 
-/// An X server as xdotool and xprop see it.
+/// The windows of an X server, from xdotool and xprop.
 class X11Display {
 public:
-    /// The tools' errors are appended to `log`; `environment` is NAME=value for the tools, for another server
-    /// than that of the test.
+    /// Appends the errors of the tools to `log`. `environment` holds NAME=value for the tools, for a server
+    /// other than that of the test.
     explicit X11Display(std::filesystem::path log, std::vector<std::string> environment = {})
         : log_(std::move(log)), environment_(std::move(environment)) {}
 
-    /// What the command prints; empty if it fails.
+    /// Output of the command; empty if it fails.
     std::string run(const std::vector<std::string>& command) const {
         std::vector<std::string> all{"env"};
         all.insert(all.end(), environment_.begin(), environment_.end());
         all.insert(all.end(), command.begin(), command.end());
         return outputOf(all, log_).value_or("");
     }
-    /// The program's windows that are on the screen.
+    /// The visible windows of the program.
     [[nodiscard]] std::vector<ShownWindow> windows() const {
         std::vector<ShownWindow> all;
         std::istringstream ids(run({"xdotool", "search", "--onlyvisible", "--name", "^Sordin$"}));

@@ -134,10 +134,10 @@ TEST_F(CommandLineTest, TranscribesWhatLooksSuspicious) {
     EXPECT_THAT(without[0]["ads"][0]["reasons"], testing::Not(testing::Contains("Keywords")));
     EXPECT_FALSE(without[0].contains("transcripts"));
     write("words", "{\"t\": 0, \"music\": 1, \"speech\": 1, \"transcript\": \"what the cues say\"}\n");
-    const auto told = runJson("--json --transcribe --cues words offer.wav");
-    EXPECT_EQ(told[0]["transcripts"][0]["text"], "what the cues say") << "cues replace the transcriber";
+    const auto report = runJson("--json --transcribe --cues words offer.wav");
+    EXPECT_EQ(report[0]["transcripts"][0]["text"], "what the cues say") << "cues replace the transcriber";
     EXPECT_EQ(runJson("--hops --transcribe --cues words offer.wav").back()["transcripts"],
-              told[0]["transcripts"]);
+              report[0]["transcripts"]);
     EXPECT_EQ(run("--transcribe --no-transcription offer.wav").status, 2);
 }
 
